@@ -1,0 +1,28 @@
+# Everything built on Linux is i386 ELF (the linker and the loader of the Mach-O dylib included):
+# the plug-in is 32-bit, and a process loads libraries of its own kind only.
+add_compile_options(-m32 -msse2 -mfpmath=sse -Wall -Wextra -Werror)
+add_link_options(-m32)
+
+option(SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+if(SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# A library that was built apart must be found beside its user, wherever the build folder is moved.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
+# ICU's i386 development package pulls in a second C library's headers that clash with g++-multilib, so
+# the headers come from the machine's own package and the libraries are named by their full file names.
+find_path(ICU_INCLUDE_DIR unicode/unorm2.h REQUIRED)
+file(GLOB ICU_UC_LIBRARY /usr/lib/i386-linux-gnu/libicuuc.so.[0-9][0-9])
+file(GLOB ICU_I18N_LIBRARY /usr/lib/i386-linux-gnu/libicui18n.so.[0-9][0-9])
+if(NOT ICU_UC_LIBRARY OR NOT ICU_I18N_LIBRARY)
+  message(FATAL_ERROR "ICU for i386 is missing: install libicu72:i386 (./test does)")
+endif()
+
+# GoogleTest from Debian's source package, compiled here with our flags.
+set(GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+set(INSTALL_GTEST OFF)
+set(BUILD_GMOCK ON)
+add_subdirectory(${GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)

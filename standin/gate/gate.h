@@ -1,0 +1,82 @@
+// The gate through which every call into a stand-in passes.
+//
+// A stand-in function opens a Gate with its own name as its first act. The gate logs the call, counts it, and
+// tells the function when a test has chosen this very call to fail. Only calls that come from outside the
+// stand-ins count: while one stand-in function runs, the calls it makes to others (the metadata library to
+// Core Foundation, the host to both) are its own business and stay out of the log. A stand-in that calls out
+// (a notification callback, an event handler, a method of the plug-in) opens a Callout for the time of that
+// call, so that what the callee does counts again.
+//
+// The log, the counters and the plan of failures belong to the process; like the plug-in, the stand-ins are used
+// from one thread.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#define STANDIN_API __attribute__((visibility("default")))
+
+namespace standin {
+
+class STANDIN_API Gate {
+ public:
+  // `name` must outlive the process's log: a string literal.
+  explicit Gate(const char* name);
+  ~Gate();
+  Gate(const Gate&) = delete;
+  Gate& operator=(const Gate&) = delete;
+
+  // True when this call was chosen to fail: the function answers as its original does when it can't do its work
+  // (usually null), except that a release still releases.
+  bool fails() const { return fails_; }
+
+ private:
+  bool fails_;
+};
+
+class STANDIN_API Callout {
+ public:
+  Callout();
+  ~Callout();
+  Callout(const Callout&) = delete;
+  Callout& operator=(const Callout&) = delete;
+
+ private:
+  int depth_;
+  const char* outermost_;
+};
+
+// The log: names of the calls in order. Off at first; while it is off nothing is stored.
+STANDIN_API void startLog();
+STANDIN_API std::vector<std::string> stopLog();  // hands over what was logged and turns the log off
+STANDIN_API void logNote(const std::string& note);  // adds a line of the caller's own, when the log is on
+
+// Failures. A plan stays until it is replaced or cleared. Calls are counted from 1, from the moment of planning.
+STANDIN_API void failCall(const char* name, int nth);  // the nth call of that name
+STANDIN_API void failCall(int nth);                    // the nth call of all
+STANDIN_API void clearFailures();
+STANDIN_API int failuresFired();  // how many calls were made to fail since the last plan was set
+
+// Counts of calls by name since the process started or the counts were reset.
+STANDIN_API int callCount(const char* name);
+STANDIN_API void resetCallCounts();
+
+// Ends the process with "standin: CALL: WHAT" on standard error: a misuse that the original would punish with a
+// crash or, worse, with silence.
+[[noreturn]] STANDIN_API void die(const char* call, const std::string& what);
+
+// The call of the outermost open gate, for messages; "(no call)" when none is open.
+STANDIN_API const char* currentCall();
+
+// The ledger: what is alive, by kind ("CFString", "host object", "host string lock", ...).
+// The reference stays good for the life of the process, so a library looks its line up once and keeps it.
+STANDIN_API long& ledgerLine(const char* kind);
+struct LedgerLine {
+  std::string kind;
+  long count;
+};
+// Lines whose count is not 0, sorted by kind.
+STANDIN_API std::vector<LedgerLine> ledger();
+
+}  // namespace standin
