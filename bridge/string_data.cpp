@@ -1,0 +1,62 @@
+// The bytes of a host string, also on hosts from before the service that hands them out.
+#include <string.h>
+
+#include "host/owned.h"
+#include "host/services.h"
+#include "string_data.h"
+
+namespace {
+
+const int32_t kTerminatorSize = 4;  // enough zero bytes to end a text of any encoding
+
+// A new block of `length` bytes of the string's, then the terminator. `blockLength` is what the block is
+// sized from.
+bool copyBytes(REALstring string, int32_t length, int32_t blockLength, uint32_t encoding,
+               REALstringData* data) {
+  const char* const bytes = StringGetCString(string);
+  auto block = allocateZeroed(int64_t{blockLength} + kTerminatorSize);
+  if (!bytes || !block) return false;
+  if (length > 0) memcpy(block.get(), bytes, static_cast<size_t>(length));
+  *data = {static_cast<char*>(block.leak()), length, encoding};
+  return true;
+}
+
+bool copyConverted(REALstring string, uint32_t encoding, REALstringData* data) {
+  const auto converted = adopt(REALConvertString(string, encoding));
+  if (!converted) return false;
+  const int32_t length = LenB(converted.get());
+  return copyBytes(converted.get(), length, length, encoding, data);
+}
+
+bool canCopy(REALstring string) {
+  return StringGetCString.function() && LenB.function() && string;
+}
+
+bool copyStringData(REALstring string, uint32_t encoding, REALstringData* data) {
+  if (!canCopy(string)) return false;
+  if (encoding == kHostEncoding) return copyBytes(string, LenB(string), data->length, encoding, data);
+  if (encoding != REALGetStringEncoding(string)) return copyConverted(string, encoding, data);
+  const int32_t length = LenB(string);
+  return copyBytes(string, length, length, encoding, data);
+}
+
+}  // namespace
+
+bool REALGetStringData(REALstring string, uint32_t encoding, REALstringData* data) {
+  if (const auto get = PluginGetStringData.function()) return get(string, encoding, data);
+  return copyStringData(string, encoding, data);
+}
+
+OwnStringData::OwnStringData(REALstring string) {
+  if (!PluginGetStringData.function() && canCopy(string)) data_.length = LenB(string);
+  filled_ = REALGetStringData(string, kHostEncoding, &data_);
+}
+
+OwnStringData::~OwnStringData() noexcept(false) {
+  if (!filled_) return;
+  if (const auto dispose = REALDisposeStringData.function()) {
+    dispose(&data_);
+  } else {
+    free(data_.data);
+  }
+}

@@ -1,0 +1,220 @@
+// The host's records: what the plug-in hands over at start-up and what it shares with the host at run time.
+// Every layout here is read or written by the host, so each is pinned by static_assert.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+static_assert(sizeof(void*) == 4, "the host and its plug-ins are 32-bit programs");
+
+// Handles. Null is the nil object, and the empty string. Variants, arrays, dates, dictionaries and folder
+// items are objects too.
+typedef struct REALobjectRecord* REALobject;
+typedef struct REALstringRecord* REALstring;
+
+// The bytes of a string. Filled by REALGetStringData (bridge/string_data.h), which says how `data` is given
+// back.
+struct REALstringData {
+  char* data;
+  int32_t length;     // in bytes, without a terminator
+  uint32_t encoding;  // a CFStringEncoding
+};
+static_assert(sizeof(REALstringData) == 12, "3 words");
+
+// A string's own encoding, whatever it is; as an answer of the host: unknown. Apple's
+// kCFStringEncodingInvalidId is another number.
+enum : uint32_t { kHostEncoding = 0xFFFF };
+
+// Element kinds of host arrays.
+enum : int32_t { kStringElements = 3, kObjectElements = 4 };
+
+// A function of one of several shapes in the space of a pointer. A table row takes a function whose shape is
+// in the list and no other, and stays constant data, which a row with a reinterpret_cast would not.
+template <typename... Shapes>
+union FunctionOf;
+
+template <typename Shape>
+union FunctionOf<Shape> {
+  constexpr FunctionOf(Shape* function) : function_(function) {}
+  Shape* function_;
+};
+
+template <typename Shape, typename... Others>
+union FunctionOf<Shape, Others...> {
+  constexpr FunctionOf(Shape* function) : function_(function) {}
+  template <typename Other>
+  constexpr FunctionOf(Other* function) : others_(function) {}
+  Shape* function_;
+  FunctionOf<Others...> others_;
+};
+
+using MethodFunction =
+    FunctionOf<void(REALobject),                                      //
+               bool(REALobject),                                      //
+               int32_t(REALobject),                                   //
+               REALstring(REALobject),                                //
+               REALobject(REALobject),                                //
+               void(REALobject, int32_t),                             //
+               bool(REALobject, int32_t),                             //
+               REALobject(REALobject, int32_t),                       //
+               int32_t(REALobject, REALobject),                       //
+               void(REALobject, REALstring),                          //
+               void(REALobject, REALstring, REALobject),              //
+               void(REALobject, REALstring, REALobject, REALobject),  //
+               void(REALobject, REALobject, REALstring),              //
+               void(REALobject, REALobject, REALstring, REALobject),  //
+               void(REALobject, REALobject, REALstring, REALobject, REALobject), int32_t(REALstring)>;
+
+enum class HostAccess : uint32_t {
+  kNone = 0,              // read-only
+  kDirect = 0xFFFFFFFFu,  // the host reads or writes the instance data itself
+};
+
+// The getter or setter of a property.
+union PropertyAccessor {
+  typedef REALstring StringGetter(REALobject, int32_t parameter);
+  typedef int64_t Int64Getter(REALobject, int32_t parameter);
+
+  constexpr PropertyAccessor(HostAccess access) : access_(access) {}
+  constexpr PropertyAccessor(StringGetter* function) : string_(function) {}
+  constexpr PropertyAccessor(Int64Getter* function) : int64_(function) {}
+  HostAccess access_;
+  StringGetter* string_;
+  Int64Getter* int64_;
+};
+
+struct REALmethodDefinition {
+  constexpr REALmethodDefinition(MethodFunction method, const char* text)
+      : function(method), declaration(text) {}
+
+  MethodFunction function;
+  void* setter = nullptr;
+  const char* declaration;
+  uint32_t flags = 4;
+  uint32_t newer[2] = {};
+};
+static_assert(sizeof(REALmethodDefinition) == 24, "6 words");
+static_assert(offsetof(REALmethodDefinition, declaration) == 8, "");
+static_assert(offsetof(REALmethodDefinition, flags) == 12, "");
+
+struct REALproperty {
+  // A word of the instance data, read and written by the host itself.
+  static constexpr REALproperty field(const char* name, const char* type, uint32_t position) {
+    return REALproperty(name, type, HostAccess::kDirect, HostAccess::kDirect, position);
+  }
+  static constexpr REALproperty readOnly(const char* name, const char* type, PropertyAccessor getter) {
+    return REALproperty(name, type, getter, HostAccess::kNone, 0);
+  }
+
+  const char* group = nullptr;
+  const char* name;
+  const char* type;
+  uint32_t flags = 6;
+  PropertyAccessor getter;
+  PropertyAccessor setter;
+  uint32_t parameter;  // for a field its position in bytes
+  uint32_t unused[3] = {};
+  uint32_t newer[2] = {};
+
+ private:
+  constexpr REALproperty(const char* propertyName, const char* typeName, PropertyAccessor get,
+                         PropertyAccessor set, uint32_t word)
+      : name(propertyName), type(typeName), getter(get), setter(set), parameter(word) {}
+};
+static_assert(sizeof(REALproperty) == 48, "12 words");
+static_assert(offsetof(REALproperty, flags) == 12, "");
+static_assert(offsetof(REALproperty, getter) == 16, "");
+static_assert(offsetof(REALproperty, parameter) == 24, "");
+
+struct REALevent {
+  const char* declaration;
+  uint32_t systemUse = 0;  // written at registration; see REALGetEventInstance in registration.h
+  uint32_t newer[2] = {};
+};
+static_assert(sizeof(REALevent) == 16, "4 words");
+
+struct REALconstant {
+  const char* declaration;  // name, "=", value
+  uint32_t unused[2] = {};
+  uint32_t newer[2] = {};
+};
+static_assert(sizeof(REALconstant) == 20, "5 words");
+
+struct REALclassDefinition {
+  constexpr REALclassDefinition(const char* className, uint32_t instanceDataSize, void (*destroy)(REALobject))
+      : name(className), dataSize(instanceDataSize), destructor(destroy) {}
+
+  template <size_t count>
+  constexpr REALclassDefinition with(const REALproperty (&rows)[count]) const {
+    REALclassDefinition result = *this;
+    result.properties = rows;
+    result.propertyCount = count;
+    return result;
+  }
+  template <size_t count>
+  constexpr REALclassDefinition with(const REALmethodDefinition (&rows)[count]) const {
+    REALclassDefinition result = *this;
+    result.methods = rows;
+    result.methodCount = count;
+    return result;
+  }
+  template <size_t count>
+  constexpr REALclassDefinition with(REALevent (&rows)[count]) const {
+    REALclassDefinition result = *this;
+    result.events = rows;
+    result.eventCount = count;
+    return result;
+  }
+  template <size_t count>
+  constexpr REALclassDefinition with(const REALconstant (&rows)[count]) const {
+    REALclassDefinition result = *this;
+    result.constants = rows;
+    result.constantCount = count;
+    return result;
+  }
+
+  int32_t version = 12;
+  const char* name;
+  const char* superclassName = nullptr;
+  uint32_t dataSize;  // of the instance data, in bytes
+  uint32_t dataOffset =
+      0;  // of the instance data within an object, in bytes; written by the host at registration
+  void (*constructor)(REALobject) = nullptr;
+  void (*destructor)(REALobject);
+  const REALproperty* properties = nullptr;
+  int32_t propertyCount = 0;
+  const REALmethodDefinition* methods = nullptr;
+  int32_t methodCount = 0;
+  REALevent* events = nullptr;
+  int32_t eventCount = 0;
+  const void* eventInstances = nullptr;
+  int32_t eventInstanceCount = 0;
+  const void* interfaces = nullptr;
+  uint32_t unused[2] = {};
+  const REALconstant* constants = nullptr;
+  int32_t constantCount = 0;
+  uint32_t flags = 4;
+  const REALproperty* sharedProperties = nullptr;
+  int32_t sharedPropertyCount = 0;
+  const REALmethodDefinition* sharedMethods = nullptr;
+  int32_t sharedMethodCount = 0;
+  uint32_t newer[4] = {};
+};
+static_assert(sizeof(REALclassDefinition) == 29 * 4, "29 words");
+static_assert(offsetof(REALclassDefinition, dataOffset) == 4 * 4, "");
+static_assert(offsetof(REALclassDefinition, properties) == 7 * 4, "");
+static_assert(offsetof(REALclassDefinition, constants) == 18 * 4, "");
+static_assert(offsetof(REALclassDefinition, flags) == 20 * 4, "");
+static_assert(offsetof(REALclassDefinition, newer) == 25 * 4, "");
+
+// The instance data of an object of the class.
+template <typename Data>
+Data* instanceData(REALobject object, const REALclassDefinition& definition) {
+  return reinterpret_cast<Data*>(reinterpret_cast<char*>(object) + definition.dataOffset);
+}
+
+// Where an array's elements lie, or null when the host offers no such access.
+template <typename Element>
+Element* elementStorage(REALobject array) {
+  return reinterpret_cast<Element* const*>(array)[2];
+}

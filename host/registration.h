@@ -1,0 +1,16 @@
+#pragma once
+
+#include "records.h"
+
+// Registers a class with the host. The record and its tables must live as long as the process: the host keeps
+// pointers to them. For hosts of control version 9 the record is first rewritten, in place, to the older
+// layout. A host without the service leaves the class unregistered.
+void MyREALRegisterClass(REALclassDefinition* definition);
+
+// A new table of the properties in the older layout (10 words each), never freed. Null for a null table, for
+// a count of 0 or less, and when there is no memory.
+void* FixProperties(const REALproperty* properties, int32_t count);
+
+// The host code's handler of the event for this object, or null. The event is a row of a table that was
+// registered.
+void* REALGetEventInstance(REALobject instance, const REALevent* event);

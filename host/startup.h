@@ -1,0 +1,26 @@
+// What start-up settles, once, before any method of the plug-in can run; only read afterwards. Nothing is
+// torn down.
+#pragma once
+
+#include <CoreServices/CoreServices.h>
+
+#include "records.h"
+
+typedef void* Resolver(const char* name);
+
+extern Resolver* gResolver;                // the host's: the address of a service by name, or null
+extern double rbversion;                   // the host's version, such as 2013.03; 0 when it doesn't tell
+extern int32_t CurrentREALControlVersion;  // 9 to 12, chosen from rbversion
+
+// Query functions that not every system has, looked up by name in a built application; null elsewhere, and
+// where the system lacks them.
+extern uint32_t (*myMDQueryGetSortOptionFlagsForAttribute)(MDQueryRef query, CFStringRef fieldName);
+extern Boolean (*myMDQuerySetSortOptionFlagsForAttribute)(MDQueryRef query, CFStringRef fieldName,
+                                                          uint32_t flags);
+extern Boolean (*myMDQuerySetSortOrder)(MDQueryRef query, CFArrayRef sortingAttrs);
+
+// What is registered: the three classes, and the global method.
+extern REALclassDefinition MDItemClass;
+extern REALclassDefinition MDQueryClass;
+extern REALclassDefinition MDQueryBatchingParamsClass;
+extern const REALmethodDefinition SpotlightSharedMethods[1];

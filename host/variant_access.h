@@ -1,0 +1,41 @@
+// Reading a value out of a host variant. Null variants, and hosts that offer no way to read, give 0.
+#pragma once
+
+#include "services.h"
+
+// Reads through a host function, or where the host lacks it through a property of the variant.
+template <typename Value, void* (*find)(const char* name)>
+class VariantAccessor {
+ public:
+  typedef Entry<bool(REALobject, const char* name, Value*)> PropertyService;
+
+  constexpr VariantAccessor(const char* function, const char* property, PropertyService& readProperty)
+      : read_(function), property_(property), readProperty_(readProperty) {}
+
+  Value operator()(REALobject variant) {
+    if (!variant) return Value();
+    if (const auto read = read_.function()) return read(variant);
+    Value value = Value();
+    readProperty_(variant, property_, &value);
+    return value;
+  }
+
+ private:
+  Cell<Value(REALobject), find> read_;
+  const char* const property_;
+  PropertyService& readProperty_;
+};
+
+template <typename Value>
+using VariantByEntry = VariantAccessor<Value, findEntry>;
+template <typename Value>
+using VariantByFunction = VariantAccessor<Value, findFunction>;
+
+// clang-format off
+inline VariantByFunction<int32_t>  GetVariantType{"VarType(value As Variant) As Int32", "Type", REALGetPropValueInt32};
+inline VariantByEntry<REALstring>  GetVariantString{"VariantToString", "StringValue", REALGetPropValueString};
+inline VariantByEntry<int32_t>     GetVariantInt32{"VariantToInt32", "Int32Value", REALGetPropValueInt32};
+inline VariantByEntry<int64_t>     GetVariantInt64{"VariantToInt64", "LongValue", REALGetPropValueInt64};
+inline VariantByEntry<float>       GetVariantSingle{"VariantToSingle", "SingleValue", REALGetPropValueSingle};
+inline VariantByEntry<double>      GetVariantDouble{"VariantToDouble", "DoubleValue", REALGetPropValueDouble};
+// clang-format on

@@ -1,0 +1,29 @@
+// MDItemZNK: the host class that stands for one file's metadata item.
+#pragma once
+
+#include <CoreServices/CoreServices.h>
+
+#include "host/owned.h"
+#include "host/startup.h"
+
+struct MDItemData {
+  MDItemRef item;  // owned by the instance; host code may write it, without a retain or release
+  REALobject tag;  // a variant of host code's, held by the host's field accessor, unlocked by the destructor
+};
+static_assert(sizeof(MDItemData) == 8, "2 words");
+
+inline MDItemData* itemData(REALobject item) {
+  return instanceData<MDItemData>(item, MDItemClass);
+}
+
+// Raises "NilObjectException" with "MDItem Reference is nil".
+void raiseNilItem();
+
+// A new MDItemZNK that holds a reference of its own to the item. Nothing when the host makes no instance.
+Owned<REALobject> newItem(MDItemRef item);
+
+void MDItemDestructor(REALobject self);
+REALstring querykMDItemDisplayName(REALobject self, int32_t parameter);
+REALstring querykMDItemFSName(REALobject self, int32_t parameter);
+REALstring querykMDItemPath(REALobject self, int32_t parameter);
+int64_t querykMDItemFSSize(REALobject self, int32_t parameter);

@@ -1,0 +1,55 @@
+// MDQueryZNK: the host class through which host code runs a metadata query.
+#pragma once
+
+#include <CoreServices/CoreServices.h>
+
+#include "host/startup.h"
+
+struct MDQueryData {
+  MDQueryRef query;  // owned by the instance; host code may write it, without a retain or release
+  REALobject tag;  // a variant of host code's, held by the host's field accessor, unlocked by the destructor
+};
+static_assert(sizeof(MDQueryData) == 8, "2 words");
+
+inline MDQueryData* queryData(REALobject query) {
+  return instanceData<MDQueryData>(query, MDQueryClass);
+}
+
+// The instance's query. Without one it raises "NilObjectException" with "MDQuery Reference is nil" and
+// answers null: the caller returns its neutral value at once.
+MDQueryRef queryOrRaise(REALobject self);
+
+// The constructors leave the instance without a query, silently, when the query string is empty or the
+// service rejects it, and when the parent of a subset has no query.
+void rbMDQueryCreate2(REALobject self, REALstring queryString);
+void rbMDQueryCreate3(REALobject self, REALstring queryString, REALobject valueListAttributes);
+void rbMDQueryCreate4(REALobject self, REALstring queryString, REALobject valueListAttributes,
+                      REALobject sortingAttributes);
+void rbMDQueryCreateSubset3(REALobject self, REALobject parent, REALstring queryString);
+void rbMDQueryCreateSubset4(REALobject self, REALobject parent, REALstring queryString,
+                            REALobject valueListAttributes);
+void rbMDQueryCreateSubset5(REALobject self, REALobject parent, REALstring queryString,
+                            REALobject valueListAttributes, REALobject sortingAttributes);
+void MDQueryDestructor(REALobject self);
+
+bool rbMDQueryExecute(REALobject self, int32_t flags);
+bool rbMDQueryIsGatheringComplete(REALobject self);
+int32_t rbMDQueryGetResultCount(REALobject self);
+REALobject rbMDQueryCopyValueListAttributes(REALobject self);
+REALobject rbMDQueryCopySortingAttributes(REALobject self);
+REALstring rbMDQueryCopyQueryString(REALobject self);
+void rbMDQueryStop(REALobject self);
+void rbMDQueryDisableUpdates(REALobject self);
+void rbMDQueryEnableUpdates(REALobject self);
+void rbMDQuerySetMaxCount(REALobject self, int32_t size);
+
+// results.cpp
+REALobject rbMDQueryGetResultAtIndex(REALobject self, int32_t index);
+REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit);
+int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject item);
+
+// events.cpp: raises the host event that belongs to a notification of the query.
+enum MDQueryEvent { kProgressEvent, kFinishEvent, kUpdateEvent, kEventCount };
+extern REALevent MDQueryEvents[kEventCount];
+void MyCallBack(CFNotificationCenterRef center, void* observer, CFStringRef name, const void* object,
+                CFDictionaryRef userInfo);

@@ -1,0 +1,47 @@
+// The results of a query as item objects.
+#include "item/item.h"
+#include "query.h"
+
+namespace {
+
+MDItemRef resultAt(MDQueryRef query, CFIndex index) {
+  return static_cast<MDItemRef>(const_cast<void*>(MDQueryGetResultAtIndex(query, index)));
+}
+
+}  // namespace
+
+// The index is passed on unchecked; the service has no result for one out of range.
+REALobject rbMDQueryGetResultAtIndex(REALobject self, int32_t index) {
+  const MDQueryRef query = queryOrRaise(self);
+  if (!query) return nullptr;
+  const MDItemRef item = resultAt(query, index);
+  return item ? newItem(item).leak() : nullptr;
+}
+
+// A result that is missing, or can't be wrapped, keeps its place: an element's position is always its
+// result's index. The array is made before the query is asked for, and stays behind, locked, when there is
+// none.
+REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit) {
+  const REALobject array = REALCreateArray(kObjectElements, -1);
+  const MDQueryRef query = queryOrRaise(self);
+  if (!query) return nullptr;
+  const CFIndex all = MDQueryGetResultCount(query);
+  const CFIndex count = limit > 0 && limit < all ? limit : all;
+  for (CFIndex i = 0; i < count; ++i) {
+    const MDItemRef item = resultAt(query, i);
+    const auto object = item ? newItem(item) : Owned<REALobject>();
+    REALInsertArrayValueObject(array, i, object.get());
+  }
+  return array;
+}
+
+int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject it) {
+  const MDItemRef item = it ? itemData(it)->item : nullptr;
+  const MDQueryRef query = queryOrRaise(self);
+  if (!query) return 0;
+  if (!item) {
+    raiseNilItem();
+    return 0;
+  }
+  return MDQueryGetIndexOfResult(query, item);
+}
