@@ -2,9 +2,8 @@
 # Carbon re-exports them, and the first library named is the one that a symbol is bound to.
 add_library(SpotlightZNK SHARED ${PLUGIN_SOURCES})
 target_include_directories(SpotlightZNK PRIVATE ${CMAKE_SOURCE_DIR})
-target_compile_features(SpotlightZNK PRIVATE cxx_std_17)
 target_compile_options(SpotlightZNK PRIVATE -Wall -Wextra -Werror -fvisibility=hidden -fvisibility-inlines-hidden
   -fno-threadsafe-statics -fno-stack-protector)
 target_link_libraries(SpotlightZNK PRIVATE
-  "-framework CoreFoundation" "-weak_framework CoreServices" "-framework ApplicationServices" "-framework Carbon")
+  "-framework CoreFoundation" "-weak_framework CoreServices" "-framework Carbon")
 set_target_properties(SpotlightZNK PROPERTIES PREFIX "" SUFFIX ".dylib" CXX_STANDARD 17)

@@ -1,5 +1,5 @@
 # The two binaries of the plug-in.
-set(PLUGIN_FLAGS -std=c++17 -fvisibility=hidden -fvisibility-inlines-hidden -fno-threadsafe-statics
+set(PLUGIN_FLAGS -fvisibility=hidden -fvisibility-inlines-hidden -fno-threadsafe-statics
     -fno-stack-protector)
 
 # What the plug-in calls, in the order in which the dylib names them.
@@ -9,6 +9,7 @@ set(PLATFORM_LIBRARIES CoreFoundation StandinSystem CoreServices Carbon)
 add_library(SpotlightObjects OBJECT ${PLUGIN_SOURCES})
 target_include_directories(SpotlightObjects PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform)
 target_compile_options(SpotlightObjects PRIVATE ${PLUGIN_FLAGS})
+set_target_properties(SpotlightObjects PROPERTIES CXX_STANDARD 17)
 
 add_library(SpotlightZNK MODULE)
 target_link_libraries(SpotlightZNK PRIVATE SpotlightObjects)

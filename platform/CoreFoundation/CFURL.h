@@ -12,6 +12,9 @@ CF_EXPORT CFTypeID CFURLGetTypeID(void);
 CF_EXPORT CFURLRef CFURLCreateWithString(CFAllocatorRef allocator, CFStringRef URLString, CFURLRef baseURL);
 CF_EXPORT CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef filePath,
                                                  CFURLPathStyle pathStyle, Boolean isDirectory);
+CF_EXPORT CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef allocator, CFStringRef filePath,
+                                                               CFURLPathStyle pathStyle, Boolean isDirectory,
+                                                               CFURLRef baseURL);
 CF_EXPORT CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8* buffer,
                                                            CFIndex bufLen, Boolean isDirectory);
 CF_EXPORT CFURLRef CFURLCopyAbsoluteURL(CFURLRef relativeURL);

@@ -23,6 +23,9 @@ CS_EXPORT CFIndex MDQueryGetResultCount(MDQueryRef query);
 CS_EXPORT const void* MDQueryGetResultAtIndex(MDQueryRef query, CFIndex idx);
 CS_EXPORT CFIndex MDQueryGetIndexOfResult(MDQueryRef query, const void* result);
 CS_EXPORT void MDQuerySetMaxCount(MDQueryRef query, CFIndex size);
+CS_EXPORT Boolean MDQuerySetSortOrder(MDQueryRef query, CFArrayRef sortingAttrs);
+CS_EXPORT uint32_t MDQueryGetSortOptionFlagsForAttribute(MDQueryRef query, CFStringRef fieldName);
+CS_EXPORT Boolean MDQuerySetSortOptionFlagsForAttribute(MDQueryRef query, CFStringRef fieldName, uint32_t flags);
 
 // Notifications, and the keys of the dictionary that they carry
 CS_EXPORT const CFStringRef kMDQueryProgressNotification;

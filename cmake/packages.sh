@@ -1,0 +1,58 @@
+# Sourced by ./run and ./test: brings a Debian 12 machine to where the project builds.
+
+required_packages="cmake ninja-build g++-multilib clang-14 llvm-14 googletest libicu-dev libicu72:i386 findutils"
+
+is_installed() {
+  dpkg-query -W -f='${db:Status-Abbrev}' "$1" 2>/dev/null | grep -q '^ii'
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    echo "$0: packages must be installed, which takes root: run as root, or install sudo" >&2
+    exit 2
+  fi
+}
+
+install_packages() {
+  command -v dpkg-query >/dev/null || {
+    echo "$0: this machine has no dpkg; the project builds on Debian 12 (see README.md)" >&2
+    exit 2
+  }
+  missing=
+  for package in $required_packages; do
+    is_installed "$package" || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 0
+
+  echo "$0: installing$missing" >&2
+  log=$(mktemp)
+  if ! dpkg --print-foreign-architectures | grep -qx i386; then
+    echo "$0: adding the i386 architecture to dpkg" >&2
+    as_root dpkg --add-architecture i386
+  fi
+  # A package list that can't be fetched whole (a mirror in the middle of its update) need not matter.
+  as_root apt-get update >"$log" 2>&1 || echo "$0: apt-get update reported errors; going on with what it got" >&2
+  # shellcheck disable=SC2086
+  if ! as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing >>"$log" 2>&1; then
+    cat "$log" >&2
+    echo "$0: apt-get could not install$missing; the lines above say why" >&2
+    exit 2
+  fi
+  rm -f "$log"
+}
+
+# configure PRESET: quiet unless it fails.
+configure() {
+  [ -f "build/$1/build.ninja" ] && return 0
+  echo "$0: configuring build/$1" >&2
+  mkdir -p build
+  cmake --preset "$1" >"build/configure-$1.log" 2>&1 || {
+    cat "build/configure-$1.log" >&2
+    echo "$0: configuring build/$1 failed; the lines above say why" >&2
+    exit 2
+  }
+}

@@ -1,0 +1,160 @@
+#include "macho/loader.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+#include "macho/loader/binder.h"
+#include "macho/loader/export_trie.h"
+#include "macho/loader/file.h"
+#include "macho/loader/fixups.h"
+#include "macho/loader/frames.h"
+#include "macho/loader/mapping.h"
+
+namespace macho {
+namespace {
+
+// Read, not mapped: the file may be rebuilt while its image is in use.
+std::vector<uint8_t> readFile(const std::string& path) {
+  errno = 0;
+  std::ifstream stream(path, std::ios::binary);
+  std::vector<uint8_t> contents;
+  if (stream) contents.assign(std::istreambuf_iterator<char>(stream), {});
+  if (!stream || stream.bad()) {
+    const std::string reason = errno ? std::strerror(errno) : "unknown error";
+    throw LoadError(path + ": can't be read: " + reason + "; name a Mach-O dylib for i386");
+  }
+  return contents;
+}
+
+// The image while it is put together: everything still writable.
+class Assembly {
+ public:
+  Assembly(const DylibFile& dylib, Mapping& mapping) : dylib_(dylib), mapping_(mapping) {}
+
+  void copySegments(Bytes file) {
+    for (const SegmentCommand& segment : dylib_.segments) {
+      const Bytes contents = file.slice(segment.fileOffset, segment.fileSize);
+      if (contents.size()) std::memcpy(at(segment), contents.data(), contents.size());
+    }
+  }
+
+  void slide() {
+    const uint32_t distance = reinterpret_cast<uintptr_t>(mapping_.base()) - dylib_.memory.address;
+    readRebases(dylib_.rebases, dylib_.memory.size, [&](FixupPlace place) {
+      uint8_t* word = writableWord(place);
+      uint32_t address;
+      std::memcpy(&address, word, sizeof address);
+      address += distance;
+      std::memcpy(word, &address, sizeof address);
+    });
+  }
+
+  void bindAll(const LoadOptions& options) {
+    Binder binder(dylib_, mapping_.base(), options);
+    const auto visit = [&](const Bind& bind) {
+      uint8_t* word = writableWord(bind.place);
+      const auto symbol = reinterpret_cast<uintptr_t>(binder.address(bind));
+      const uint32_t address = symbol ? symbol + bind.addend : 0;
+      std::memcpy(word, &address, sizeof address);
+    };
+    readBinds(dylib_.binds, BindStream::kOrdinary, dylib_.memory.size, visit);
+    readBinds(dylib_.lazyBinds, BindStream::kLazy, dylib_.memory.size, visit);
+  }
+
+  void protect() {
+    for (const SegmentCommand& segment : dylib_.segments) {
+      if (segment.memorySize == 0) continue;
+      const uint32_t pages = (segment.memorySize + kPageSize - 1) / kPageSize;
+      mapping_.protect(segment.address - dylib_.memory.address, pages * kPageSize, segment.protection);
+    }
+  }
+
+  Bytes frames() const {
+    return mapping_.bytes().slice(dylib_.frames->address - dylib_.memory.address, dylib_.frames->size);
+  }
+
+ private:
+  uint8_t* at(const SegmentCommand& segment) const {
+    return mapping_.base() + (segment.address - dylib_.memory.address);
+  }
+
+  uint8_t* writableWord(FixupPlace place) const {
+    if (place.segment >= dylib_.segments.size()) {
+      throw FormatError("malformed: an address is to be set in a segment that is not there");
+    }
+    const SegmentCommand& segment = dylib_.segments[place.segment];
+    if (segment.memorySize < 4 || place.offset > segment.memorySize - 4) {
+      throw FormatError("malformed: an address is to be set outside of its segment");
+    }
+    if (!(segment.protection & kWrite)) {
+      throw FormatError("an address is to be set in " + fixedName(segment.name) + ", which is not writable");
+    }
+    return at(segment) + place.offset;
+  }
+
+  const DylibFile& dylib_;
+  Mapping& mapping_;
+};
+
+}  // namespace
+
+struct Image::Parts {
+  explicit Parts(size_t size) : mapping(size) {}
+
+  Mapping mapping;
+  std::vector<uint8_t> exports;
+  std::optional<Frames> frames;  // after the mapping: gone before it
+};
+
+Image::Image(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+Image::Image(Image&&) noexcept = default;
+Image& Image::operator=(Image&&) noexcept = default;
+Image::~Image() = default;
+
+const void* Image::base() const {
+  return parts_->mapping.base();
+}
+
+size_t Image::size() const {
+  return parts_->mapping.bytes().size();
+}
+
+void* Image::symbol(const char* exportedName) const {
+  try {
+    const auto offset = findExport(Bytes(parts_->exports.data(), parts_->exports.size()), exportedName);
+    if (!offset || *offset >= size()) return nullptr;
+    return parts_->mapping.base() + *offset;
+  } catch (const FormatError&) {
+    return nullptr;  // whatever a malformed trie meant to say, it is not an address
+  }
+}
+
+Image load(const std::string& path, const LoadOptions& options) {
+  const std::vector<uint8_t> contents = readFile(path);
+  const Bytes file(contents.data(), contents.size());
+  try {
+    const DylibFile dylib = readDylib(file);
+    auto parts = std::make_unique<Image::Parts>(dylib.memory.size);
+    Assembly assembly(dylib, parts->mapping);
+    assembly.copySegments(file);
+    assembly.slide();
+    assembly.bindAll(options);
+    parts->exports.assign(dylib.exports.data(), dylib.exports.data() + dylib.exports.size());
+    if (dylib.frames) parts->frames.emplace(assembly.frames(), parts->mapping.bytes());
+    assembly.protect();
+    return Image(std::move(parts));
+  } catch (const FormatError& error) {
+    throw LoadError(path + ": " + error.what() + "; build or copy the file again");
+  } catch (const MissingImport& error) {
+    throw LoadError(path + ": " + error.what() + "; link the library that has it into this program");
+  } catch (const std::bad_alloc&) {
+    throw LoadError(path + ": no room for it in memory; close other programs or images");
+  } catch (const std::system_error& error) {
+    throw LoadError(path + ": " + error.what());
+  }
+}
+
+}  // namespace macho

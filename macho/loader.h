@@ -1,0 +1,51 @@
+// Loads an i386 Mach-O dylib into this (ELF) process: at an address of the kernel's choosing, bound by name
+// to the process's own symbols, with exceptions able to pass through its functions.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+namespace macho {
+
+// "FILE: what is wrong; what to do".
+struct LoadError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+struct LoadOptions {
+  // Asked first, when set, with the C name (no leading underscore). Null means: not here; the process is
+  // asked next.
+  std::function<void*(const std::string& symbol)> lookup;
+  // C names that are treated as absent, whoever has them.
+  std::set<std::string> hidden;
+};
+
+// A loaded dylib. Gone from memory when this object goes, so nothing of it may be in use then.
+class Image {
+ public:
+  Image(Image&&) noexcept;
+  Image& operator=(Image&&) noexcept;
+  ~Image();
+
+  // The address of an export, by its name in the file ("_REALPluginMain"); null when it is not exported.
+  void* symbol(const char* exportedName) const;
+  const void* base() const;
+  size_t size() const;
+
+ private:
+  struct Parts;
+  explicit Image(std::unique_ptr<Parts> parts);
+  friend Image load(const std::string& path, const LoadOptions& options);
+
+  std::unique_ptr<Parts> parts_;
+};
+
+// Each call makes an image of its own, with its variables in their initial state, also for a file that is
+// loaded already. An absent weak import is null; an absent strong one throws. Throws LoadError, whatever the
+// file holds.
+Image load(const std::string& path, const LoadOptions& options = {});
+
+}  // namespace macho

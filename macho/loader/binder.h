@@ -1,0 +1,38 @@
+// Finds what an image imports among the symbols of this process.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "macho/loader.h"
+#include "macho/loader/file.h"
+#include "macho/loader/fixups.h"
+
+namespace macho {
+
+// A strong import that this process has not.
+struct MissingImport : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+class Binder {
+ public:
+  // Both must outlive the binder. `base` is where the image lies, for what it imports of itself.
+  Binder(const DylibFile& dylib, const uint8_t* base, const LoadOptions& options)
+      : dylib_(dylib), base_(base), options_(options) {}
+
+  // Null only for an absent weak import; throws MissingImport for an absent strong one.
+  void* address(const Bind& bind);
+
+ private:
+  void* find(const std::string& symbol);
+  void* findInProcess(const std::string& name) const;
+  std::string libraryName(int32_t ordinal) const;
+
+  const DylibFile& dylib_;
+  const uint8_t* base_;
+  const LoadOptions& options_;
+  std::map<std::string, void*> found_;
+};
+
+}  // namespace macho

@@ -1,0 +1,28 @@
+// What the loader needs of a dylib's load commands, checked against the size of the file.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "macho/bytes.h"
+#include "macho/format.h"
+
+namespace macho {
+
+struct DylibFile {
+  struct Range {
+    uint32_t address, size;
+  };
+
+  std::vector<SegmentCommand> segments;  // page-aligned, without overlap, contents inside the file
+  Range memory;                          // from the lowest segment to the end of the highest
+  std::vector<std::string> libraries;    // install names; ordinal 1 is the first
+  std::optional<Range> frames;           // the __eh_frame section
+  Bytes rebases, binds, lazyBinds, exports;
+};
+
+// `file` must outlive the result. Throws FormatError.
+DylibFile readDylib(Bytes file);
+
+}  // namespace macho

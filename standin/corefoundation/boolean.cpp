@@ -1,0 +1,33 @@
+#include <CoreFoundation/CFNumber.h>
+
+#include "standin/corefoundation/classes.h"
+#include "standin/corefoundation/object.h"
+
+struct __CFBoolean : cf::Header {
+  static constexpr CFTypeID typeId = cf::kBooleanType;
+};
+
+namespace cf {
+
+const CFRuntimeClass booleanClass = classRecord("CFBoolean", nullptr, nullptr, nullptr);
+
+namespace {
+constinit __CFBoolean trueObject{{&classTable[kBooleanType], kConstantCount}};
+constinit __CFBoolean falseObject{{&classTable[kBooleanType], kConstantCount}};
+}  // namespace
+
+}  // namespace cf
+
+const CFBooleanRef kCFBooleanTrue = &cf::trueObject;
+const CFBooleanRef kCFBooleanFalse = &cf::falseObject;
+
+CFTypeID CFBooleanGetTypeID() {
+  const standin::Gate gate{__func__};
+  return gate.fails() ? 0 : cf::kBooleanType;
+}
+
+Boolean CFBooleanGetValue(CFBooleanRef boolean) {
+  const standin::Gate gate{__func__};
+  if (gate.fails()) return false;
+  return cf::checked(boolean, __func__) == &cf::trueObject;
+}

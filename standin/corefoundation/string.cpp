@@ -1,0 +1,180 @@
+// Immutable strings: making them and reading their units.
+#include "standin/corefoundation/string.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "standin/corefoundation/classes.h"
+
+namespace cf {
+namespace {
+
+void finalizeString(CFTypeRef cf) {
+  const __CFString* const s = static_cast<const __CFString*>(cf);
+  if (s->kind() == StringKind::Mutable) std::free(static_cast<const MutableString*>(s)->units);
+}
+
+Boolean equalStrings(CFTypeRef a, CFTypeRef b) {
+  const Text x = textOf(static_cast<CFStringRef>(a));
+  const Text y = textOf(static_cast<CFStringRef>(b));
+  if (x.length != y.length) return false;
+  if (x.narrow && y.narrow) return std::memcmp(x.narrow, y.narrow, x.length) == 0;
+  if (x.wide && y.wide) return std::memcmp(x.wide, y.wide, x.length * sizeof(UniChar)) == 0;
+  for (size_t i = 0; i < x.length; ++i) {
+    if (x[i] != y[i]) return false;
+  }
+  return true;
+}
+
+// By units, so that equal text has one hash whichever way it is stored.
+CFHashCode hashString(CFTypeRef cf) {
+  const Text text = textOf(static_cast<CFStringRef>(cf));
+  CFHashCode h = static_cast<CFHashCode>(text.length);
+  for (size_t i = 0; i < text.length; ++i) h = h * 31 + text[i];
+  return h ^ (h >> 15);
+}
+
+CFStringRef substring(Text text, CFRange range) {
+  const size_t start = static_cast<size_t>(range.location);
+  const size_t length = static_cast<size_t>(range.length);
+  return text.narrow ? makeNarrowString(text.narrow + start, length) : makeString(text.wide + start, length);
+}
+
+}  // namespace
+
+const CFRuntimeClass stringClass = classRecord("CFString", finalizeString, equalStrings, hashString);
+
+bool isASCII(const void* bytes, size_t length) {
+  const unsigned char* const p = static_cast<const unsigned char*>(bytes);
+  return std::none_of(p, p + length, [](unsigned char c) { return c >= 0x80; });
+}
+
+bool isASCII(const UniChar* units, size_t length) {
+  return std::none_of(units, units + length, [](UniChar c) { return c >= 0x80; });
+}
+
+Text textOf(CFStringRef s) {
+  switch (s->kind()) {
+    case StringKind::Narrow:
+      return {reinterpret_cast<const char*>(s + 1), nullptr, s->length};
+    case StringKind::Wide:
+      return {nullptr, reinterpret_cast<const UniChar*>(s + 1), s->length};
+    case StringKind::Mutable:
+      break;
+  }
+  return {nullptr, static_cast<const MutableString*>(s)->units, s->length};
+}
+
+CFStringRef makeNarrowString(const char* bytes, size_t length) {
+  if (length > kMaxStringLength) return nullptr;
+  __CFString* const s = makeObject<__CFString>(length + 1);
+  if (s == nullptr) return nullptr;
+  s->length = length;
+  s->kindBits = static_cast<unsigned>(StringKind::Narrow);
+  if (length > 0) std::memcpy(narrowBytes(s), bytes, length);
+  return s;
+}
+
+__CFString* makeWideString(size_t length) {
+  if (length > kMaxStringLength) return nullptr;
+  __CFString* const s = makeObject<__CFString>(length * sizeof(UniChar));
+  if (s == nullptr) return nullptr;
+  s->length = length;
+  s->kindBits = static_cast<unsigned>(StringKind::Wide);
+  return s;
+}
+
+CFStringRef makeString(const UniChar* units, size_t length) {
+  if (length > kMaxStringLength) return nullptr;
+  if (!isASCII(units, length)) {
+    __CFString* const s = makeWideString(length);
+    if (s) std::memcpy(wideUnits(s), units, length * sizeof(UniChar));
+    return s;
+  }
+  __CFString* const s = makeObject<__CFString>(length + 1);
+  if (s == nullptr) return nullptr;
+  s->length = length;
+  s->kindBits = static_cast<unsigned>(StringKind::Narrow);
+  std::copy(units, units + length, narrowBytes(s));
+  return s;
+}
+
+void checkRange(CFRange range, size_t length, const char* call) {
+  if (range.location >= 0 && range.length >= 0 &&
+      static_cast<uint64_t>(range.location) + static_cast<uint64_t>(range.length) <= length) {
+    return;
+  }
+  misuse(call, "range " + std::to_string(range.location) + "+" + std::to_string(range.length) +
+                   " is outside of length " + std::to_string(length));
+}
+
+}  // namespace cf
+
+CFTypeID CFStringGetTypeID() {
+  const standin::Gate gate{__func__};
+  return gate.fails() ? 0 : cf::kStringType;
+}
+
+CFStringRef CFStringCreateWithCharacters(CFAllocatorRef alloc, const UniChar* chars, CFIndex numChars) {
+  const standin::Gate gate{__func__};
+  if (numChars < 0) cf::misuse(__func__, "a length below 0");
+  if (numChars > 0 && chars == nullptr) cf::misuse(__func__, "null characters with a length");
+  if (gate.fails() || !cf::canAllocate(alloc, __func__)) return nullptr;
+  return cf::makeString(chars, static_cast<size_t>(numChars));
+}
+
+CFStringRef CFStringCreateWithSubstring(CFAllocatorRef alloc, CFStringRef str, CFRange range) {
+  const standin::Gate gate{__func__};
+  cf::checked(str, __func__);
+  cf::checkRange(range, str->length, __func__);
+  if (gate.fails() || !cf::canAllocate(alloc, __func__)) return nullptr;
+  return cf::substring(cf::textOf(str), range);
+}
+
+// An immutable string is its own copy.
+CFStringRef CFStringCreateCopy(CFAllocatorRef alloc, CFStringRef theString) {
+  const standin::Gate gate{__func__};
+  cf::checked(theString, __func__);
+  if (gate.fails() || !cf::canAllocate(alloc, __func__)) return nullptr;
+  if (theString->kind() != StringKind::Mutable) {
+    return static_cast<CFStringRef>(cf::retain(theString, __func__));
+  }
+  return cf::substring(cf::textOf(theString), {0, static_cast<CFIndex>(theString->length)});
+}
+
+CFIndex CFStringGetLength(CFStringRef theString) {
+  const standin::Gate gate{__func__};
+  cf::checked(theString, __func__);
+  return gate.fails() ? 0 : static_cast<CFIndex>(theString->length);
+}
+
+UniChar CFStringGetCharacterAtIndex(CFStringRef theString, CFIndex idx) {
+  const standin::Gate gate{__func__};
+  cf::checked(theString, __func__);
+  cf::checkRange({idx, 1}, theString->length, __func__);
+  return gate.fails() ? 0 : cf::textOf(theString)[static_cast<size_t>(idx)];
+}
+
+void CFStringGetCharacters(CFStringRef theString, CFRange range, UniChar* buffer) {
+  const standin::Gate gate{__func__};
+  cf::checked(theString, __func__);
+  cf::checkRange(range, theString->length, __func__);
+  if (range.length > 0 && buffer == nullptr) cf::misuse(__func__, "null buffer");
+  if (gate.fails()) return;
+  const cf::Text text = cf::textOf(theString);
+  for (CFIndex i = 0; i < range.length; ++i) buffer[i] = text[static_cast<size_t>(range.location + i)];
+}
+
+const UniChar* CFStringGetCharactersPtr(CFStringRef theString) {
+  const standin::Gate gate{__func__};
+  cf::checked(theString, __func__);
+  return gate.fails() ? nullptr : cf::textOf(theString).wide;
+}
+
+const char* CFStringGetCStringPtr(CFStringRef theString, CFStringEncoding encoding) {
+  const standin::Gate gate{__func__};
+  cf::checked(theString, __func__);
+  if (gate.fails() || !cf::extendsASCII(encoding)) return nullptr;
+  return cf::textOf(theString).narrow;
+}

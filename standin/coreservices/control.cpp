@@ -1,0 +1,32 @@
+#include "control.h"
+
+#include <utility>
+#include <variant>
+
+#include "query_parser.h"
+#include "settings.h"
+
+namespace standin {
+
+metadata::Settings& metadata::settings() {
+  static Settings s;
+  return s;
+}
+
+void setIndexedFolders(std::vector<std::string> folders, std::vector<std::string> excluded) {
+  metadata::settings().indexedFolders = std::move(folders);
+  metadata::settings().excludedFolders = std::move(excluded);
+}
+
+std::optional<QueryError> checkQuery(std::u16string_view queryString) {
+  const auto parsed = metadata::parseQuery(queryString);
+  const auto* const error = std::get_if<metadata::ParseError>(&parsed);
+  if (!error) return {};
+  return QueryError{error->position, error->reason};
+}
+
+SearchStatistics lastSearch() {
+  return metadata::settings().lastSearch;
+}
+
+}  // namespace standin

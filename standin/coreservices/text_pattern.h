@@ -1,0 +1,48 @@
+// A text to compare with, as a query states it: literal characters and wildcards, and how strictly to
+// compare.
+//
+// Composed and decomposed characters are the same text in every mode. Ignoring case and diacritics compares
+// folded characters, so one letter may stand for two ("ß" for "ss"); `?` then stands for one folded
+// character.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace standin::metadata {
+
+struct TextOptions {
+  bool ignoreCase = false;
+  bool ignoreDiacritics = false;
+  bool wholeWords = false;
+};
+
+struct PatternElement {
+  enum Kind : uint8_t { Literal, AnyOne, AnyRun } kind;
+  char32_t character;  // of a Literal
+};
+
+class TextPattern {
+ public:
+  TextPattern() = default;
+  TextPattern(const std::vector<PatternElement>& elements, TextOptions options);
+
+  // Compares the whole text, or with wholeWords any part of it that starts and ends at a word's border:
+  // beside anything that isn't a letter, where a lower-case letter meets an upper-case one, and at the text's
+  // ends.
+  bool matches(std::string_view bytes) const;
+
+  // True for a lone `*`: every value matches, of whatever type.
+  bool matchesEverything() const;
+
+ private:
+  std::vector<PatternElement> elements_;  // literal runs folded
+  std::string asciiLiteral_;              // the whole pattern, when it is ASCII without wildcards
+  TextOptions options_;
+  bool literal_ = false;
+  bool ascii_ = false;
+};
+
+}  // namespace standin::metadata

@@ -1,0 +1,42 @@
+// A walk through everything below a folder, in an order that depends on the names alone: a folder's entries
+// by their bytes, each subfolder's content right after the subfolder.
+//
+// The walk holds on to folders, not to paths, so paths may be longer than the system takes in one call and a
+// folder that is moved meanwhile does no harm. It doesn't follow symbolic links.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace standin::metadata {
+
+struct FileId {
+  dev_t device;
+  ino_t node;
+  bool operator==(const FileId&) const = default;
+};
+
+class WalkVisitor {
+ public:
+  virtual ~WalkVisitor() = default;
+  // A folder (the first one included) is about to be walked through; `path` is the whole path of it. The walk
+  // calls left() for it when it is done, unless the walk was stopped.
+  virtual void entered(const std::string& path, size_t nameLength) = 0;
+  virtual void left() = 0;
+  // One entry of the folder that is open as `folder` at `path`. Answers whether to go on with the walk.
+  virtual bool found(int folder, const std::string& path, const char* name) = 0;
+};
+
+struct WalkReport {
+  size_t folders = 0;            // walked through
+  size_t unreadableFolders = 0;  // skipped: no permission, or an error of the disk
+};
+
+// `root` is an absolute path without a slash at its end (except "/"). Folders named in `excluded` are
+// entries, but what is in them isn't walked through. What vanishes during the walk is left out.
+WalkReport walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor);
+
+}  // namespace standin::metadata

@@ -1,0 +1,162 @@
+#include "standin/host/arrays.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "standin/gate/gate.h"
+#include "standin/host/machine_call.h"
+#include "standin/host/memory.h"
+#include "standin/host/runtime.h"
+
+namespace standin::host {
+namespace {
+
+constexpr uint32_t arrayMark = 0x48415252;  // 'HARR'
+constexpr std::size_t blockBytes = 8 * sizeof(uint32_t);
+const char* const storageName = "array's element storage";
+
+}  // namespace
+
+HostArray::HostArray(ElementKind elementKind, int32_t elementCount, Side owner)
+    : Counted(blockBytes, owner),
+      kind_(elementKind),
+      count_(elementCount),
+      capacity_(std::max(elementCount, 4)) {
+  words()[0] = arrayMark;
+  storage_ = static_cast<unsigned char*>(newBlock(static_cast<std::size_t>(capacity_) * elementSize()));
+  owned_.resize(static_cast<std::size_t>(count_));
+  publish();
+}
+
+std::string HostArray::describe() const {
+  return "array of " + std::to_string(count_);
+}
+
+std::size_t HostArray::elementSize() const {
+  switch (kind_) {
+    case ElementKind::boolean:
+      return 1;
+    case ElementKind::int64:
+    case ElementKind::number:
+      return 8;
+    default:
+      return 4;
+  }
+}
+
+void HostArray::publish() {
+  const void* shown = storage_;
+  if (hidesArrayStorage()) {
+    shown = unreadableAddress();
+  } else if (!settings().directArrayStorage) {
+    shown = nullptr;
+  }
+  words()[2] = wordOf(shown);
+}
+
+void HostArray::grow() {
+  const std::size_t oldBytes = static_cast<std::size_t>(capacity_) * elementSize();
+  capacity_ *= 2;
+  auto* const larger =
+      static_cast<unsigned char*>(newBlock(static_cast<std::size_t>(capacity_) * elementSize()));
+  std::memcpy(larger, storage_, oldBytes);
+  retireBlock(storage_, oldBytes, storageName);
+  storage_ = larger;
+  publish();
+}
+
+void HostArray::noticeDirectWrite(int32_t index) {
+  void* now = nullptr;
+  std::memcpy(&now, slot(index), sizeof now);
+  void*& before = owned_[static_cast<std::size_t>(index)];
+  if (now == before) return;
+  takeFromPlugin(now, "(element storage of an array)");
+  giveToPlugin(before);
+  before = now;
+}
+
+void HostArray::end() {
+  for (int32_t i = 0; holdsHandles() && i < count_; ++i) release(handleAt(i), Side::host);
+  retireBlock(storage_, static_cast<std::size_t>(capacity_) * elementSize(), storageName);
+}
+
+void* HostArray::handleAt(int32_t index) {
+  noticeDirectWrite(index);
+  return owned_[static_cast<std::size_t>(index)];
+}
+
+void HostArray::setHandle(int32_t index, void* handle) {
+  noticeDirectWrite(index);
+  retain(handle, Side::host);
+  void* const before = std::exchange(owned_[static_cast<std::size_t>(index)], handle);
+  std::memcpy(slot(index), &handle, sizeof handle);
+  release(before, Side::host);
+}
+
+void HostArray::read(int32_t index, void* out) const {
+  std::memcpy(out, slot(index), elementSize());
+}
+
+void HostArray::write(int32_t index, const void* value) {
+  std::memcpy(slot(index), value, elementSize());
+}
+
+void HostArray::insertEmpty(int32_t index) {
+  if (count_ == capacity_) grow();
+  const std::size_t size = elementSize();
+  std::memmove(slot(index) + size, slot(index), static_cast<std::size_t>(count_ - index) * size);
+  std::memset(slot(index), 0, size);
+  owned_.insert(owned_.begin() + index, nullptr);
+  ++count_;
+}
+
+Value HostArray::valueAt(int32_t index) {
+  int32_t whole = 0;
+  int64_t wide = 0;
+  float single = 0;
+  double number = 0;
+  unsigned char truth = 0;
+  switch (kind_) {
+    case ElementKind::int32:
+      read(index, &whole);
+      return whole;
+    case ElementKind::int64:
+      read(index, &wide);
+      return wide;
+    case ElementKind::single:
+      read(index, &single);
+      return single;
+    case ElementKind::number:
+      read(index, &number);
+      return number;
+    case ElementKind::boolean:
+      read(index, &truth);
+      return truth != 0;
+    case ElementKind::string:
+      return Value::string(Ref::share(handleAt(index)));
+    case ElementKind::object:
+      return Value::object(Ref::share(handleAt(index)));
+  }
+  return {};
+}
+
+bool HostArray::consume(Procedure procedure) {
+  const unsigned bit = 1u << procedure;
+  const bool had = (granted_ & bit) != 0;
+  granted_ &= ~bit;
+  return had;
+}
+
+HostArray& arrayAt(ObjectHandle handle) {
+  Counted& thing = thingAt(handle);
+  auto* const array = dynamic_cast<HostArray*>(&thing);
+  if (!array) die(currentCall(), "the " + thing.describe() + " was passed where an array is expected");
+  return *array;
+}
+
+HostArray& newArray(ElementKind kind, int32_t count, Side owner) {
+  return enrol(new HostArray(kind, count, owner));
+}
+
+}  // namespace standin::host

@@ -1,0 +1,223 @@
+// Properties: for host code by name, for the plug-in by name and type.
+#include <cstring>
+
+#include "standin/gate/gate.h"
+#include "standin/host/arrays.h"
+#include "standin/host/conversions.h"
+#include "standin/host/entry_points.h"
+#include "standin/host/objects.h"
+#include "standin/host/runtime.h"
+#include "standin/host/strings.h"
+
+namespace standin::host {
+namespace {
+
+Value readProperty(const HostObject& object, const Property& property) {
+  switch (property.access) {
+    case Property::Access::field:
+      return readField(property.type, object.data() + property.parameter, property.name.c_str());
+    case Property::Access::functions:
+      return callPlugin(property.getter, {wordOf(object.block()), property.parameter}, property.type,
+                        property.name.c_str());
+    case Property::Access::own:
+      break;
+  }
+  const auto found = object.own.find(lower(property.name));
+  return found == object.own.end() ? emptyValue(property.type) : found->second;
+}
+
+void writeProperty(HostObject& object, const Property& property, const Value& value) {
+  switch (property.access) {
+    case Property::Access::field:
+      return writeField(property.type, object.data() + property.parameter, value);
+    case Property::Access::functions: {
+      Words words{wordOf(object.block()), property.parameter};
+      std::vector<Ref> kept;
+      appendWords(words, property.type, value, kept);
+      callPlugin(property.setter, words, {}, property.name.c_str());
+      return;
+    }
+    case Property::Access::own:
+      object.own[lower(property.name)] = value;
+  }
+}
+
+HostObject& instanceOf(const Value& value, std::string_view name) {
+  if (value.kind() != Kind::object) throw CallError(std::string(name) + " asked of " + value.describe());
+  return static_cast<HostObject&>(objectThingAt(value.reference().object()));
+}
+
+// A method that stands for a property: one without parameters.
+const Method* computedProperty(const Class& cls, std::string_view name) {
+  for (const Method& method : cls.methods) {
+    const bool fits =
+        method.declaration.parameters.empty() && method.declaration.result.kind != TypeKind::none;
+    if (fits && sameName(method.declaration.name, name)) return &method;
+  }
+  return nullptr;
+}
+
+void requireFit(const Value& value, const Type& type, std::string_view name) {
+  if (!distance(value, type)) {
+    throw CallError(std::string(name) + " is a " + describe(type) + ", not " + value.describe());
+  }
+}
+
+}  // namespace
+
+Value get(const Value& object, std::string_view name) {
+  const HostObject& instance = instanceOf(object, name);
+  const Ref held = object.reference();
+  if (const Property* const property = findProperty(instance.cls, name))
+    return readProperty(instance, *property);
+  if (computedProperty(instance.cls, name)) return callWith(object, name, {});
+  throw CallError(instance.cls.name + " has no property " + std::string(name));
+}
+
+void set(const Value& object, std::string_view name, const Value& value) {
+  HostObject& instance = instanceOf(object, name);
+  const Ref held = object.reference();
+  if (const Property* const property = findProperty(instance.cls, name)) {
+    if (property->readOnly) throw CallError(property->name + " of " + instance.cls.name + " can't be set");
+    requireFit(value, property->type, name);
+    writeProperty(instance, *property, value);
+    return;
+  }
+  const Method* const method = computedProperty(instance.cls, name);
+  if (!method) throw CallError(instance.cls.name + " has no property " + std::string(name));
+  if (!method->setter)
+    throw CallError(method->declaration.name + " of " + instance.cls.name + " can't be set");
+  requireFit(value, method->declaration.result, name);
+  Words words{wordOf(instance.block())};
+  std::vector<Ref> kept;
+  appendWords(words, method->declaration.result, value, kept);
+  callPlugin(method->setter, words, {}, method->declaration.name.c_str());
+}
+
+// --- The plug-in's access ---
+
+namespace {
+
+// Of these types alone the plug-in can ask for properties.
+enum class Asked { int32, int64, single, number, string };
+
+bool isAskedType(const Type& type, Asked asked) {
+  if (type.array) return false;
+  switch (asked) {
+    case Asked::int32:
+      return type.kind == TypeKind::int32 || type.kind == TypeKind::uint32;
+    case Asked::int64:
+      return type.kind == TypeKind::int64;
+    case Asked::single:
+      return type.kind == TypeKind::single;
+    case Asked::number:
+      return type.kind == TypeKind::number;
+    case Asked::string:
+      return type.kind == TypeKind::string;
+  }
+  return false;
+}
+
+// The property, when the object has one of that name and type.
+const Property* askedProperty(ObjectHandle handle, const char* name, Asked asked, HostObject*& object) {
+  if (!name) die(currentCall(), "a null property name");
+  object = dynamic_cast<HostObject*>(&objectThingAt(handle));
+  if (!object) return nullptr;
+  const Property* const property = findProperty(object->cls, name);
+  return property && isAskedType(property->type, asked) ? property : nullptr;
+}
+
+template <class T>
+T converted(const Value& value) {
+  if constexpr (std::is_floating_point_v<T>) {
+    return static_cast<T>(value.number());
+  } else {
+    return static_cast<T>(value.integer());
+  }
+}
+
+// `ofVariant` reads the value where the property is one that every variant has.
+template <class T, class OfVariant>
+bool getNumber(const Gate& gate, ObjectHandle handle, const char* name, T* out, Asked asked,
+               OfVariant ofVariant) {
+  if (!out) die(currentCall(), "a null place for the value");
+  HostObject* object = nullptr;
+  const Property* const property = askedProperty(handle, name, asked, object);
+  if (gate.fails()) return false;
+  if (!property) return ofVariant(out);
+  *out = converted<T>(readProperty(*object, *property));
+  return true;
+}
+
+bool setAsked(const Gate& gate, ObjectHandle handle, const char* name, const Value& value, Asked asked) {
+  HostObject* object = nullptr;
+  const Property* const property = askedProperty(handle, name, asked, object);
+  if (gate.fails() || !property || property->readOnly) return false;
+  writeProperty(*object, *property, value);
+  return true;
+}
+
+}  // namespace
+
+namespace entry {
+
+bool REALGetPropValueInt(ObjectHandle object, const char* name, int32_t* out) {
+  const Gate gate("REALGetPropValueInt");
+  return getNumber(gate, object, name, out, Asked::int32, [&](int32_t* value) {
+    if (sameName(name, "Type")) return *value = variantType(objectThingAt(object)), true;
+    return sameName(name, "Int32Value") && (*value = VariantToInt32(object), true);
+  });
+}
+
+bool REALSetPropValueInt(ObjectHandle object, const char* name, int32_t value) {
+  const Gate gate("REALSetPropValueInt");
+  return setAsked(gate, object, name, value, Asked::int32);
+}
+
+bool REALGetPropValueInt64(ObjectHandle object, const char* name, int64_t* out) {
+  const Gate gate("REALGetPropValueInt64");
+  return getNumber(gate, object, name, out, Asked::int64, [&](int64_t* value) {
+    return sameName(name, "LongValue") && (*value = VariantToInt64(object), true);
+  });
+}
+
+bool REALGetPropValueSingle(ObjectHandle object, const char* name, float* out) {
+  const Gate gate("REALGetPropValueSingle");
+  return getNumber(gate, object, name, out, Asked::single, [&](float* value) {
+    return sameName(name, "SingleValue") && (*value = VariantToSingle(object), true);
+  });
+}
+
+bool REALGetPropValueDouble(ObjectHandle object, const char* name, double* out) {
+  const Gate gate("REALGetPropValueDouble");
+  return getNumber(gate, object, name, out, Asked::number, [&](double* value) {
+    return sameName(name, "DoubleValue") && (*value = VariantToDouble(object), true);
+  });
+}
+
+// The string comes with a reference for the plug-in.
+bool REALGetPropValueString(ObjectHandle handle, const char* name, StringHandle* out) {
+  const Gate gate("REALGetPropValueString");
+  if (!out) die("REALGetPropValueString", "a null place for the value");
+  HostObject* object = nullptr;
+  const Property* const property = askedProperty(handle, name, Asked::string, object);
+  if (gate.fails()) return false;
+  if (!property) {
+    if (!sameName(name, "StringValue")) return false;
+    *out = VariantToString(handle);
+    return true;
+  }
+  const Value value = readProperty(*object, *property);
+  retain(value.handle(), Side::plugin);
+  *out = value.reference().string();
+  return true;
+}
+
+bool REALSetPropValueString(ObjectHandle object, const char* name, StringHandle value) {
+  const Gate gate("REALSetPropValueString");
+  if (value) stringAt(value);
+  return setAsked(gate, object, name, Value::string(Ref::share(value)), Asked::string);
+}
+
+}  // namespace entry
+}  // namespace standin::host

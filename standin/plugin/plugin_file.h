@@ -1,0 +1,36 @@
+// Opening a plug-in as a host does: the Mach-O dylib through our loader, or its ELF twin through the
+// system's.
+#pragma once
+
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+namespace standin {
+
+// What was wrong with the file, and what to do.
+struct PluginFileError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+class PluginFile {
+ public:
+  typedef void* Resolver(const char* name);
+  typedef void Main(Resolver* resolver);
+
+  // Every opening gives a plug-in of its own, with its variables in their initial state, also when the file
+  // is open already. `hidden` names platform symbols (C names) that this plug-in is to find absent; Mach-O
+  // only. Throws PluginFileError.
+  explicit PluginFile(const std::string& path, const std::set<std::string>& hidden = {});
+  ~PluginFile();
+  PluginFile(PluginFile&&) noexcept;
+
+  Main* main() const;  // the exported REALPluginMain
+
+ private:
+  struct Opened;
+  std::unique_ptr<Opened> opened_;
+};
+
+}  // namespace standin

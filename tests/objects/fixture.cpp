@@ -1,0 +1,33 @@
+#include "tests/objects/fixture.h"
+
+#include "host/startup.h"
+
+namespace {
+
+std::vector<std::string> ledgerLines() {
+  std::vector<std::string> lines;
+  for (const auto& line : standin::ledger()) lines.push_back(std::to_string(line.count) + " " + line.kind);
+  return lines;
+}
+
+}  // namespace
+
+void ObjectsTest::start(const host::Settings& settings) {
+  before_ = ledgerLines();
+  host::start(settings);
+  gResolver = host::resolve;
+  rbversion = settings.hasVersion ? settings.version : 0.0;
+}
+
+void ObjectsTest::TearDown() {
+  standin::clearFailures();
+  if (!host::running()) return;
+  EXPECT_EQ(0u, host::takeExceptions().size()) << "raised, and nobody looked";
+  EXPECT_EQ(std::vector<std::string>(), host::stop());
+  EXPECT_EQ(before_, ledgerLines());
+}
+
+host::Value stringOf(REALstring string) {
+  if (!string) return host::Value::nullString();
+  return host::Value::string(host::Ref::share(string));
+}

@@ -1,0 +1,44 @@
+// The plug-in's own functions in a stand-in host, without a start-up: the test says which version they see.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "host/owned.h"
+#include "host/services.h"
+#include "standin/gate/gate.h"
+#include "standin/host/host.h"
+
+namespace host = standin::host;
+
+class ObjectsTest : public testing::Test {
+ protected:
+  // Starts a host, and sets what start-up would set.
+  void start(const host::Settings& settings = {});
+
+  // No host object or string is alive when a test ends, and no Core Foundation object.
+  void TearDown() override;
+
+ private:
+  std::vector<std::string> before_;
+};
+
+inline REALstring handle(const host::Value& string) {
+  return static_cast<REALstring>(string.handle());
+}
+inline REALobject objectHandle(const host::Value& object) {
+  return static_cast<REALobject>(object.handle());
+}
+
+// What a handle of the plug-in's stands for. The reference stays with the plug-in.
+host::Value stringOf(REALstring string);
+
+// The calls that reached the host and the platform while `act` ran.
+template <typename Act>
+std::vector<std::string> callsOf(Act act) {
+  standin::startLog();
+  act();
+  return standin::stopLog();
+}

@@ -1,0 +1,31 @@
+#include "tests/plugin/fixture.h"
+
+#include <fstream>
+
+void PluginTest::start(const host::Settings& settings, const std::set<std::string>& hidden) {
+  host::start(settings);
+  plugin_.emplace(pluginPath, hidden);
+  plugin_->main()(host::resolve);
+  afterStart_ = standin::ledger();
+}
+
+void PluginTest::startWith(standin::PluginFile::Resolver* resolver, const host::Settings& settings) {
+  host::start(settings);
+  plugin_.emplace(pluginPath);
+  plugin_->main()(resolver);
+  afterStart_ = standin::ledger();
+}
+
+void PluginTest::TearDown() {
+  standin::clearFailures();
+  standin::stopLog();
+  if (!host::running()) return;
+  EXPECT_EQ(Exceptions(), host::takeExceptions()) << "raised, and nobody looked";
+  EXPECT_EQ(leftBehind_, host::stop());
+  EXPECT_EQ(afterStart_, standin::ledger());
+}
+
+bool isMachO() {
+  std::ifstream file(pluginPath, std::ios::binary);
+  return file.get() == 0xCE;
+}

@@ -1,0 +1,113 @@
+// The classes as a host sees them, member by member and in order, for every control version.
+#include <gmock/gmock.h>
+
+#include "tests/plugin/fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+class Tables : public PluginTest, public testing::WithParamInterface<double> {
+ protected:
+  void SetUp() override {
+    host::Settings settings = GetParam() < 2012.0 ? host::oldHost(GetParam()) : host::Settings();
+    settings.version = GetParam();
+    start(settings);
+  }
+
+  static std::vector<std::string> texts(const char* className, host::MemberKind kind) {
+    std::vector<std::string> texts;
+    for (const auto& member : host::members(className)) {
+      if (member.kind == kind) texts.push_back(member.text);
+    }
+    return texts;
+  }
+
+  // Which of a class's properties host code can assign.
+  static std::vector<std::string> assignable(const char* className) {
+    std::vector<std::string> names;
+    for (const auto& member : host::members(className)) {
+      if (member.assignable) names.push_back(member.name);
+    }
+    return names;
+  }
+};
+
+TEST_P(Tables, AreTheItems) {
+  EXPECT_THAT(texts("MDItemZNK", host::MemberKind::property),
+              ElementsAre("Handle As Integer", "Tag As Variant", "DisplayName As String", "FSName As String",
+                          "Path As String", "FSSize As Int64"));
+  EXPECT_THAT(assignable("MDItemZNK"), ElementsAre("Handle", "Tag"));
+  EXPECT_EQ(6u, host::members("MDItemZNK").size());
+}
+
+TEST_P(Tables, AreTheQuerys) {
+  EXPECT_THAT(texts("MDQueryZNK", host::MemberKind::property),
+              ElementsAre("Handle As Integer", "Tag As Variant"));
+  EXPECT_THAT(assignable("MDQueryZNK"), ElementsAre("Handle", "Tag"));
+  EXPECT_THAT(
+      texts("MDQueryZNK", host::MemberKind::method),
+      ElementsAre("IndexOfResult(it as MDItemZNK) as integer", "Constructor(queryString as string)",
+                  "Constructor(queryString as string, valueListAttributes() as string)",
+                  "Constructor(queryString as string, valueListAttributes() as string, sortingAttributes() "
+                  "as string)",
+                  "Constructor(query as MDQueryZNK, queryString as string)",
+                  "Constructor(query as MDQueryZNK, queryString as string, valueListAttributes() as string)",
+                  "Constructor(query as MDQueryZNK, queryString as string, valueListAttributes() as string, "
+                  "sortingAttributes() as string)",
+                  "ResultAtIndex(index as integer) as MDItemZNK",
+                  "Results(limit as integer = -1) as MDItemZNK()", "Execute(flags as integer) as boolean",
+                  "IsGatheringComplete as boolean", "ResultCount as integer",
+                  "ValueListAttributes as string()", "SortingAttributes as string()", "QueryString as string",
+                  "Stop", "DisableUpdates", "EnableUpdates", "SetMaxCount(size as integer)"));
+  EXPECT_THAT(
+      texts("MDQueryZNK", host::MemberKind::event),
+      ElementsAre(
+          "Progress(AddedItems() as MDItemZNK, ChangedItems() as MDItemZNK, RemovedItems() as MDItemZNK)",
+          "Finish()",
+          "Update(AddedItems() as MDItemZNK, ChangedItems() as MDItemZNK, RemovedItems() as MDItemZNK)"));
+  EXPECT_THAT(texts("MDQueryZNK", host::MemberKind::constant),
+              ElementsAre("kMDQueryReverseSortOrderFlag=1", "kMDQuerySynchronous=1", "kMDQueryWantsUpdates=4",
+                          "kMDQueryScopeHome=\"kMDQueryScopeHome\"",
+                          "kMDQueryScopeComputer=\"kMDQueryScopeComputer\"",
+                          "kMDQueryScopeNetwork=\"kMDQueryScopeNetwork\"",
+                          "kMDQueryScopeAllIndexed=\"kMDQueryScopeAllIndexed\"",
+                          "kMDQueryScopeComputerIndexed=\"kMDQueryScopeComputerIndexed\"",
+                          "kMDQueryScopeNetworkIndexed=\"kMDQueryScopeNetworkIndexed\""));
+  EXPECT_EQ(33u, host::members("MDQueryZNK").size());
+}
+
+TEST_P(Tables, AreTheBatchingParameters) {
+  EXPECT_THAT(texts("MDQueryBatchingParamsZNK", host::MemberKind::property),
+              ElementsAre("firstMaxNum As Integer", "firstMaxMS As Integer", "progressMaxNum As Integer",
+                          "progressMaxMS As Integer", "updateMaxNum As Integer", "updateMaxMS As Integer"));
+  EXPECT_EQ(6u, host::members("MDQueryBatchingParamsZNK").size());
+}
+
+TEST_P(Tables, GiveConstantsTheirValues) {
+  EXPECT_EQ(1, host::constant("MDQueryZNK", "kMDQueryReverseSortOrderFlag").integer());
+  EXPECT_EQ(1, host::constant("MDQueryZNK", "kMDQuerySynchronous").integer());
+  EXPECT_EQ(4, host::constant("MDQueryZNK", "kMDQueryWantsUpdates").integer());
+  for (const char* name :
+       {"kMDQueryScopeHome", "kMDQueryScopeComputer", "kMDQueryScopeNetwork", "kMDQueryScopeAllIndexed",
+        "kMDQueryScopeComputerIndexed", "kMDQueryScopeNetworkIndexed"}) {
+    EXPECT_EQ(name, host::constant("MDQueryZNK", name).text());
+  }
+}
+
+TEST_P(Tables, GiveNewBatchingParametersSixFieldsOfTheirOwnThatStartAt0) {
+  const host::Value parameters = host::newInstance("MDQueryBatchingParamsZNK");
+  const char* const names[] = {"firstMaxNum",   "firstMaxMS",   "progressMaxNum",
+                               "progressMaxMS", "updateMaxNum", "updateMaxMS"};
+  for (const char* name : names) EXPECT_EQ(0, host::get(parameters, name).integer()) << name;
+  for (int32_t i = 0; i < 6; ++i) host::set(parameters, names[i], i + 1);
+  const auto fields = static_cast<const int32_t*>(host::instanceData(parameters));
+  for (int32_t i = 0; i < 6; ++i) {
+    EXPECT_EQ(i + 1, host::get(parameters, names[i]).integer()) << names[i];
+    EXPECT_EQ(i + 1, fields[i]) << names[i];
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(ControlVersions9To12, Tables, testing::Values(2011.04, 2012.0, 2013.0, 2014.1));
+
+}  // namespace

@@ -1,0 +1,9 @@
+extern "C" {
+int sampleFunction();
+extern int sampleDatum;
+
+int sampleFunction() {
+  return 42;
+}
+int sampleDatum = 7;
+}
