@@ -84,8 +84,7 @@ void* FixProperties(const REALproperty* properties, int32_t count) {
 }
 
 void* REALGetEventInstance(REALobject instance, const REALevent* event) {
-  const uint32_t index = CurrentREALControlVersion > 9
-                             ? event->systemUse
-                             : reinterpret_cast<const OldEvent*>(event->systemUse)->systemUse;
-  return REALGetEventHandler(instance, index);
+  if (CurrentREALControlVersion > 9) return REALGetEventHandler(instance, event->systemUse);
+  const auto copy = reinterpret_cast<const OldEvent*>(event->systemUse);
+  return copy ? REALGetEventHandler(instance, copy->systemUse) : nullptr;  // without memory there is no copy
 }
