@@ -34,7 +34,7 @@ bool canCopy(REALstring string) {
 
 bool copyStringData(REALstring string, uint32_t encoding, REALstringData* data) {
   if (!canCopy(string)) return false;
-  if (encoding == kHostEncoding) return copyBytes(string, LenB(string), data->length, encoding, data);
+  if (encoding == kUnknownEncoding) return copyBytes(string, LenB(string), data->length, encoding, data);
   if (encoding != REALGetStringEncoding(string)) return copyConverted(string, encoding, data);
   const int32_t length = LenB(string);
   return copyBytes(string, length, length, encoding, data);
@@ -48,8 +48,9 @@ bool REALGetStringData(REALstring string, uint32_t encoding, REALstringData* dat
 }
 
 OwnStringData::OwnStringData(REALstring string) {
+  // The block of the copy is sized from the record.
   if (!PluginGetStringData.function() && canCopy(string)) data_.length = LenB(string);
-  filled_ = REALGetStringData(string, kHostEncoding, &data_);
+  filled_ = REALGetStringData(string, kUnknownEncoding, &data_);
 }
 
 OwnStringData::~OwnStringData() noexcept(false) {

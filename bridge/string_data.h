@@ -3,11 +3,11 @@
 
 #include "host/records.h"
 
-// Fills `data` with the string's bytes in that encoding, or in the string's own for kHostEncoding. False,
+// Fills `data` with the string's bytes in that encoding, or in the string's own for kUnknownEncoding. False,
 // with the data pointer as it was, when they can't be had. What was filled in is given back to the host's
 // "PluginDisposeStringData", or to `free` on a host without it.
 //
-// On a host without the service, and for kHostEncoding, data->length must hold at least the string's byte
+// On a host without the service, and for kUnknownEncoding, data->length must hold at least the string's byte
 // length when the call is made: the block is sized from it.
 bool REALGetStringData(REALstring string, uint32_t encoding, REALstringData* data);
 

@@ -32,12 +32,12 @@ Owned<CFStringRef> createCFString(const char* bytes, int32_t length, uint32_t en
 
 Owned<CFStringRef> createCFStringFromBytes(REALstring string) {
   uint32_t encoding = REALGetStringEncoding(string);
-  if (encoding == kHostEncoding) encoding = kCFStringEncodingMacRoman;
+  if (encoding == kUnknownEncoding) encoding = kCFStringEncodingMacRoman;
   if (rbversion < 2012.0) {
     const auto locked = retain(string);
     if (!locked) return {};
     const auto old = reinterpret_cast<const OldString*>(string);
-    return createCFString(old->buffer + 1, old->length, encoding);
+    return createCFString(old->buffer ? old->buffer + 1 : nullptr, old->length, encoding);
   }
   const OwnStringData data(string);
   return createCFString(data.bytes(), data.length(), encoding);
@@ -63,7 +63,8 @@ Owned<REALstring> buildFromUTF16(const void* units, int32_t length) {
   return adopt(REALConvertString(wide.get(), kCFStringEncodingUTF8));
 }
 
-// Units above 0xFFFF are cut, not made into surrogate pairs.
+// Units above 0xFFFF are cut, not made into surrogate pairs. The low half of a unit comes first: the machine
+// is little-endian.
 void narrowUTF32(const char* bytes, int32_t count, UniChar* units) {
   for (int32_t i = 0; i < count; ++i) memcpy(&units[i], bytes + i * 4, sizeof units[i]);
 }
@@ -85,7 +86,7 @@ Owned<REALstring> build(const char* bytes, int32_t length, uint32_t encoding) {
   switch (encoding) {
     case kCFStringEncodingMacRoman:
     case kCFStringEncodingWindowsLatin1:
-    case kHostEncoding:
+    case kUnknownEncoding:
       if (isASCII(bytes, length)) encoding = kCFStringEncodingASCII;
       return buildString(bytes, length, encoding);
     case kCFStringEncodingUnicode:

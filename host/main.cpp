@@ -57,7 +57,8 @@ extern "C" __attribute__((visibility("default"))) void REALPluginMain(Resolver* 
   gResolver = resolver;
   // A host without this service is not supported, so it is called untested.
   const auto registerPluginVersion = reinterpret_cast<void (*)(int32_t)>(resolver("RegisterPluginVersion"));
-  if (const auto version = REALGetRBVersion.function()) rbversion = version();
+  if (const auto version = reinterpret_cast<double (*)()>(resolver("REALGetRBVersion")))
+    rbversion = version();
   CurrentREALControlVersion = controlVersionOf(rbversion);
   registerPluginVersion(CurrentREALControlVersion);
 

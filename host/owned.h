@@ -48,7 +48,8 @@ class Owned {
   Owned() = default;  // owns nothing
   Owned(Owned&& other) noexcept : reference_(other.leak()) {}
   Owned& operator=(Owned&&) = delete;
-  // A host service may raise by throwing, also when something is given back to it.
+  // A host service may raise by throwing, also when something is given back to it. (If it does so while
+  // another exception is passing, the process ends, as C++ has it.)
   ~Owned() noexcept(false) {
     if (reference_) Ownership<Reference>::giveBack(reference_);
   }
@@ -88,7 +89,7 @@ Owned<Reference> retain(Reference reference) {
 // Gives back what a field of instance data owns. The field is cleared first, so that re-entry finds nothing
 // in it.
 template <typename Reference>
-void giveBack(Reference& field) {
+void releaseField(Reference& field) {
   auto owned = adopt(field);
   field = nullptr;
   owned.reset();

@@ -21,9 +21,9 @@ struct REALstringData {
 };
 static_assert(sizeof(REALstringData) == 12, "3 words");
 
-// A string's own encoding, whatever it is; as an answer of the host: unknown. Apple's
-// kCFStringEncodingInvalidId is another number.
-enum : uint32_t { kHostEncoding = 0xFFFF };
+// As an answer of the host: the encoding is unknown. As a request: the encoding that the string has. (Apple's
+// kCFStringEncodingInvalidId is another number.)
+enum : uint32_t { kUnknownEncoding = 0xFFFF };
 
 // Element kinds of host arrays.
 enum : int32_t { kStringElements = 3, kObjectElements = 4 };
@@ -48,22 +48,25 @@ union FunctionOf<Shape, Others...> {
   FunctionOf<Others...> others_;
 };
 
-using MethodFunction =
-    FunctionOf<void(REALobject),                                      //
-               bool(REALobject),                                      //
-               int32_t(REALobject),                                   //
-               REALstring(REALobject),                                //
-               REALobject(REALobject),                                //
-               void(REALobject, int32_t),                             //
-               bool(REALobject, int32_t),                             //
-               REALobject(REALobject, int32_t),                       //
-               int32_t(REALobject, REALobject),                       //
-               void(REALobject, REALstring),                          //
-               void(REALobject, REALstring, REALobject),              //
-               void(REALobject, REALstring, REALobject, REALobject),  //
-               void(REALobject, REALobject, REALstring),              //
-               void(REALobject, REALobject, REALstring, REALobject),  //
-               void(REALobject, REALobject, REALstring, REALobject, REALobject), int32_t(REALstring)>;
+// clang-format off
+using MethodFunction = FunctionOf<
+    void(REALobject),
+    bool(REALobject),
+    int32_t(REALobject),
+    REALstring(REALobject),
+    REALobject(REALobject),
+    void(REALobject, int32_t),
+    bool(REALobject, int32_t),
+    REALobject(REALobject, int32_t),
+    int32_t(REALobject, REALobject),
+    void(REALobject, REALstring),
+    void(REALobject, REALstring, REALobject),
+    void(REALobject, REALstring, REALobject, REALobject),
+    void(REALobject, REALobject, REALstring),
+    void(REALobject, REALobject, REALstring, REALobject),
+    void(REALobject, REALobject, REALstring, REALobject, REALobject),
+    int32_t(REALstring)>;
+// clang-format on
 
 enum class HostAccess : uint32_t {
   kNone = 0,              // read-only

@@ -14,16 +14,16 @@
 // A host function, found by `find` on first use and kept in a cell of its own. Services that share a host
 // name have a cell each.
 template <typename Signature, void* (*find)(const char* name)>
-class Cell;
+class ServiceCell;
 
 template <typename Result, typename... Arguments, void* (*find)(const char* name)>
-class Cell<Result(Arguments...), find> {
+class ServiceCell<Result(Arguments...), find> {
  public:
   typedef Result Function(Arguments...);
 
-  constexpr explicit Cell(const char* name) : name_(name) {}
-  Cell(const Cell&) = delete;
-  Cell& operator=(const Cell&) = delete;
+  constexpr explicit ServiceCell(const char* name) : name_(name) {}
+  ServiceCell(const ServiceCell&) = delete;
+  ServiceCell& operator=(const ServiceCell&) = delete;
 
   // Null while the host lacks the function.
   Function* function() {
@@ -45,7 +45,7 @@ inline void* findEntry(const char* name) {
   return gResolver(name);
 }
 template <typename Signature>
-using Entry = Cell<Signature, findEntry>;
+using Entry = ServiceCell<Signature, findEntry>;
 
 // The three services below hand out one array's procedures. The procedure is fetched anew for every element,
 // as the host may change it; without one, or without an array, the element operation is left out.
@@ -83,7 +83,7 @@ template <typename Value>
 class ArraySet {
  public:
   constexpr explicit ArraySet(const char* name) : procedure_(name) {}
-  // In the order in which the host's procedure takes them.
+  // The arguments are in the order in which the host's procedure takes them: the value before the index.
   void operator()(REALobject array, Value value, int32_t index) {
     if (!array) return;
     if (const auto set = procedure_(array)) set(array, value, index);
@@ -97,7 +97,6 @@ class ArraySet {
 // clang-format off
 
 // Runtime and registration
-inline Entry<double()>                                       REALGetRBVersion{"REALGetRBVersion"};
 inline Entry<bool()>                                         REALinRuntime{"REALinRuntime"};
 inline Entry<void(REALclassDefinition*)>                     REALRegisterClass{"PluginRegisterClass"};
 inline Entry<void(const REALmethodDefinition*)>              REALRegisterMethod{"PluginRegisterMethod"};
@@ -111,7 +110,7 @@ inline Entry<bool(REALobject, void* classRef)>               REALObjectIsA{"Runt
 inline Entry<void(REALobject)>                               REALLockObject{"REALLockObject"};
 inline Entry<void(REALobject)>                               REALUnlockObject{"REALUnlockObject"};
 inline Entry<void(REALobject exception)>                     REALRaiseException{"RuntimeRaiseException"};
-inline Entry<void*(REALobject, uint32_t eventIndex)>         REALGetEventHandler{"GetEventInstance"};
+inline Entry<void*(REALobject, uint32_t eventIndex)>         REALGetEventHandler{"GetEventInstance"};  // use REALGetEventInstance
 
 // Strings
 inline Entry<void(REALstring)>                               REALLockString{"REALLockString"};
@@ -170,7 +169,7 @@ inline Entry<REALobject(const FSSpec*)>                             REALFolderIt
 // Functions of the host language, found by their declaration, whose text must be the host's to the letter
 inline void* findFunction(const char* declaration) { return REALLoadFrameworkMethod(nullptr, declaration); }
 template <typename Signature>
-using HostFunction = Cell<Signature, findFunction>;
+using HostFunction = ServiceCell<Signature, findFunction>;
 
 inline HostFunction<int32_t(REALstring)>          LenB{"LenB( s as string ) as integer"};
 

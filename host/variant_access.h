@@ -21,7 +21,7 @@ class VariantAccessor {
   }
 
  private:
-  Cell<Value(REALobject), find> read_;
+  ServiceCell<Value(REALobject), find> read_;
   const char* const property_;
   PropertyService& readProperty_;
 };

@@ -33,8 +33,8 @@ Owned<REALobject> newItem(MDItemRef item) {
 
 void MDItemDestructor(REALobject self) {
   MDItemData* const data = itemData(self);
-  giveBack(data->item);
-  giveBack(data->tag);
+  releaseField(data->item);
+  releaseField(data->tag);
 }
 
 REALstring querykMDItemDisplayName(REALobject self, int32_t) {

@@ -1,11 +1,11 @@
 #include "macho/loader.h"
 
-#include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <optional>
+#include <system_error>
+#include <vector>
 
+#include "macho/file_contents.h"
 #include "macho/loader/binder.h"
 #include "macho/loader/export_trie.h"
 #include "macho/loader/file.h"
@@ -18,15 +18,11 @@ namespace {
 
 // Read, not mapped: the file may be rebuilt while its image is in use.
 std::vector<uint8_t> readFile(const std::string& path) {
-  errno = 0;
-  std::ifstream stream(path, std::ios::binary);
-  std::vector<uint8_t> contents;
-  if (stream) contents.assign(std::istreambuf_iterator<char>(stream), {});
-  if (!stream || stream.bad()) {
-    const std::string reason = errno ? std::strerror(errno) : "unknown error";
-    throw LoadError(path + ": can't be read: " + reason + "; name a Mach-O dylib for i386");
+  try {
+    return fileContents(path);
+  } catch (const std::system_error& error) {
+    throw LoadError(path + ": can't be read: " + error.code().message() + "; name a Mach-O dylib for i386");
   }
-  return contents;
 }
 
 // The image while it is put together: everything still writable.

@@ -40,12 +40,13 @@ void constructSubset(REALobject self, REALobject parent, REALstring queryString,
 
 // The array is made before the query is asked for, and stays behind, locked, when there is none.
 REALobject attributeArray(REALobject self, CFArrayRef (*copyAttributes)(MDQueryRef)) {
-  const REALobject array = REALCreateArray(kStringElements, -1);
+  const REALobject made = REALCreateArray(kStringElements, -1);
   const MDQueryRef query = queryOrRaise(self);
   if (!query) return nullptr;
+  auto array = adopt(made);
   const auto attributes = adopt(copyAttributes(query));
-  if (attributes) AddStringArray(array, attributes.get());
-  return array;
+  if (attributes) AddStringArray(array.get(), attributes.get());
+  return array.leak();
 }
 
 }  // namespace
@@ -87,8 +88,8 @@ void MDQueryDestructor(REALobject self) {
   MDQueryData* const data = queryData(self);
   // No notification may reach the instance from here on; releasing the query ends it.
   if (data->query) CFNotificationCenterRemoveEveryObserver(CFNotificationCenterGetLocalCenter(), self);
-  giveBack(data->query);
-  giveBack(data->tag);
+  releaseField(data->query);
+  releaseField(data->tag);
 }
 
 bool rbMDQueryExecute(REALobject self, int32_t flags) {

@@ -22,17 +22,18 @@ REALobject rbMDQueryGetResultAtIndex(REALobject self, int32_t index) {
 // result's index. The array is made before the query is asked for, and stays behind, locked, when there is
 // none.
 REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit) {
-  const REALobject array = REALCreateArray(kObjectElements, -1);
+  const REALobject made = REALCreateArray(kObjectElements, -1);
   const MDQueryRef query = queryOrRaise(self);
   if (!query) return nullptr;
+  auto array = adopt(made);
   const CFIndex all = MDQueryGetResultCount(query);
   const CFIndex count = limit > 0 && limit < all ? limit : all;
   for (CFIndex i = 0; i < count; ++i) {
     const MDItemRef item = resultAt(query, i);
     const auto object = item ? newItem(item) : Owned<REALobject>();
-    REALInsertArrayValueObject(array, i, object.get());
+    REALInsertArrayValueObject(array.get(), i, object.get());
   }
-  return array;
+  return array.leak();
 }
 
 int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject it) {

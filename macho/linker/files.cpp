@@ -6,8 +6,9 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <system_error>
 
+#include "macho/file_contents.h"
 #include "macho/linker/error.h"
 
 namespace macho {
@@ -20,15 +21,12 @@ std::string reason() {
 }  // namespace
 
 std::vector<uint8_t> readWholeFile(const std::string& path) {
-  errno = 0;
-  std::ifstream stream(path, std::ios::binary);
-  std::vector<uint8_t> contents;
-  if (stream) contents.assign(std::istreambuf_iterator<char>(stream), {});
-  // A folder opens well and reads badly.
-  if (!stream || errno == EISDIR) {
-    throw LinkError(path, "can't be read: " + reason() + "; check the name and the permissions");
+  try {
+    return fileContents(path);
+  } catch (const std::system_error& error) {
+    throw LinkError(path,
+                    "can't be read: " + error.code().message() + "; check the name and the permissions");
   }
-  return contents;
 }
 
 void writeWholeFile(const std::string& path, const std::vector<uint8_t>& contents) {

@@ -16,6 +16,9 @@ namespace {
 
 const char kHowToCompile[] = "; compile it with -target i386-apple-macosx10.6 -c";
 
+// Keeps every address of a dylib far from where 32 bits wrap.
+constexpr uint32_t kLargestSection = 16 << 20;
+
 class ObjectReader {
  public:
   ObjectReader(const std::string& path, Bytes file) : file_(file) { object_.path = path; }
@@ -81,6 +84,10 @@ class ObjectReader {
     section.type = record.type();
     if (record.alignment > 12)
       throw FormatError(section.label() + " is aligned to more than a page; lower it");
+    if (record.size > kLargestSection) {
+      throw FormatError(section.label() + " takes " + std::to_string(record.size) +
+                        " bytes; allocate large arrays at run time");
+    }
     section.alignment = 1u << record.alignment;
     section.dropped = isDropped(section);
     requireKnown(section);

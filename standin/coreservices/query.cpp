@@ -58,6 +58,18 @@ MDQueryRef queryOf(CFTypeRef cf) {
   return const_cast<MDQueryRef>(static_cast<const __MDQuery*>(cf));
 }
 
+// Keeps an object alive for the time of a scope.
+class Held {
+ public:
+  explicit Held(CFTypeRef cf) : cf_(CFRetain(cf)) {}
+  ~Held() { CFRelease(cf_); }
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+
+ private:
+  const CFTypeRef cf_;
+};
+
 void releaseIfAny(CFTypeRef cf) {
   if (cf) CFRelease(cf);
 }
@@ -230,10 +242,9 @@ Boolean MDQueryExecute(MDQueryRef query, CFOptionFlags optionFlags) {
   state.executed = true;
   if ((optionFlags & kMDQuerySynchronous) == 0) return true;
   gather(state);
-  CFRetain(query);  // an observer may release the last reference of its own
+  const Held held(query);  // an observer may release the last reference of its own, or throw
   CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(), kMDQueryDidFinishNotification,
                                        query, nullptr, true);
-  CFRelease(query);
   return true;
 }
 

@@ -54,11 +54,9 @@ class ELFPlugin {
   void* handle_ = nullptr;
 };
 
-macho::Image loadMachO(const std::string& path, const std::set<std::string>& hidden) {
-  macho::LoadOptions options;
-  options.hidden = hidden;
+macho::Image loadMachO(const std::string& path) {
   try {
-    return macho::load(path, options);
+    return macho::load(path);
   } catch (const macho::LoadError& error) {
     throw PluginFileError(error.what());
   }
@@ -72,13 +70,12 @@ struct PluginFile::Opened {
   void* main = nullptr;
 };
 
-PluginFile::PluginFile(const std::string& path, const std::set<std::string>& hidden)
-    : opened_(std::make_unique<Opened>()) {
+PluginFile::PluginFile(const std::string& path) : opened_(std::make_unique<Opened>()) {
   if (isELF(path)) {
     opened_->elf.emplace(path);
     opened_->main = opened_->elf->symbol(kMain);
   } else {
-    opened_->machO.emplace(loadMachO(path, hidden));
+    opened_->machO.emplace(loadMachO(path));
     opened_->main = opened_->machO->symbol((std::string("_") + kMain).c_str());
   }
   if (!opened_->main) fail(path, std::string("exports no ") + kMain + ", so it is not a plug-in");

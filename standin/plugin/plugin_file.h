@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -20,9 +19,8 @@ class PluginFile {
   typedef void Main(Resolver* resolver);
 
   // Every opening gives a plug-in of its own, with its variables in their initial state, also when the file
-  // is open already. `hidden` names platform symbols (C names) that this plug-in is to find absent; Mach-O
-  // only. Throws PluginFileError.
-  explicit PluginFile(const std::string& path, const std::set<std::string>& hidden = {});
+  // is open already. Throws PluginFileError.
+  explicit PluginFile(const std::string& path);
   ~PluginFile();
   PluginFile(PluginFile&&) noexcept;
 

@@ -156,7 +156,6 @@ void* resolveWithLittleMemory(const char* name) {
 TEST_F(BuildString, WithoutMemoryRaisesOutOfMemoryException) {
   gResolver = resolveWithLittleMemory;
   allocationsLeft = 0;
-  struct MoreLater {};
   EXPECT_FALSE(build("text", kCFStringEncodingUTF8));
   const auto raised = host::takeExceptions();
   ASSERT_EQ(1u, raised.size());

@@ -82,7 +82,7 @@ TEST_F(OutOfMemory, LeavesStringDataUnfilled) {
   const auto string = host::Value::string("text", host::encodingUtf8);
   outOfMemory = true;
   REALstringData data = {nullptr, 4, 0};
-  EXPECT_FALSE(REALGetStringData(handle(string), kHostEncoding, &data));
+  EXPECT_FALSE(REALGetStringData(handle(string), kUnknownEncoding, &data));
   EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
   EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingWindowsLatin1, &data));
   EXPECT_EQ(nullptr, data.data);

@@ -117,9 +117,7 @@ class PlatformArguments : public testing::Test {
     host::start(settings);
     REALPluginMain(host::resolve);
   }
-  void TearDown() override {
-    EXPECT_EQ(std::vector<std::string>(), host::stop());
-  }
+  void TearDown() override { EXPECT_EQ(std::vector<std::string>(), host::stop()); }
 
   static const char* anything() { return "kMDItemFSName == \"*\""; }
   static MDQueryRef queryOf(const host::Value& object) {

@@ -61,16 +61,54 @@ TEST_F(Services, AMissingServiceIsAskedForAgainAndUsedOnceItIsThere) {
   EXPECT_EQ(3, asked["Seven"]);
 }
 
-TEST_F(Services, TwoThatShareANameKeepCellsOfTheirOwn) {
-  REALCopyStringCFString(nullptr, false);
-  REALGetStringCFString(nullptr, false);
-  EXPECT_EQ(2, asked["REALGetStringCFString"]);
-  Entry<int32_t()> first("Seven");
-  Entry<int32_t()> second("Seven");
-  offer("Seven", seven);
-  first();
-  EXPECT_EQ(7, second());
-  EXPECT_EQ(2, asked["Seven"]);
+CFStringRef noCFString(REALstring, bool) {
+  return nullptr;
+}
+void* noProcedure(REALobject) {
+  return nullptr;
+}
+
+TEST_F(Services, ThatShareANameKeepCellsOfTheirOwn) {
+  offered["REALGetStringCFString"] = reinterpret_cast<void*>(noCFString);
+  offered["RuntimeArrayDirectGetInsertProc"] = reinterpret_cast<void*>(noProcedure);
+  offered["RuntimeArrayDirectGetGetProc"] = reinterpret_cast<void*>(noProcedure);
+  uint32_t record[4] = {};
+  const auto array = reinterpret_cast<REALobject>(record);
+  for (int use = 0; use < 2; ++use) {  // each asks at its first use, and not again
+    REALCopyStringCFString(nullptr, false);
+    REALGetStringCFString(nullptr, false);
+    REALInsertArrayValueString(array, 0, nullptr);
+    REALInsertArrayValueObject(array, 0, nullptr);
+    REALGetArrayValueInt64(array, 0);
+    REALGetArrayValueInt32(array, 0);
+    REALGetArrayValueUInt8(array, 0);
+    REALGetArrayValueSingle(array, 0);
+    REALGetArrayValueDouble(array, 0);
+    REALGetArrayValueString(array, 0);
+    REALGetArrayValueObject(array, 0);
+    EXPECT_EQ(2, asked["REALGetStringCFString"]);
+    EXPECT_EQ(2, asked["RuntimeArrayDirectGetInsertProc"]);
+    EXPECT_EQ(7, asked["RuntimeArrayDirectGetGetProc"]);
+  }
+}
+
+int32_t writtenIndex = -1;
+REALobject writtenValue = nullptr;
+void writeElement(REALobject, REALobject value, int32_t index) {
+  writtenValue = value;
+  writtenIndex = index;
+}
+void* writeProcedure(REALobject) {
+  return reinterpret_cast<void*>(writeElement);
+}
+
+TEST_F(Services, AnArraysWriteProcedureTakesTheValueBeforeTheIndex) {
+  offered["RuntimeArrayDirectGetSetProc"] = reinterpret_cast<void*>(writeProcedure);
+  uint32_t record[4] = {};
+  const auto value = reinterpret_cast<REALobject>(&record[1]);
+  REALSetArrayValueObject(reinterpret_cast<REALobject>(record), value, 7);
+  EXPECT_EQ(value, writtenValue);
+  EXPECT_EQ(7, writtenIndex);
 }
 
 void* loaded(REALobject null, const char* declaration) {

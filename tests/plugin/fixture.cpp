@@ -2,11 +2,8 @@
 
 #include <fstream>
 
-void PluginTest::start(const host::Settings& settings, const std::set<std::string>& hidden) {
-  host::start(settings);
-  plugin_.emplace(pluginPath, hidden);
-  plugin_->main()(host::resolve);
-  afterStart_ = standin::ledger();
+void PluginTest::start(const host::Settings& settings) {
+  startWith(host::resolve, settings);
 }
 
 void PluginTest::startWith(standin::PluginFile::Resolver* resolver, const host::Settings& settings) {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -45,9 +44,8 @@ typedef std::vector<std::string> Calls;
 
 class PluginTest : public testing::Test {
  protected:
-  // Starts a host of these settings and, in it, a fresh plug-in. `hidden` names platform symbols that this
-  // plug-in finds absent (dylib only).
-  void start(const host::Settings& settings = {}, const std::set<std::string>& hidden = {});
+  // Starts a host of these settings and, in it, a fresh plug-in.
+  void start(const host::Settings& settings = {});
   // The same with a resolver of the test's own.
   void startWith(standin::PluginFile::Resolver* resolver, const host::Settings& settings = {});
 

@@ -1,12 +1,11 @@
 // Start-up: what the plug-in asks of the host and the platform, and in which order.
 #include <cmath>
 #include <limits>
+#include <map>
 
 #include "tests/plugin/fixture.h"
 
 namespace {
-
-using testing::Test;
 
 class StartUp : public PluginTest {};
 
@@ -48,6 +47,15 @@ TEST_F(StartUp, InABuiltApplicationMakesTheseCallsInThisOrder) {
              } +
              kRegistration),
             calls);
+}
+
+TEST_F(StartUp, KeepsTheLoadedFrameworkAndNothingElse) {
+  std::map<std::string, long> before;
+  for (const auto& line : standin::ledger()) before[line.kind] = line.count;
+  start();
+  for (const auto& line : standin::ledger()) {
+    EXPECT_EQ(before[line.kind] + (line.kind == "CFBundle" ? 1 : 0), line.count) << line.kind;
+  }
 }
 
 TEST_F(StartUp, InTheDevelopmentEnvironmentLoadsNoFramework) {

@@ -111,7 +111,7 @@ INSTANTIATE_TEST_SUITE_P(Hosts, ToThePlatform, testing::ValuesIn(kHosts));
 
 class Strings : public PluginTest {
  protected:
-  Calls callsFor(const host::Settings& settings, const host::Value& (*)() = nullptr) {
+  Calls callsFor(const host::Settings& settings) {
     start(settings);
     return callsOf([] { host::callGlobal("ShotlightZNK", "text"); });
   }
@@ -207,7 +207,7 @@ TEST_F(Strings, OfUnpairedSurrogatesAreNilOnTheWayBack) {
     const std::u16string text = u"kMDItemFSName == \"" + std::u16string(length, u'x') + u"\xD800\"";
     const host::Value query =
         host::construct("MDQueryZNK", host::Value::string(utf16(text), host::encodingUtf16));
-    if (host::get(query, "Handle").integer() == 0) continue;  // a service may refuse it
+    ASSERT_NE(0, host::get(query, "Handle").integer());
     EXPECT_TRUE(host::call(query, "QueryString").isNil());
   }
 }

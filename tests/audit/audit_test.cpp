@@ -1,0 +1,187 @@
+// The audit of the dylib, and the proof that the audit sees: altered copies, each with what must be found.
+#include "tests/audit/audit.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string_view>
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+std::string dylibPath, importsPath;
+
+std::string contents(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  EXPECT_TRUE(stream) << path;
+  return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+class Audit : public testing::Test {
+ protected:
+  Audit() : altered_((std::filesystem::temp_directory_path() / "audit-XXXXXX").string()) {
+    if (!mkdtemp(altered_.data())) throw std::runtime_error(altered_ + ": can't be made");
+  }
+  ~Audit() override { std::filesystem::remove_all(altered_); }
+
+  std::string write(const std::string& name, const std::string& text) const {
+    std::ofstream(altered_ + "/" + name, std::ios::binary) << text;
+    return altered_ + "/" + name;
+  }
+
+  std::vector<std::string> ofDylib(const std::string& bytes) const {
+    return audit::findings(write("altered.dylib", bytes), importsPath);
+  }
+  std::vector<std::string> ofList(const std::string& text) const {
+    return audit::findings(dylibPath, write("altered.txt", text));
+  }
+
+  std::string altered_;
+};
+
+uint32_t wordAt(const std::string& bytes, size_t offset) {
+  uint32_t word;
+  std::memcpy(&word, &bytes.at(offset), sizeof word);
+  return word;
+}
+
+void setWord(std::string& bytes, size_t offset, uint32_t word) {
+  std::memcpy(&bytes.at(offset), &word, sizeof word);
+}
+
+// The offset of the first load command of this kind in which this text stands.
+size_t command(const std::string& bytes, uint32_t kind, const std::string& text = "") {
+  size_t offset = 28;
+  for (uint32_t left = wordAt(bytes, 16); left; --left) {
+    const uint32_t size = wordAt(bytes, offset + 4);
+    if (wordAt(bytes, offset) == kind && bytes.substr(offset, size).find(text) != std::string::npos)
+      return offset;
+    offset += size;
+  }
+  throw std::runtime_error("no such load command");
+}
+
+constexpr uint32_t kSegment = 0x1, kLoadDylib = 0xC, kLoadWeakDylib = 0x80000018, kDyldInfo = 0x80000022,
+                   kMinimumSystem = 0x24, kDynamicSymbols = 0xB;
+
+std::string replaced(std::string text, const std::string& old, const std::string& fresh) {
+  const size_t position = text.find(old);
+  EXPECT_NE(std::string::npos, position) << old;
+  return position == std::string::npos ? text : text.replace(position, old.size(), fresh);
+}
+
+TEST_F(Audit, FindsNothingWrongWithTheDylib) {
+  EXPECT_THAT(audit::findings(dylibPath, importsPath), IsEmpty());
+}
+
+TEST_F(Audit, FindsAnotherKindOfFile) {
+  std::string bytes = contents(dylibPath);
+  setWord(bytes, 12, 9);  // a stub of a dylib
+  EXPECT_THAT(ofDylib(bytes), Contains("it is not an i386 dylib but I386 DYLIB_STUB"));
+}
+
+TEST_F(Audit, FindsAnotherMinimumSystem) {
+  std::string bytes = contents(dylibPath);
+  setWord(bytes, command(bytes, kMinimumSystem) + 8, 0x000A0700);
+  EXPECT_THAT(ofDylib(bytes), ElementsAre("its minimum system is not 10.6 but 10.7"));
+}
+
+TEST_F(Audit, FindsAStronglyLoadedCoreServices) {
+  std::string bytes = contents(dylibPath);
+  setWord(bytes, command(bytes, kLoadWeakDylib, "/CoreServices"), kLoadDylib);
+  EXPECT_THAT(ofDylib(bytes), ElementsAre("CoreServices is not loaded weakly",
+                                          HasSubstr("CoreServices 41.0.0 1.0.0 LC_LOAD_DYLIB,")));
+}
+
+TEST_F(Audit, FindsAnotherVersionOfALibrary) {
+  std::string bytes = contents(dylibPath);
+  setWord(bytes, command(bytes, kLoadDylib, "/CoreFoundation") + 16, 0x02000000);
+  EXPECT_THAT(ofDylib(bytes),
+              ElementsAre(HasSubstr("CoreFoundation 512.0.0 150.0.0 LC_LOAD_DYLIB, listed is")));
+}
+
+TEST_F(Audit, FindsAStronglyImportedConstant) {
+  std::string bytes = contents(dylibPath);
+  const uint32_t binds = wordAt(bytes, command(bytes, kDyldInfo) + 16);
+  // In front of the name stands the opcode, whose lowest bit says weak.
+  const size_t name = bytes.find("_kMD", binds);
+  ASSERT_NE(std::string::npos, name);
+  ASSERT_EQ(0x41, bytes[name - 1]);
+  bytes[name - 1] = 0x40;
+  EXPECT_THAT(ofDylib(bytes), ElementsAre(std::string(&bytes[name]) + " is not a weak import"));
+}
+
+TEST_F(Audit, FindsAnotherExport) {
+  const std::string bytes = contents(dylibPath);
+  const uint32_t trie = wordAt(bytes, command(bytes, kDyldInfo) + 40);
+  EXPECT_THAT(
+      ofDylib(bytes.substr(0, trie) + replaced(bytes.substr(trie), "_REALPluginMain", "_REALPluginMine")),
+      ElementsAre("it does not export _REALPluginMain", "it exports _REALPluginMine"));
+}
+
+TEST_F(Audit, FindsAStaticInitialiser) {
+  // The section's name in its record; the old one is found where the segment's sections are.
+  std::string bytes = contents(dylibPath);
+  const size_t data = command(bytes, kSegment, "__DATA");
+  const size_t name = bytes.find("__const", data);
+  ASSERT_NE(std::string::npos, name);
+  std::memcpy(&bytes[name], "__mod_init_func\0", 16);
+  EXPECT_THAT(ofDylib(bytes), ElementsAre("it has the section __mod_init_func"));
+}
+
+TEST_F(Audit, FindsATextThatChangesAtLoadTime) {
+  std::string bytes = contents(dylibPath);
+  const uint32_t rebases = wordAt(bytes, command(bytes, kDyldInfo) + 8);
+  // Set the type; segment 0, offset 0x1000; once; done.
+  const uint8_t stream[] = {0x11, 0x20, 0x80, 0x20, 0x51, 0x00};
+  std::memcpy(&bytes[rebases], stream, sizeof stream);
+  EXPECT_THAT(ofDylib(bytes), ElementsAre(HasSubstr("at load time its text changes at 0x")));
+}
+
+TEST_F(Audit, FindsRelocationsOfTheOldKind) {
+  std::string bytes = contents(dylibPath);
+  const size_t dynamic = command(bytes, kDynamicSymbols);
+  const uint32_t rebases = wordAt(bytes, command(bytes, kDyldInfo) + 8);
+  setWord(bytes, command(bytes, kDyldInfo) + 8, 0);  // its place is taken, or llvm-objdump sees an overlap
+  setWord(bytes, command(bytes, kDyldInfo) + 12, 0);
+  setWord(bytes, dynamic + 72, rebases);
+  setWord(bytes, dynamic + 76, 1);
+  EXPECT_THAT(ofDylib(bytes), ElementsAre("it has relocations of the old kind: nlocrel"));
+}
+
+TEST_F(Audit, FindsWhatTheListHasNotAndWhatTheListAloneHas) {
+  const std::string list = contents(importsPath);
+  EXPECT_THAT(ofList(replaced(list, "\n_CFRelease\n", "\n")),
+              ElementsAre("it imports CoreFoundation _CFRelease, which is not listed"));
+  EXPECT_THAT(ofList(replaced(list, "\n_CFRelease\n", "\n_CFRelease\n_CFUnheardOf\n")),
+              ElementsAre("it does not import CoreFoundation _CFUnheardOf, which is listed"));
+  EXPECT_THAT(
+      ofList(list + "library /usr/lib/libz.1.dylib 1.2.3 1\n"),
+      ElementsAre(HasSubstr("is nothing, listed is /usr/lib/libz.1.dylib 1.2.3 1.0.0 LC_LOAD_DYLIB")));
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  testing::InitGoogleTest(&count, words);
+  for (int i = 1; i < count; ++i) {
+    const std::string_view word = words[i];
+    if (word.starts_with("--dylib=")) dylibPath = word.substr(8);
+    if (word.starts_with("--imports=")) importsPath = word.substr(10);
+  }
+  if (dylibPath.empty() || importsPath.empty()) {
+    std::fprintf(stderr, "usage: %s --dylib=FILE --imports=LIST [GoogleTest's options]\n", words[0]);
+    return 2;
+  }
+  return RUN_ALL_TESTS();
+}

@@ -1,0 +1,16 @@
+# Fails when one of the OBJECTS (of the plug-in, for the ELF library) has code that runs at load time. The linker of the
+# dylib refuses such code itself.
+foreach(object ${OBJECTS})
+  execute_process(COMMAND ${READELF} --sections --wide ${object} OUTPUT_VARIABLE sections COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT sections MATCHES "\\.text")
+    message(FATAL_ERROR "${object}: no section .text; is it an object file?")
+  endif()
+  if(sections MATCHES "(\\.init_array|\\.ctors)")
+    message(FATAL_ERROR "${object}: a static initialiser (${CMAKE_MATCH_1}); make the table constant")
+  endif()
+endforeach()
+list(LENGTH OBJECTS count)
+if(count EQUAL 0)
+  message(FATAL_ERROR "no objects were named")
+endif()
+message(STATUS "${count} objects have no static initialiser")
