@@ -33,7 +33,7 @@ std::vector<const void*> removals;
 std::vector<Creation> creations;
 std::vector<CFOptionFlags> executions;
 std::vector<CFIndex> maxCounts, indexes;
-std::vector<std::string> folderSearches, lookedUp;
+std::vector<std::string> folderSearches, appended, lookedUp;
 
 CFIndex countOf(CFArrayRef array) {
   return array ? CFArrayGetCount(array) : -1;
@@ -101,6 +101,14 @@ OSErr __wrap_FSFindFolder(FSVolumeRefNum domain, OSType type, Boolean create, FS
   return __real_FSFindFolder(domain, type, create, ref);
 }
 
+CFURLRef __real_CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef, CFStringRef, Boolean);
+CFURLRef __wrap_CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
+                                                      CFStringRef name, Boolean isDirectory) {
+  EXPECT_EQ(kCFAllocatorSystemDefault, allocator);
+  appended.push_back(utf8(name) + (isDirectory ? "/" : ""));
+  return __real_CFURLCreateCopyAppendingPathComponent(allocator, url, name, isDirectory);
+}
+
 void* __real_CFBundleGetFunctionPointerForName(CFBundleRef, CFStringRef);
 void* __wrap_CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef name) {
   lookedUp.push_back(utf8(name));
@@ -128,6 +136,7 @@ class PlatformArguments : public testing::Test {
 TEST_F(PlatformArguments, OfTheFolderSearchAreTheFrameworksOfTheAppropriateDiskCreated) {
   startPlugin();
   EXPECT_EQ(std::vector<std::string>{"-32767 1718772077 1"}, folderSearches);
+  EXPECT_EQ(std::vector<std::string>{"CoreServices.framework"}, appended);  // not marked as a directory
 }
 
 TEST_F(PlatformArguments, OfTheSortFunctionsAreTheirNamesInOrder) {

@@ -86,6 +86,17 @@ TEST_F(StringData, OfItsOwnEncodingGetsABlockThatIsLargeEnough) {
   }
 }
 
+TEST_F(StringData, OfItsOwnEncodingIsSizedFirstAndThenCopied) {
+  startWithoutService();
+  const auto string = host::Value::string("text", host::encodingUtf8);
+  EXPECT_EQ((std::vector<std::string>{
+                "resolve PluginGetStringData", "resolve StringGetCString", "resolve REALLoadGlobalMethod",
+                "REALLoadGlobalMethod", "LenB",                             // the record is sized
+                "resolve PluginGetStringData", "LenB", "StringGetCString",  // the copy is made
+                "resolve PluginDisposeStringData"}),                        // and freed
+            callsOf([&] { const OwnStringData data(handle(string)); }));
+}
+
 TEST_F(StringData, IsFalseForNullWithoutTheService) {
   startWithoutService();
   REALstringData data = {nullptr, 7, 8};

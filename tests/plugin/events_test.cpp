@@ -157,6 +157,45 @@ TEST_P(Events, GiveBackTheArraysThenTheListsInOrder) {
             Calls(handler + 1, calls.end()));
 }
 
+// Which objects the plug-in gave back, in order.
+std::vector<void*> unlocked;
+void noteUnlock(void* object) {
+  unlocked.push_back(object);
+  reinterpret_cast<void (*)(void*)>(host::resolve("REALUnlockObject"))(object);
+}
+void* resolveNotingUnlocks(const char* name) {
+  return std::string_view(name) == "REALUnlockObject" ? reinterpret_cast<void*>(noteUnlock)
+                                                      : host::resolve(name);
+}
+
+TEST_P(Events, GiveBackAddedThenChangedThenRemoved) {
+  query_ = {};
+  PluginTest::TearDown();
+  startWith(resolveNotingUnlocks);
+  query_ = host::construct("MDQueryZNK", "kMDItemFSName == \"*\"");
+  std::vector<void*> handed;
+  host::setEventHandler(query_, "Update", [&](const std::vector<host::Value>& arguments) {
+    for (const host::Value& argument : arguments) handed.push_back(argument.handle());
+    unlocked.clear();
+  });
+  post(kMDQueryDidUpdateNotification);
+  EXPECT_EQ(3u, handed.size());
+  EXPECT_EQ(handed, unlocked);
+}
+
+TEST_P(Events, MayDestroyTheirOwnObject) {
+  host::setEventHandler(query_, "Progress", [this](const std::vector<host::Value>&) {
+    heard_.push_back("Progress");
+    query_ = {};
+  });
+  const Owner query(CFRetain(reference()));
+  for (const CFStringRef name : {kMDQueryProgressNotification, kMDQueryDidFinishNotification}) {
+    CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(), name, query.get(), nullptr,
+                                         true);
+  }
+  EXPECT_THAT(heard_, ElementsAre("Progress"));
+}
+
 TEST_P(Events, WithoutTheServiceForHandlersAreNotRaised) {
   // Found when the plug-in first asks for it, so a plug-in that has not asked yet.
   query_ = {};

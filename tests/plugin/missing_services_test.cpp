@@ -41,6 +41,14 @@ class MissingService : public PluginTest, public testing::WithParamInterface<Mis
     tree_.index();
     start(settingsOf(GetParam().version));
     complete_ = useEverything();
+    ASSERT_EQ((std::vector<std::string>{
+                  "executed: true", "finished: 1", "complete: true", "string: kMDItemFSName == \"f*\"",
+                  "lists: [kMDItemFSName]", "sorting: [kMDItemFSName]", "count: 2",
+                  "results: [an object][an object]", "item: an object", "index: 1", "DisplayName: f2",
+                  "FSName: f2", "Path: " + tree_.path("f2"), "FSSize: 3", "subset: 1",
+                  "raised NilObjectException MDQuery Reference is nil", "tag: tag", "window status: neutral",
+                  "window: text"}),
+              complete_);
     TearDown();
   }
 
@@ -69,7 +77,9 @@ TEST_P(MissingService, IsSurvivedWithNeutralValuesAndUsedOnceItIsThere) {
     host::settings().hidden = settingsOf(GetParam().version).hidden;
     EXPECT_EQ(complete_, useEverything());
   }
-  host::stop();  // without its unlock services the plug-in can't give back what it holds
+  // Without its unlock services the plug-in can't give back what it holds.
+  if (GetParam().name.starts_with("REALUnlock")) host::stop();
+  allowLeftBehind("host array of 0");  // of the methods that make their array before they find no query
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, MissingService, testing::ValuesIn(allCases()));

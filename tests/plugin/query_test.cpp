@@ -4,6 +4,7 @@
 #include <CoreServices/CoreServices.h>
 
 #include <functional>
+#include <map>
 
 #include "tests/plugin/fixture.h"
 
@@ -111,6 +112,38 @@ TEST_P(QueryConstructor, MakesTheseCallsInThisOrderAndTheDestructorItsOwn) {
   start();
   const host::Value parent = host::construct("MDQueryZNK", kAnything);
   EXPECT_EQ(join({GetParam().calls, kDestroy}), warmCallsOf([&] { GetParam().construct(parent); }));
+}
+
+// The same with the arrays' storage read directly, and with the strings' own buffers.
+
+Calls replaceEach(const Calls& calls, const std::map<std::string, Calls>& replacements) {
+  Calls result;
+  for (const std::string& call : calls) {
+    const auto found = replacements.find(call);
+    const Calls with = found == replacements.end() ? Calls{call} : found->second;
+    result.insert(result.end(), with.begin(), with.end());
+  }
+  return result;
+}
+
+TEST_P(QueryConstructor, ReadsArraysDirectlyUpTo2013_9) {
+  host::Settings settings;
+  settings.version = 2013.9;
+  start(settings);
+  const host::Value parent = host::construct("MDQueryZNK", kAnything);
+  const Calls expected =
+      replaceEach(GetParam().calls, {{"RuntimeDirectReadStringArray", {"REALLockString"}}});
+  EXPECT_EQ(join({expected, kDestroy}), warmCallsOf([&] { GetParam().construct(parent); }));
+}
+
+TEST_P(QueryConstructor, ReadsStringsFromTheirLockedBuffersBefore2012) {
+  start(host::oldHost(2011.04));
+  const host::Value parent = host::construct("MDQueryZNK", kAnything);
+  const Calls bytes = {"resolve REALGetStringCFString", "REALGetStringEncoding", "REALLockString",
+                       "CFStringCreateWithCString", "REALUnlockString"};
+  const Calls expected = replaceEach(GetParam().calls, {{"RuntimeDirectReadStringArray", {"REALLockString"}},
+                                                        {"REALGetStringCFString", bytes}});
+  EXPECT_EQ(join({expected, kDestroy}), warmCallsOf([&] { GetParam().construct(parent); }));
 }
 
 TEST_P(QueryConstructor, LeavesTheInstanceWithoutAQueryWhenTheServiceMakesNone) {

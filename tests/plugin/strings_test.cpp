@@ -169,6 +169,16 @@ TEST_F(Strings, OfTheBytesPathEndAtAZeroByte) {
   EXPECT_EQ("one", standin::takeSearchWindow().text);
 }
 
+// By its bytes, UTF-32 ends at the zero bytes of its first character.
+TEST_F(Strings, InUTF32ArriveWhereTheHostConverts) {
+  start();
+  standin::takeSearchWindow();
+  const uint32_t units[] = {'a', 0xE9, 0x1F600};
+  const std::string bytes(reinterpret_cast<const char*>(units), sizeof units);
+  host::callGlobal("ShotlightZNK", host::Value::string(bytes, host::encodingUtf32));
+  EXPECT_EQ("a\xC3\xA9\xF0\x9F\x98\x80", standin::takeSearchWindow().text);
+}
+
 // From the platform to host code.
 
 std::string queryOfLength(size_t length) {
