@@ -53,8 +53,9 @@ OwnStringData::OwnStringData(REALstring string) {
   filled_ = REALGetStringData(string, kUnknownEncoding, &data_);
 }
 
-OwnStringData::~OwnStringData() noexcept(false) {
+void OwnStringData::reset() {
   if (!filled_) return;
+  filled_ = false;
   if (const auto dispose = REALDisposeStringData.function()) {
     dispose(&data_);
   } else {

@@ -17,10 +17,13 @@ class OwnStringData {
   explicit OwnStringData(REALstring string);
   OwnStringData(const OwnStringData&) = delete;
   OwnStringData& operator=(const OwnStringData&) = delete;
-  ~OwnStringData() noexcept(false);
+  ~OwnStringData() noexcept(false) { reset(); }
 
   const char* bytes() const { return filled_ ? data_.data : nullptr; }  // null when they can't be had
   int32_t length() const { return data_.length; }
+
+  // Gives the bytes back now.
+  void reset();
 
  private:
   REALstringData data_ = {};

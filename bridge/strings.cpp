@@ -30,17 +30,22 @@ Owned<CFStringRef> createCFString(const char* bytes, int32_t length, uint32_t en
   return adopt(CFStringCreateWithCString(kCFAllocatorDefault, bytes, encoding));
 }
 
+// What was taken is given back before the text is returned: should the host throw then, the text is released.
 Owned<CFStringRef> createCFStringFromBytes(REALstring string) {
   uint32_t encoding = REALGetStringEncoding(string);
   if (encoding == kUnknownEncoding) encoding = kCFStringEncodingMacRoman;
   if (rbversion < 2012.0) {
-    const auto locked = retain(string);
+    auto locked = retain(string);
     if (!locked) return {};
     const auto old = reinterpret_cast<const OldString*>(string);
-    return createCFString(old->buffer ? old->buffer + 1 : nullptr, old->length, encoding);
+    auto text = createCFString(old->buffer ? old->buffer + 1 : nullptr, old->length, encoding);
+    locked.reset();
+    return text;
   }
-  const OwnStringData data(string);
-  return createCFString(data.bytes(), data.length(), encoding);
+  OwnStringData data(string);
+  auto text = createCFString(data.bytes(), data.length(), encoding);
+  data.reset();
+  return text;
 }
 
 bool isASCII(const char* bytes, int32_t length) {
@@ -58,9 +63,11 @@ Owned<REALstring> buildString(const char* bytes, int32_t length, uint32_t encodi
 
 // Text of two-byte units is stored as UTF-8.
 Owned<REALstring> buildFromUTF16(const void* units, int32_t length) {
-  const auto wide = buildString(static_cast<const char*>(units), length, kCFStringEncodingUnicode);
+  auto wide = buildString(static_cast<const char*>(units), length, kCFStringEncodingUnicode);
   if (!wide) return {};
-  return adopt(REALConvertString(wide.get(), kCFStringEncodingUTF8));
+  auto string = adopt(REALConvertString(wide.get(), kCFStringEncodingUTF8));
+  wide.reset();
+  return string;
 }
 
 // Units above 0xFFFF are cut, not made into surrogate pairs. The low half of a unit comes first: the machine

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "shotlight/errors.h"
+#include "shotlight/output.h"
 #include "shotlight/session.h"
 #include "shotlight/table.h"
 #include "shotlight/text.h"
@@ -39,7 +41,7 @@ const Attribute& attributeOf(const std::string& key) {
     if (key == attribute.key) return attribute;
     known += std::string(known.empty() ? "" : ", ") + attribute.key;
   }
-  throw UsageError("--show " + key + ": no such column; there are " + known);
+  throw UsageError("--show '" + key + "': no such column; there are " + known);
 }
 
 std::vector<Attribute> columnsOf(const FindOptions& options) {
@@ -50,14 +52,15 @@ std::vector<Attribute> columnsOf(const FindOptions& options) {
 }
 
 std::string folderPath(const std::string& name) {
+  const std::string what = "--in '" + name + "': ";
   std::error_code error;
   const fs::path path = fs::canonical(name, error);
-  if (error) throw CommandError("--in " + name + ": " + error.message() + "; name a folder that exists");
-  if (!fs::is_directory(path, error))
-    throw CommandError("--in " + name + ": not a folder; name the folder it is in");
-  if (access(path.c_str(), R_OK | X_OK) != 0) {
-    throw CommandError("--in " + name + ": " + std::strerror(errno) + "; its entries can't be read");
-  }
+  if (error == std::errc::no_such_file_or_directory)
+    throw CommandError(what + error.message() + "; name a folder that exists");
+  if (error) throw CommandError(what + error.message() + "; name a folder that can be read");
+  if (!fs::is_directory(path, error)) throw CommandError(what + "not a folder; name the folder it is in");
+  if (access(path.c_str(), R_OK | X_OK) != 0)
+    throw CommandError(what + std::strerror(errno) + "; name a folder that you may read");
   return path.string();
 }
 
@@ -73,11 +76,13 @@ void setFolders(const std::vector<std::string>& names) {
   const auto units = utf16(query);
   if (!units) throw CommandError("the query is not valid UTF-8; write it in UTF-8");
   const auto error = standin::checkQuery(*units);
-  if (!error) throw CommandError("no query could be made of '" + query + "'");
+  if (!error) throw CommandError("the plug-in made no query of '" + query + "'; try another --plugin");
   const std::string indent = "  ";
-  const size_t column = displayWidth(utf8(std::u16string_view(*units).substr(0, error->position)));
-  throw CommandError("the query can't be understood: " + error->reason + "\n" + indent + query + "\n" +
-                     indent + std::string(column, ' ') + "^\nsee shotlight --help for the form of a query");
+  const std::string before = utf8(std::u16string_view(*units).substr(0, error->position));
+  throw CommandError("the query can't be understood: " + error->reason + "\n" + indent +
+                     escapeControls(query) + "\n" + indent +
+                     std::string(displayWidth(escapeControls(before)), ' ') +
+                     "^\nsee shotlight --help for the form of a query");
 }
 
 host::Value newQuery(const std::string& text) {
@@ -126,17 +131,21 @@ bool find(const FindOptions& options) {
   const host::Value executed =
       host::call(query, "Execute", host::constant("MDQueryZNK", "kMDQuerySynchronous"));
   checkExceptions();
-  if (!executed.boolean()) throw CommandError("the query could not be executed");
+  if (!executed.boolean())
+    throw CommandError("the plug-in could not execute the query; try another --plugin");
   const int64_t all = host::call(query, "ResultCount").integer();
   const host::Value items =
       options.limit > 0 ? host::call(query, "Results", options.limit) : host::call(query, "Results");
-  const auto rows = rowsOf(items, columns);
+  auto rows = rowsOf(items, columns);
+  const size_t shown = rows.size();
+  const auto time = std::chrono::steady_clock::now() - start;
 
   std::vector<Column> titles;
   for (const Attribute& column : columns) titles.push_back({column.title, column.number});
-  if (!rows.empty()) printTable(stdout, titles, rows, isatty(STDOUT_FILENO));
-  printSummary(rows.size(), all, std::chrono::steady_clock::now() - start);
-  return !rows.empty();
+  if (shown > 0) printTable(titles, std::move(rows), isatty(STDOUT_FILENO));
+  finishOutput();
+  printSummary(shown, all, time);
+  return shown > 0;
 }
 
 }  // namespace shotlight

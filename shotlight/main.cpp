@@ -1,10 +1,9 @@
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 
 #include "shotlight/find.h"
 #include "shotlight/options.h"
+#include "shotlight/output.h"
 
 namespace {
 
@@ -12,17 +11,12 @@ enum ExitStatus { kResults = 0, kNoResults = 1, kError = 2 };
 
 ExitStatus run(const std::vector<std::string>& arguments) {
   const auto options = shotlight::parseCommandLine(arguments);
-  bool results = true;
   if (options.help) {
-    std::fputs(shotlight::helpText, stdout);
-  } else {
-    results = shotlight::find(options);
+    shotlight::print(shotlight::helpText);
+    shotlight::finishOutput();
+    return kResults;
   }
-  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
-    std::fprintf(stderr, "shotlight: the results can't be written: %s\n", std::strerror(errno));
-    return kError;
-  }
-  return results ? kResults : kNoResults;
+  return shotlight::find(options) ? kResults : kNoResults;
 }
 
 }  // namespace

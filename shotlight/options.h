@@ -2,16 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace shotlight {
-
-// A mistake of the user's: what was wrong and what to do. The program ends with status 2.
-struct UsageError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 struct FindOptions {
   std::string query;

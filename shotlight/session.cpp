@@ -2,6 +2,9 @@
 
 #include <filesystem>
 
+#include "shotlight/errors.h"
+#include "shotlight/plugin_check.h"
+
 namespace shotlight {
 namespace {
 
@@ -13,26 +16,32 @@ std::string builtPlugin() {
 }
 
 standin::PluginFile open(const std::string& file) {
+  checkPluginFile(file);
   try {
-    return standin::PluginFile(file.empty() ? builtPlugin() : file);
+    return standin::PluginFile(file);
   } catch (const standin::PluginFileError& error) {
-    throw CommandError(std::string("the plug-in ") + error.what());
+    throw CommandError(std::string("the plug-in ") + error.what() +
+                       "\na plug-in is a Mach-O dylib for i386, or an ELF library for 32-bit Linux");
   }
 }
 
 }  // namespace
 
-Session::Session(const std::string& pluginFile) : plugin_(open(pluginFile)) {
+Session::Host::Host() {
   host::start();
+}
+
+Session::Host::~Host() {
+  host::stop();
+}
+
+Session::Session(const std::string& pluginFile)
+    : plugin_(open(pluginFile.empty() ? builtPlugin() : pluginFile)) {
   plugin_.main()(host::resolve);
   const auto errors = host::registrationErrors();
   if (!errors.empty()) throw CommandError("the plug-in was refused by the host: " + errors.front());
   if (host::registeredClasses().empty())
-    throw CommandError("the plug-in registered no classes; is it the right file?");
-}
-
-Session::~Session() {
-  host::stop();
+    throw CommandError("the plug-in registered no classes; name the right file with --plugin");
 }
 
 void checkExceptions() {

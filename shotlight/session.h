@@ -1,7 +1,6 @@
 // A running host with the plug-in loaded, for the life of a command.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
 #include "standin/host/host.h"
@@ -9,22 +8,21 @@
 
 namespace shotlight {
 
-// Something that the program could not do: what, where, and what to do. The program ends with status 2.
-struct CommandError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
 class Session {
  public:
-  // Starts the host and the plug-in of that file; of an empty name, the dylib built with this program.
+  // Starts the host and the plug-in of that file; without a name, the dylib built with this program.
   // Throws CommandError when the file is no plug-in or registers no classes.
   explicit Session(const std::string& pluginFile);
-  ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
  private:
+  // The host stops before the plug-in that it calls is gone.
   standin::PluginFile plugin_;
+  struct Host {
+    Host();
+    ~Host();
+  } host_;
 };
 
 // Throws CommandError for the first host exception since the last check.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "shotlight/output.h"
 #include "shotlight/text.h"
 
 namespace shotlight {
@@ -11,21 +12,8 @@ const size_t kGap = 2;  // columns between two columns of the table
 
 std::string printable(const std::string& text) {
   std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '\t') {
-      result += "\\t";
-    } else if (c == '\n') {
-      result += "\\n";
-    } else if (byte < 0x20 || byte == 0x7F) {
-      char escape[5];
-      std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-      result += escape;
-    } else {
-      result += c;
-    }
-  }
-  return result;
+  for (const char c : text) result.append(c == '\\' ? 2 : 1, c);
+  return escapeControls(result);
 }
 
 std::vector<size_t> widthsOf(const std::vector<Column>& columns,
@@ -39,7 +27,7 @@ std::vector<size_t> widthsOf(const std::vector<Column>& columns,
   return widths;
 }
 
-void printAligned(std::FILE* out, const std::vector<Column>& columns, const std::vector<size_t>& widths,
+void printAligned(const std::vector<Column>& columns, const std::vector<size_t>& widths,
                   const std::vector<std::string>& row) {
   std::string line;
   for (size_t i = 0; i < row.size(); ++i) {
@@ -48,29 +36,29 @@ void printAligned(std::FILE* out, const std::vector<Column>& columns, const std:
     line += columns[i].number ? padding + row[i] : row[i] + padding;
   }
   line.erase(line.find_last_not_of(' ') + 1);
-  std::fprintf(out, "%s\n", line.c_str());
+  print(line + '\n');
 }
 
-void printTabbed(std::FILE* out, const std::vector<std::string>& row) {
-  for (size_t i = 0; i < row.size(); ++i) std::fprintf(out, "%s%s", i > 0 ? "\t" : "", row[i].c_str());
-  std::fputc('\n', out);
+void printTabbed(const std::vector<std::string>& row) {
+  std::string line;
+  for (size_t i = 0; i < row.size(); ++i) line += (i > 0 ? "\t" : "") + row[i];
+  print(line + '\n');
 }
 
 }  // namespace
 
-void printTable(std::FILE* out, const std::vector<Column>& columns,
-                const std::vector<std::vector<std::string>>& rows, bool aligned) {
-  std::vector<std::vector<std::string>> lines = rows;
-  for (auto& line : lines) std::transform(line.begin(), line.end(), line.begin(), printable);
+void printTable(const std::vector<Column>& columns, std::vector<std::vector<std::string>> rows,
+                bool aligned) {
+  for (auto& row : rows) std::transform(row.begin(), row.end(), row.begin(), printable);
   if (!aligned) {
-    for (const auto& line : lines) printTabbed(out, line);
+    for (const auto& row : rows) printTabbed(row);
     return;
   }
-  const auto widths = widthsOf(columns, lines);
+  const auto widths = widthsOf(columns, rows);
   std::vector<std::string> titles;
   for (const Column& column : columns) titles.push_back(column.title);
-  printAligned(out, columns, widths, titles);
-  for (const auto& line : lines) printAligned(out, columns, widths, line);
+  printAligned(columns, widths, titles);
+  for (const auto& row : rows) printAligned(columns, widths, row);
 }
 
 }  // namespace shotlight

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstdio>
 #include <cwchar>
 #include <memory>
 #include <type_traits>
@@ -15,6 +16,35 @@ struct Release {
   void operator()(CFTypeRef value) const { CFRelease(value); }
 };
 using String = std::unique_ptr<const std::remove_pointer_t<CFStringRef>, Release>;
+
+struct Character {
+  wchar_t code;
+  size_t length;  // in bytes
+  bool valid;     // otherwise one byte that is no UTF-8
+};
+
+Character characterAt(const std::string& text, size_t index) {
+  static const bool utf8Locale = std::setlocale(LC_CTYPE, "C.UTF-8");
+  std::mbstate_t state{};
+  wchar_t code = 0;
+  const size_t left = text.size() - index;
+  const size_t length = utf8Locale ? std::mbrtowc(&code, text.data() + index, left, &state) : 0;
+  if (length > 0 && length <= left) return {code, length, true};
+  const auto byte = static_cast<unsigned char>(text[index]);
+  return {byte, 1, byte < 0x80};
+}
+
+// The second set of control characters, the separators of lines and paragraphs, and what turns the direction.
+bool disturbs(wchar_t code) {
+  return (code >= 0x80 && code < 0xA0) || (code >= 0x2028 && code <= 0x202E) ||
+         (code >= 0x2066 && code <= 0x2069);
+}
+
+std::string hex(const char* format, unsigned value) {
+  char text[16];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
 
 }  // namespace
 
@@ -41,23 +71,33 @@ std::string utf8(std::u16string_view units) {
 }
 
 size_t displayWidth(const std::string& text) {
-  static const bool utf8Locale = std::setlocale(LC_CTYPE, "C.UTF-8");
-  if (!utf8Locale) return text.size();
-  std::mbstate_t state{};
   size_t width = 0;
   for (size_t i = 0; i < text.size();) {
-    wchar_t character = 0;
-    const size_t length = std::mbrtowc(&character, text.data() + i, text.size() - i, &state);
-    if (length == 0 || length > text.size() - i) {
-      state = {};
-      ++width;
-      ++i;
-      continue;
-    }
-    width += static_cast<size_t>(std::max(0, wcwidth(character)));
-    i += length;
+    const Character character = characterAt(text, i);
+    width += character.valid ? static_cast<size_t>(std::max(0, wcwidth(character.code))) : 1;
+    i += character.length;
   }
   return width;
+}
+
+std::string escapeControls(const std::string& utf8) {
+  std::string result;
+  for (size_t i = 0; i < utf8.size();) {
+    const Character character = characterAt(utf8, i);
+    if (character.code == L'\t') {
+      result += "\\t";
+    } else if (character.code == L'\n') {
+      result += "\\n";
+    } else if (!character.valid || character.code < 0x20 || character.code == 0x7F) {
+      result += hex("\\x%02X", static_cast<unsigned char>(utf8[i]));
+    } else if (disturbs(character.code)) {
+      result += hex("\\u%04X", static_cast<unsigned>(character.code));
+    } else {
+      result.append(utf8, i, character.length);
+    }
+    i += character.length;
+  }
+  return result;
 }
 
 }  // namespace shotlight

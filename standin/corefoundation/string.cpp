@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "standin/corefoundation/classes.h"
 
@@ -121,7 +122,12 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef alloc, const UniChar* ch
   if (numChars < 0) cf::misuse(__func__, "a length below 0");
   if (numChars > 0 && chars == nullptr) cf::misuse(__func__, "null characters with a length");
   if (gate.fails() || !cf::canAllocate(alloc, __func__)) return nullptr;
-  return cf::makeString(chars, static_cast<size_t>(numChars));
+  const auto length = static_cast<size_t>(numChars);
+  if (reinterpret_cast<uintptr_t>(chars) % alignof(UniChar) == 0) return cf::makeString(chars, length);
+  // The machine reads units at odd addresses, too; C++ does not.
+  std::vector<UniChar> units(length);
+  std::memcpy(units.data(), chars, length * sizeof(UniChar));
+  return cf::makeString(units.data(), length);
 }
 
 CFStringRef CFStringCreateWithSubstring(CFAllocatorRef alloc, CFStringRef str, CFRange range) {

@@ -52,6 +52,15 @@ TEST_F(Strings, EveryEncodingComesBackAsItWent) {
   }
 }
 
+TEST_F(Strings, UnitsMayLieAtAnOddAddress) {
+  const char16_t units[] = u"odd \u00e9";
+  char bytes[1 + sizeof units];
+  std::memcpy(bytes + 1, units, sizeof units);
+  const Ref<CFStringRef> string(
+      CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(bytes + 1), 5));
+  EXPECT_TRUE(CFEqual(string.get(), CFSTR("odd \u00e9")));
+}
+
 TEST_F(Strings, ExternalTextOpensWithAMarkThatIsUnderstoodInBothOrders) {
   const std::vector<UInt8> little = {0xFF, 0xFE, 0x41, 0x00};
   EXPECT_EQ(bytesIn(CFSTR("A"), kCFStringEncodingUTF16, 0, true), little);

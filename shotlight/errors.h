@@ -1,0 +1,18 @@
+// What ends the program with status 2.
+#pragma once
+
+#include <stdexcept>
+
+namespace shotlight {
+
+// A mistake on the command line: what was wrong and what to do.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Something that the program could not do: what, where, and what to do.
+struct CommandError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace shotlight

@@ -1,0 +1,144 @@
+// Where the program looks.
+#include <sys/stat.h>
+
+#include "run.h"
+#include "tests/metadata/scratch_folder.h"
+
+namespace {
+
+using testing::MatchesRegex;
+using testing::UnorderedElementsAre;
+
+const char kEveryText[] = "kMDItemFSName == \"*.txt\"";
+
+class Folders : public testing::Test {
+ protected:
+  Folders() {
+    scratch_.file("one/a.txt");
+    scratch_.file("one/inner/b.txt");
+    scratch_.file("two/c.txt");
+  }
+
+  // The paths of what is found in the named folders, from a program that runs in the scratch folder.
+  std::vector<std::string> foundIn(const std::vector<std::string>& names, const std::string& from = "") {
+    Launch what{.arguments = {"find", kEveryText, "--show", "kMDItemPath"}, .folder = scratch_.at(from)};
+    for (const std::string& name : names) what.arguments.insert(what.arguments.end(), {"--in", name});
+    const Result result = run(what);
+    EXPECT_EQ(result.status, 0) << result;
+    return scratch_.within(lines(result.output));
+  }
+
+  ScratchFolder scratch_;
+};
+
+TEST_F(Folders, TheCurrentOneIsSearchedUnlessOthersAreNamed) {
+  EXPECT_THAT(foundIn({}), UnorderedElementsAre("one/a.txt", "one/inner/b.txt", "two/c.txt"));
+  EXPECT_THAT(foundIn({}, "one/inner"), UnorderedElementsAre("one/inner/b.txt"));
+  EXPECT_THAT(foundIn({scratch_.at("two")}, "one"), UnorderedElementsAre("two/c.txt"));
+}
+
+TEST_F(Folders, AreAllSearchedWhenSeveralAreNamed) {
+  EXPECT_THAT(foundIn({scratch_.at("one/inner"), scratch_.at("two")}),
+              UnorderedElementsAre("one/inner/b.txt", "two/c.txt"));
+}
+
+TEST_F(Folders, ThatOverlapGiveEachFileOnce) {
+  const auto all = UnorderedElementsAre("one/a.txt", "one/inner/b.txt");
+  EXPECT_THAT(foundIn({"one", "one/inner"}), all);
+  EXPECT_THAT(foundIn({"one/inner", "one"}), all);
+  EXPECT_THAT(foundIn({"one", "one"}), all);
+  EXPECT_THAT(foundIn({"one", scratch_.at("one/")}), all);
+}
+
+TEST_F(Folders, OfNamesThatBeginAlikeDoNotOverlap) {
+  scratch_.file("one more/d.txt");
+  EXPECT_THAT(foundIn({"two", "one more", "one/inner"}),
+              UnorderedElementsAre("two/c.txt", "one more/d.txt", "one/inner/b.txt"));
+}
+
+TEST_F(Folders, AreNamedInWhateverWayTheSystemKnows) {
+  const auto expected = UnorderedElementsAre("two/c.txt");
+  for (const char* name : {"two", "two/", "two//", "./two", "one/../two", "two/."}) {
+    SCOPED_TRACE(name);
+    EXPECT_THAT(foundIn({name}), expected);
+  }
+  EXPECT_THAT(foundIn({"../two"}, "one"), expected);
+  EXPECT_THAT(foundIn({"."}, "two"), expected);
+}
+
+TEST_F(Folders, MayHaveSpacesAndOtherScriptsInTheirNames) {
+  for (const std::string name : {"with spaces ", "東京", "tab\tand\nnewline", "-dash", "%41"}) {
+    SCOPED_TRACE(name);
+    scratch_.file(name + "/d.txt");
+    const Result result = run({.arguments = {"find", kEveryText, "--in", name, "--show", "kMDItemFSName"},
+                               .folder = scratch_.path()});
+    EXPECT_EQ(result.output, "d.txt\n") << result;
+  }
+}
+
+TEST_F(Folders, ThatAreSymbolicLinksAreFollowed) {
+  scratch_.link("link", scratch_.at("two"));
+  EXPECT_THAT(foundIn({"link"}), UnorderedElementsAre("two/c.txt"));
+  EXPECT_THAT(foundIn({"link", "two"}), UnorderedElementsAre("two/c.txt"));
+}
+
+TEST_F(Folders, ThatAreMissingAreNamed) {
+  expectError(find({kEveryText, "--in", scratch_.at("none")}),
+              "--in '" + scratch_.at("none") + "': No such file or directory; name a folder that exists");
+  scratch_.link("dangling", "nowhere");
+  expectError(find({kEveryText, "--in", scratch_.at("dangling")}),
+              "--in '" + scratch_.at("dangling") + "': No such file or directory; name a folder that exists");
+}
+
+TEST_F(Folders, AreAllLookedAtBeforeTheSearchBegins) {
+  expectError(find({kEveryText, "--in", scratch_.at("one"), "--in", scratch_.at("none")}),
+              "--in '" + scratch_.at("none") + "': No such file or directory; name a folder that exists");
+}
+
+TEST_F(Folders, MayNotBeFiles) {
+  const std::string file = scratch_.at("one/a.txt");
+  expectError(find({kEveryText, "--in", file}),
+              "--in '" + file + "': not a folder; name the folder it is in");
+}
+
+TEST_F(Folders, ThatLeadInCirclesAreNamed) {
+  scratch_.link("circle", "circle");
+  expectError(find({kEveryText, "--in", scratch_.at("circle")}),
+              "--in '" + scratch_.at("circle") +
+                  "': Too many levels of symbolic links; name a folder that can be read");
+}
+
+TEST_F(Folders, OfTooLongANameAreNamed) {
+  const std::string name(300, 'x');
+  expectError(find({kEveryText, "--in", scratch_.at(name)}),
+              "--in '" + scratch_.at(name) + "': File name too long; name a folder that can be read");
+}
+
+// Root reads everything; without the two capabilities that let it, it obeys the modes of its own files.
+TEST_F(Folders, ThatMayNotBeReadAreNamed) {
+  for (const mode_t mode : {0000, 0100, 0400}) {
+    SCOPED_TRACE(mode);
+    ASSERT_EQ(chmod(scratch_.at("two").c_str(), mode), 0);
+    expectError(run({.arguments = {"find", kEveryText, "--in", scratch_.at("two")}, .unprivileged = true}),
+                "--in '" + scratch_.at("two") + "': Permission denied; name a folder that you may read");
+  }
+  chmod(scratch_.at("two").c_str(), 0700);
+}
+
+TEST_F(Folders, BelowThatMayNotBeReadAreCounted) {
+  const Launch what{.arguments = {"find", kEveryText, "--show", "kMDItemFSName", "--in", scratch_.path()},
+                    .unprivileged = true};
+  ASSERT_EQ(chmod(scratch_.at("two").c_str(), 0000), 0);
+  const Result one = run(what);
+  EXPECT_EQ(one.status, 0);
+  EXPECT_THAT(lines(one.output), UnorderedElementsAre("a.txt", "b.txt"));
+  EXPECT_THAT(one.errors, MatchesRegex("2 results in [0-9.]+ s\n1 folder could not be read\n"));
+
+  ASSERT_EQ(chmod(scratch_.at("one/inner").c_str(), 0000), 0);
+  const Result two = run(what);
+  EXPECT_THAT(two.errors, MatchesRegex("1 result in [0-9.]+ s\n2 folders could not be read\n"));
+  chmod(scratch_.at("two").c_str(), 0700);
+  chmod(scratch_.at("one/inner").c_str(), 0700);
+}
+
+}  // namespace

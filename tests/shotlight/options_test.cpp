@@ -1,0 +1,161 @@
+// Options and their values; arguments that are too many, too few or unknown.
+#include "run.h"
+#include "tests/metadata/scratch_folder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+const char kEveryText[] = "kMDItemFSName == \"*.txt\"";
+
+class Options : public testing::Test {
+ protected:
+  Options() {
+    for (const char* name : {"a.txt", "b.txt", "c.txt"}) folder_.file(name, "12");
+  }
+
+  Result findWith(const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {kEveryText, "--in", folder_.path()};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return find(arguments);
+  }
+
+  size_t countWith(const std::vector<std::string>& options) { return lines(findWith(options).output).size(); }
+
+  ScratchFolder folder_;
+};
+
+TEST_F(Options, LimitPrintsTheFirstResultsAndSaysOfHowMany) {
+  const auto all = lines(findWith({}).output);
+  ASSERT_EQ(all.size(), 3u);
+  const Result one = findWith({"--limit", "1"});
+  EXPECT_EQ(one.status, 0);
+  EXPECT_THAT(lines(one.output), ElementsAre(all[0]));
+  EXPECT_THAT(one.errors, MatchesRegex("the first 1 of 3 results in [0-9.]+ s\n"));
+  EXPECT_THAT(lines(findWith({"--limit", "2"}).output), ElementsAre(all[0], all[1]));
+}
+
+TEST_F(Options, LimitOfAsManyAsThereAreOrMorePrintsAll) {
+  for (const char* limit : {"3", "4", "100000", "2147483647"}) {
+    const Result result = findWith({"--limit", limit});
+    EXPECT_EQ(lines(result.output).size(), 3u) << limit;
+    EXPECT_THAT(result.errors, StartsWith("3 results in ")) << limit;
+  }
+}
+
+TEST_F(Options, LimitMustBeAWholeNumberFrom1) {
+  for (const std::string limit : {"0", "-1", "abc", "", "1x", "0x1", "1.5", " 1", "+1", "2147483648",
+                                  "99999999999999999999", "-2147483649", "١"}) {
+    SCOPED_TRACE(limit);
+    expectError(findWith({"--limit", limit}),
+                "--limit '" + limit + "': a whole number from 1 to 2147483647 is needed");
+  }
+}
+
+TEST_F(Options, ShowChoosesTheColumns) {
+  folder_.file("one.bin", "12345");
+  const auto shown = [&](const std::string& keys) {
+    return find({"kMDItemFSSize == 5", "--in", folder_.path(), "--show", keys}).output;
+  };
+  EXPECT_EQ(shown("kMDItemFSName"), "one.bin\n");
+  EXPECT_EQ(shown("kMDItemDisplayName"), "one.bin\n");
+  EXPECT_EQ(shown("kMDItemFSSize"), "5\n");
+  EXPECT_EQ(shown("kMDItemPath"), folder_.at("one.bin") + "\n");
+  EXPECT_EQ(shown("kMDItemFSSize,kMDItemPath,kMDItemFSName"), "5\t" + folder_.at("one.bin") + "\tone.bin\n");
+  EXPECT_EQ(shown("kMDItemFSSize,kMDItemFSSize"), "5\t5\n");
+}
+
+TEST_F(Options, ShowGivenTwiceShowsTheColumnsOfBoth) {
+  folder_.file("one.bin", "12345");
+  EXPECT_EQ(find({"kMDItemFSSize == 5", "--in", folder_.path(), "--show", "kMDItemFSSize", "--show",
+                  "kMDItemFSName"})
+                .output,
+            "5\tone.bin\n");
+}
+
+TEST_F(Options, ShowNamesTheColumnsThereAreWhenAKeyIsUnknown) {
+  for (const std::string key : {"nonsense", "kmditempath", " kMDItemPath", "kMDItemContentType"}) {
+    SCOPED_TRACE(key);
+    const std::string expected = "--show '" + key +
+                                 "': no such column; there are kMDItemDisplayName, kMDItemFSName, "
+                                 "kMDItemFSSize, kMDItemPath";
+    expectError(findWith({"--show", key}), expected);
+    expectError(findWith({"--show", "kMDItemPath," + key}), expected);
+  }
+}
+
+TEST_F(Options, ShowRefusesEmptyKeys) {
+  for (const std::string keys : {"", ",", "kMDItemPath,", ",kMDItemPath", "kMDItemPath,,kMDItemFSName"}) {
+    SCOPED_TRACE(keys);
+    expectError(findWith({"--show", keys}), "--show '" + keys + "': a key is empty; write --show KEY,KEY");
+  }
+}
+
+TEST_F(Options, TakeTheirValuesJoinedByAnEqualsSign) {
+  EXPECT_EQ(countWith({"--limit=2"}), 2u);
+  EXPECT_EQ(lines(findWith({"--limit=1", "--show=kMDItemFSSize"}).output), std::vector<std::string>{"2"});
+  EXPECT_EQ(lines(find({kEveryText, "--in=" + folder_.path(), "--plugin=" + files.elf}).output).size(), 3u);
+  folder_.file("x=y/d.txt");
+  EXPECT_EQ(find({kEveryText, "--in=" + folder_.at("x=y"), "--show=kMDItemFSName"}).output, "d.txt\n");
+  expectError(findWith({"--limit=abc"}), "--limit 'abc': a whole number from 1 to 2147483647 is needed");
+  expectError(findWith({"--limit="}), "--limit '': a whole number from 1 to 2147483647 is needed");
+}
+
+TEST_F(Options, MayStandBeforeTheQuery) {
+  EXPECT_EQ(lines(find({"--limit", "1", "--in", folder_.path(), kEveryText}).output).size(), 1u);
+}
+
+TEST_F(Options, EndAtADoubleDash) {
+  EXPECT_EQ(lines(find({"--in", folder_.path(), "--", kEveryText}).output).size(), 3u);
+  expectError(find({"--", kEveryText, "--limit"}),
+              "'--limit' is one argument too many; put the whole query in one pair of quotes");
+  EXPECT_THAT(find({"--in", folder_.path(), "--", "--help"}).errors,
+              StartsWith("shotlight: the query can't be understood: "));
+  expectError(find({"--"}), "find needs a query, such as 'kMDItemFSName == \"*.txt\"'");
+}
+
+TEST_F(Options, WithoutAValueSaySo) {
+  for (const std::string option : {"--in", "--show", "--limit", "--plugin"}) {
+    SCOPED_TRACE(option);
+    expectError(findWith({option}), option + " needs a value; see shotlight --help");
+  }
+}
+
+TEST_F(Options, NameNoEmptyFolderOrPlugin) {
+  for (const std::string option : {"--in", "--plugin"}) {
+    SCOPED_TRACE(option);
+    const std::string expected = option + " '': the name is empty; see shotlight --help";
+    expectError(findWith({option, ""}), expected);
+    expectError(findWith({option + "="}), expected);
+  }
+}
+
+TEST_F(Options, ThatAreUnknownAreNamed) {
+  for (const std::string option : {"--nonsense", "-x", "-limit", "-", "---", "--Limit", "--lim"}) {
+    SCOPED_TRACE(option);
+    expectError(findWith({option}), "unknown option '" + option + "'; see shotlight --help");
+  }
+  expectError(findWith({"--nonsense=3"}), "unknown option '--nonsense'; see shotlight --help");
+}
+
+TEST_F(Options, TheQueryIsOneArgument) {
+  expectError(find({"kMDItemFSSize", ">", "3"}),
+              "'>' is one argument too many; put the whole query in one pair of quotes");
+}
+
+TEST_F(Options, FindNeedsAQuery) {
+  expectError(find({}), "find needs a query, such as 'kMDItemFSName == \"*.txt\"'");
+  expectError(find({"--in", folder_.path()}), "find needs a query, such as 'kMDItemFSName == \"*.txt\"'");
+}
+
+TEST_F(Options, ACommandIsNeeded) {
+  expectError(run({}), "a command is missing; see shotlight --help");
+  for (const std::string command : {"search", "Find", "", "--limit"}) {
+    SCOPED_TRACE(command);
+    expectError(run({.arguments = {command}}), "unknown command '" + command + "'; see shotlight --help");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,196 @@
+// What is printed about results: lines for programs, a table for people, counts on standard error.
+#include <algorithm>
+
+#include "run.h"
+#include "tests/metadata/scratch_folder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::MatchesRegex;
+using testing::UnorderedElementsAre;
+
+const char kEveryText[] = "kMDItemFSName == \"*.txt\"";
+
+std::vector<std::string> names(const ScratchFolder& folder) {
+  return lines(find({kEveryText, "--in", folder.path(), "--show", "kMDItemFSName"}).output);
+}
+
+Result onATerminal(const ScratchFolder& folder, const std::string& keys) {
+  return run(
+      {.arguments = {"find", kEveryText, "--in", folder.path(), "--show", keys}, .output = Output::terminal});
+}
+
+std::string rest(const std::string& line) {
+  return line.substr(line.find(' '));
+}
+
+TEST(Results, AreOneLineEachWithTabsBetweenTheColumnsWhenOutputIsNoTerminal) {
+  const ScratchFolder folder;
+  folder.file("a.txt", "12345");
+  folder.file("deep/b.txt", "1");
+  EXPECT_THAT(
+      lines(find({kEveryText, "--in", folder.path()}).output),
+      UnorderedElementsAre("a.txt\t5\t" + folder.at("a.txt"), "b.txt\t1\t" + folder.at("deep/b.txt")));
+}
+
+TEST(Results, StayOneLineWhateverControlCharactersANameHas) {
+  const ScratchFolder folder;
+  const std::pair<const char*, const char*> cases[] = {
+      {"tab\there.txt", "tab\\there.txt"},
+      {"new\nline.txt", "new\\nline.txt"},
+      {"return\rhere.txt", "return\\x0Dhere.txt"},
+      {"escape\x1B[31m.txt", "escape\\x1B[31m.txt"},
+      {"delete\x7F.txt", "delete\\x7F.txt"},
+      {"first\x01.txt", "first\\x01.txt"},
+      {"c1 \u009B31m.txt", "c1 \\u009B31m.txt"},
+      {"next line \u0085.txt", "next line \\u0085.txt"},
+      {"separators \u2028\u2029.txt", "separators \\u2028\\u2029.txt"},
+      {"turned \u202Etxt.txt", "turned \\u202Etxt.txt"},
+      {"isolated \u2066x\u2069.txt", "isolated \\u2066x\\u2069.txt"},
+  };
+  std::vector<std::string> expected;
+  for (const auto& [name, printed] : cases) {
+    folder.file(name);
+    expected.push_back(printed);
+  }
+  EXPECT_THAT(names(folder), testing::UnorderedElementsAreArray(expected));
+}
+
+TEST(Results, TellABackslashFromAnEscape) {
+  const ScratchFolder folder;
+  folder.file("a\tb.txt");
+  folder.file("a\\tb.txt");
+  EXPECT_THAT(names(folder), UnorderedElementsAre("a\\tb.txt", "a\\\\tb.txt"));
+}
+
+TEST(Results, AreAsManyLinesAsThereAreFilesWithNamesThatAreNotUTF8) {
+  const ScratchFolder folder;
+  folder.file("one \xFF.txt");
+  folder.file("cut short \xE6\x9D.txt");
+  folder.file("surrogate \xED\xA0\x80.txt");
+  const Result result = find({kEveryText, "--in", folder.path()});
+  EXPECT_EQ(result.status, 0) << result;
+  EXPECT_THAT(lines(result.output), UnorderedElementsAre(MatchesRegex("one .*\\.txt\t0\t/.*/one .*\\.txt"),
+                                                         MatchesRegex("cut short .*\t0\t/.*"),
+                                                         MatchesRegex("surrogate .*\t0\t/.*")));
+}
+
+TEST(Results, KeepNamesOfOtherScriptsAsTheyAre) {
+  const ScratchFolder folder;
+  folder.file("東京 旅行.txt");
+  folder.file("Ελλάδα.txt");
+  folder.file("🌊.txt");
+  EXPECT_THAT(names(folder), UnorderedElementsAre("東京 旅行.txt", "Ελλάδα.txt", "🌊.txt"));
+}
+
+TEST(Results, AreATableWithTitlesOnATerminal) {
+  const ScratchFolder folder;
+  folder.file("a.txt", std::string(12345, 'x'));
+  folder.file("longer name.txt", "1");
+  const Result result = onATerminal(folder, "kMDItemFSName,kMDItemFSSize,kMDItemPath");
+  EXPECT_THAT(lines(result.output),
+              ElementsAre("File              Size  Path",  //
+                          "a.txt            12345  " + folder.at("a.txt"),
+                          "longer name.txt      1  " + folder.at("longer name.txt")))
+      << result;
+}
+
+TEST(Results, StandUnderTheirTitlesWhenCharactersAreWideOrCombining) {
+  const ScratchFolder folder;
+  folder.file("plain.txt", std::string(1, 'x'));
+  folder.file("\u6771\u4EAC.txt", std::string(22, 'x'));
+  folder.file("e\u0301.txt", std::string(333, 'x'));
+  folder.file("\U0001F30A.txt", std::string(4444, 'x'));
+  EXPECT_THAT(lines(onATerminal(folder, "kMDItemFSName,kMDItemFSSize").output),
+              UnorderedElementsAre("File       Size",            //
+                                   "plain.txt     1",            //
+                                   "\u6771\u4EAC.txt     22",    // eight columns wide
+                                   "e\u0301.txt       333",      // five
+                                   "\U0001F30A.txt     4444"));  // six
+}
+
+TEST(Results, StandUnderTheirTitlesWhenANameIsPrintedEscaped) {
+  const ScratchFolder folder;
+  folder.file("a\x1B.txt", "1");
+  folder.file("b.txt", "1");
+  EXPECT_THAT(lines(onATerminal(folder, "kMDItemFSName,kMDItemFSSize").output),
+              UnorderedElementsAre("File       Size", "a\\x1B.txt     1", "b.txt         1"));
+}
+
+TEST(Results, HaveNoSpacesAtTheEndOfALineOfTheTable) {
+  const ScratchFolder folder;
+  folder.file("a.txt");
+  folder.file("a longer name.txt");
+  EXPECT_THAT(lines(onATerminal(folder, "kMDItemFSName").output),
+              UnorderedElementsAre("File", "a.txt", "a longer name.txt"));
+}
+
+TEST(Results, AreCountedAndTimedOnStandardError) {
+  const ScratchFolder folder;
+  folder.file("a.txt");
+  EXPECT_THAT(find({kEveryText, "--in", folder.path()}).errors,
+              MatchesRegex("1 result in [0-9]+\\.[0-9][0-9][0-9] s\n"));
+  folder.file("b.txt");
+  EXPECT_THAT(find({kEveryText, "--in", folder.path()}).errors,
+              MatchesRegex("2 results in [0-9]+\\.[0-9][0-9][0-9] s\n"));
+}
+
+TEST(Results, AreCountedTheSameOnATerminal) {
+  const ScratchFolder folder;
+  folder.file("a.txt");
+  EXPECT_EQ(rest(onATerminal(folder, "kMDItemPath").errors).substr(0, 11), " result in ");
+}
+
+TEST(Results, GiveStatus1AndNoOutputWhenThereAreNone) {
+  const ScratchFolder folder;
+  for (const Output output : {Output::pipe, Output::terminal}) {
+    const Result result = run({.arguments = {"find", kEveryText, "--in", folder.path()}, .output = output});
+    EXPECT_EQ(result.status, 1) << result;
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, MatchesRegex("0 results in [0-9.]+ s\n"));
+  }
+}
+
+TEST(Results, GiveStatus0WhenThereIsOne) {
+  const ScratchFolder folder;
+  folder.file("a.txt");
+  EXPECT_EQ(find({kEveryText, "--in", folder.path()}).status, 0);
+}
+
+TEST(Results, ComeByThousandsWithoutLoss) {
+  const ScratchFolder folder;
+  std::vector<std::string> expected;
+  for (int i = 0; i < 3000; ++i) {
+    const std::string name = "file number " + std::to_string(i) + ".txt";
+    folder.file(name);
+    expected.push_back(name);
+  }
+  auto found = names(folder);
+  std::sort(found.begin(), found.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(found, expected);
+}
+
+TEST(Results, OfTheELFLibraryAreThoseOfTheDylib) {
+  const ScratchFolder folder;
+  folder.file("a.txt", "12");
+  folder.file("東京.txt", "1");
+  folder.file("deep/tab\t.txt", "123");
+  for (const Output output : {Output::pipe, Output::terminal}) {
+    const auto with = [&](const std::vector<std::string>& plugin) {
+      Launch what{.arguments = {"find", kEveryText, "--in", folder.path()}, .output = output};
+      what.arguments.insert(what.arguments.end(), plugin.begin(), plugin.end());
+      return run(what);
+    };
+    const Result built = with({});
+    const Result dylib = with({"--plugin", files.dylib});
+    const Result elf = with({"--plugin", files.elf});
+    EXPECT_EQ(lines(built.output).size(), output == Output::terminal ? 4u : 3u);
+    EXPECT_EQ(dylib.output, built.output) << dylib;
+    EXPECT_EQ(elf.output, built.output) << elf;
+    EXPECT_EQ(elf.status, 0);
+  }
+}
+
+}  // namespace

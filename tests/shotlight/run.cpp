@@ -1,0 +1,151 @@
+#include "run.h"
+
+#include <fcntl.h>
+#include <linux/capability.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+
+Files files;
+
+namespace {
+
+const int kPatience = 60 * 1000;  // milliseconds
+const int kNotStarted = 127;
+
+struct Channel {
+  int reader = -1;
+  int writer = -1;
+};
+
+Channel makePipe() {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  return {ends[0], ends[1]};
+}
+
+// Raw: what arrives is what was written.
+Channel makeTerminal() {
+  Channel channel;
+  termios settings{};
+  cfmakeraw(&settings);
+  if (openpty(&channel.reader, &channel.writer, nullptr, &settings, nullptr) != 0)
+    throw std::runtime_error("no terminal");
+  return channel;
+}
+
+Channel channelOf(Output output) {
+  switch (output) {
+    case Output::pipe:
+      return makePipe();
+    case Output::terminal:
+      return makeTerminal();
+    case Output::full:
+      return {-1, open("/dev/full", O_WRONLY | O_CLOEXEC)};
+    case Output::closed:
+      break;
+  }
+  return {};
+}
+
+void obeyPermissions() {
+  for (const int capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) {
+    if (geteuid() == 0 && prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0) _exit(kNotStarted);
+  }
+}
+
+[[noreturn]] void become(const Launch& what, int output, int errors) {
+  if (output >= 0) {
+    dup2(output, STDOUT_FILENO);
+  } else {
+    close(STDOUT_FILENO);
+  }
+  dup2(errors, STDERR_FILENO);
+  if (!what.folder.empty() && chdir(what.folder.c_str()) != 0) _exit(kNotStarted);
+  for (const std::string& variable : what.environment) putenv(const_cast<char*>(variable.c_str()));
+  if (what.unprivileged) obeyPermissions();
+  std::vector<char*> words = {const_cast<char*>(what.program.c_str())};
+  for (const std::string& argument : what.arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  execv(words[0], words.data());
+  _exit(kNotStarted);
+}
+
+// False at the end. A terminal ends with an error.
+bool readSome(int descriptor, std::string& text) {
+  char buffer[4096];
+  const ssize_t count = read(descriptor, buffer, sizeof buffer);
+  if (count <= 0) return false;
+  text.append(buffer, static_cast<size_t>(count));
+  return true;
+}
+
+void collect(pid_t child, int output, int errors, Result& result) {
+  pollfd waiting[] = {{output, POLLIN, 0}, {errors, POLLIN, 0}};
+  std::string* const texts[] = {&result.output, &result.errors};
+  while (waiting[0].fd >= 0 || waiting[1].fd >= 0) {
+    if (poll(waiting, 2, kPatience) == 0) {
+      kill(child, SIGKILL);
+      ADD_FAILURE() << "the program said nothing for " << kPatience << " ms";
+      return;
+    }
+    for (int i = 0; i < 2; ++i) {
+      if (waiting[i].fd >= 0 && waiting[i].revents && !readSome(waiting[i].fd, *texts[i])) waiting[i].fd = -1;
+    }
+  }
+}
+
+int statusOf(pid_t child) {
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const Result& result) {
+  return out << "status " << result.status << "\noutput: " << result.output << "\nerrors: " << result.errors;
+}
+
+Result run(const Launch& what) {
+  const Channel output = channelOf(what.output);
+  const Channel errors = makePipe();
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("no process");
+  if (child == 0) become(what, output.writer, errors.writer);
+  if (output.writer >= 0) close(output.writer);
+  close(errors.writer);
+  Result result;
+  collect(child, output.reader, errors.reader, result);
+  if (output.reader >= 0) close(output.reader);
+  close(errors.reader);
+  result.status = statusOf(child);
+  return result;
+}
+
+Result find(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), "find");
+  return run({.arguments = std::move(arguments)});
+}
+
+std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> result;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) result.push_back(line);
+  return result;
+}
+
+void expectError(const Result& result, const std::string& message) {
+  EXPECT_EQ(result.status, 2) << result;
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, "shotlight: " + message + "\n");
+}

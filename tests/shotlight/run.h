@@ -1,0 +1,47 @@
+// Running the program, and what came of it.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+// The files that the tests are about, from the test program's own command line.
+struct Files {
+  std::string program;
+  std::string dylib;
+  std::string elf;
+  std::string emptyPlugin;   // an ELF plug-in that registers nothing
+  std::string otherLibrary;  // an ELF library that is no plug-in
+};
+extern Files files;
+
+enum class Output { pipe, terminal, closed, full };
+
+struct Launch {
+  std::vector<std::string> arguments;  // after the program's name
+  std::string folder = {};             // to run in; empty: the test's own
+  Output output = Output::pipe;
+  bool unprivileged = false;  // a root that must obey the permissions of files
+  std::string program = files.program;
+  std::vector<std::string> environment = {};  // "NAME=value", beside the test's own
+};
+
+struct Result {
+  int status = -1;  // the exit status; 128 and the number of the signal that ended it
+  std::string output;
+  std::string errors;
+};
+std::ostream& operator<<(std::ostream& out, const Result& result);
+
+// Kills a program that says nothing for a minute.
+Result run(const Launch& what);
+
+// `find` with these arguments, its output a pipe.
+Result find(std::vector<std::string> arguments);
+
+std::vector<std::string> lines(const std::string& text);
+
+// Status 2, nothing printed, and exactly this after "shotlight: " on standard error.
+void expectError(const Result& result, const std::string& message);
