@@ -123,7 +123,8 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef alloc, const UniChar* ch
   if (numChars > 0 && chars == nullptr) cf::misuse(__func__, "null characters with a length");
   if (gate.fails() || !cf::canAllocate(alloc, __func__)) return nullptr;
   const auto length = static_cast<size_t>(numChars);
-  if (reinterpret_cast<uintptr_t>(chars) % alignof(UniChar) == 0) return cf::makeString(chars, length);
+  const bool aligned = reinterpret_cast<uintptr_t>(chars) % alignof(UniChar) == 0;
+  if (aligned || length == 0) return cf::makeString(chars, length);
   // The machine reads units at odd addresses, too; C++ does not.
   std::vector<UniChar> units(length);
   std::memcpy(units.data(), chars, length * sizeof(UniChar));
