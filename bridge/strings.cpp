@@ -124,7 +124,7 @@ Owned<REALstring> buildFromBuffer(CFStringRef text, char* buffer, CFIndex size) 
 
 // Element i, locked.
 Owned<REALstring> stringAt(REALobject array, int32_t i) {
-  REALstring* const elements = rbversion <= 2013.9 ? elementStorage<REALstring>(array) : nullptr;
+  REALstring* const elements = directElements<REALstring>(array);
   return elements ? retain(elements[i]) : adopt(REALGetArrayString(array, i));
 }
 

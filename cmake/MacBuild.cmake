@@ -5,5 +5,5 @@ target_include_directories(SpotlightZNK PRIVATE ${CMAKE_SOURCE_DIR})
 target_compile_options(SpotlightZNK PRIVATE -Wall -Wextra -Werror -fvisibility=hidden -fvisibility-inlines-hidden
   -fno-threadsafe-statics -fno-stack-protector)
 target_link_libraries(SpotlightZNK PRIVATE
-  "-framework CoreFoundation" "-weak_framework CoreServices" "-framework Carbon")
+  "-framework CoreFoundation" "-weak_framework CoreServices" "-framework ApplicationServices" "-framework Carbon")
 set_target_properties(SpotlightZNK PROPERTIES PREFIX "" SUFFIX ".dylib" CXX_STANDARD 17)

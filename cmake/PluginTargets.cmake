@@ -3,7 +3,7 @@ set(PLUGIN_FLAGS -fvisibility=hidden -fvisibility-inlines-hidden -fno-threadsafe
     -fno-stack-protector)
 
 # What the plug-in calls, in the order in which the dylib names them.
-set(PLATFORM_LIBRARIES CoreFoundation StandinSystem CoreServices Carbon)
+set(PLATFORM_LIBRARIES CoreFoundation StandinSystem CoreServices ApplicationServices Carbon)
 
 # The objects apart, so that tests can link what a host can't reach.
 add_library(SpotlightObjects OBJECT ${PLUGIN_SOURCES})

@@ -22,6 +22,12 @@ constexpr Row rows[] = {
     {kNumberType, &numberClass},
     {kURLType, &urlClass},
     {kDateType, &dateClass},
+    {kSetType, &setClass},
+    {kBagType, &bagClass},
+    {kUUIDType, &uuidClass},
+    {kTimeZoneType, &timeZoneClass},
+    {kCharacterSetType, &characterSetClass},
+    {kErrorType, &errorClass},
 };
 
 constexpr std::array<ClassEntry, kTypeLimit> startingTable() {

@@ -15,6 +15,12 @@ extern const CFRuntimeClass booleanClass;
 extern const CFRuntimeClass numberClass;
 extern const CFRuntimeClass urlClass;
 extern const CFRuntimeClass dateClass;
+extern const CFRuntimeClass setClass;
+extern const CFRuntimeClass bagClass;
+extern const CFRuntimeClass uuidClass;
+extern const CFRuntimeClass timeZoneClass;
+extern const CFRuntimeClass characterSetClass;
+extern const CFRuntimeClass errorClass;
 
 // A record as the library's own classes need it.
 constexpr CFRuntimeClass classRecord(const char* name, void (*finalize)(CFTypeRef),

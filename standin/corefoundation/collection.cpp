@@ -55,6 +55,16 @@ ValueRules rulesOf(const CFDictionaryValueCallBacks* callBacks) {
   return {callBacks->retain, callBacks->release, callBacks->equal, nullptr};
 }
 
+ValueRules rulesOf(const CFSetCallBacks* callBacks) {
+  if (callBacks == nullptr) return pointerRules;
+  return {callBacks->retain, callBacks->release, callBacks->equal, callBacks->hash};
+}
+
+ValueRules rulesOf(const CFBagCallBacks* callBacks) {
+  if (callBacks == nullptr) return pointerRules;
+  return {callBacks->retain, callBacks->release, callBacks->equal, callBacks->hash};
+}
+
 const void* takeValue(const ValueRules* rules, const void* value, const char* call) {
   if (rules == &objectRules) {
     if (value == nullptr) misuse(call, "a null value in a collection of CFType values");
@@ -97,3 +107,7 @@ const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {
     0, cf::retainObject, cf::releaseObject, cf::describeObject, cf::equalObjects, cf::hashObject};
 const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, cf::retainObject, cf::releaseObject,
                                                                     cf::describeObject, cf::equalObjects};
+const CFSetCallBacks kCFTypeSetCallBacks = {
+    0, cf::retainObject, cf::releaseObject, cf::describeObject, cf::equalObjects, cf::hashObject};
+const CFBagCallBacks kCFTypeBagCallBacks = {
+    0, cf::retainObject, cf::releaseObject, cf::describeObject, cf::equalObjects, cf::hashObject};

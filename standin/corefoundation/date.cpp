@@ -7,6 +7,7 @@
 
 #include "standin/corefoundation/classes.h"
 #include "standin/corefoundation/object.h"
+#include "standin/corefoundation/time_zone.h"
 
 struct __CFDate : cf::Header {
   static constexpr CFTypeID typeId = cf::kDateType;
@@ -103,10 +104,6 @@ CFAbsoluteTime absoluteFrom(const CFGregorianDate& date) {
   return kSecondsPerDay * static_cast<double>(days) + timeOfDay;
 }
 
-void refuseTimeZone(CFTimeZoneRef zone, const char* call) {
-  if (zone != nullptr) misuse(call, "a time zone: this library makes none, and null means GMT");
-}
-
 }  // namespace
 
 const CFRuntimeClass dateClass = classRecord("CFDate", nullptr, equalDates, hashDate);
@@ -150,12 +147,12 @@ CFComparisonResult CFDateCompare(CFDateRef theDate, CFDateRef otherDate, void*) 
 
 CFAbsoluteTime CFGregorianDateGetAbsoluteTime(CFGregorianDate gdate, CFTimeZoneRef tz) {
   const standin::Gate gate{__func__};
-  cf::refuseTimeZone(tz, __func__);
-  return gate.fails() ? 0 : cf::absoluteFrom(gdate);
+  const CFTimeInterval offset = tz ? cf::secondsFromGMT(tz, __func__) : 0;
+  return gate.fails() ? 0 : cf::absoluteFrom(gdate) - offset;
 }
 
 CFGregorianDate CFAbsoluteTimeGetGregorianDate(CFAbsoluteTime at, CFTimeZoneRef tz) {
   const standin::Gate gate{__func__};
-  cf::refuseTimeZone(tz, __func__);
-  return gate.fails() ? CFGregorianDate{} : cf::gregorianFrom(at);
+  const CFTimeInterval offset = tz ? cf::secondsFromGMT(tz, __func__) : 0;
+  return gate.fails() ? CFGregorianDate{} : cf::gregorianFrom(at + offset);
 }

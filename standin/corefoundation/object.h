@@ -18,14 +18,20 @@
 namespace cf {
 
 inline constexpr CFTypeID kAllocatorType = 2;
+inline constexpr CFTypeID kBagType = 6;
 inline constexpr CFTypeID kStringType = 7;
 inline constexpr CFTypeID kNullType = 16;
+inline constexpr CFTypeID kSetType = 17;
 inline constexpr CFTypeID kDictionaryType = 18;
 inline constexpr CFTypeID kArrayType = 19;
 inline constexpr CFTypeID kDataType = 20;
 inline constexpr CFTypeID kBooleanType = 21;
 inline constexpr CFTypeID kNumberType = 22;
+inline constexpr CFTypeID kCharacterSetType = 23;
+inline constexpr CFTypeID kErrorType = 27;
 inline constexpr CFTypeID kURLType = 29;
+inline constexpr CFTypeID kUUIDType = 39;
+inline constexpr CFTypeID kTimeZoneType = 41;
 inline constexpr CFTypeID kDateType = 42;
 inline constexpr CFTypeID kFirstRegisteredType = 256;
 inline constexpr CFTypeID kTypeLimit = 1024;

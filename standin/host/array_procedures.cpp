@@ -27,9 +27,11 @@ bool withinBounds(int32_t index, int32_t end) {
 // The element's type is the array's, not the plug-in's choice.
 void checkElement(const HostArray& array, void* handle, const char* call) {
   if (!handle) return;
-  if (thingAt(handle).isString() != (array.kind() == ElementKind::string)) {
-    die(call, "the " + thingAt(handle).describe() + " is no element for this array");
-  }
+  const Counted& thing = thingAt(handle);
+  const bool fits = array.kind() == ElementKind::date
+                        ? isDate(thing)
+                        : thing.isString() == (array.kind() == ElementKind::string);
+  if (!fits) die(call, "the " + thing.describe() + " is no element for this array");
 }
 
 template <class T>
@@ -108,6 +110,7 @@ Procedures proceduresFor(const HostArray& array) {
       return proceduresOf<uint8_t>();
     case ElementKind::string:
       return proceduresOf<StringHandle>();
+    case ElementKind::date:
     case ElementKind::object:
       break;
   }

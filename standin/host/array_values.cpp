@@ -45,6 +45,18 @@ Value objectArray(const std::vector<Value>& values) {
   return made;
 }
 
+Value dateArray(const std::vector<Value>& dates) {
+  HostArray& array = newArray(ElementKind::date, static_cast<int32_t>(dates.size()), Side::host);
+  const Value made = Value::object(Ref::adopt(array.block()));
+  for (std::size_t i = 0; i < dates.size(); ++i) {
+    const bool fits = dates[i].kind() == Kind::nil ||
+                      (dates[i].kind() == Kind::object && isDate(thingAt(dates[i].handle())));
+    if (!fits) throw CallError("not a Date but " + dates[i].describe());
+    array.setHandle(static_cast<int32_t>(i), dates[i].handle());
+  }
+  return made;
+}
+
 Value int32Array(const std::vector<int32_t>& numbers) {
   return numberArray(ElementKind::int32, numbers);
 }

@@ -66,6 +66,10 @@ void HostArray::grow() {
   publish();
 }
 
+bool HostArray::isOpen() const {
+  return words()[2] == wordOf(storage_);
+}
+
 void HostArray::noticeDirectWrite(int32_t index) {
   void* now = nullptr;
   std::memcpy(&now, slot(index), sizeof now);
@@ -79,6 +83,14 @@ void HostArray::noticeDirectWrite(int32_t index) {
 void HostArray::end() {
   for (int32_t i = 0; holdsHandles() && i < count_; ++i) release(handleAt(i), Side::host);
   retireBlock(storage_, static_cast<std::size_t>(capacity_) * elementSize(), storageName);
+}
+
+bool HostArray::surrenders(const void* handle) {
+  if (!holdsHandles() || !isOpen()) return false;
+  const auto found = std::find(owned_.begin(), owned_.end(), handle);
+  if (found == owned_.end()) return false;
+  *found = nullptr;
+  return true;
 }
 
 void* HostArray::handleAt(int32_t index) {
@@ -135,6 +147,7 @@ Value HostArray::valueAt(int32_t index) {
       return truth != 0;
     case ElementKind::string:
       return Value::string(Ref::share(handleAt(index)));
+    case ElementKind::date:
     case ElementKind::object:
       return Value::object(Ref::share(handleAt(index)));
   }

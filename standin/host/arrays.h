@@ -8,15 +8,17 @@
 
 namespace standin::host {
 
-enum class ElementKind { int32, int64, single, number, boolean, string, object };
+enum class ElementKind { int32, int64, single, number, boolean, string, date, object };
 
 // Where the storage is open to the plug-in it may put elements there itself; the host notices when it next
-// looks, and takes over the reference that came with the element.
+// looks, and takes over the reference that came with the element. The element that stood there before is the
+// plug-in's to release; it may do that first.
 class HostArray : public Counted {
  public:
   HostArray(ElementKind kind, int32_t count, Side owner);
   std::string describe() const override;
   void end() override;
+  bool surrenders(const void* handle) override;
 
   ElementKind kind() const { return kind_; }
   int32_t count() const { return count_; }
@@ -43,6 +45,7 @@ class HostArray : public Counted {
   void grow();
   void publish();
   void noticeDirectWrite(int32_t index);
+  bool isOpen() const;
 
   ElementKind kind_;
   int32_t count_;

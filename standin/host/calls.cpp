@@ -108,8 +108,7 @@ Value constructWith(std::string_view className, const std::vector<Value>& argume
 }
 
 Value callWith(const Value& object, std::string_view name, const std::vector<Value>& arguments) {
-  if (object.kind() != Kind::object) throw CallError(std::string(name) + " called on " + object.describe());
-  const auto& instance = static_cast<const HostObject&>(objectThingAt(object.reference().object()));
+  const HostObject& instance = instanceIn(object, std::string(name) + " called on");
   const Method& method = chooseOrThrow(instance.cls.methods, instance.cls.name, name, arguments);
   // Held for the call, whatever the method does to the variable that host code has the object in.
   const Ref held = object.reference();
@@ -135,15 +134,14 @@ Value constant(std::string_view className, std::string_view name) {
 }
 
 bool isA(const Value& object, std::string_view className) {
-  if (object.kind() != Kind::object) return false;
-  const auto& instance = static_cast<const HostObject&>(objectThingAt(object.reference().object()));
+  const auto* const instance =
+      object.kind() == Kind::object ? dynamic_cast<const HostObject*>(&thingAt(object.handle())) : nullptr;
   const Class* const cls = runtime().classes.find(className);
-  return cls && instance.cls.isOrDerivesFrom(*cls);
+  return instance && cls && instance->cls.isOrDerivesFrom(*cls);
 }
 
 void* instanceData(const Value& object) {
-  if (object.kind() != Kind::object) throw CallError("no instance but " + object.describe());
-  return static_cast<const HostObject&>(objectThingAt(object.reference().object())).data();
+  return instanceIn(object, "instance data asked of").data();
 }
 
 }  // namespace standin::host

@@ -3,13 +3,22 @@
 #include <algorithm>
 #include <utility>
 
+#include "standin/host/own_classes.h"
+
 namespace standin::host {
 namespace {
+
+struct OwnProperty {
+  const char* name;
+  const char* type;
+  bool readOnly = false;
+};
 
 struct OwnClass {
   const char* name;
   const char* base;
-  std::vector<std::pair<const char*, const char*>> properties;  // name, type
+  std::vector<OwnProperty> properties;
+  HostObject* (*make)(const Class& cls, Side owner) = nullptr;
 };
 
 // A base class stands before the classes made of it.
@@ -18,6 +27,7 @@ const OwnClass ownClasses[] = {
     {"NilObjectException", "RuntimeException", {}},
     {"OutOfMemoryException", "RuntimeException", {}},
     {"OutOfBoundsException", "RuntimeException", {}},
+    {"KeyNotFoundException", "RuntimeException", {}},
     {"Date",
      nullptr,
      {{"Year", "Integer"},
@@ -25,10 +35,11 @@ const OwnClass ownClasses[] = {
       {"Day", "Integer"},
       {"Hour", "Integer"},
       {"Minute", "Integer"},
-      {"Second", "Integer"}}},
-    {"Dictionary", nullptr, {}},
-    {"MemoryBlock", nullptr, {}},
-    {"FolderItem", nullptr, {}},
+      {"Second", "Integer"}},
+     makeDate},
+    {"Dictionary", nullptr, {{"Count", "Integer", true}}, makeDictionary},
+    {"MemoryBlock", nullptr, {}, makeMemoryBlock},
+    {"FolderItem", nullptr, {}, makeFolderItem},
 };
 
 }  // namespace
@@ -54,10 +65,12 @@ ClassTable::ClassTable() {
     auto cls = std::make_unique<Class>();
     cls->name = own.name;
     cls->base = own.base ? find(own.base) : nullptr;
-    for (const auto& [name, type] : own.properties) {
+    cls->make = own.make;
+    for (const auto& [name, type, readOnly] : own.properties) {
       Property property;
       property.name = name;
       property.type = parseType(type);
+      property.readOnly = readOnly;
       cls->properties.push_back(std::move(property));
     }
     add(std::move(cls));

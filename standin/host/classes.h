@@ -12,6 +12,9 @@
 
 namespace standin::host {
 
+class HostObject;
+enum class Side;
+
 // What "pluginObjectType" gives out: the address means the class, and nothing can be read there.
 struct ClassReference {
   char unused;
@@ -51,6 +54,13 @@ struct Class {
   std::string name;
   const Class* base = nullptr;
   ClassReference reference{};
+
+  // Of the host's own classes and the wrapper classes: makes an instance that is more than a block and
+  // properties. Null for all others.
+  HostObject* (*make)(const Class& cls, Side owner) = nullptr;
+  // Of the wrapper classes alone: what their instances have in the block, and whether they are tagged.
+  enum class Wraps { nothing, reference, geometry } wraps = Wraps::nothing;
+  bool genuine = false;
 
   // Of the plug-in's classes alone.
   const uint32_t* record = nullptr;

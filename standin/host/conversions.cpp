@@ -63,8 +63,8 @@ std::optional<int> numberDistance(const Value& value, TypeKind type) {
   return isExact(value.kind(), type) ? 0 : 1;
 }
 
-bool isElementKind(ElementKind kind, TypeKind type) {
-  switch (type) {
+bool isElementKind(ElementKind kind, const Type& type) {
+  switch (type.kind) {
     case TypeKind::boolean:
       return kind == ElementKind::boolean;
     case TypeKind::int32:
@@ -77,8 +77,9 @@ bool isElementKind(ElementKind kind, TypeKind type) {
       return kind == ElementKind::number;
     case TypeKind::string:
       return kind == ElementKind::string;
-    case TypeKind::variant:
     case TypeKind::object:
+      return kind == (sameName(type.className, "Date") ? ElementKind::date : ElementKind::object);
+    case TypeKind::variant:
       return kind == ElementKind::object;
     default:
       return false;
@@ -88,7 +89,7 @@ bool isElementKind(ElementKind kind, TypeKind type) {
 bool isOfType(const Counted& thing, const Type& type) {
   if (type.array) {
     const auto* const array = dynamic_cast<const HostArray*>(&thing);
-    return array && isElementKind(array->kind(), type.kind);
+    return array && isElementKind(array->kind(), type);
   }
   if (type.kind == TypeKind::string) return thing.isString();
   if (type.kind == TypeKind::variant) return !thing.isString();

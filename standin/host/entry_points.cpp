@@ -65,6 +65,12 @@ const EntryPoint entryPoints[] = {
     ENTRY(RuntimeArrayDirectGetGetProc),
     ENTRY(RuntimeArrayDirectGetSetProc),
     ENTRY(RuntimeDirectReadStringArray),
+    ENTRY(memoryBlockGetPtr),
+    ENTRY(memoryBlockGetSize),
+    ENTRY(REALFSRefFromFolderItem),
+    ENTRY(REALFolderItemFromParentFSRef),
+    ENTRY(REALFSSpecFromFolderItem),
+    ENTRY(FolderItemFromFSSpec),
 };
 
 #undef ENTRY

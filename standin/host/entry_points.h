@@ -8,6 +8,10 @@
 
 #include "standin/host/value.h"
 
+struct FSRef;
+struct FSSpec;
+struct HFSUniStr255;
+
 namespace standin::host {
 
 // What "PluginGetStringData" fills.
@@ -83,6 +87,16 @@ void* RuntimeArrayDirectGetInsertProc(ObjectHandle array);
 void* RuntimeArrayDirectGetGetProc(ObjectHandle array);
 void* RuntimeArrayDirectGetSetProc(ObjectHandle array);
 StringHandle RuntimeDirectReadStringArray(ObjectHandle array, int32_t index);
+
+// memory_blocks.cpp
+void* memoryBlockGetPtr(ObjectHandle block);
+int32_t memoryBlockGetSize(ObjectHandle block);
+
+// folder_items.cpp
+bool REALFSRefFromFolderItem(ObjectHandle item, FSRef* ref, HFSUniStr255* name);
+ObjectHandle REALFolderItemFromParentFSRef(const FSRef* parent, const HFSUniStr255* name);
+bool REALFSSpecFromFolderItem(FSSpec* fsSpec, ObjectHandle item);
+ObjectHandle FolderItemFromFSSpec(const FSSpec* fsSpec);
 
 }  // namespace entry
 

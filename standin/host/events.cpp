@@ -114,9 +114,8 @@ void* addressFor(const Class& cls, const Event& event) {
 }  // namespace
 
 void setEventHandler(const Value& object, std::string_view name, Handler handler) {
-  if (object.kind() != Kind::object) throw CallError("an event handler for " + object.describe());
+  const HostObject& instance = instanceIn(object, "an event handler for");
   const ObjectHandle handle = object.reference().object();
-  const auto& instance = static_cast<const HostObject&>(objectThingAt(handle));
   for (const Event& event : instance.cls.events) {
     if (!sameName(event.declaration.name, name)) continue;
     if (handler) {

@@ -42,7 +42,7 @@ void* REALLoadGlobalMethod(ObjectHandle object, const char* declaration) {
   const Gate gate("REALLoadGlobalMethod");
   if (object) die("REALLoadGlobalMethod", "the first argument must be null");
   if (!declaration) die("REALLoadGlobalMethod", "a null declaration");
-  if (gate.fails()) return nullptr;
+  if (gate.fails() || settings().unloadableMethods.count(declaration) != 0) return nullptr;
   for (const GlobalFunction& row : globalFunctions) {
     if (std::strcmp(row.declaration, declaration) == 0) return row.function;
   }
@@ -52,8 +52,9 @@ void* REALLoadGlobalMethod(ObjectHandle object, const char* declaration) {
 void* REALLoadObjectMethod(ObjectHandle handle, const char* declaration) {
   const Gate gate("REALLoadObjectMethod");
   if (!declaration) die("REALLoadObjectMethod", "a null declaration");
-  const auto* const object = dynamic_cast<const HostObject*>(&objectThingAt(handle));
-  if (gate.fails() || !object) return nullptr;
+  auto* const object = dynamic_cast<HostObject*>(&objectThingAt(handle));
+  if (gate.fails() || !object || settings().unloadableMethods.count(declaration) != 0) return nullptr;
+  if (void* const own = object->ownMethod(declaration)) return own;
   Declaration wanted;
   try {
     wanted = parseMethod(declaration);

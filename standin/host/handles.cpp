@@ -43,6 +43,16 @@ void add(Counted& thing, Side side, long count) {
   if (side == Side::plugin) lockLine(thing) += count;
 }
 
+// For an unlock that comes before the write that puts the element out of the array.
+bool surrenderedByHolder(Counted& thing) {
+  for (const auto& [handle, holder] : state().alive) {
+    if (!holder->surrenders(thing.block())) continue;
+    giveToPlugin(thing.block());
+    return true;
+  }
+  return false;
+}
+
 void endThing(Counted& thing) {
   thing.ending = true;
   thing.end();
@@ -92,7 +102,7 @@ void release(void* handle, Side side) {
   if (!handle || isAbandoned(handle)) return;
   Counted& thing = thingAt(handle);
   const long held = side == Side::plugin ? thing.pluginReferences : thing.hostReferences;
-  if (held == 0) {
+  if (held == 0 && !(side == Side::plugin && surrenderedByHolder(thing))) {
     const char* const who = side == Side::plugin ? "the plug-in" : "the host";
     die(currentCall(),
         std::string("a release too many: ") + who + " holds no reference to the " + thing.describe());

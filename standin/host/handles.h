@@ -24,6 +24,9 @@ class Counted {
   virtual std::string describe() const = 0;  // "string", "object MDQueryZNK"
   // The last reference has gone; the block is still in place.
   virtual void end() {}
+  // Leaves to the plug-in the host's reference to a thing that the plug-in can put out of its place here
+  // itself, because it reaches that place. False when this holds no such thing.
+  virtual bool surrenders(const void*) { return false; }
 
   void* block() const { return block_; }
   std::size_t size() const { return size_; }

@@ -22,6 +22,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "standin/host/value.h"
@@ -44,8 +45,22 @@ struct Settings {
   // An exception is thrown through the plug-in's frames as soon as it is raised; otherwise it waits for the
   // plug-in to return.
   bool raiseByUnwinding = false;
-  std::set<std::string> hidden;          // entry points that this host lacks
-  std::map<std::string, int> delayed;    // entry points that are found from the nth request on
+  // Answers of memory blocks.
+  bool nullMemoryBlockPointers = false;
+  std::optional<int32_t> memoryBlockSize;  // told instead of the true one
+  // Answers of folder items. A real host gives a reference of every item that is there, of its parent when
+  // that is there, and the older FSSpec of the root folder only.
+  bool itemReferences = true;
+  bool parentReferences = true;
+  bool leafNames = true;  // false: a parent comes with an empty name
+  enum class ItemFSSpecs { ofRoot, none, rootForAll } itemFSSpecs = ItemFSSpecs::ofRoot;
+  // A new thing stands where the last one of its size stood (dictionaries are of a size of their own),
+  // instead of never where another one was.
+  bool reusesAddresses = false;
+  std::set<std::string> unreadableProperties;  // that the plug-in can't read, of any object
+  std::set<std::string> unloadableMethods;     // declarations for which the plug-in gets no function
+  std::set<std::string> hidden;                // entry points that this host lacks
+  std::map<std::string, int> delayed;          // entry points that are found from the nth request on
   std::set<std::string> unknownClasses;  // classes that no instance and no class reference can be had of
 };
 
@@ -145,6 +160,7 @@ void rethrowHandlerError();
 Value stringArray(const std::vector<std::string>& texts);
 Value stringArrayOf(const std::vector<Value>& strings);
 Value objectArray(const std::vector<Value>& elements);  // of objects or variants
+Value dateArray(const std::vector<Value>& dates);
 Value int32Array(const std::vector<int32_t>& numbers);
 Value int64Array(const std::vector<int64_t>& numbers);
 Value singleArray(const std::vector<float>& numbers);
@@ -152,6 +168,45 @@ Value doubleArray(const std::vector<double>& numbers);
 Value booleanArray(const std::vector<bool>& values);
 std::vector<Value> elements(const Value& array);
 std::vector<std::string> texts(const Value& stringArray);  // UTF-8
+
+// A variant that says it holds something of that type code, whatever the code; its text is given. It stays a
+// variant: a Value of kind object that is no instance.
+Value variantOfType(int32_t code, std::string_view text);
+
+// Dates. The fields are kept as they are given, a month of 13 too. A fresh Date is 5 June 1987, 04:03:02.
+struct DateFields {
+  int32_t year, month, day, hour, minute, second;
+  bool operator==(const DateFields&) const = default;
+};
+Value date(int32_t year, int32_t month, int32_t day, int32_t hour = 0, int32_t minute = 0,
+           int32_t second = 0);
+DateFields fields(const Value& date);
+
+// Dictionaries. Keys are equal as in the host language: numbers by their value, strings whatever the letter
+// case, dates by their fields, other objects by identity. Entries keep the order in which their keys came.
+using Entry = std::pair<Value, Value>;
+Value dictionary(const std::vector<Entry>& entries = {});
+std::vector<Entry> entries(const Value& dictionary);
+std::optional<Value> lookUp(const Value& dictionary, const Value& key);
+
+Value memoryBlock(std::string_view bytes);
+// An absolute path, in UTF-8. Nothing need be there.
+Value folderItem(const std::string& path);
+std::string path(const Value& folderItem);
+
+// Classes of other plug-ins of the family, whose instances wrap a Core Foundation reference: it stands at
+// byte 24 of the object. Genuine ones have the family's tag at byte 32 from the start. An instance that ends
+// releases its reference when it has the tag or got the reference from setWrapped(); a reference in one
+// without a tag ends the process. Throws std::logic_error when the name is taken or the base class unknown.
+void addWrapperClass(std::string_view name, bool genuine, std::string_view base = {});
+// Those that have up to four doubles from byte 24 on.
+void addGeometryClass(std::string_view name);
+Value geometry(std::string_view className, const std::vector<double>& numbers);
+std::vector<double> numbers(const Value& geometry);  // all four
+const void* wrapped(const Value& wrapper);           // borrowed
+// Takes over one reference, and gives up the one before.
+void setWrapped(const Value& wrapper, const void* reference);
+uint32_t wrapperTag(const Value& wrapper);
 
 // The bytes of the plug-in's instance data of an object, for tests that look behind the properties.
 void* instanceData(const Value& object);

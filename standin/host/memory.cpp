@@ -6,9 +6,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <iterator>
 #include <unordered_map>
 
 #include "standin/gate/gate.h"
+#include "standin/host/host.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
@@ -61,10 +63,25 @@ void forgetOldest() {
   std::free(oldest.block);
 }
 
+// The block of that size that was freed last, for use anew; null when there is none.
+unsigned char* takeBack(std::size_t size) {
+  auto& order = state().order;
+  const auto found = std::find_if(order.rbegin(), order.rend(),
+                                  [size](const Retired& retired) { return retired.size == size; });
+  if (found == order.rend()) return nullptr;
+  const Retired retired = *found;
+  checkRetired(retired);
+  order.erase(std::next(found).base());
+  state().size -= size;
+  state().names.erase(retired.block);
+  return retired.block;
+}
+
 }  // namespace
 
 void* newBlock(std::size_t size) {
-  auto* const block = static_cast<unsigned char*>(std::malloc(size + guardSize));
+  unsigned char* block = running() && settings().reusesAddresses ? takeBack(size + guardSize) : nullptr;
+  if (!block) block = static_cast<unsigned char*>(std::malloc(size + guardSize));
   if (!block) die(currentCall(), "the machine has no more memory");
   std::memset(block, 0, size);
   std::memset(block + size, guardByte, guardSize);

@@ -1,7 +1,7 @@
 // The memory that the host's handles point at.
 //
 // A freed block is filled with a pattern and kept aside for a while, so that its address is not given out
-// again and a later use of it is known for what it is.
+// again and a later use of it is known for what it is. (Settings::reusesAddresses makes it otherwise.)
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,7 @@
 #include "standin/host/objects.h"
 
 #include "standin/gate/gate.h"
+#include "standin/host/conversions.h"
 #include "standin/host/entry_points.h"
 #include "standin/host/events.h"
 #include "standin/host/machine_call.h"
@@ -23,11 +24,28 @@ void mark(const Counted& thing) {
   thing.words()[2] = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(unreadableAddress()));
 }
 
+bool headIsIntact(const HostObject& object) {
+  if (object.words()[0] != objectMark) return false;
+  if (object.cls.wraps != Class::Wraps::nothing) return true;  // the plug-in writes there
+  for (std::size_t i = 1; i < headSize / sizeof(uint32_t); ++i) {
+    if (i != 2 && object.words()[i] != 0) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 HostObject::HostObject(const Class& classOfIt, Side owner)
-    : Counted(blockSize(classOfIt), owner), cls(classOfIt) {
+    : HostObject(classOfIt, owner, blockSize(classOfIt)) {}
+
+HostObject::HostObject(const Class& classOfIt, Side owner, std::size_t blockSize)
+    : Counted(blockSize, owner), cls(classOfIt) {
   mark(*this);
+}
+
+Value HostObject::ownProperty(const Property& property) const {
+  const auto found = own.find(lower(property.name));
+  return found == own.end() ? emptyValue(property.type) : found->second;
 }
 
 void HostObject::end() {
@@ -36,10 +54,11 @@ void HostObject::end() {
     callMachine<void>(cls.destructor, {wordOf(block())});
   }
   forgetHandlers(handleOf(*this));
-  if (words()[0] != objectMark) die(currentCall(), "the head of the " + describe() + " was overwritten");
+  if (!headIsIntact(*this)) die(currentCall(), "the head of the " + describe() + " was overwritten");
 }
 
-HostVariant::HostVariant(Value content, Side owner) : Counted(headSize, owner), value(std::move(content)) {
+HostVariant::HostVariant(Value content, Side owner, std::optional<int32_t> toldCode)
+    : Counted(headSize, owner), value(std::move(content)), code(toldCode) {
   mark(*this);
 }
 
@@ -61,12 +80,24 @@ const Class* availableClass(std::string_view name) {
 }
 
 ObjectHandle newObject(const Class& cls, Side owner) {
-  const ObjectHandle handle = handleOf(enrol(new HostObject(cls, owner)));
+  const ObjectHandle handle = handleOf(enrol(cls.make ? cls.make(cls, owner) : new HostObject(cls, owner)));
   if (cls.constructor) {
     const Callout callout;
     callMachine<void>(cls.constructor, {wordOf(handle)});
   }
   return handle;
+}
+
+bool isDate(const Counted& thing) {
+  const auto* const object = dynamic_cast<const HostObject*>(&thing);
+  return object && object->cls.name == "Date";
+}
+
+HostObject& instanceIn(const Value& value, std::string_view use) {
+  auto* const object =
+      value.kind() == Kind::object ? dynamic_cast<HostObject*>(&thingAt(value.handle())) : nullptr;
+  if (!object) throw CallError(std::string(use) + " " + value.describe());
+  return *object;
 }
 
 namespace entry {

@@ -1,4 +1,5 @@
 // Properties: for host code by name, for the plug-in by name and type.
+#include <algorithm>
 #include <cstring>
 
 #include "standin/gate/gate.h"
@@ -22,8 +23,7 @@ Value readProperty(const HostObject& object, const Property& property) {
     case Property::Access::own:
       break;
   }
-  const auto found = object.own.find(lower(property.name));
-  return found == object.own.end() ? emptyValue(property.type) : found->second;
+  return object.ownProperty(property);
 }
 
 void writeProperty(HostObject& object, const Property& property, const Value& value) {
@@ -40,11 +40,6 @@ void writeProperty(HostObject& object, const Property& property, const Value& va
     case Property::Access::own:
       object.own[lower(property.name)] = value;
   }
-}
-
-HostObject& instanceOf(const Value& value, std::string_view name) {
-  if (value.kind() != Kind::object) throw CallError(std::string(name) + " asked of " + value.describe());
-  return static_cast<HostObject&>(objectThingAt(value.reference().object()));
 }
 
 // A method that stands for a property: one without parameters.
@@ -66,7 +61,7 @@ void requireFit(const Value& value, const Type& type, std::string_view name) {
 }  // namespace
 
 Value get(const Value& object, std::string_view name) {
-  const HostObject& instance = instanceOf(object, name);
+  const HostObject& instance = instanceIn(object, std::string(name) + " asked of");
   const Ref held = object.reference();
   if (const Property* const property = findProperty(instance.cls, name))
     return readProperty(instance, *property);
@@ -75,7 +70,7 @@ Value get(const Value& object, std::string_view name) {
 }
 
 void set(const Value& object, std::string_view name, const Value& value) {
-  HostObject& instance = instanceOf(object, name);
+  HostObject& instance = instanceIn(object, std::string(name) + " asked of");
   const Ref held = object.reference();
   if (const Property* const property = findProperty(instance.cls, name)) {
     if (property->readOnly) throw CallError(property->name + " of " + instance.cls.name + " can't be set");
@@ -127,6 +122,12 @@ const Property* askedProperty(ObjectHandle handle, const char* name, Asked asked
   return property && isAskedType(property->type, asked) ? property : nullptr;
 }
 
+bool isUnreadable(const char* name) {
+  const auto& names = settings().unreadableProperties;
+  return std::any_of(names.begin(), names.end(),
+                     [name](const std::string& unreadable) { return sameName(unreadable, name); });
+}
+
 template <class T>
 T converted(const Value& value) {
   if constexpr (std::is_floating_point_v<T>) {
@@ -143,7 +144,7 @@ bool getNumber(const Gate& gate, ObjectHandle handle, const char* name, T* out, 
   if (!out) die(currentCall(), "a null place for the value");
   HostObject* object = nullptr;
   const Property* const property = askedProperty(handle, name, asked, object);
-  if (gate.fails()) return false;
+  if (gate.fails() || isUnreadable(name)) return false;
   if (!property) return ofVariant(out);
   *out = converted<T>(readProperty(*object, *property));
   return true;
@@ -201,7 +202,7 @@ bool REALGetPropValueString(ObjectHandle handle, const char* name, StringHandle*
   if (!out) die("REALGetPropValueString", "a null place for the value");
   HostObject* object = nullptr;
   const Property* const property = askedProperty(handle, name, Asked::string, object);
-  if (gate.fails()) return false;
+  if (gate.fails() || isUnreadable(name)) return false;
   if (!property) {
     if (!sameName(name, "StringValue")) return false;
     *out = VariantToString(handle);

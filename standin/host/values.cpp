@@ -44,7 +44,8 @@ Value Value::color(uint32_t packed) {
 Value Value::object(Ref reference) {
   if (!reference.get()) return {};
   const Counted& thing = objectThingAt(reference.object());
-  if (const auto* const variant = dynamic_cast<const HostVariant*>(&thing)) return variant->value;
+  const auto* const variant = dynamic_cast<const HostVariant*>(&thing);
+  if (variant && !variant->code) return variant->value;
   Value value;
   value.kind_ = dynamic_cast<const HostArray*>(&thing) ? Kind::array : Kind::object;
   value.reference_ = std::move(reference);

@@ -40,6 +40,8 @@ int32_t codeOf(ElementKind kind) {
       return booleanCode;
     case ElementKind::string:
       return stringCode;
+    case ElementKind::date:
+      return dateCode;
     case ElementKind::object:
       break;
   }
@@ -128,11 +130,10 @@ ObjectHandle newVariant(const Gate& gate, Value value) {
 
 int32_t variantType(const Counted& thing) {
   if (const auto* const variant = dynamic_cast<const HostVariant*>(&thing))
-    return codeOf(variant->value.kind());
+    return variant->code.value_or(codeOf(variant->value.kind()));
   if (const auto* const array = dynamic_cast<const HostArray*>(&thing))
     return arrayCode + codeOf(array->kind());
-  const auto* const object = dynamic_cast<const HostObject*>(&thing);
-  return object && object->cls.name == "Date" ? dateCode : objectCode;
+  return isDate(thing) ? dateCode : objectCode;
 }
 
 Ref boxed(const Value& value) {
@@ -145,6 +146,16 @@ Ref boxed(const Value& value) {
     return boxed(fits ? Value(static_cast<int32_t>(whole)) : Value(whole));
   }
   return Ref::adopt(enrol(new HostVariant(value, Side::host)).block());
+}
+
+ObjectHandle handOver(const Value& value) {
+  Ref reference = boxed(value);
+  giveToPlugin(reference.get());
+  return static_cast<ObjectHandle>(reference.leak());
+}
+
+Value variantOfType(int32_t code, std::string_view text) {
+  return Value::object(Ref::adopt(enrol(new HostVariant(text, Side::host, code)).block()));
 }
 
 namespace entry {

@@ -54,9 +54,11 @@ class ELFPlugin {
   void* handle_ = nullptr;
 };
 
-macho::Image loadMachO(const std::string& path) {
+macho::Image loadMachO(const std::string& path, const std::set<std::string>& absent) {
+  macho::LoadOptions options;
+  options.hidden = absent;
   try {
-    return macho::load(path);
+    return macho::load(path, options);
   } catch (const macho::LoadError& error) {
     throw PluginFileError(error.what());
   }
@@ -67,25 +69,28 @@ macho::Image loadMachO(const std::string& path) {
 struct PluginFile::Opened {
   std::optional<ELFPlugin> elf;
   std::optional<macho::Image> machO;
-  void* main = nullptr;
 };
 
-PluginFile::PluginFile(const std::string& path) : opened_(std::make_unique<Opened>()) {
+PluginFile::PluginFile(const std::string& path, const std::set<std::string>& absent)
+    : opened_(std::make_unique<Opened>()) {
   if (isELF(path)) {
     opened_->elf.emplace(path);
-    opened_->main = opened_->elf->symbol(kMain);
   } else {
-    opened_->machO.emplace(loadMachO(path));
-    opened_->main = opened_->machO->symbol((std::string("_") + kMain).c_str());
+    opened_->machO.emplace(loadMachO(path, absent));
   }
-  if (!opened_->main) fail(path, std::string("exports no ") + kMain + ", so it is not a plug-in");
+  if (!symbol(kMain)) fail(path, std::string("exports no ") + kMain + ", so it is not a plug-in");
 }
 
 PluginFile::~PluginFile() = default;
 PluginFile::PluginFile(PluginFile&&) noexcept = default;
 
 PluginFile::Main* PluginFile::main() const {
-  return reinterpret_cast<Main*>(opened_->main);
+  return reinterpret_cast<Main*>(symbol(kMain));
+}
+
+void* PluginFile::symbol(const std::string& name) const {
+  if (opened_->elf) return opened_->elf->symbol(name.c_str());
+  return opened_->machO->symbol(("_" + name).c_str());
 }
 
 }  // namespace standin

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -19,12 +20,14 @@ class PluginFile {
   typedef void Main(Resolver* resolver);
 
   // Every opening gives a plug-in of its own, with its variables in their initial state, also when the file
-  // is open already. Throws PluginFileError.
-  explicit PluginFile(const std::string& path);
+  // is open already. `absent` names platform symbols, by their C names, that this plug-in is not to find
+  // (dylib only). Throws PluginFileError.
+  explicit PluginFile(const std::string& path, const std::set<std::string>& absent = {});
   ~PluginFile();
   PluginFile(PluginFile&&) noexcept;
 
-  Main* main() const;  // the exported REALPluginMain
+  Main* main() const;                           // the exported REALPluginMain
+  void* symbol(const std::string& name) const;  // another export, by its C name; null when there is none
 
  private:
   struct Opened;

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "file_names.h"
 #include "fsref_table.h"
 
 namespace standin {
@@ -18,6 +19,17 @@ bool isFileURL(CFURLRef url) {
   if (scheme) CFRelease(scheme);
   CFRelease(absolute);
   return isFile;
+}
+
+// A link that leads nowhere is there.
+bool isThere(const std::string& path) {
+  struct stat info;
+  return ::lstat(path.c_str(), &info) == 0;
+}
+
+bool isFolder(const std::string& path) {
+  struct stat info;
+  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 }  // namespace
@@ -45,10 +57,10 @@ CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* fsRef) {
   if (!fsRef) standin::die("CFURLCreateFromFSRef", "the FSRef is null");
   const std::string* const path = standin::pathOfFSRef(*fsRef);
   if (!path) standin::die("CFURLCreateFromFSRef", "no call of this process has filled this FSRef");
-  struct stat info;
-  if (gate.fails() || ::stat(path->c_str(), &info) != 0) return nullptr;
+  if (gate.fails() || !standin::isThere(*path)) return nullptr;
   return CFURLCreateFromFileSystemRepresentation(allocator, reinterpret_cast<const UInt8*>(path->data()),
-                                                 static_cast<CFIndex>(path->size()), S_ISDIR(info.st_mode));
+                                                 static_cast<CFIndex>(path->size()),
+                                                 standin::isFolder(*path));
 }
 
 Boolean CFURLGetFSRef(CFURLRef url, FSRef* fsRef) {
@@ -56,5 +68,6 @@ Boolean CFURLGetFSRef(CFURLRef url, FSRef* fsRef) {
   if (!fsRef) standin::die("CFURLGetFSRef", "the FSRef is null");
   const std::optional<std::string> path = standin::pathOfURL("CFURLGetFSRef", url);
   if (gate.fails() || !path) return false;
-  return standin::makeFSRef(*path, *fsRef);
+  const std::optional<std::string> found = standin::existingPath(*path);
+  return found && standin::makeFSRef(*found, *fsRef);
 }

@@ -6,6 +6,8 @@
 #include <deque>
 #include <unordered_map>
 
+#include "file_names.h"
+
 namespace standin {
 namespace {
 
@@ -16,10 +18,17 @@ struct Content {
 static_assert(sizeof(Content) <= sizeof(FSRef));
 
 constexpr char kMark[4] = {'F', 'S', 'r', 'f'};
+constexpr uint32_t kFirstNode = 16;
 
 struct Table {
   std::deque<std::string> paths;  // a deque: its strings stay where they are
   std::unordered_map<std::string, uint32_t> indexes;
+
+  uint32_t indexOf(const std::string& path) {
+    const auto [place, added] = indexes.emplace(path, static_cast<uint32_t>(paths.size()));
+    if (added) paths.push_back(path);
+    return place->second;
+  }
 };
 
 Table& table() {
@@ -27,17 +36,18 @@ Table& table() {
   return *t;
 }
 
+Content contentOf(const FSRef& ref) {
+  Content content;
+  std::memcpy(&content, ref.hidden, sizeof content);
+  return content;
+}
+
 }  // namespace
 
 bool makeFSRef(const std::string& path, FSRef& ref) {
   struct stat info;
   if (path.empty() || path.front() != '/' || ::lstat(path.c_str(), &info) != 0) return false;
-  std::string plain = path;
-  while (plain.size() > 1 && plain.back() == '/') plain.pop_back();
-  Table& t = table();
-  const auto [place, added] = t.indexes.emplace(plain, static_cast<uint32_t>(t.paths.size()));
-  if (added) t.paths.push_back(plain);
-  Content content{{}, place->second};
+  Content content{{}, table().indexOf(canonicalPath(path))};
   std::memcpy(content.mark, kMark, sizeof kMark);
   std::memset(ref.hidden, 0, sizeof ref.hidden);
   std::memcpy(ref.hidden, &content, sizeof content);
@@ -45,12 +55,23 @@ bool makeFSRef(const std::string& path, FSRef& ref) {
 }
 
 const std::string* pathOfFSRef(const FSRef& ref) {
-  Content content;
-  std::memcpy(&content, ref.hidden, sizeof content);
+  const Content content = contentOf(ref);
   if (std::memcmp(content.mark, kMark, sizeof kMark) != 0 || content.index >= table().paths.size()) {
     return nullptr;
   }
   return &table().paths[content.index];
+}
+
+uint32_t nodeOfFSRef(const FSRef& ref) {
+  const uint32_t index = contentOf(ref).index;
+  return table().paths[index] == "/" ? uint32_t{fsRtDirID} : kFirstNode + index;
+}
+
+const std::string* pathOfNode(uint32_t node) {
+  static const std::string root = "/";
+  if (node == fsRtDirID) return &root;
+  if (node < kFirstNode || node - kFirstNode >= table().paths.size()) return nullptr;
+  return &table().paths[node - kFirstNode];
 }
 
 }  // namespace standin

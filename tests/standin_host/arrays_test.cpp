@@ -90,6 +90,78 @@ TEST_F(Arrays, TakeWhatThePlugInStoresDirectly) {
   unlockObject(array);
 }
 
+Object number(int32_t value) {
+  return entry<Object(int32_t)>("Int32ToVariant")(value);
+}
+
+// Lock the new one, release the old one, put the new one in its place.
+TEST_F(Arrays, ElementsThatAreReplacedDirectlyEndWithTheirUnlock) {
+  const Object array = createArray(4, 0);
+  for (const int32_t value : {7, 8, 9}) {
+    const Object variant = number(value);
+    lockObject(variant);
+    unlockObject(storage(array)[0]);
+    storage(array)[0] = variant;
+    unlockObject(variant);
+    EXPECT_EQ(standin::ledgerLine("host object"), 2) << value;  // the array and the element
+  }
+  const Object last = read<Object>(array, 0);
+  EXPECT_EQ(entry<int32_t(Object)>("VariantToInt32")(last), 9);
+  unlockObject(last);
+  unlockObject(array);
+}
+
+TEST_F(Arrays, ElementsOfTheHostMayBeReplacedDirectly) {
+  const auto date = host::newInstance("Date");
+  const auto array = host::objectArray({date});
+  const Object variant = number(5);
+  unlockObject(storage(array.handle())[0]);
+  storage(array.handle())[0] = variant;
+  EXPECT_EQ(host::elements(array)[0].integer(), 5);
+  EXPECT_EQ(host::fields(date).year, 1987);  // host code's own reference is another one
+}
+
+TEST_F(Arrays, AnElementReleasedButLeftInItsPlaceIsFound) {
+  const auto date = host::newInstance("Date");
+  EXPECT_DEATH(
+      {
+        const auto array = host::objectArray({date});
+        unlockObject(storage(array.handle())[0]);
+        host::elements(array);
+      },
+      "element storage of an array");
+}
+
+TEST_F(Arrays, OfEveryTypeShowTheirElementsWithoutGaps) {
+  const auto check = [](const host::Value& array, auto first, auto second) {
+    const auto* const elements = reinterpret_cast<const decltype(first)*>(storage(array.handle()));
+    EXPECT_EQ(elements[0], first);
+    EXPECT_EQ(elements[1], second);
+  };
+  check(host::int32Array({1, -2}), int32_t{1}, int32_t{-2});
+  check(host::int64Array({1, int64_t{1} << 40}), int64_t{1}, int64_t{1} << 40);
+  check(host::singleArray({1, 2.5f}), 1.0f, 2.5f);
+  check(host::doubleArray({1, 2.5}), 1.0, 2.5);
+  check(host::booleanArray({false, true}), uint8_t{0}, uint8_t{1});
+  const auto date = host::newInstance("Date");
+  check(host::dateArray({nullptr, date}), static_cast<void*>(nullptr), date.handle());
+}
+
+TEST_F(Arrays, OfDatesHoldDatesAndNothingElse) {
+  const auto array = host::dateArray({host::date(2001, 1, 1), nullptr});
+  const Object first = read<Object>(array.handle(), 0);
+  int32_t year = 0;
+  EXPECT_TRUE(entry<bool(Object, const char*, int32_t*)>("REALGetPropValueInt")(first, "Year", &year));
+  EXPECT_EQ(year, 2001);
+  unlockObject(first);
+  EXPECT_EQ(read<Object>(array.handle(), 1), nullptr);
+  EXPECT_EQ(host::fields(host::elements(array)[0]).year, 2001);
+  EXPECT_THROW(host::dateArray({5}), host::CallError);
+  EXPECT_THROW(host::dateArray({host::newInstance("Dictionary")}), host::CallError);
+  const auto other = host::newInstance("Dictionary");
+  EXPECT_DEATH(insertObject(array.handle(), 0, other.handle()), "array insert: .* is no element");
+}
+
 TEST_F(Arrays, MayHideTheirStorage) {
   host::settings().directArrayStorage = false;
   EXPECT_EQ(storageWord(host::stringArray({"a"}).handle()), 0u);

@@ -1,0 +1,115 @@
+#include "folder_items.h"
+
+#include <CoreServices/CoreServices.h>
+#include <string.h>
+
+#include "host/services.h"
+#include "strings.h"
+
+namespace {
+
+Owned<CFURLRef> urlOf(const FSRef& file) {
+  return adopt(CFURLCreateFromFSRef(kCFAllocatorDefault, &file));
+}
+
+// The text in canonical decomposed form, as the file system keeps names; the text itself when it can't be
+// copied.
+Owned<CFStringRef> decomposed(Owned<CFStringRef> text) {
+  auto copy = adopt(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text.get()));
+  if (!copy) return text;
+  CFStringNormalize(copy.get(), kCFStringNormalizationFormD);
+  return adopt<CFStringRef>(copy.leak());
+}
+
+Owned<CFStringRef> textOf(const HFSUniStr255& name) {
+  if (name.length == 0) return {};
+  return adopt(CFStringCreateWithCharacters(kCFAllocatorDefault, name.unicode, name.length));
+}
+
+Owned<CFURLRef> urlInFolder(Owned<CFURLRef> folder, Owned<CFStringRef> name) {
+  const auto leaf = decomposed(static_cast<Owned<CFStringRef>&&>(name));
+  return adopt(CFURLCreateCopyAppendingPathComponent(kCFAllocatorDefault, folder.get(), leaf.get(), false));
+}
+
+Owned<CFURLRef> urlOfSpec(REALobject item) {
+  FSSpec spec;
+  FSRef file;
+  if (!REALFSSpecFromFolderItem(&spec, item) || FSpMakeFSRef(&spec, &file) != noErr) return {};
+  return urlOf(file);
+}
+
+bool isThere(const FSRef& file) {
+  return FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr) == noErr;
+}
+
+// The file's name and the folder that it is in. False for the root of a volume, which is in none.
+bool placeOf(const FSRef& file, FSRef* parent, HFSUniStr255* name) {
+  FSCatalogInfo info;
+  if (FSGetCatalogInfo(&file, kFSCatInfoNodeID, &info, nullptr, nullptr, parent) != noErr) return false;
+  if (info.nodeID == fsRtDirID) memset(parent, 0, sizeof *parent);
+  return FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, name, nullptr, nullptr) == noErr &&
+         isThere(*parent);
+}
+
+Owned<REALobject> itemOfFile(const FSRef& file) {
+  FSRef parent;
+  HFSUniStr255 name;
+  if (placeOf(file, &parent, &name)) return adopt(REALFolderItemFromParentFSRef(&parent, &name));
+  FSSpec spec;
+  if (FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr) != noErr) return {};
+  return adopt(REALFolderItemFromFSSpec(&spec));
+}
+
+HFSUniStr255 fileName(CFStringRef text) {
+  HFSUniStr255 name;
+  const CFIndex length = CFStringGetLength(text);
+  name.length = static_cast<UInt16>(length < 0 ? 0 : length > 255 ? 255 : length);
+  CFStringGetCharacters(text, CFRangeMake(0, name.length), name.unicode);
+  return name;
+}
+
+// For a file that does not exist yet.
+Owned<REALobject> itemOfMissingFile(CFURLRef url) {
+  const auto folder = adopt(CFURLCreateCopyDeletingLastPathComponent(kCFAllocatorDefault, url));
+  FSRef parent;
+  if (!folder || !CFURLGetFSRef(folder.get(), &parent)) return {};
+  auto leaf = adopt(CFURLCopyLastPathComponent(url));
+  if (!leaf) return {};
+  const auto text = decomposed(static_cast<Owned<CFStringRef>&&>(leaf));
+  const HFSUniStr255 name = fileName(text.get());
+  return adopt(REALFolderItemFromParentFSRef(&parent, &name));
+}
+
+Owned<REALobject> absoluteString(CFURLRef url) {
+  auto absolute = adopt(CFURLCopyAbsoluteURL(url));
+  if (!absolute) return {};
+  const auto string = CFString2RBString(CFURLGetString(absolute.get()));
+  absolute.reset();
+  return adopt(REALNewVariantString(string.get()));
+}
+
+}  // namespace
+
+Owned<CFURLRef> CreateCFURLfromFolderItem(REALobject item) {
+  if (!item) return {};
+  HFSUniStr255 name = {};
+  FSRef file;
+  if (REALFSRefFromFolderItem(item, &file, nullptr)) {
+    auto url = urlOf(file);
+    if (url) return url;
+  }
+  if (REALFSRefFromFolderItem(item, &file, &name)) {  // now the folder that it is to be in
+    auto folder = urlOf(file);
+    auto leaf = folder ? textOf(name) : Owned<CFStringRef>();
+    if (leaf)
+      return urlInFolder(static_cast<Owned<CFURLRef>&&>(folder), static_cast<Owned<CFStringRef>&&>(leaf));
+  }
+  return urlOfSpec(item);
+}
+
+Owned<REALobject> CFURL2RBVariant(CFURLRef url) {
+  FSRef file;
+  auto item = CFURLGetFSRef(url, &file) ? itemOfFile(file) : itemOfMissingFile(url);
+  if (item) return item;
+  return absoluteString(url);
+}

@@ -1,0 +1,286 @@
+#include "variant_to_cf.h"
+
+#include <ApplicationServices/ApplicationServices.h>
+
+#include "dates.h"
+#include "dictionary_methods.h"
+#include "folder_items.h"
+#include "host/services.h"
+#include "host/variant_access.h"
+#include "strings.h"
+#include "wrappers.h"
+
+namespace {
+
+template <typename Reference>
+Owned<CFTypeRef> asValue(Owned<Reference> owned) {
+  return adopt<CFTypeRef>(owned.leak());
+}
+
+Owned<CFTypeRef> numberOf(CFNumberType type, const void* value) {
+  return adopt<CFTypeRef>(CFNumberCreate(kCFAllocatorDefault, type, value));
+}
+
+CFBooleanRef booleanOf(bool value) {
+  return value ? kCFBooleanTrue : kCFBooleanFalse;
+}
+
+// The empty text where there is none.
+Owned<CFTypeRef> textOf(REALstring string) {
+  auto text = RBString2CFString(string);
+  return text ? asValue(static_cast<Owned<CFStringRef>&&>(text)) : retain<CFTypeRef>(CFSTR(""));
+}
+
+// Scalars
+
+Owned<CFTypeRef> fromNil(REALobject) {
+  return {};
+}
+
+template <auto& read, CFNumberType type>
+Owned<CFTypeRef> fromNumber(REALobject variant) {
+  const auto value = read(variant);
+  return numberOf(type, &value);
+}
+
+Owned<CFTypeRef> fromDate(REALobject variant) {
+  return asValue(RBDate2CFDate(variant));
+}
+
+Owned<CFTypeRef> fromBoolean(REALobject variant) {
+  return retain<CFTypeRef>(booleanOf(static_cast<uint8_t>(GetVariantInt32(variant))));
+}
+
+// Every colour is fully opaque: the top byte is not looked at.
+Owned<CFTypeRef> fromColor(REALobject variant) {
+  const int32_t color = GetVariantInt32(variant);
+  const auto component = [color](int shift) {
+    return static_cast<CGFloat>(((color >> shift) & 0xFF) / 255.0);
+  };
+  return adopt<CFTypeRef>(CGColorCreateGenericRGB(component(16), component(8), component(0), 1.0f));
+}
+
+Owned<CFTypeRef> fromText(REALobject variant) {
+  const auto string = adopt(GetVariantString(variant));
+  return textOf(string.get());
+}
+
+// Arrays
+
+template <typename Element>
+Element elementOf(REALobject array, int32_t index, ArrayGet<Element>& get) {
+  const Element* const elements = directElements<Element>(array);
+  return elements ? elements[index] : get(array, index);
+}
+
+// An element that is a reference of its own: one read directly is locked, one that the host gives comes so.
+template <typename Handle>
+Owned<Handle> handleOf(REALobject array, int32_t index, ArrayGet<Handle>& get) {
+  const Handle* const elements = directElements<Handle>(array);
+  return elements ? retain(elements[index]) : adopt(get(array, index));
+}
+
+// What can't be converted is left out, so the CFArray may be the shorter one.
+void append(CFMutableArrayRef values, const Owned<CFTypeRef>& value) {
+  if (value) CFArrayAppendValue(values, value.get());
+}
+
+template <auto& get, CFNumberType type>
+void appendNumber(CFMutableArrayRef values, REALobject array, int32_t index) {
+  const auto number = elementOf(array, index, get);
+  append(values, numberOf(type, &number));
+}
+
+void appendDate(CFMutableArrayRef values, REALobject array, int32_t index) {
+  const auto date = handleOf(array, index, REALGetArrayValueObject);
+  append(values, asValue(RBDate2CFDate(date.get())));
+}
+
+void appendText(CFMutableArrayRef values, REALobject array, int32_t index) {
+  const auto string = handleOf(array, index, REALGetArrayValueString);
+  append(values, textOf(string.get()));
+}
+
+void appendObject(CFMutableArrayRef values, REALobject array, int32_t index) {
+  const auto object = handleOf(array, index, REALGetArrayValueObject);
+  append(values, CopyVariantAsCFType(object.get()));
+}
+
+void appendBoolean(CFMutableArrayRef values, REALobject array, int32_t index) {
+  CFArrayAppendValue(values, booleanOf(elementOf(array, index, REALGetArrayValueUInt8)));
+}
+
+template <void (*appendElement)(CFMutableArrayRef values, REALobject array, int32_t index)>
+Owned<CFTypeRef> fromArray(REALobject array) {
+  const int32_t upperBound = REALGetArrayUBound(array);
+  auto values = adopt(CFArrayCreateMutable(kCFAllocatorDefault, upperBound + 1, &kCFTypeArrayCallBacks));
+  if (!values) return {};
+  for (int32_t i = 0; i <= upperBound; ++i) appendElement(values.get(), array, i);
+  return asValue(static_cast<Owned<CFMutableArrayRef>&&>(values));
+}
+
+// Objects
+
+struct ObjectConversion {
+  const char* className;
+  bool (*matches)(const ObjectConversion& row, REALobject object);
+  Owned<CFTypeRef> (*convert)(const ObjectConversion& row, REALobject object);
+  int fields;                            // of geometry
+  CFTypeRef (*retain)(CFTypeRef value);  // of wrappers
+};
+
+bool isOfClass(const ObjectConversion& row, REALobject object) {
+  void* const classRef = REALGetClassRef(row.className);
+  return classRef && REALObjectIsA(object, classRef);
+}
+
+// A folder item is what has a method of this declaration.
+bool isFolderItem(const ObjectConversion&, REALobject object) {
+  return REALLoadObjectMethod(object, "TrueItem(Index as integer) as Folderitem");
+}
+
+Owned<CFTypeRef> fromMemoryBlock(const ObjectConversion&, REALobject block) {
+  const auto locked = retain(block);
+  const int32_t size = REALMemoryBlockGetSize(block);
+  const auto bytes = static_cast<const UInt8*>(REALMemoryBlockGetPtr(block));
+  return adopt<CFTypeRef>(CFDataCreate(kCFAllocatorDefault, bytes, bytes && size > 0 ? size : 0));
+}
+
+Owned<CFTypeRef> fromFolderItem(const ObjectConversion&, REALobject item) {
+  return asValue(CreateCFURLfromFolderItem(item));
+}
+
+// Null stands for what can't be converted: a dictionary has no place for nothing.
+CFTypeRef orNull(const Owned<CFTypeRef>& value) {
+  return value ? value.get() : kCFNull;
+}
+
+void copyEntry(REALobject dictionary, int32_t index, CFMutableDictionaryRef entries) {
+  useDictionary(dictionary);
+  auto key = adopt(LastDictionaryKeyGetter ? LastDictionaryKeyGetter(dictionary, index) : nullptr);
+  useDictionary(dictionary);
+  auto value = adopt(LastDictionaryGetter ? LastDictionaryGetter(dictionary, key.get()) : nullptr);
+  if (key) {
+    const auto keyValue = CopyVariantAsCFType(key.get());
+    const auto valueValue = CopyVariantAsCFType(value.get());
+    CFDictionarySetValue(entries, orNull(keyValue), orNull(valueValue));
+  }
+  key.reset();
+  value.reset();
+}
+
+Owned<CFTypeRef> fromDictionary(const ObjectConversion&, REALobject dictionary) {
+  int32_t count = 0;
+  REALGetPropValueInt32(dictionary, "Count", &count);
+  auto entries = adopt(CFDictionaryCreateMutable(kCFAllocatorDefault, count, &kCFTypeDictionaryKeyCallBacks,
+                                                 &kCFTypeDictionaryValueCallBacks));
+  if (!entries) return {};
+  const DictionaryScope scope;
+  for (int32_t i = 0; i < count; ++i) copyEntry(dictionary, i, entries.get());
+  return asValue(static_cast<Owned<CFMutableDictionaryRef>&&>(entries));
+}
+
+// 32-bit floats, as the platform has its rectangles, sizes and points.
+Owned<CFTypeRef> fromGeometry(const ObjectConversion& row, REALobject object) {
+  const double* const fields = reinterpret_cast<const FamilyGeometry*>(object)->fields;
+  float values[4];
+  for (int i = 0; i < row.fields; ++i) values[i] = static_cast<float>(fields[i]);
+  return adopt<CFTypeRef>(CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(values),
+                                       row.fields * static_cast<CFIndex>(sizeof(float))));
+}
+
+Owned<CFTypeRef> fromWrapper(const ObjectConversion& row, REALobject object) {
+  const CFTypeRef reference = familyWrapper(object)->reference;
+  if (!reference) return {};
+  return adopt<CFTypeRef>(row.retain(reference));
+}
+
+// A type's own retain function in the shape that the table takes.
+template <typename Reference, Reference (*retainReference)(Reference)>
+CFTypeRef retainBy(CFTypeRef value) {
+  return retainReference(static_cast<Reference>(const_cast<void*>(value)));
+}
+
+constexpr ObjectConversion wrapper(const char* className, CFTypeRef (*retainValue)(CFTypeRef) = CFRetain) {
+  return {className, isOfClass, fromWrapper, 0, retainValue};
+}
+constexpr ObjectConversion geometry(const char* className, int fields) {
+  return {className, isOfClass, fromGeometry, fields, nullptr};
+}
+
+// The order of the rows is the order of the tests.
+constexpr ObjectConversion kObjects[] = {
+    {"MemoryBlock", isOfClass, fromMemoryBlock, 0, nullptr},
+    {"FolderItem", isFolderItem, fromFolderItem, 0, nullptr},
+    {"Dictionary", isOfClass, fromDictionary, 0, nullptr},
+    geometry("CGRectZNK", 4),
+    geometry("CGSizeZNK", 2),
+    geometry("CGPointZNK", 2),
+    wrapper("CGImageZNK", retainBy<CGImageRef, CGImageRetain>),
+    wrapper("CGColorSpaceZNK", retainBy<CGColorSpaceRef, CGColorSpaceRetain>),
+    wrapper("CGColorZNK", retainBy<CGColorRef, CGColorRetain>),
+    wrapper("CGDataProviderZNK", retainBy<CGDataProviderRef, CGDataProviderRetain>),
+    wrapper("CGDataConsumerZNK", retainBy<CGDataConsumerRef, CGDataConsumerRetain>),
+    wrapper("CGFontZNK"),
+    wrapper("CGContextZNK"),
+    wrapper("CGEventZNK"),
+    wrapper("CGEventSourceZNK"),
+    wrapper("CGLayerZNK"),
+    wrapper("CGPathZNK"),
+    wrapper("CGPSConverterZNK"),
+    wrapper("KeychainZNK"),
+    wrapper("KeychainItemZNK"),
+    wrapper("CFObjectZNK"),
+    wrapper("NSAttributedStringZNK"),
+    wrapper("NSTimerZNK"),
+    wrapper("NSCalendarZNK"),
+    wrapper("NSCharacterSetZNK"),
+    wrapper("NSErrorZNK"),
+    wrapper("NSLocaleZNK"),
+    wrapper("NSTimeZoneZNK"),
+};
+
+Owned<CFTypeRef> fromObject(REALobject object) {
+  for (const ObjectConversion& row : kObjects) {
+    if (row.matches(row, object)) return row.convert(row, object);
+  }
+  return {};
+}
+
+// By the host's code of the variant's type; an array's is that of its elements and 4096.
+struct TypeConversion {
+  int32_t type;
+  Owned<CFTypeRef> (*convert)(REALobject variant);
+};
+
+constexpr TypeConversion kTypes[] = {
+    {0, fromNil},
+    {2, fromNumber<GetVariantInt32, kCFNumberSInt32Type>},
+    {3, fromNumber<GetVariantInt64, kCFNumberSInt64Type>},
+    {4, fromNumber<GetVariantSingle, kCFNumberFloat32Type>},
+    {5, fromNumber<GetVariantDouble, kCFNumberFloat64Type>},
+    {6, fromNumber<GetVariantDouble, kCFNumberFloat64Type>},
+    {7, fromDate},
+    {9, fromObject},
+    {11, fromBoolean},
+    {16, fromColor},
+    {4098, fromArray<appendNumber<REALGetArrayValueInt32, kCFNumberSInt32Type>>},
+    {4099, fromArray<appendNumber<REALGetArrayValueInt64, kCFNumberSInt64Type>>},
+    {4100, fromArray<appendNumber<REALGetArrayValueSingle, kCFNumberFloat32Type>>},
+    {4101, fromArray<appendNumber<REALGetArrayValueDouble, kCFNumberFloat64Type>>},
+    {4103, fromArray<appendDate>},
+    {4104, fromArray<appendText>},
+    {4105, fromArray<appendObject>},
+    {4107, fromArray<appendBoolean>},
+};
+
+}  // namespace
+
+Owned<CFTypeRef> CopyVariantAsCFType(REALobject variant) {
+  if (!variant) return {};
+  const int32_t type = GetVariantType(variant);
+  for (const TypeConversion& row : kTypes) {
+    if (row.type == type) return row.convert(variant);
+  }
+  return fromText(variant);
+}

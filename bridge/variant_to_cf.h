@@ -1,0 +1,10 @@
+// From any host variant to a Core Foundation value.
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include "host/owned.h"
+
+// A new value; the variant is borrowed. Null for nil, for objects of no known class, and where no value can
+// be made.
+Owned<CFTypeRef> CopyVariantAsCFType(REALobject variant);

@@ -1,0 +1,7 @@
+#pragma once
+
+#include "CTDefines.h"
+
+typedef const struct __CTTypesetter* CTTypesetterRef;
+
+CT_EXPORT CFTypeID CTTypesetterGetTypeID(void);

@@ -1,0 +1,20 @@
+// What a test or a host program asks of the graphics stand-in, beside its public functions.
+#pragma once
+
+#include <CoreFoundation/CFBase.h>
+
+#include <string_view>
+#include <vector>
+
+#include "standin/gate/gate.h"
+
+namespace standin {
+
+// The names of all the types: "CGColorSpace", "CTFont", ...
+STANDIN_API std::vector<std::string_view> graphicsTypes();
+
+// A new object of the type of that name, the caller's; a colour is opaque black. Ends the process for a name
+// that isn't among them. A test that plans failures gets its object all the same.
+STANDIN_API CFTypeRef makeInstance(std::string_view typeName);
+
+}  // namespace standin

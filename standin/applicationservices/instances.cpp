@@ -1,0 +1,63 @@
+#include "instances.h"
+
+#include <array>
+#include <string>
+
+#include "color.h"
+
+namespace standin::graphics {
+namespace {
+
+constexpr CFRuntimeClass emptyClass(const char* name) {
+  return {0, name, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+}
+
+// In the order of Kind.
+constexpr CFRuntimeClass kClasses[] = {
+    emptyClass("CGColorSpace"),     kColorClass,
+    emptyClass("CGImage"),          emptyClass("CGLayer"),
+    emptyClass("CGPath"),           emptyClass("CGDataConsumer"),
+    emptyClass("CGDataProvider"),   emptyClass("CGPSConverter"),
+    emptyClass("CGContext"),        emptyClass("CGEvent"),
+    emptyClass("CGEventSource"),    emptyClass("CGFont"),
+    emptyClass("CTFont"),           emptyClass("CTFontCollection"),
+    emptyClass("CTFrame"),          emptyClass("CTFramesetter"),
+    emptyClass("CTGlyphInfo"),      emptyClass("CTLine"),
+    emptyClass("CTParagraphStyle"), emptyClass("CTRun"),
+    emptyClass("CTTypesetter"),     emptyClass("CTRunDelegate"),
+};
+static_assert(std::size(kClasses) == kKinds);
+
+const CFRuntimeClass& classOf(Kind kind) {
+  return kClasses[static_cast<int>(kind)];
+}
+
+}  // namespace
+
+CFTypeID typeOf(Kind kind) {
+  static std::array<CFTypeID, kKinds> types{};
+  CFTypeID& type = types[static_cast<size_t>(kind)];
+  if (type == 0) type = _CFRuntimeRegisterClass(&classOf(kind));
+  return type;
+}
+
+const char* nameOf(Kind kind) {
+  return classOf(kind).className;
+}
+
+void* makeObject(Kind kind, CFIndex extraBytes) {
+  return const_cast<void*>(_CFRuntimeCreateInstance(kCFAllocatorDefault, typeOf(kind), extraBytes, nullptr));
+}
+
+void check(const char* call, CFTypeRef cf, Kind kind) {
+  if (!cf) die(call, std::string("null where a ") + nameOf(kind) + " is needed");
+  if (CFGetTypeID(cf) != typeOf(kind)) die(call, std::string("this is no ") + nameOf(kind));
+}
+
+void retain(const char* call, CFTypeRef cf, Kind kind) {
+  if (!cf) return;
+  check(call, cf, kind);
+  CFRetain(cf);
+}
+
+}  // namespace standin::graphics

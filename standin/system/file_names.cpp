@@ -1,0 +1,88 @@
+#include "file_names.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+namespace standin {
+namespace {
+
+struct ReleaseCF {
+  void operator()(CFTypeRef object) const { CFRelease(object); }
+};
+using OwnedString = std::unique_ptr<const __CFString, ReleaseCF>;
+using OwnedMutableString = std::unique_ptr<__CFString, ReleaseCF>;
+
+bool exists(const std::string& path) {
+  struct stat info;
+  return ::lstat(path.c_str(), &info) == 0;
+}
+
+// Nothing for a name that is no text.
+std::optional<std::string> normalized(const std::string& name, CFStringNormalizationForm form) {
+  const OwnedString text(
+      CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(name.data()),
+                              static_cast<CFIndex>(name.size()), kCFStringEncodingUTF8, false));
+  if (!text) return {};
+  const OwnedMutableString changed(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text.get()));
+  if (!changed) return {};
+  CFStringNormalize(changed.get(), form);
+  std::vector<char> bytes(static_cast<size_t>(CFStringGetMaximumSizeForEncoding(
+                              CFStringGetLength(changed.get()), kCFStringEncodingUTF8)) +
+                          1);
+  if (!CFStringGetCString(changed.get(), bytes.data(), static_cast<CFIndex>(bytes.size()),
+                          kCFStringEncodingUTF8)) {
+    return {};
+  }
+  return std::string(bytes.data());
+}
+
+// The path of the entry that `folder` (without a slash at its end) has under one of the forms of `name`.
+std::optional<std::string> entryIn(const std::string& folder, const std::string& name) {
+  if (std::string path = folder + '/' + name; exists(path)) return path;
+  for (const CFStringNormalizationForm form : {kCFStringNormalizationFormC, kCFStringNormalizationFormD}) {
+    const std::optional<std::string> other = normalized(name, form);
+    if (!other || *other == name) continue;
+    if (std::string path = folder + '/' + *other; exists(path)) return path;
+  }
+  return {};
+}
+
+std::optional<std::string> realPath(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+  if (!real) return {};
+  return std::string(real.get());
+}
+
+}  // namespace
+
+std::optional<std::string> existingPath(const std::string& path) {
+  if (path.empty() || path.front() != '/') return {};
+  if (exists(path)) return path;
+  std::string found;
+  for (size_t start = 1; start < path.size();) {
+    const size_t end = std::min(path.find('/', start), path.size());
+    const std::optional<std::string> entry = entryIn(found, path.substr(start, end - start));
+    if (!entry) return {};
+    found = *entry;
+    start = end + 1;
+  }
+  return found;
+}
+
+std::string canonicalPath(const std::string& path) {
+  std::string plain = path;
+  while (plain.size() > 1 && plain.back() == '/') plain.pop_back();
+  const size_t slash = plain.rfind('/');
+  const std::string name = plain.substr(slash + 1);
+  if (name.empty() || name == "." || name == "..") return realPath(plain).value_or(plain);
+  const std::optional<std::string> folder = realPath(slash == 0 ? "/" : plain.substr(0, slash));
+  if (!folder) return plain;
+  return (*folder == "/" ? "" : *folder) + '/' + name;
+}
+
+}  // namespace standin
