@@ -124,12 +124,6 @@ Owned<REALobject> checkedWrapper(const Conversion& row, CFTypeRef value) {
   return wrapper;
 }
 
-// A type's own retain function in the shape that the table takes.
-template <typename Reference, Reference (*retainReference)(Reference)>
-CFTypeRef retainBy(CFTypeRef value) {
-  return retainReference(static_cast<Reference>(const_cast<void*>(value)));
-}
-
 // The order of the rows is the order of the tests.
 // clang-format off
 constexpr Conversion kConversions[] = {

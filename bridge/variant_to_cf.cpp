@@ -195,12 +195,6 @@ Owned<CFTypeRef> fromWrapper(const ObjectConversion& row, REALobject object) {
   return adopt<CFTypeRef>(row.retain(reference));
 }
 
-// A type's own retain function in the shape that the table takes.
-template <typename Reference, Reference (*retainReference)(Reference)>
-CFTypeRef retainBy(CFTypeRef value) {
-  return retainReference(static_cast<Reference>(const_cast<void*>(value)));
-}
-
 constexpr ObjectConversion wrapper(const char* className, CFTypeRef (*retainValue)(CFTypeRef) = CFRetain) {
   return {className, isOfClass, fromWrapper, 0, retainValue};
 }

@@ -21,6 +21,12 @@ inline FamilyWrapper* familyWrapper(REALobject object) {
   return reinterpret_cast<FamilyWrapper*>(object);
 }
 
+// A type's own retain function in the shape that the tables of conversions take.
+template <typename Reference, Reference (*retainReference)(Reference)>
+CFTypeRef retainBy(CFTypeRef value) {
+  return retainReference(static_cast<Reference>(const_cast<void*>(value)));
+}
+
 // A rectangle (x, y, width, height), a size (width, height) or a point (x, y).
 struct FamilyGeometry {
   uint32_t hostWords[6];

@@ -1,7 +1,5 @@
 #include "tests/plugin/fixture.h"
 
-#include <fstream>
-
 void PluginTest::start(const host::Settings& settings) {
   startWith(host::resolve, settings);
 }
@@ -22,9 +20,4 @@ void PluginTest::TearDown() {
   std::erase(left, allowed_);
   EXPECT_EQ(leftBehind_, left);
   EXPECT_EQ(afterStart_, standin::ledger());
-}
-
-bool isMachO() {
-  std::ifstream file(pluginPath, std::ios::binary);
-  return file.get() == 0xCE;
 }

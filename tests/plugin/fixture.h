@@ -34,7 +34,6 @@ inline void PrintTo(const Exception& exception, std::ostream* out) {
 }  // namespace standin::host
 
 extern std::string pluginPath;  // what --plugin named
-bool isMachO();                 // whether it is the dylib
 
 const host::Exception kNilQuery = {"NilObjectException", "MDQuery Reference is nil", 0};
 const host::Exception kNilItem = {"NilObjectException", "MDItem Reference is nil", 0};
