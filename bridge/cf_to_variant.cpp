@@ -5,6 +5,7 @@
 #include "dates.h"
 #include "dictionary_methods.h"
 #include "folder_items.h"
+#include "host/array_elements.h"
 #include "host/services.h"
 #include "strings.h"
 #include "wrappers.h"
@@ -70,24 +71,17 @@ Owned<REALobject> fromNull(const Conversion&, CFTypeRef) {
 }
 
 Owned<REALobject> fromDictionary(const Conversion&, CFTypeRef value) {
-  auto dictionary = adopt(REALnewInstance("Dictionary"));
-  if (!dictionary) return {};
-  const DictionaryScope scope;
-  CFDictionaryApplyFunction(static_cast<CFDictionaryRef>(value), MyCFDictionaryApplierFunction,
-                            dictionary.get());
-  return dictionary;
+  return CFDictionary2RBDictionary(static_cast<CFDictionaryRef>(value));
 }
 
 Owned<REALobject> fromString(const Conversion&, CFTypeRef value) {
-  const auto string = CFString2RBString(static_cast<CFStringRef>(value));
-  return adopt(REALNewVariantString(string.get()));
+  return variantOf(CFString2RBString(static_cast<CFStringRef>(value)));
 }
 
 // The raw bytes, as a string of unknown encoding.
 Owned<REALobject> fromData(const Conversion&, CFTypeRef value) {
   const auto data = static_cast<CFDataRef>(value);
-  const auto string = REALBuildUnicodeString(CFDataGetBytePtr(data), CFDataGetLength(data), kUnknownEncoding);
-  return adopt(REALNewVariantString(string.get()));
+  return variantOf(REALBuildUnicodeString(CFDataGetBytePtr(data), CFDataGetLength(data), kUnknownEncoding));
 }
 
 Owned<REALobject> fromDate(const Conversion&, CFTypeRef value) {
@@ -203,6 +197,14 @@ Owned<REALobject> GetCFTypeAsVariant(CFTypeRef value) {
   if (!value || value == kCFNull) return {};
   const Conversion& row = conversionOf(value);
   return row.convert(row, value);
+}
+
+Owned<REALobject> CFDictionary2RBDictionary(CFDictionaryRef values) {
+  auto dictionary = adopt(REALnewInstance("Dictionary"));
+  if (!dictionary) return {};
+  const DictionaryScope scope;
+  CFDictionaryApplyFunction(values, MyCFDictionaryApplierFunction, dictionary.get());
+  return dictionary;
 }
 
 // Both conversions come before the methods are asked for: either may be at a dictionary of its own.

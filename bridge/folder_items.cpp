@@ -83,9 +83,9 @@ Owned<REALobject> itemOfMissingFile(CFURLRef url) {
 Owned<REALobject> absoluteString(CFURLRef url) {
   auto absolute = adopt(CFURLCopyAbsoluteURL(url));
   if (!absolute) return {};
-  const auto string = CFString2RBString(CFURLGetString(absolute.get()));
+  auto string = CFString2RBString(CFURLGetString(absolute.get()));
   absolute.reset();
-  return adopt(REALNewVariantString(string.get()));
+  return variantOf(static_cast<Owned<REALstring>&&>(string));
 }
 
 }  // namespace

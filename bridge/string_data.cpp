@@ -17,7 +17,7 @@ bool copyBytes(REALstring string, int32_t length, int32_t blockLength, uint32_t 
   auto block = allocateZeroed(int64_t{blockLength} + kTerminatorSize);
   if (!bytes || !block) return false;
   if (length > 0) memcpy(block.get(), bytes, static_cast<size_t>(length));
-  *data = {static_cast<char*>(block.leak()), length, encoding};
+  *data = {block.leak(), length, encoding};
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <string.h>
 #include <new>
 
+#include "host/array_elements.h"
 #include "host/exceptions.h"
 #include "host/services.h"
 #include "string_data.h"
@@ -85,7 +86,7 @@ Owned<REALstring> buildFromUTF32(const char* bytes, int32_t length) {
   }
   const auto block = allocateZeroed(int64_t{count} * 2 + 4);
   if (!block) return {};
-  narrowUTF32(bytes, count, static_cast<UniChar*>(block.get()));
+  narrowUTF32(bytes, count, reinterpret_cast<UniChar*>(block.get()));
   return buildFromUTF16(block.get(), count * 2);
 }
 
@@ -122,12 +123,6 @@ Owned<REALstring> buildFromBuffer(CFStringRef text, char* buffer, CFIndex size) 
   return REALBuildUnicodeString(buffer, static_cast<int64_t>(strlen(buffer)), kCFStringEncodingUTF8);
 }
 
-// Element i, locked.
-Owned<REALstring> stringAt(REALobject array, int32_t i) {
-  REALstring* const elements = directElements<REALstring>(array);
-  return elements ? retain(elements[i]) : adopt(REALGetArrayString(array, i));
-}
-
 }  // namespace
 
 Owned<CFStringRef> RBString2CFString(REALstring string) {
@@ -152,7 +147,7 @@ Owned<REALstring> CFString2RBString(CFStringRef text) {
   const int64_t size = int64_t{length} * kMaxUTF8BytesPerUnit;
   const auto buffer = allocateZeroed(size);
   if (!buffer) return {};
-  return buildFromBuffer(text, static_cast<char*>(buffer.get()), static_cast<CFIndex>(size));
+  return buildFromBuffer(text, buffer.get(), static_cast<CFIndex>(size));
 }
 
 Owned<REALstring> REALBuildUnicodeString(const void* data, int64_t length, uint32_t encoding) {
@@ -163,6 +158,14 @@ Owned<REALstring> REALBuildUnicodeString(const void* data, int64_t length, uint3
     raiseOutOfMemory();
     return {};
   }
+}
+
+// The string is given back before the variant is returned: should the host throw then, the variant is
+// released.
+Owned<REALobject> variantOf(Owned<REALstring> string) {
+  auto variant = adopt(REALNewVariantString(string.get()));
+  string.reset();
+  return variant;
 }
 
 void AddStringArray(REALobject array, CFArrayRef strings) {
@@ -182,7 +185,7 @@ Owned<CFMutableArrayRef> NewCFStringArray(REALobject array) {
   auto strings = adopt(CFArrayCreateMutable(kCFAllocatorDefault, upperBound + 2, &kCFTypeArrayCallBacks));
   if (!strings) return {};
   for (int32_t i = 0; i <= upperBound; ++i) {
-    const auto string = stringAt(array, i);
+    const auto string = handleAt(array, i, REALGetArrayString);
     const auto text = RBString2CFString(string.get());
     CFArrayAppendValue(strings.get(), text ? text.get() : CFSTR(""));
   }

@@ -24,6 +24,9 @@ Owned<REALstring> CFString2RBString(CFStringRef text);
 // Raises "OutOfMemoryException", with a null result, when the host reports that there is no memory.
 Owned<REALstring> REALBuildUnicodeString(const void* data, int64_t length, uint32_t encoding);
 
+// A new variant of the string, which is taken over and may be null. Nil when the host makes none.
+Owned<REALobject> variantOf(Owned<REALstring> string);
+
 // Appends the strings of the CFArray to an empty host array of strings. Null elements are left out.
 void AddStringArray(REALobject array, CFArrayRef strings);
 

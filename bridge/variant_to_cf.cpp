@@ -5,6 +5,7 @@
 #include "dates.h"
 #include "dictionary_methods.h"
 #include "folder_items.h"
+#include "host/array_elements.h"
 #include "host/services.h"
 #include "host/variant_access.h"
 #include "strings.h"
@@ -60,25 +61,16 @@ Owned<CFTypeRef> fromColor(REALobject variant) {
   return adopt<CFTypeRef>(CGColorCreateGenericRGB(component(16), component(8), component(0), 1.0f));
 }
 
+// What was taken is given back before the value is returned, here and for memory blocks: should the host
+// throw then, the value is released.
 Owned<CFTypeRef> fromText(REALobject variant) {
-  const auto string = adopt(GetVariantString(variant));
-  return textOf(string.get());
+  auto string = adopt(GetVariantString(variant));
+  auto text = textOf(string.get());
+  string.reset();
+  return text;
 }
 
 // Arrays
-
-template <typename Element>
-Element elementOf(REALobject array, int32_t index, ArrayGet<Element>& get) {
-  const Element* const elements = directElements<Element>(array);
-  return elements ? elements[index] : get(array, index);
-}
-
-// An element that is a reference of its own: one read directly is locked, one that the host gives comes so.
-template <typename Handle>
-Owned<Handle> handleOf(REALobject array, int32_t index, ArrayGet<Handle>& get) {
-  const Handle* const elements = directElements<Handle>(array);
-  return elements ? retain(elements[index]) : adopt(get(array, index));
-}
 
 // What can't be converted is left out, so the CFArray may be the shorter one.
 void append(CFMutableArrayRef values, const Owned<CFTypeRef>& value) {
@@ -87,27 +79,27 @@ void append(CFMutableArrayRef values, const Owned<CFTypeRef>& value) {
 
 template <auto& get, CFNumberType type>
 void appendNumber(CFMutableArrayRef values, REALobject array, int32_t index) {
-  const auto number = elementOf(array, index, get);
+  const auto number = elementAt(array, index, get);
   append(values, numberOf(type, &number));
 }
 
 void appendDate(CFMutableArrayRef values, REALobject array, int32_t index) {
-  const auto date = handleOf(array, index, REALGetArrayValueObject);
+  const auto date = handleAt(array, index, REALGetArrayValueObject);
   append(values, asValue(RBDate2CFDate(date.get())));
 }
 
 void appendText(CFMutableArrayRef values, REALobject array, int32_t index) {
-  const auto string = handleOf(array, index, REALGetArrayValueString);
+  const auto string = handleAt(array, index, REALGetArrayValueString);
   append(values, textOf(string.get()));
 }
 
 void appendObject(CFMutableArrayRef values, REALobject array, int32_t index) {
-  const auto object = handleOf(array, index, REALGetArrayValueObject);
+  const auto object = handleAt(array, index, REALGetArrayValueObject);
   append(values, CopyVariantAsCFType(object.get()));
 }
 
 void appendBoolean(CFMutableArrayRef values, REALobject array, int32_t index) {
-  CFArrayAppendValue(values, booleanOf(elementOf(array, index, REALGetArrayValueUInt8)));
+  CFArrayAppendValue(values, booleanOf(elementAt(array, index, REALGetArrayValueUInt8)));
 }
 
 template <void (*appendElement)(CFMutableArrayRef values, REALobject array, int32_t index)>
@@ -140,10 +132,12 @@ bool isFolderItem(const ObjectConversion&, REALobject object) {
 }
 
 Owned<CFTypeRef> fromMemoryBlock(const ObjectConversion&, REALobject block) {
-  const auto locked = retain(block);
+  auto locked = retain(block);
   const int32_t size = REALMemoryBlockGetSize(block);
   const auto bytes = static_cast<const UInt8*>(REALMemoryBlockGetPtr(block));
-  return adopt<CFTypeRef>(CFDataCreate(kCFAllocatorDefault, bytes, bytes && size > 0 ? size : 0));
+  auto data = adopt<CFTypeRef>(CFDataCreate(kCFAllocatorDefault, bytes, bytes && size > 0 ? size : 0));
+  locked.reset();
+  return data;
 }
 
 Owned<CFTypeRef> fromFolderItem(const ObjectConversion&, REALobject item) {

@@ -38,8 +38,8 @@ struct Ownership<REALstring> {
 
 // A heap block from allocateZeroed
 template <>
-struct Ownership<void*> {
-  static void giveBack(void* block) { free(block); }
+struct Ownership<char*> {
+  static void giveBack(char* block) { free(block); }
 };
 
 template <typename Reference>
@@ -96,6 +96,7 @@ void releaseField(Reference& field) {
 }
 
 // Null when there is no memory, and for a size of 0 or of 2^31 bytes or more.
-inline Owned<void*> allocateZeroed(int64_t size) {
-  return adopt(size > 0 && size <= INT32_MAX ? calloc(1, static_cast<size_t>(size)) : nullptr);
+inline Owned<char*> allocateZeroed(int64_t size) {
+  void* const block = size > 0 && size <= INT32_MAX ? calloc(1, static_cast<size_t>(size)) : nullptr;
+  return adopt(static_cast<char*>(block));
 }

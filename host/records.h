@@ -58,14 +58,30 @@ using MethodFunction = FunctionOf<
     void(REALobject, int32_t),
     bool(REALobject, int32_t),
     REALobject(REALobject, int32_t),
+    void(REALobject, REALobject),
+    bool(REALobject, REALobject),
     int32_t(REALobject, REALobject),
+    REALobject(REALobject, REALobject),
+    void(REALobject, REALobject, REALobject),
     void(REALobject, REALstring),
+    bool(REALobject, REALstring),
+    int32_t(REALobject, REALstring),
+    double(REALobject, REALstring),
+    REALstring(REALobject, REALstring),
+    REALobject(REALobject, REALstring),
+    bool(REALobject, REALstring, uint32_t),
+    REALobject(REALobject, REALstring, uint32_t),
+    uint32_t(REALobject, REALstring, REALobject),
     void(REALobject, REALstring, REALobject),
     void(REALobject, REALstring, REALobject, REALobject),
     void(REALobject, REALobject, REALstring),
     void(REALobject, REALobject, REALstring, REALobject),
     void(REALobject, REALobject, REALstring, REALobject, REALobject),
-    int32_t(REALstring)>;
+    REALstring(),
+    REALobject(),
+    bool(REALstring),
+    int32_t(REALstring),
+    REALstring(REALstring)>;
 // clang-format on
 
 enum class HostAccess : uint32_t {
@@ -87,11 +103,16 @@ union PropertyAccessor {
 };
 
 struct REALmethodDefinition {
+  typedef void Setter(REALobject, REALobject value);
+
   constexpr REALmethodDefinition(MethodFunction method, const char* text)
       : function(method), declaration(text) {}
+  // A computed property: what the host reads with the one function and writes with the other.
+  constexpr REALmethodDefinition(MethodFunction get, Setter* set, const char* text)
+      : function(get), setter(set), declaration(text) {}
 
   MethodFunction function;
-  void* setter = nullptr;
+  Setter* setter = nullptr;
   const char* declaration;
   uint32_t flags = 4;
   uint32_t newer[2] = {};
@@ -159,6 +180,13 @@ struct REALclassDefinition {
     REALclassDefinition result = *this;
     result.methods = rows;
     result.methodCount = count;
+    return result;
+  }
+  template <size_t count>
+  constexpr REALclassDefinition withShared(const REALmethodDefinition (&rows)[count]) const {
+    REALclassDefinition result = *this;
+    result.sharedMethods = rows;
+    result.sharedMethodCount = count;
     return result;
   }
   template <size_t count>

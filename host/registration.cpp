@@ -32,7 +32,8 @@ template <typename OldRow, typename Row>
 OldRow* olderTable(const Row* table, int32_t count) {
   static_assert(sizeof(OldRow) < sizeof(Row), "the older row is the beginning of today's");
   if (!table || count == 0) return nullptr;
-  const auto older = static_cast<OldRow*>(allocateZeroed(int64_t{count} * int64_t{sizeof(OldRow)}).leak());
+  const auto older =
+      reinterpret_cast<OldRow*>(allocateZeroed(int64_t{count} * int64_t{sizeof(OldRow)}).leak());
   for (int32_t i = 0; older && i < count; ++i) memcpy(&older[i], &table[i], sizeof(OldRow));
   return older;
 }

@@ -94,13 +94,6 @@ class ArraySet {
   Entry<Procedure*(REALobject array)> procedure_;
 };
 
-// The elements of an array where they may be read and written directly: on hosts up to 2013.9, when the array
-// shows them. Null otherwise: they are asked for one by one.
-template <typename Element>
-Element* directElements(REALobject array) {
-  return rbversion <= 2013.9 ? elementStorage<Element>(array) : nullptr;
-}
-
 // clang-format off
 
 // Runtime and registration

@@ -156,7 +156,8 @@ CFTypeRef CFRetain(CFTypeRef cf) {
 }
 
 void CFRelease(CFTypeRef cf) {
-  const standin::Gate gate{__func__};
+  standin::Gate gate{__func__};
+  gate.detail(cf::classOf(cf, __func__)->cls->className);
   cf::release(cf, __func__);
 }
 

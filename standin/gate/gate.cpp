@@ -10,8 +10,9 @@ namespace standin {
 namespace {
 
 struct Plan {
-  std::string name;  // empty: any call
+  std::string name;   // empty: any call
   int remaining = 0;  // 0: nothing planned
+  bool throws = false;
 };
 
 // Function-local so that libraries may use the gate from their own initialisers.
@@ -19,6 +20,7 @@ struct State {
   int depth = 0;
   const char* outermost = nullptr;
   bool logging = false;
+  bool detailed = false;
   std::vector<std::string> log;
   std::map<std::string, int, std::less<>> counts;
   std::map<std::string, long, std::less<>> ledger;
@@ -47,8 +49,10 @@ void setPlan(Plan plan) {
 
 Gate::Gate(const char* name) : fails_(false) {
   State& s = state();
-  if (s.depth++ > 0) return;
-  s.outermost = name;
+  if (s.depth > 0) {
+    ++s.depth;
+    return;
+  }
   if (const auto found = s.counts.find(std::string_view(name)); found != s.counts.end()) {
     ++found->second;
   } else {
@@ -56,10 +60,18 @@ Gate::Gate(const char* name) : fails_(false) {
   }
   if (s.logging) s.log.emplace_back(name);
   fails_ = takesFailure(s, name);
+  if (fails_ && s.plan.throws) throw PlannedException();
+  s.depth = 1;
+  s.outermost = name;
 }
 
 Gate::~Gate() {
   if (--state().depth == 0) state().outermost = nullptr;
+}
+
+void Gate::detail(const char* what) {
+  State& s = state();
+  if (s.depth == 1 && s.logging && s.detailed) s.log.back().append(" ").append(what);
 }
 
 Callout::Callout() : depth_(state().depth), outermost_(state().outermost) {
@@ -71,9 +83,25 @@ Callout::~Callout() {
   state().outermost = outermost_;
 }
 
+Inside::Inside(const char* name) : depth_(state().depth), outermost_(state().outermost) {
+  state().depth = 1;
+  state().outermost = name;
+}
+
+Inside::~Inside() {
+  state().depth = depth_;
+  state().outermost = outermost_;
+}
+
 void startLog() {
   state().log.clear();
   state().logging = true;
+  state().detailed = false;
+}
+
+void startDetailedLog() {
+  startLog();
+  state().detailed = true;
 }
 
 std::vector<std::string> stopLog() {
@@ -95,6 +123,10 @@ void failCall(int nth) {
 
 void clearFailures() {
   state().plan = {};
+}
+
+void throwFromCall(const char* name, int nth) {
+  setPlan({name, nth, true});
 }
 
 int failuresFired() {

@@ -7,8 +7,8 @@
 // (a notification callback, an event handler, a method of the plug-in) opens a Callout for the time of that
 // call, so that what the callee does counts again.
 //
-// The log, the counters and the plan of failures belong to the process; like the plug-in, the stand-ins are used
-// from one thread.
+// The log, the counters and the plan of failures belong to the process; like the plug-in, the stand-ins are
+// used from one thread.
 #pragma once
 
 #include <cstddef>
@@ -19,17 +19,25 @@
 
 namespace standin {
 
+// What a call that was chosen to throw throws, before it does anything else. An exception of the host's
+// passes through the plug-in like this.
+struct STANDIN_API PlannedException {};
+
 class STANDIN_API Gate {
  public:
-  // `name` must outlive the process's log: a string literal.
+  // `name` must outlive the process's log: a string literal. Throws a PlannedException when this call was
+  // chosen to throw.
   explicit Gate(const char* name);
   ~Gate();
   Gate(const Gate&) = delete;
   Gate& operator=(const Gate&) = delete;
 
-  // True when this call was chosen to fail: the function answers as its original does when it can't do its work
-  // (usually null), except that a release still releases.
+  // True when this call was chosen to fail: the function answers as its original does when it can't do its
+  // work (usually null), except that a release still releases.
   bool fails() const { return fails_; }
+
+  // What the call is about, for a detailed log: behind its name there.
+  void detail(const char* what);
 
  private:
   bool fails_;
@@ -47,14 +55,32 @@ class STANDIN_API Callout {
   const char* outermost_;
 };
 
+// The opposite: a stand-in that runs without having been called (when a run loop or a timer calls it back) opens
+// an Inside for that time, so that the calls it makes to others stay out of the log.
+class STANDIN_API Inside {
+ public:
+  // `name` stands for the call in messages: a string literal.
+  explicit Inside(const char* name);
+  ~Inside();
+  Inside(const Inside&) = delete;
+  Inside& operator=(const Inside&) = delete;
+
+ private:
+  int depth_;
+  const char* outermost_;
+};
+
 // The log: names of the calls in order. Off at first; while it is off nothing is stored.
 STANDIN_API void startLog();
-STANDIN_API std::vector<std::string> stopLog();  // hands over what was logged and turns the log off
+STANDIN_API void startDetailedLog();                // tells releases by type: "CFRelease CFString"
+STANDIN_API std::vector<std::string> stopLog();     // hands over what was logged and turns the log off
 STANDIN_API void logNote(const std::string& note);  // adds a line of the caller's own, when the log is on
 
-// Failures. A plan stays until it is replaced or cleared. Calls are counted from 1, from the moment of planning.
-STANDIN_API void failCall(const char* name, int nth);  // the nth call of that name
-STANDIN_API void failCall(int nth);                    // the nth call of all
+// Failures. A plan stays until it is replaced or cleared. Calls are counted from 1, from the moment of
+// planning.
+STANDIN_API void failCall(const char* name, int nth);       // the nth call of that name
+STANDIN_API void failCall(int nth);                         // the nth call of all
+STANDIN_API void throwFromCall(const char* name, int nth);  // the nth call of that name throws
 STANDIN_API void clearFailures();
 STANDIN_API int failuresFired();  // how many calls were made to fail since the last plan was set
 
@@ -62,8 +88,8 @@ STANDIN_API int failuresFired();  // how many calls were made to fail since the 
 STANDIN_API int callCount(const char* name);
 STANDIN_API void resetCallCounts();
 
-// Ends the process with "standin: CALL: WHAT" on standard error: a misuse that the original would punish with a
-// crash or, worse, with silence.
+// Ends the process with "standin: CALL: WHAT" on standard error: a misuse that the original would punish with
+// a crash or, worse, with silence.
 [[noreturn]] STANDIN_API void die(const char* call, const std::string& what);
 
 // The call of the outermost open gate, for messages; "(no call)" when none is open.

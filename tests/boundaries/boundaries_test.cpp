@@ -6,6 +6,7 @@
 #include <iterator>
 #include <string>
 
+#include "includes.h"
 #include "symbols.h"
 
 namespace {
@@ -65,7 +66,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Part{"ApplicationServices", APPLICATION_SERVICES, Symbols::Undefined,
                          "_CFRuntimeRegisterClass"},
                     Part{"Carbon", CARBON, Symbols::Undefined, "CFStringGetCString"},
-                    Part{"Host", HOST, Symbols::UndefinedOfArchive, "CFRelease"}),
+                    Part{"Host", HOST, Symbols::UndefinedOfArchive, "CFRelease"},
+                    Part{"Plugin", PLUGIN, Symbols::Undefined, "CFRelease"},
+                    Part{"Bridge", BRIDGE, Symbols::Undefined, "CFDictionaryApplyFunction"},
+                    Part{"HostTests", HOST_TESTS, Symbols::Undefined, "CFRelease"},
+                    Part{"PluginTests", PLUGIN_TESTS, Symbols::Undefined, "CFRelease"},
+                    Part{"BridgeTests", BRIDGE_TESTS, Symbols::Undefined, "CFGetRetainCount"}),
     [](const auto& info) { return info.param.name; });
 
 TEST(BoundariesCheck, FindsWhatALibraryTakesBeyondThat) {
@@ -92,6 +98,21 @@ TEST(BoundariesCheck, AllThatIsDeclaredIsDefined) {
   std::set_difference(wanted.begin(), wanted.end(), defined.begin(), defined.end(),
                       std::inserter(missing, missing.end()));
   EXPECT_EQ(missing, Names{});
+}
+
+// The ledger is the gate's: it is there whatever Core Foundation is, and only has no lines of one that
+// doesn't write them.
+TEST(BoundariesCheck, TheLedgerNeedsNoCoreFoundation) {
+  EXPECT_EQ(symbolsOf(GATE, Symbols::Exported).count("_ZN7standin6ledgerEv"), 1U);
+  EXPECT_EQ(takenBy(symbolsOf(GATE, Symbols::Undefined)), Names{});
+}
+
+// What a header alone gives away (a layout, an inline function) leaves no symbol.
+TEST(BoundariesCheck, NothingOutsideIncludesAnotherOfItsHeadersThanTheRuntimes) {
+  const auto includes = includesFromOutside(SOURCES, "standin/corefoundation");
+  EXPECT_GT(includes.size(), 5U);
+  for (const auto& [file, included] : includes)
+    EXPECT_EQ(included, "standin/corefoundation/CFRuntime.h") << file;
 }
 
 TEST(BoundariesCheck, CoreFoundationExportsNothingElse) {

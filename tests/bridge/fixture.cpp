@@ -11,62 +11,59 @@ std::vector<std::string> ledgerLines() {
 // The plug-in's own entry, found before any failure is planned.
 void (*unlockObject)(void*) = nullptr;
 
-// A reference that the plug-in would hand to host code.
-host::Value fromPlugin(void* handle) {
+}  // namespace
+
+Variant::Variant(const host::Value& value) : array_(host::objectArray({value})) {
+  typedef void Get(void* array, int32_t index, void** out);
+  const auto procedure = reinterpret_cast<Get* (*)(void*)>(host::resolve("RuntimeArrayDirectGetGetProc"));
+  procedure(array_.handle())(array_.handle(), 0, &handle_);
+}
+
+Variant::~Variant() {
+  if (handle_) unlockObject(handle_);
+}
+
+void BridgeTest::start(const host::Settings& settings, const std::set<std::string>& absent,
+                       standin::PluginFile::Resolver* resolver) {
+  host::start(settings);
+  unlockObject = reinterpret_cast<void (*)(void*)>(host::resolve("REALUnlockObject"));
+  plugin_.emplace(bridgePath, absent);
+  plugin_->main()(resolver);
+  afterStart_ = ledgerLines();
+}
+
+void BridgeTest::TearDown() {
+  standin::clearFailures();
+  if (!plugin_) return;
+  EXPECT_EQ(nullptr, lastDictionary()) << "a dictionary is remembered after its conversion";
+  if (host::running()) {
+    EXPECT_EQ(0u, host::takeExceptions().size()) << "raised, and nobody looked";
+    EXPECT_EQ(leftBehind_, host::stop());
+  }
+  EXPECT_EQ(afterStart_, ledgerLines());
+}
+
+void* BridgeTest::toVariantAlone(const void* value) {
+  return reinterpret_cast<void* (*)(const void*)>(plugin_->symbol("toVariant"))(value);
+}
+
+const void* BridgeTest::toCFAlone(const Variant& variant) {
+  return reinterpret_cast<const void* (*)(void*)>(plugin_->symbol("toCF"))(variant.handle());
+}
+
+host::Value BridgeTest::fromPlugin(void* handle) {
   if (!handle) return {};
   const host::Value value = host::Value::object(host::Ref::share(handle));
   unlockObject(handle);
   return value;
 }
 
-// The value as the plug-in would get it from host code, for the time of a scope: locked by the plug-in's
-// side.
-class Variant {
- public:
-  explicit Variant(const host::Value& value) : array_(host::objectArray({value})) {
-    typedef void Get(void* array, int32_t index, void** out);
-    const auto procedure = reinterpret_cast<Get* (*)(void*)>(host::resolve("RuntimeArrayDirectGetGetProc"));
-    procedure(array_.handle())(array_.handle(), 0, &handle_);
-  }
-  ~Variant() {
-    if (handle_) unlockObject(handle_);
-  }
-  Variant(const Variant&) = delete;
-  Variant& operator=(const Variant&) = delete;
-  void* handle() const { return handle_; }
-
- private:
-  host::Value array_;
-  void* handle_ = nullptr;
-};
-
-}  // namespace
-
-void BridgeTest::start(const host::Settings& settings, const std::set<std::string>& absent) {
-  host::start(settings);
-  unlockObject = reinterpret_cast<void (*)(void*)>(host::resolve("REALUnlockObject"));
-  plugin_.emplace(bridgePath, absent);
-  plugin_->main()(host::resolve);
-  afterStart_ = ledgerLines();
-}
-
-void BridgeTest::TearDown() {
-  standin::clearFailures();
-  if (!host::running()) return;
-  EXPECT_EQ(0u, host::takeExceptions().size()) << "raised, and nobody looked";
-  EXPECT_EQ(nullptr, lastDictionary()) << "a dictionary is remembered after its conversion";
-  EXPECT_EQ(leftBehind_, host::stop());
-  EXPECT_EQ(afterStart_, ledgerLines());
-}
-
 host::Value BridgeTest::toVariant(const void* value) {
-  const auto function = reinterpret_cast<void* (*)(const void*)>(plugin_->symbol("toVariant"));
-  return fromPlugin(function(value));
+  return fromPlugin(toVariantAlone(value));
 }
 
 CFOwner BridgeTest::toCF(const host::Value& value) {
-  const auto function = reinterpret_cast<const void* (*)(void*)>(plugin_->symbol("toCF"));
-  return own(function(Variant(value).handle()));
+  return own(toCFAlone(Variant(value)));
 }
 
 bool isMachO() {
@@ -74,10 +71,9 @@ bool isMachO() {
 }
 
 bool BridgeTest::toCFFails(const host::Value& value, int n) {
-  const auto function = reinterpret_cast<const void* (*)(void*)>(plugin_->symbol("toCF"));
   const Variant variant(value);
   standin::failCall(n);
-  const CFOwner result(function(variant.handle()));
+  const CFOwner result(toCFAlone(variant));
   standin::clearFailures();
   host::takeExceptions();  // a host raises, too, for a key or an index that it could not read
   return standin::failuresFired() > 0;

@@ -30,10 +30,27 @@ inline CFOwner own(const void* value) {
   return CFOwner(value);
 }
 
+// A value as the plug-in gets it from host code, for the time of a scope: locked by the plug-in's side.
+class Variant {
+ public:
+  explicit Variant(const host::Value& value);
+  ~Variant();
+  Variant(const Variant&) = delete;
+  Variant& operator=(const Variant&) = delete;
+  void* handle() const { return handle_; }
+
+ private:
+  host::Value array_;
+  void* handle_ = nullptr;
+};
+
 class BridgeTest : public testing::Test {
  protected:
+  typedef std::vector<std::string> Calls;
+
   // `absent` names platform functions that this plug-in does not find (dylib only).
-  void start(const host::Settings& settings = {}, const std::set<std::string>& absent = {});
+  void start(const host::Settings& settings = {}, const std::set<std::string>& absent = {},
+             standin::PluginFile::Resolver* resolver = host::resolve);
   void TearDown() override;
 
   // GetCFTypeAsVariant; what it returned has gone to the host's side.
@@ -46,6 +63,13 @@ class BridgeTest : public testing::Test {
   CFOwner toURL(const host::Value& item);
   void addPair(const void* key, const void* value, const host::Value& dictionary);
   void* lastDictionary();
+
+  // The two conversions alone: nothing but they reaches the gate. Results come with a reference of the
+  // plug-in's side.
+  void* toVariantAlone(const void* value);
+  const void* toCFAlone(const Variant& variant);
+  // What toVariantAlone returned, gone to the host's side.
+  static host::Value fromPlugin(void* handle);
 
   // What the plug-in abandons on purpose.
   void expectLeftBehind(std::vector<std::string> objects) { leftBehind_ = std::move(objects); }

@@ -1,20 +1,18 @@
 // Values on their way there and back: whole trees of them, and deep ones.
 #include <pthread.h>
 
-#include <cstdlib>
 #include <functional>
 #include <random>
 
 #include "tests/bridge/fixture.h"
+#include "tests/tier.h"
 
 namespace {
 
 class RoundTrip : public BridgeTest {};
 
-// 2,000 trees, or with TEST_TIER=long 100,000.
 int treeCount() {
-  const char* const tier = std::getenv("TEST_TIER");
-  return tier && std::string(tier) == "long" ? 100000 : 2000;
+  return isLongTier() ? 100000 : 2000;
 }
 
 // Trees of values that come back as they went: 32-bit integers, 64-bit integers, doubles, booleans, texts,

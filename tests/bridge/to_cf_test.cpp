@@ -73,19 +73,6 @@ TEST_F(ToCF, StringsAreTextsAndNeverNull) {
   EXPECT_EQ("", utf8(toCF("").get()));
 }
 
-TEST_F(ToCF, EveryOtherTypeCodeIsTheVariantsText) {
-  start();
-  const std::set<int32_t> handled = {0, 2, 3, 4, 5, 6, 7, 9, 11, 16};
-  int others = 0;
-  for (int32_t code = 0; code <= 4200; ++code) {
-    const bool array = code >= 4098 && code <= 4107 && code != 4102 && code != 4106;
-    if (handled.count(code) || array) continue;
-    ++others;
-    EXPECT_EQ("the text", utf8(toCF(host::variantOfType(code, "the text")).get())) << code;
-  }
-  EXPECT_EQ(4201 - 10 - 8, others);
-}
-
 TEST_F(ToCF, DatesAreTakenAsGMT) {
   start();
   const auto time = [this](const host::Value& date) {
@@ -219,6 +206,24 @@ TEST_F(ToCF, WithoutTheUpperBoundOneElementIsRead) {
   EXPECT_EQ(1, CFArrayGetCount(static_cast<CFArrayRef>(toCF(host::int32Array({1, 2})).get())));
 }
 
+TEST_F(ToCF, WithoutGetProceduresElementsAreEmpty) {
+  start();
+  const auto convert = [this](const host::Value& array) {
+    const Variant variant(array);  // while there still are procedures
+    host::settings().getProcedures = false;
+    CFOwner result = own(toCFAlone(variant));
+    host::settings().getProcedures = true;
+    return result;
+  };
+  const auto first = [](const CFOwner& array) {
+    return CFArrayGetValueAtIndex(static_cast<CFArrayRef>(array.get()), 0);
+  };
+  EXPECT_EQ(0, doubleOf(first(convert(host::int32Array({7})))));
+  EXPECT_EQ(kCFBooleanFalse, first(convert(host::booleanArray({true}))));
+  EXPECT_EQ("", utf8(first(convert(host::stringArray({"text"})))));
+  EXPECT_EQ(0, CFArrayGetCount(static_cast<CFArrayRef>(convert(host::objectArray({1, 2})).get())));
+}
+
 // Objects
 
 std::string bytesOf(const CFOwner& data) {
@@ -244,31 +249,26 @@ TEST_F(ToCF, AMemoryBlockWithoutAPointerOrOfANegativeSizeIsEmptyData) {
   EXPECT_EQ("", bytesOf(toCF(host::memoryBlock("abc"))));
 }
 
-TEST_F(ToCF, DictionariesHaveTheirEntriesWithNullForNil) {
-  start();
-  const CFOwner result = toCF(host::dictionary({{"a", 5}, {"b", host::Value()}, {7, "text"}}));
-  const auto dictionary = static_cast<CFDictionaryRef>(result.get());
-  ASSERT_EQ(3, CFDictionaryGetCount(dictionary));
-  EXPECT_EQ(5, doubleOf(CFDictionaryGetValue(dictionary, CFSTR("a"))));
-  EXPECT_EQ(kCFNull, CFDictionaryGetValue(dictionary, CFSTR("b")));
-  const CFOwner seven = number(7);
-  EXPECT_EQ("text", utf8(CFDictionaryGetValue(dictionary, seven.get())));
+TEST_F(ToCF, MemoryBlocksOfAHostThatDoesNotTellTheirSizeOrPointerAreEmptyData) {
+  for (const char* service : {"memoryBlockGetSize", "memoryBlockGetPtr"}) {
+    host::Settings settings;
+    settings.hidden = {service};
+    start(settings);
+    EXPECT_EQ("", bytesOf(toCF(host::memoryBlock("abc")))) << service;
+    TearDown();
+  }
 }
 
-TEST_F(ToCF, NestedDictionariesDoNotMixUpTheirMethods) {
+// A folder item is not known by its class.
+TEST_F(ToCF, OfAHostWithoutClassReferencesOnlyFolderItemsAreKnown) {
   host::Settings settings;
-  settings.reusesAddresses = true;
+  settings.hidden = {"pluginObjectType"};
   start(settings);
-  std::vector<host::Entry> entries;
-  for (int i = 0; i < 10; ++i) entries.emplace_back(i, host::dictionary({{"inner", i}}));
-  const CFOwner result = toCF(host::dictionary(entries));
-  const auto dictionary = static_cast<CFDictionaryRef>(result.get());
-  ASSERT_EQ(10, CFDictionaryGetCount(dictionary));
-  for (int i = 0; i < 10; ++i) {
-    const CFOwner key = number(i);
-    const auto inner = static_cast<CFDictionaryRef>(CFDictionaryGetValue(dictionary, key.get()));
-    EXPECT_EQ(i, doubleOf(CFDictionaryGetValue(inner, CFSTR("inner"))));
-  }
+  EXPECT_EQ(nullptr, toCF(host::memoryBlock("abc")));
+  EXPECT_EQ(nullptr, toCF(host::dictionary()));
+  const CFOwner url = toCF(host::folderItem("/usr"));
+  ASSERT_NE(nullptr, url);
+  EXPECT_EQ(CFURLGetTypeID(), CFGetTypeID(url.get()));
 }
 
 std::string floats(std::vector<float> values) {

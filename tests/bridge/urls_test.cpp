@@ -1,8 +1,24 @@
 // File URLs and folder items, both ways.
+#include <CoreServices/CoreServices.h>
+#include <dlfcn.h>
+
 #include <filesystem>
 #include <fstream>
 
 #include "tests/bridge/fixture.h"
+
+// What the platform tells of the root's parent: nothing, or that it is the root itself.
+static bool rootIsItsOwnParent = false;
+
+// Found by either binary before the platform's own, which does the work.
+OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which, FSCatalogInfo* info, HFSUniStr255* name,
+                       FSSpecPtr fsSpec, FSRef* parent) {
+  static const auto original =
+      reinterpret_cast<decltype(&FSGetCatalogInfo)>(dlsym(RTLD_NEXT, "FSGetCatalogInfo"));
+  const OSErr error = original(ref, which, info, name, fsSpec, parent);
+  if (rootIsItsOwnParent && error == noErr && parent && info->nodeID == fsRtDirID) *parent = *ref;
+  return error;
+}
 
 namespace {
 
@@ -64,15 +80,87 @@ TEST_F(Files, AFileInAMissingFolderIsItsURLAsText) {
 
 TEST_F(Files, AURLOfAnotherSchemeIsItsText) {
   start();
-  EXPECT_EQ("http://example.com/a%20b?c#d",
-            toVariant(stringURL("http://example.com/a%20b?c#d").get()).text());
-  EXPECT_EQ("mailto:someone@example.com", toVariant(stringURL("mailto:someone@example.com").get()).text());
+  for (const char* url :
+       {"http://example.com/a%20b?c#d", "https://user@example.com:8080/%C3%A9/", "ftp://example.com/usr",
+        "mailto:someone@example.com", "urn:isbn:0451450523", "data:text/plain,usr", "http:///usr"}) {
+    EXPECT_EQ(url, toVariant(stringURL(url).get()).text());
+  }
+}
+
+TEST_F(Files, ARelativeURLIsItsAbsoluteText) {
+  start();
+  const CFOwner base = stringURL("http://example.com/a/b");
+  const CFOwner url = own(CFURLCreateWithString(nullptr, CFSTR("../c"), static_cast<CFURLRef>(base.get())));
+  EXPECT_EQ("http://example.com/c", toVariant(url.get()).text());
+}
+
+TEST_F(Files, AnAbsoluteURLThatCantBeHadIsNil) {
+  start();
+  const CFOwner url = stringURL("http://example.com/");
+  standin::failCall("CFURLCopyAbsoluteURL", 1);
+  EXPECT_TRUE(toVariant(url.get()).isNil());
+}
+
+TEST_F(Files, ARelativeFileURLIsTheFolderItemOfItsPlace) {
+  start();
+  touch("file.txt");
+  const CFOwner base = fileURL(path("other.txt"));
+  for (const char* name : {"file.txt", "new.txt"}) {
+    const CFOwner relative = text(name);
+    const CFOwner url = own(CFURLCreateWithString(nullptr, static_cast<CFStringRef>(relative.get()),
+                                                  static_cast<CFURLRef>(base.get())));
+    EXPECT_EQ(path(name), host::path(toVariant(url.get())));
+  }
+}
+
+TEST_F(Files, AFoldersURLIsAFolderItemWithoutTheSlash) {
+  start();
+  fs::create_directory(path("folder"));
+  for (const char* name : {"folder", "new folder"}) {
+    const std::string place = path(name);
+    const CFOwner url = own(CFURLCreateFromFileSystemRepresentation(
+        nullptr, reinterpret_cast<const UInt8*>(place.data()), static_cast<CFIndex>(place.size()), true));
+    EXPECT_EQ(place, host::path(toVariant(url.get())));
+  }
 }
 
 TEST_F(Files, TheRootOfAVolumeGoesTheOlderWay) {
   start();
   const int before = standin::callCount("FolderItemFromFSSpec");
   EXPECT_EQ("/", host::path(toVariant(fileURL("/").get())));
+  EXPECT_EQ(1, standin::callCount("FolderItemFromFSSpec") - before);
+}
+
+// Its node and parent, its name and the parent's existence are asked for in turn.
+TEST_F(Files, AFileWhosePlaceCantBeHadGoesTheOlderWay) {
+  start();
+  const std::string file = touch("file.txt");
+  const CFOwner url = fileURL(file);
+  for (int n = 1; n <= 3; ++n) {
+    const int before = standin::callCount("FolderItemFromFSSpec");
+    standin::failCall("FSGetCatalogInfo", n);
+    EXPECT_EQ(file, host::path(toVariant(url.get()))) << n;
+    EXPECT_EQ(1, standin::callCount("FolderItemFromFSSpec") - before) << n;
+  }
+}
+
+TEST_F(Files, AFileOfWhichTheHostMakesNoItemIsItsURLAsText) {
+  host::Settings settings;
+  settings.hidden = {"REALFolderItemFromParentFSRef", "FolderItemFromFSSpec"};
+  start(settings);
+  const std::string file = touch("file.txt");
+  EXPECT_EQ("file://" + file, toVariant(fileURL(file).get()).text());
+  EXPECT_EQ("file://" + path("new.txt"), toVariant(fileURL(path("new.txt")).get()).text());
+  EXPECT_EQ("file:///", toVariant(fileURL("/").get()).text());
+}
+
+TEST_F(Files, TheRootOfAVolumeGoesTheOlderWayWhateverItsParentIsSaidToBe) {
+  start();
+  const CFOwner root = fileURL("/");
+  const int before = standin::callCount("FolderItemFromFSSpec");
+  rootIsItsOwnParent = true;
+  EXPECT_EQ("/", host::path(toVariant(root.get())));
+  rootIsItsOwnParent = false;
   EXPECT_EQ(1, standin::callCount("FolderItemFromFSSpec") - before);
 }
 
@@ -93,6 +181,51 @@ TEST_F(Files, NamesOf255UnitsAreKeptAndLongerOnesAreCutTo255) {
   const std::string longest(255, 'n');
   EXPECT_EQ(path(longest), host::path(toVariant(fileURL(path(longest)).get())));
   EXPECT_EQ(path(longest), host::path(toVariant(fileURL(path(longest + "n")).get())));
+}
+
+// Linux has no names of more than 255 bytes, so such a file is a missing one.
+TEST_F(Files, AMissingFilesNameIsCutTo255UnitsAfterItIsDecomposed) {
+  start();
+  std::string composed, decomposed;
+  for (int i = 0; i < 128; ++i) composed += "\xC3\xA9";
+  for (int i = 0; i < 127; ++i) decomposed += "e\xCC\x81";
+  EXPECT_EQ(path(decomposed + "e"), host::path(toVariant(fileURL(path(composed)).get())));
+}
+
+// Half a character is no text for this host.
+TEST_F(Files, AMissingFilesNameThatIsCutWithinACharacterIsItsURLAsText) {
+  start();
+  const std::string name = std::string(254, 'n') + "\xF0\x9F\x98\x80";
+  EXPECT_EQ("file://" + path(std::string(254, 'n') + "%F0%9F%98%80"),
+            toVariant(fileURL(path(name)).get()).text());
+}
+
+TEST_F(Files, AFolderItemsNameOf255UnitsIsKeptAndALongerOneHasNoURL) {
+  start();
+  const std::string longest(255, 'n');
+  EXPECT_EQ(path(longest), pathOf(toURL(host::folderItem(path(longest)))));
+  EXPECT_EQ("(null)", pathOf(toURL(host::folderItem(path(longest + "n")))));
+  touch(longest);
+  EXPECT_EQ(path(longest), pathOf(toURL(host::folderItem(path(longest)))));
+  EXPECT_EQ(path(longest), host::path(toVariant(fileURL(path(longest)).get())));
+}
+
+TEST_F(Files, AnExistingFilesFolderItemKeepsTheFormOfItsName) {
+  start();
+  for (const char* name : {"caf\xC3\xA9 composed", "cafe\xCC\x81 decomposed"}) {
+    const std::string file = touch(name);
+    EXPECT_EQ(file, pathOf(toURL(host::folderItem(file))));
+  }
+}
+
+TEST_F(Files, AMissingFilesFolderItemWithADecomposedNameIsItsURL) {
+  start();
+  EXPECT_EQ(path("cafe\xCC\x81.md"), pathOf(toURL(host::folderItem(path("cafe\xCC\x81.md")))));
+}
+
+TEST_F(Files, TheRootsFolderItemIsItsURL) {
+  start();
+  EXPECT_EQ("/", pathOf(toURL(host::folderItem("/"))));
 }
 
 TEST_F(Files, AMissingFilesNameIsDecomposed) {
@@ -120,6 +253,57 @@ TEST_F(Files, AFolderItemThatOnlyTheOlderWayKnowsIsWhatThatSays) {
   settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
   start(settings);
   EXPECT_EQ("/", pathOf(toURL(host::folderItem(path("any")))));
+}
+
+TEST_F(Files, AFolderItemInAMissingFolderIsWhatTheOlderWaySays) {
+  host::Settings settings;
+  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
+  start(settings);
+  EXPECT_EQ("/", pathOf(toURL(host::folderItem(path("missing/new.txt")))));
+}
+
+TEST_F(Files, AFolderItemOfWhichTheHostTellsNothingIsNull) {
+  host::Settings settings;
+  settings.hidden = {"REALFSRefFromFolderItem", "REALFSSpecFromFolderItem"};
+  start(settings);
+  EXPECT_EQ("(null)", pathOf(toURL(host::folderItem(touch("file.txt")))));
+}
+
+TEST_F(Files, AFolderItemIsWhatTheOlderWaySaysWithoutTheNewerOne) {
+  host::Settings settings;
+  settings.hidden = {"REALFSRefFromFolderItem"};
+  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
+  start(settings);
+  EXPECT_EQ("/", pathOf(toURL(host::folderItem(touch("file.txt")))));
+}
+
+// The last way but one has found the parent: then there is no other.
+TEST_F(Files, ANameThatCantBeAppendedIsNullAndTheOlderWayIsNotTried) {
+  host::Settings settings;
+  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
+  start(settings);
+  const host::Value item = host::folderItem(path("new.txt"));
+  standin::failCall("CFURLCreateCopyAppendingPathComponent", 1);
+  EXPECT_EQ("(null)", pathOf(toURL(item)));
+}
+
+TEST_F(Files, ANameThatIsNoTextGoesOnToTheOlderWay) {
+  host::Settings settings;
+  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
+  start(settings);
+  const host::Value item = host::folderItem(path("new.txt"));
+  standin::failCall("CFStringCreateWithCharacters", 1);
+  EXPECT_EQ("/", pathOf(toURL(item)));
+}
+
+TEST_F(Files, ANameThatCantBeCopiedIsUsedAsItIs) {
+  start();
+  const host::Value item = host::folderItem(path("caf\xC3\xA9"));
+  standin::failCall("CFStringCreateMutableCopy", 1);
+  EXPECT_EQ(path("caf\xC3\xA9"), pathOf(toURL(item)));
+  const CFOwner url = fileURL(path("caf\xC3\xA9"));
+  standin::failCall("CFStringCreateMutableCopy", 1);
+  EXPECT_EQ(path("caf\xC3\xA9"), host::path(toVariant(url.get())));
 }
 
 TEST_F(Files, AParentWithAnEmptyNameGoesOnToTheOlderWay) {
