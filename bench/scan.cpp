@@ -1,59 +1,22 @@
 // How long a query takes over a tree of files, and how much memory its results hold, beside `find` over the
 // same tree printing size, time and path. Usage: bench-scan [FILES]; 100,000 unless said otherwise.
 #include <CoreServices/CoreServices.h>
-#include <fcntl.h>
-#include <malloc.h>
-#include <stdlib.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <filesystem>
-#include <functional>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "bench/tree.h"
 #include "standin/coreservices/control.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using bench::best;
+using bench::heapInUse;
+using bench::secondsOf;
 
-constexpr int kFilesPerFolder = 100;
 constexpr int kRounds = 5;
-
-double secondsOf(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double best(std::vector<double> times) {
-  return *std::min_element(times.begin(), times.end());
-}
-
-void makeTree(const std::string& root, int files) {
-  for (int i = 0; i < files; ++i) {
-    char folder[64];
-    std::snprintf(folder, sizeof folder, "/group-%03d/folder-%05d", i / kFilesPerFolder / 50,
-                  i / kFilesPerFolder);
-    if (i % kFilesPerFolder == 0) fs::create_directories(root + folder);
-    char name[64];
-    std::snprintf(name, sizeof name, "/a file named %06d.txt", i);
-    const std::string path = root + folder + name;
-    const int fd = ::open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
-    if (fd < 0 || ::write(fd, path.data(), static_cast<size_t>(i % 40)) < 0) {
-      std::fprintf(stderr, "bench-scan: can't write %s\n", path.c_str());
-      std::exit(1);
-    }
-    ::close(fd);
-  }
-}
-
-size_t heapInUse() {
-  return ::mallinfo2().uordblks + ::mallinfo2().hblkhd;
-}
 
 MDQueryRef makeQuery() {
   return MDQueryCreate(kCFAllocatorDefault, CFSTR("kMDItemFSSize >= 0"), nullptr, nullptr);
@@ -98,21 +61,11 @@ void measureOnce(const std::string& root, Measured& measured) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int files = argc > 1 ? std::atoi(argv[1]) : 100000;
-  if (files <= 0) {
-    std::fprintf(stderr, "bench-scan: FILES must be a number above 0\n");
-    return 2;
-  }
-  std::string root = (fs::canonical(fs::temp_directory_path()) / "bench-scan-XXXXXX").string();
-  if (!::mkdtemp(root.data())) {
-    std::perror("bench-scan: no temporary folder");
-    return 1;
-  }
-  makeTree(root, files);
-  standin::setIndexedFolders({root});
+  const int files = bench::countFrom("bench-scan", argc, argv, 100000);
+  const bench::Tree tree("bench-scan", files);
+  standin::setIndexedFolders({tree.path()});
   Measured measured;
-  for (int round = 0; round < kRounds; ++round) measureOnce(root, measured);
-  fs::remove_all(root);
+  for (int round = 0; round < kRounds; ++round) measureOnce(tree.path(), measured);
 
   const double results = static_cast<double>(measured.results);
   std::printf("%ld results of %d files; best of %d rounds\n", measured.results, files, kRounds);

@@ -21,6 +21,9 @@ if(NOT ICU_UC_LIBRARY OR NOT ICU_I18N_LIBRARY)
   message(FATAL_ERROR "ICU for i386 is missing: install libicu72:i386 (./test does)")
 endif()
 
+# Headers only.
+find_path(JSON_INCLUDE_DIR nlohmann/json.hpp REQUIRED)
+
 # GoogleTest from Debian's source package, compiled here with our flags.
 set(GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
 set(INSTALL_GTEST OFF)

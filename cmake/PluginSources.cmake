@@ -13,6 +13,11 @@ set(PLUGIN_SOURCES
   query/events.cpp
   query/query.cpp
   query/results.cpp
+  query/search_scope.cpp
+  query/sorting.cpp
+  item/attribute_keys.cpp
   item/item.cpp
-  item/search_window.cpp)
+  item/schema.cpp
+  item/search_window.cpp
+  item/typed_attributes.cpp)
 list(TRANSFORM PLUGIN_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/)

@@ -1,5 +1,9 @@
+// The life of an item object, its properties and general methods, and the tables of its class.
 #include "item.h"
 
+#include "attribute_keys.h"
+#include "bridge/cf_to_variant.h"
+#include "bridge/folder_items.h"
 #include "bridge/strings.h"
 #include "host/exceptions.h"
 
@@ -13,16 +17,16 @@ REALstring stringAttribute(REALobject self, CFStringRef key) {
   return CFString2RBString(static_cast<CFStringRef>(value.get())).leak();
 }
 
-MDItemRef itemOrRaise(REALobject self) {
-  const MDItemRef item = itemData(self)->item;
-  if (!item) raiseNilItem();
-  return item;
-}
-
 }  // namespace
 
 void raiseNilItem() {
   RaiseException("NilObjectException", "MDItem Reference is nil");
+}
+
+MDItemRef itemOrRaise(REALobject self) {
+  const MDItemRef item = itemData(self)->item;
+  if (!item) raiseNilItem();
+  return item;
 }
 
 Owned<REALobject> newItem(MDItemRef item) {
@@ -58,6 +62,44 @@ int64_t querykMDItemFSSize(REALobject self, int32_t) {
   return CFNumberGetValue(static_cast<CFNumberRef>(value.get()), kCFNumberSInt64Type, &size) ? size : 0;
 }
 
+// Nil where no names can be had; names that the item doesn't have are not in the dictionary.
+REALobject rbMDItemCopyAttributes(REALobject self, REALobject names) {
+  const MDItemRef item = itemOrRaise(self);
+  if (!item) return nullptr;
+  const auto keys = NewCFStringArray(names);
+  if (!keys) return nullptr;
+  const auto attributes = adopt(MDItemCopyAttributes(item, keys.get()));
+  return attributes ? CFDictionary2RBDictionary(attributes.get()).leak() : nullptr;
+}
+
+REALobject rbMDItemCopyAttribute(REALobject self, REALstring name) {
+  const MDItemRef item = itemOrRaise(self);
+  if (!item) return nullptr;
+  const auto key = RBString2CFString(name);
+  if (!key) return nullptr;
+  const auto value = adopt(MDItemCopyAttribute(item, key.get()));
+  return GetCFTypeAsVariant(value.get()).leak();
+}
+
+// Only an instance that has an item already can be given another: a new one raises, as host programs know it.
+// The item that was there is not released.
+void rbMDItemCreate(REALobject self, REALobject path) {
+  if (!itemOrRaise(self)) return;
+  const auto url = CreateCFURLfromFolderItem(path);
+  if (url) itemData(self)->item = MDItemCreateWithURL(kCFAllocatorDefault, url.get());
+}
+
+// The array is made before the item is asked for, and stays behind, locked, when there is none.
+REALobject rbMDItemCopyAttributeNames(REALobject self) {
+  const REALobject made = REALCreateArray(kStringElements, -1);
+  const MDItemRef item = itemOrRaise(self);
+  if (!item) return nullptr;
+  auto array = adopt(made);
+  const auto names = adopt(MDItemCopyAttributeNames(item));
+  if (names) AddStringArray(array.get(), names.get());
+  return array.leak();
+}
+
 static constexpr REALproperty MDItemProperties[] = {
     REALproperty::field("Handle", "Integer", offsetof(MDItemData, item)),
     REALproperty::field("Tag", "Variant", offsetof(MDItemData, tag)),
@@ -67,5 +109,30 @@ static constexpr REALproperty MDItemProperties[] = {
     REALproperty::readOnly("FSSize", "Int64", querykMDItemFSSize),
 };
 
-REALclassDefinition MDItemClass =
-    REALclassDefinition("MDItemZNK", sizeof(MDItemData), MDItemDestructor).with(MDItemProperties);
+static constexpr REALmethodDefinition MDItemMethods[] = {
+    {rbMDItemCopyAttributes, "GetAttributes(names() as string) as dictionary"},
+    {rbMDItemCopyAttribute, "GetAttribute(name as string) as variant"},
+    {rbMDItemCreate, "Constructor(path as folderitem)"},
+    {rbMDItemCopyAttributeNames, "AttributeNames as string()"},
+    {rbMDItemCopyAttributeString, "AttributeString(name as string) as string"},
+    {rbMDItemCopyAttributeBoolean, "AttributeBoolean(name as string) as boolean"},
+    {rbMDItemCopyAttributeDouble, "AttributeDouble(name as string) as double"},
+    {rbMDItemCopyAttributeStringArray, "AttributeStringArray(name as string) as string()"},
+};
+
+static constexpr REALmethodDefinition MDItemSharedMethods[] = {
+    {rbMDSchemaCopyDisplayNameForAttribute, "DisplayNameForAttribute(name as string) as string"},
+    {rbMDSchemaCopyDisplayDescriptionForAttribute,
+     "DisplayDescriptionForAttribute(name as string) as string"},
+    {rbMDSchemaCopyAllAttributes, "AllAttributes as string()"},
+    {GetAttributeType, "AttributeType(name as string) as string"},
+    {GetAttributeMultiValued, "AttributeMultiValued(name as string) as boolean"},
+#define PLATFORM_KEY(key) {get##key, #key " as string"},
+#define TEXT_KEY(key) {get##key, #key " as string"},
+#include "attribute_keys.inc"
+};
+
+REALclassDefinition MDItemClass = REALclassDefinition("MDItemZNK", sizeof(MDItemData), MDItemDestructor)
+                                      .with(MDItemProperties)
+                                      .with(MDItemMethods)
+                                      .withShared(MDItemSharedMethods);

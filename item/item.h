@@ -19,6 +19,10 @@ inline MDItemData* itemData(REALobject item) {
 // Raises "NilObjectException" with "MDItem Reference is nil".
 void raiseNilItem();
 
+// The instance's item. Without one it raises as above and answers null: the caller returns its neutral value
+// at once.
+MDItemRef itemOrRaise(REALobject self);
+
 // A new MDItemZNK that holds a reference of its own to the item. Nothing when the host makes no instance.
 Owned<REALobject> newItem(MDItemRef item);
 
@@ -27,3 +31,21 @@ REALstring querykMDItemDisplayName(REALobject self, int32_t parameter);
 REALstring querykMDItemFSName(REALobject self, int32_t parameter);
 REALstring querykMDItemPath(REALobject self, int32_t parameter);
 int64_t querykMDItemFSSize(REALobject self, int32_t parameter);
+
+REALobject rbMDItemCopyAttributes(REALobject self, REALobject names);
+REALobject rbMDItemCopyAttribute(REALobject self, REALstring name);
+void rbMDItemCreate(REALobject self, REALobject path);
+REALobject rbMDItemCopyAttributeNames(REALobject self);
+
+// typed_attributes.cpp
+REALstring rbMDItemCopyAttributeString(REALobject self, REALstring name);
+bool rbMDItemCopyAttributeBoolean(REALobject self, REALstring name);
+double rbMDItemCopyAttributeDouble(REALobject self, REALstring name);
+REALobject rbMDItemCopyAttributeStringArray(REALobject self, REALstring name);
+
+// schema.cpp: shared methods
+REALstring rbMDSchemaCopyDisplayNameForAttribute(REALstring name);
+REALstring rbMDSchemaCopyDisplayDescriptionForAttribute(REALstring name);
+REALobject rbMDSchemaCopyAllAttributes();
+REALstring GetAttributeType(REALstring name);
+bool GetAttributeMultiValued(REALstring name);

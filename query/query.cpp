@@ -145,6 +145,9 @@ static constexpr REALproperty MDQueryProperties[] = {
 
 // clang-format off
 static constexpr REALmethodDefinition MDQueryMethods[] = {
+    {rbMDQueryGetCountOfResultsWithAttributeValue, "CountOfResultsWithAttributeValue(name as string, Value as variant) as UInt32"},
+    {rbMDQueryGetAttributeValueOfResultAtIndex, "AttributeValueOfResultAtIndex(name as string, index as UInt32) as variant"},
+    {rbMDQueryCopyValuesOfAttribute, "ValuesOfAttribute(name as string) as variant()"},
     {rbMDQueryGetIndexOfResult, "IndexOfResult(it as MDItemZNK) as integer"},
     {rbMDQueryCreate2, "Constructor(queryString as string)"},
     {rbMDQueryCreate3, "Constructor(queryString as string, valueListAttributes() as string)"},
@@ -154,6 +157,7 @@ static constexpr REALmethodDefinition MDQueryMethods[] = {
     {rbMDQueryCreateSubset5, "Constructor(query as MDQueryZNK, queryString as string, valueListAttributes() as string, sortingAttributes() as string)"},
     {rbMDQueryGetResultAtIndex, "ResultAtIndex(index as integer) as MDItemZNK"},
     {rbMDQueryGetResultArray, "Results(limit as integer = -1) as MDItemZNK()"},
+    {rbMDQueryBatchingParams, rbMDQuerySetBatchingParameters, "BatchingParameters as MDQueryBatchingParamsZNK"},
     {rbMDQueryExecute, "Execute(flags as integer) as boolean"},
     {rbMDQueryIsGatheringComplete, "IsGatheringComplete as boolean"},
     {rbMDQueryGetResultCount, "ResultCount as integer"},
@@ -164,6 +168,10 @@ static constexpr REALmethodDefinition MDQueryMethods[] = {
     {rbMDQueryDisableUpdates, "DisableUpdates"},
     {rbMDQueryEnableUpdates, "EnableUpdates"},
     {rbMDQuerySetMaxCount, "SetMaxCount(size as integer)"},
+    {rbMDQuerySetSearchScope, "SetSearchScope(paths() as folderitem, options() as string)"},
+    {rbMDQueryGetSortOptionFlagsForAttribute, "GetSortOptionFlagsForAttribute(fieldName as string) as integer"},
+    {rbMDQuerySetSortOptionFlagsForAttribute, "SetSortOptionFlagsForAttribute(fieldName as string, flags as UInt32) as Boolean"},
+    {rbMDQuerySetSortOrder, "SetSortOrder(sortingAttrs() as string) as Boolean"},
 };
 // clang-format on
 

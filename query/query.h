@@ -43,10 +43,25 @@ void rbMDQueryDisableUpdates(REALobject self);
 void rbMDQueryEnableUpdates(REALobject self);
 void rbMDQuerySetMaxCount(REALobject self, int32_t size);
 
+// search_scope.cpp
+void rbMDQuerySetSearchScope(REALobject self, REALobject paths, REALobject options);
+
+// sorting.cpp: 0 and false on a system without the functions
+int32_t rbMDQueryGetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName);
+bool rbMDQuerySetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName, uint32_t flags);
+bool rbMDQuerySetSortOrder(REALobject self, REALobject sortingAttrs);
+
+// batching.cpp: a snapshot of the parameters, which changes nothing until it is assigned back
+REALobject rbMDQueryBatchingParams(REALobject self);
+void rbMDQuerySetBatchingParameters(REALobject self, REALobject value);
+
 // results.cpp
 REALobject rbMDQueryGetResultAtIndex(REALobject self, int32_t index);
 REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit);
-int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject item);
+int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject it);
+REALobject rbMDQueryGetAttributeValueOfResultAtIndex(REALobject self, REALstring name, uint32_t index);
+REALobject rbMDQueryCopyValuesOfAttribute(REALobject self, REALstring name);
+uint32_t rbMDQueryGetCountOfResultsWithAttributeValue(REALobject self, REALstring name, REALobject value);
 
 // events.cpp: raises the host event that belongs to a notification of the query.
 enum MDQueryEvent { kProgressEvent, kFinishEvent, kUpdateEvent, kEventCount };

@@ -1,4 +1,7 @@
-// The results of a query as item objects.
+// The results of a query as item objects, and the values of their attributes.
+#include "bridge/cf_to_variant.h"
+#include "bridge/strings.h"
+#include "bridge/variant_to_cf.h"
 #include "item/item.h"
 #include "query.h"
 
@@ -45,4 +48,46 @@ int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject it) {
     return 0;
   }
   return MDQueryGetIndexOfResult(query, item);
+}
+
+REALobject rbMDQueryGetAttributeValueOfResultAtIndex(REALobject self, REALstring name, uint32_t index) {
+  const MDQueryRef query = queryOrRaise(self);
+  if (!query) return nullptr;
+  const auto key = RBString2CFString(name);
+  if (!key) return nullptr;
+  const auto borrowed =
+      MDQueryGetAttributeValueOfResultAtIndex(query, key.get(), static_cast<CFIndex>(index));
+  return GetCFTypeAsVariant(borrowed).leak();
+}
+
+// The array is made before the query is asked for, and stays behind, locked, when there is none. A null value
+// leaves no hole; one that becomes nil keeps its place.
+REALobject rbMDQueryCopyValuesOfAttribute(REALobject self, REALstring name) {
+  const REALobject made = REALCreateArray(kObjectElements, -1);
+  const MDQueryRef query = queryOrRaise(self);
+  if (!query) return nullptr;
+  auto array = adopt(made);
+  const auto key = RBString2CFString(name);
+  if (!key) return array.leak();
+  const auto values = adopt(MDQueryCopyValuesOfAttribute(query, key.get()));
+  const CFIndex count = values ? CFArrayGetCount(values.get()) : 0;
+  int32_t position = 0;
+  for (CFIndex i = 0; i < count; ++i) {
+    const CFTypeRef value = CFArrayGetValueAtIndex(values.get(), i);
+    if (!value) continue;
+    const auto variant = GetCFTypeAsVariant(value);
+    REALInsertArrayValueObject(array.get(), position++, variant.get());
+  }
+  return array.leak();
+}
+
+uint32_t rbMDQueryGetCountOfResultsWithAttributeValue(REALobject self, REALstring name, REALobject value) {
+  const MDQueryRef query = queryOrRaise(self);
+  if (!query) return 0;
+  auto key = RBString2CFString(name);
+  const auto wanted = CopyVariantAsCFType(value);
+  const CFIndex count =
+      key && wanted ? MDQueryGetCountOfResultsWithAttributeValue(query, key.get(), wanted.get()) : 0;
+  key.reset();  // before the value
+  return static_cast<uint32_t>(count);
 }

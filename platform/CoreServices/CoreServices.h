@@ -8,3 +8,4 @@
 #include "CarbonCore/Folders.h"
 #include "Metadata/MDItem.h"
 #include "Metadata/MDQuery.h"
+#include "Metadata/MDSchema.h"

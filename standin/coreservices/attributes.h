@@ -1,5 +1,5 @@
-// The attributes that a file system itself knows, and values as the search sees them: plain C++, because a
-// search looks at every file and makes Core Foundation objects only of what is asked for afterwards.
+// The attributes of files, and values as the search sees them: plain C++, because a search looks at every
+// file and makes Core Foundation objects only of what is asked for afterwards.
 #pragma once
 
 #include <cstdint>
@@ -8,33 +8,20 @@
 
 namespace standin::metadata {
 
+// One for each key of the schema, in its order.
 enum class FileAttribute : uint8_t {
   None,
-  FSName,
-  DisplayName,
-  Path,
-  FSSize,
-  FSCreationDate,
-  FSContentChangeDate,
-  ContentCreationDate,
-  ContentModificationDate,
-  FSOwnerUserID,
-  FSOwnerGroupID,
-  FSInvisible,
-  FSNodeCount,
-  FSExists,
-  FSIsReadable,
-  FSIsWriteable
+#define ATTRIBUTE(name, type, displayName, description) name,
+#include "schema.inc"
+#undef ATTRIBUTE
 };
 
-inline constexpr FileAttribute kFirstFileAttribute = FileAttribute::FSName;
-inline constexpr FileAttribute kLastFileAttribute = FileAttribute::FSIsWriteable;
-
-// None for a key that isn't an attribute of the file system. Keys are case-sensitive.
+// None for a key that the schema doesn't know. Keys are case-sensitive.
 FileAttribute fileAttributeNamed(std::string_view key);
 
 struct Date {
   double seconds;  // since 2001-01-01 00:00:00 GMT
+  bool operator==(const Date&) const = default;
 };
 
 // Text is UTF-8 and borrowed: good until the source is asked again or dies. It may hold bytes that aren't

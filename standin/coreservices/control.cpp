@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "query_parser.h"
+#include "query_run.h"
 #include "settings.h"
 
 namespace standin {
@@ -25,8 +26,20 @@ std::optional<QueryError> checkQuery(std::u16string_view queryString) {
   return QueryError{error->position, error->reason};
 }
 
+SearchScope takeSearchScope() {
+  return std::exchange(metadata::settings().lastScope, {});
+}
+
 SearchStatistics lastSearch() {
   return metadata::settings().lastSearch;
+}
+
+std::string liveUpdateProblem() {
+  return metadata::settings().updateProblem;
+}
+
+void loseEvents() {
+  for (metadata::QueryRun* const run : metadata::settings().followers) run->loseEvents();
 }
 
 }  // namespace standin

@@ -1,10 +1,9 @@
-// What a host program or a test sets and asks about the metadata stand-in, beside its public functions.
-//
-// Known difference for now: gathering happens in MDQueryExecute with kMDQuerySynchronous alone. There is no
-// run loop yet, so a query that is executed without it answers true and stays incomplete, without results.
+// What a host program or a test sets and asks about the metadata stand-in, beside its public functions. The
+// clock that batches of results are timed by is that of the run loops: standin/system/clock.h.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,12 +26,30 @@ struct QueryError {
 // Why MDQueryCreate would answer null; nothing for a query string that it takes.
 STANDIN_API std::optional<QueryError> checkQuery(std::u16string_view queryString);
 
-// About the last synchronous gathering of this process.
+// About the last gathering that was finished in this process.
 struct SearchStatistics {
   size_t foldersSearched = 0;
   size_t unreadableFolders = 0;  // skipped for want of permission, or for an error of the disk
   size_t missingFolders = 0;     // counted as indexed, but not there
 };
 STANDIN_API SearchStatistics lastSearch();
+
+// The last scope that a query was given, as it was given.
+struct SearchScope {
+  int set = 0;                      // how many times
+  std::vector<std::string> places;  // strings, and the texts of URLs, in UTF-8
+  std::vector<bool> urls;           // which of them are URLs
+  uint32_t options = 0;
+};
+// What was given since the last call.
+STANDIN_API SearchScope takeSearchScope();
+
+// Why live updates are incomplete, for people: of the last query that wanted them, or of any that lost its
+// hold on a folder since. Empty when all is well.
+STANDIN_API std::string liveUpdateProblem();
+
+// Every query with live updates loses what it wasn't told yet of the changes of files, as it does when the
+// system's queue overflows.
+STANDIN_API void loseEvents();
 
 }  // namespace standin

@@ -6,28 +6,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <utility>
+
+#include "file_content.h"
+#include "schema.h"
 
 namespace standin::metadata {
 namespace {
-
-constexpr std::pair<std::string_view, FileAttribute> kNames[] = {
-    {"kMDItemFSName", FileAttribute::FSName},
-    {"kMDItemDisplayName", FileAttribute::DisplayName},
-    {"kMDItemPath", FileAttribute::Path},
-    {"kMDItemFSSize", FileAttribute::FSSize},
-    {"kMDItemFSCreationDate", FileAttribute::FSCreationDate},
-    {"kMDItemFSContentChangeDate", FileAttribute::FSContentChangeDate},
-    {"kMDItemContentCreationDate", FileAttribute::ContentCreationDate},
-    {"kMDItemContentModificationDate", FileAttribute::ContentModificationDate},
-    {"kMDItemFSOwnerUserID", FileAttribute::FSOwnerUserID},
-    {"kMDItemFSOwnerGroupID", FileAttribute::FSOwnerGroupID},
-    {"kMDItemFSInvisible", FileAttribute::FSInvisible},
-    {"kMDItemFSNodeCount", FileAttribute::FSNodeCount},
-    {"kMDItemFSExists", FileAttribute::FSExists},
-    {"kMDItemFSIsReadable", FileAttribute::FSIsReadable},
-    {"kMDItemFSIsWriteable", FileAttribute::FSIsWriteable},
-};
 
 Date dateOf(const statx_timestamp& time) {
   constexpr double kFrom1970To2001 = 978307200;
@@ -40,6 +24,13 @@ Date creationDate(const struct statx& info) {
   const Date changed = dateOf(info.stx_mtime);
   const Date moved = dateOf(info.stx_ctime);
   return changed.seconds < moved.seconds ? changed : moved;
+}
+
+// A file that was made or written counts as read at that moment: only a later time tells of a use.
+std::optional<Value> lastUsedDate(const struct statx& info) {
+  const Date used = dateOf(info.stx_atime);
+  if (used.seconds <= dateOf(info.stx_mtime).seconds) return {};
+  return used;
 }
 
 bool isFolder(const struct statx& info) {
@@ -68,15 +59,10 @@ int openLongPath(const std::string& path) {
 
 }  // namespace
 
-FileAttribute fileAttributeNamed(std::string_view key) {
-  for (const auto& [name, attribute] : kNames) {
-    if (name == key) return attribute;
-  }
-  return FileAttribute::None;
-}
-
 FileRecord::FileRecord(int folder, const std::string& folderPath, const char* name, const char* reach)
     : folder_(folder), folderPath_(folderPath), name_(name), reach_(reach) {}
+
+FileRecord::~FileRecord() = default;
 
 const struct statx* FileRecord::info() {
   if (state_ == NotAsked) {
@@ -99,6 +85,11 @@ std::string_view FileRecord::path() {
   return path_;
 }
 
+FileContent* FileRecord::content() {
+  if (!content_ && info()) content_.reset(new FileContent({folder_, reach_, name_, path(), info_}));
+  return content_.get();
+}
+
 std::optional<Value> FileRecord::nodeCount() {
   const int fd = ::openat(folder_, reach_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
   if (fd < 0) return {};
@@ -116,13 +107,9 @@ std::optional<Value> FileRecord::nodeCount() {
   return count;
 }
 
-std::optional<Value> FileRecord::value(FileAttribute attribute) {
-  const auto access = [&](int mode) {
-    return ::faccessat(folder_, reach_, mode, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
-  };
+// What the path alone tells, and whether there is a file at all.
+std::optional<Value> FileRecord::valueByPath(FileAttribute attribute) {
   switch (attribute) {
-    case FileAttribute::None:
-      return {};
     case FileAttribute::FSName:
     case FileAttribute::DisplayName:
       return std::string_view(*name_ ? name_ : "/");
@@ -133,10 +120,16 @@ std::optional<Value> FileRecord::value(FileAttribute attribute) {
     case FileAttribute::FSExists:
       return exists();
     default:
-      break;
+      return {};
   }
+}
+
+std::optional<Value> FileRecord::valueByRecord(FileAttribute attribute) {
   const struct statx* const file = info();
   if (!file) return {};
+  const auto access = [&](int mode) {
+    return ::faccessat(folder_, reach_, mode, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
+  };
   switch (attribute) {
     case FileAttribute::FSSize:
       if (isFolder(*file)) return {};
@@ -147,6 +140,13 @@ std::optional<Value> FileRecord::value(FileAttribute attribute) {
     case FileAttribute::FSContentChangeDate:
     case FileAttribute::ContentModificationDate:
       return dateOf(file->stx_mtime);
+    case FileAttribute::AttributeChangeDate:
+      return dateOf(file->stx_ctime);
+    case FileAttribute::DateAdded:
+      if (!(file->stx_mask & STATX_BTIME)) return {};
+      return dateOf(file->stx_btime);
+    case FileAttribute::LastUsedDate:
+      return lastUsedDate(*file);
     case FileAttribute::FSOwnerUserID:
       return int64_t{file->stx_uid};
     case FileAttribute::FSOwnerGroupID:
@@ -158,22 +158,52 @@ std::optional<Value> FileRecord::value(FileAttribute attribute) {
       return access(R_OK);
     case FileAttribute::FSIsWriteable:
       return access(W_OK);
+    case FileAttribute::FSHasCustomIcon:
+    case FileAttribute::FSIsExtensionHidden:
+    case FileAttribute::FSIsStationery:
+      return false;  // Linux has nothing of the kind
+    case FileAttribute::FSLabel:
+      return int64_t{0};
     default:
       return {};
   }
 }
 
-void FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
-  const auto add = [&](FileAttribute attribute) {
-    if (std::optional<Value> found = value(attribute)) values.push_back(*found);
+void FileRecord::values(FileAttribute attribute, std::vector<Value>& values) {
+  const size_t before = values.size();
+  const auto addContent = [&] {
+    if (FileContent* const file = content()) file->values(attribute, values);
   };
-  if (!key.any) {
-    add(key.file);
+  // The content knows better than the file when it was made: a copy is younger than the picture in it.
+  if (attribute == FileAttribute::ContentCreationDate) addContent();
+  if (values.size() > before) return;
+  std::optional<Value> value = valueByPath(attribute);
+  if (!value) value = valueByRecord(attribute);
+  if (value) {
+    values.push_back(*value);
+  } else if (attribute != FileAttribute::None) {
+    addContent();
+  }
+}
+
+std::optional<Value> FileRecord::value(FileAttribute attribute) {
+  std::vector<Value> found;
+  values(attribute, found);
+  if (found.empty()) return {};
+  return found.front();
+}
+
+void FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
+  if (key.file == FileAttribute::TextContent) {
+    if (const auto text = text_.read(folder_, reach_)) values.emplace_back(*text);
     return;
   }
-  for (auto i = static_cast<int>(kFirstFileAttribute); i <= static_cast<int>(kLastFileAttribute); ++i) {
-    if (const auto attribute = static_cast<FileAttribute>(i); attribute != FileAttribute::Path)
-      add(attribute);
+  if (!key.any) {
+    this->values(key.file, values);
+    return;
+  }
+  for (const AttributeInfo& info : schema()) {
+    if (info.attribute != FileAttribute::Path) this->values(info.attribute, values);
   }
 }
 

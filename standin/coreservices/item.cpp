@@ -10,13 +10,16 @@
 #include <memory>
 #include <new>
 #include <optional>
-#include <type_traits>
+#include <vector>
 
+#include "cf_values.h"
 #include "checks.h"
 #include "file_attributes.h"
+#include "planned_answers.h"
+#include "schema.h"
 #include "standin/corefoundation/CFRuntime.h"
+#include "standin/system/file_names.h"
 #include "standin/system/file_urls.h"
-#include "text.h"
 
 struct __MDItem {
   CFRuntimeBase base;
@@ -67,39 +70,13 @@ std::optional<std::string> foundPath(const std::string& path) {
   return found + name;
 }
 
-CFTypeRef createString(std::string_view bytes) {
-  if (isAscii(bytes)) {
-    return CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
-                                   static_cast<CFIndex>(bytes.size()), kCFStringEncodingASCII, false);
-  }
-  const std::u16string units = utf16(readableText(bytes));
-  return CFStringCreateWithCharacters(kCFAllocatorDefault, reinterpret_cast<const UniChar*>(units.data()),
-                                      static_cast<CFIndex>(units.size()));
-}
-
-CFTypeRef createObject(const Value& value) {
-  return std::visit(
-      [](auto v) -> CFTypeRef {
-        using T = decltype(v);
-        if constexpr (std::is_same_v<T, bool>) {
-          return CFRetain(v ? kCFBooleanTrue : kCFBooleanFalse);
-        } else if constexpr (std::is_same_v<T, int64_t>) {
-          return CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &v);
-        } else if constexpr (std::is_same_v<T, double>) {
-          return CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &v);
-        } else if constexpr (std::is_same_v<T, Date>) {
-          return CFDateCreate(kCFAllocatorDefault, v.seconds);
-        } else {
-          return createString(v);
-        }
-      },
-      value);
-}
-
-// Empty for a string that can't be the name of an attribute of the file system.
-std::string asciiText(CFStringRef string) {
-  char text[64] = "";
-  return CFStringGetCString(string, text, sizeof text, kCFStringEncodingASCII) ? text : "";
+// Fills `values` with those of the attribute, and answers whether there are any. The text of a file is there
+// to be searched, and never told.
+bool readValues(FileRecord& record, FileAttribute attribute, std::vector<Value>& values) {
+  values.clear();
+  if (attribute == FileAttribute::None || attribute == FileAttribute::TextContent) return false;
+  record.values(attribute, values);
+  return !values.empty();
 }
 
 }  // namespace
@@ -128,7 +105,7 @@ MDItemRef MDItemCreateWithURL(CFAllocatorRef allocator, CFURLRef url) {
   Gate gate{"MDItemCreateWithURL"};
   const std::optional<std::string> path = standin::pathOfURL("MDItemCreateWithURL", url);
   if (gate.fails() || !path) return nullptr;
-  std::optional<std::string> found = foundPath(*path);
+  std::optional<std::string> found = foundPath(standin::existingPath(*path).value_or(*path));
   if (!found || !FileByPath(*found).record().exists()) return nullptr;
   return createItem(allocator, std::move(*found));
 }
@@ -138,8 +115,57 @@ CFTypeRef MDItemCopyAttribute(MDItemRef item, CFStringRef name) {
   Gate gate{kCall};
   checkItem(kCall, item);
   checkString(kCall, name);
+  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return planned;
   if (gate.fails()) return nullptr;
   FileByPath file(item->path);
-  const std::optional<Value> value = file.record().value(fileAttributeNamed(asciiText(name)));
-  return value ? createObject(*value) : nullptr;
+  std::vector<Value> values;
+  const FileAttribute attribute = attributeNamed(name);
+  return readValues(file.record(), attribute, values) ? createObject(attribute, values) : nullptr;
+}
+
+CFDictionaryRef MDItemCopyAttributes(MDItemRef item, CFArrayRef names) {
+  constexpr const char* kCall = "MDItemCopyAttributes";
+  Gate gate{kCall};
+  checkItem(kCall, item);
+  checkType(kCall, names, CFArrayGetTypeID(), "array");
+  checkStrings(kCall, names);
+  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFDictionaryRef>(planned);
+  if (gate.fails()) return nullptr;
+  const CFMutableDictionaryRef attributes = CFDictionaryCreateMutable(
+      kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+  if (!attributes) return nullptr;
+  FileByPath file(item->path);
+  std::vector<Value> values;
+  for (CFIndex i = 0; i < CFArrayGetCount(names); ++i) {
+    const auto name = static_cast<CFStringRef>(CFArrayGetValueAtIndex(names, i));
+    const FileAttribute attribute = attributeNamed(name);
+    if (!readValues(file.record(), attribute, values)) continue;
+    const CFTypeRef object = createObject(attribute, values);
+    if (!object) continue;
+    CFDictionarySetValue(attributes, name, object);
+    CFRelease(object);
+  }
+  return attributes;
+}
+
+// The path is left out: it is where the item is, rather than what it is like.
+CFArrayRef MDItemCopyAttributeNames(MDItemRef item) {
+  constexpr const char* kCall = "MDItemCopyAttributeNames";
+  Gate gate{kCall};
+  checkItem(kCall, item);
+  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFArrayRef>(planned);
+  if (gate.fails()) return nullptr;
+  const CFMutableArrayRef names = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
+  if (!names) return nullptr;
+  FileByPath file(item->path);
+  std::vector<Value> values;
+  for (const AttributeInfo& info : schema()) {
+    if (info.attribute == FileAttribute::Path) continue;
+    if (!readValues(file.record(), info.attribute, values)) continue;
+    const CFStringRef name = createString(info.key);
+    if (!name) continue;
+    CFArrayAppendValue(names, name);
+    CFRelease(name);
+  }
+  return names;
 }

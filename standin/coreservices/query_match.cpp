@@ -1,6 +1,7 @@
 #include "query_match.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace standin::metadata {
 namespace {
@@ -17,19 +18,26 @@ Order orderOf(T left, T right) {
 Order compareNumbers(const Number& left, const Number& right) {
   const auto* const leftInteger = std::get_if<int64_t>(&left);
   const auto* const rightInteger = std::get_if<int64_t>(&right);
-  if (leftInteger && rightInteger) return orderOf(*leftInteger, *rightInteger);  // exact beyond 2^53
-  const auto asDouble = [](auto value) { return static_cast<double>(value); };
-  return orderOf(std::visit(asDouble, left), std::visit(asDouble, right));
+  if (leftInteger && rightInteger) return orderOf(*leftInteger, *rightInteger);     // exact beyond 2^53
+  const auto exactly = [](auto value) { return static_cast<long double>(value); };  // 64 bits and more here
+  return orderOf(std::visit(exactly, left), std::visit(exactly, right));
+}
+
+std::optional<Number> numberOf(const Value& value) {
+  if (const auto* const integer = std::get_if<int64_t>(&value)) return *integer;
+  if (const auto* const real = std::get_if<double>(&value)) return *real;
+  if (const auto* const date = std::get_if<Date>(&value)) return date->seconds;
+  return {};
 }
 
 Order compareWithNumber(const Value& value, const Literal& literal) {
-  if (!literal.number) return Order::None;
-  if (const auto* const integer = std::get_if<int64_t>(&value))
-    return compareNumbers(*integer, *literal.number);
-  if (const auto* const real = std::get_if<double>(&value)) return compareNumbers(*real, *literal.number);
-  if (const auto* const date = std::get_if<Date>(&value))
-    return compareNumbers(date->seconds, *literal.number);
-  return Order::None;
+  const std::optional<Number> number = numberOf(value);
+  return number && literal.number ? compareNumbers(*number, *literal.number) : Order::None;
+}
+
+bool isWithin(const Value& value, const Period& period) {
+  const std::optional<Number> number = numberOf(value);
+  return number && period.contains(std::visit([](auto n) { return static_cast<double>(n); }, *number));
 }
 
 bool equals(const Value& value, const Literal& literal, bool anyKey) {
@@ -40,7 +48,8 @@ bool equals(const Value& value, const Literal& literal, bool anyKey) {
     // Under `*`, 1 means the number and not every flag that happens to be set.
     return !anyKey && literal.number && compareNumbers(int64_t{*truth}, *literal.number) == Order::Equal;
   }
-  return compareWithNumber(value, literal) == Order::Equal;
+  return literal.period ? isWithin(value, *literal.period)
+                        : compareWithNumber(value, literal) == Order::Equal;
 }
 
 bool satisfies(const Value& value, const Comparison& comparison) {

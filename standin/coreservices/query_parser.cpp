@@ -1,5 +1,8 @@
 #include "query_parser.h"
 
+#include <unicode/uchar.h>
+
+#include <algorithm>
 #include <charconv>
 #include <utility>
 
@@ -31,21 +34,50 @@ char lower(char16_t c) {
   return static_cast<char>(c >= u'A' && c <= u'Z' ? c + (u'a' - u'A') : c);
 }
 
-std::optional<Number> parseNumber(std::string_view text) {
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+struct ReadNumber {
+  std::optional<Number> number;
+  bool outOfRange = false;  // a number all the same
+};
+
+ReadNumber readNumber(std::string_view text) {
+  if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
   const size_t digit = text.starts_with('-') ? 1 : 0;  // from_chars also reads "inf" and "nan": words here
   if (digit >= text.size() || (text[digit] != '.' && (text[digit] < '0' || text[digit] > '9'))) return {};
   const char* const end = text.data() + text.size();
   int64_t integer = 0;
   if (const auto read = std::from_chars(text.data(), end, integer);
       read.ptr == end && read.ec == std::errc{}) {
-    return integer;
+    return {integer};
   }
   double real = 0;
-  if (const auto read = std::from_chars(text.data(), end, real); read.ptr == end && read.ec == std::errc{}) {
-    return real;
+  const auto read = std::from_chars(text.data(), end, real);
+  if (read.ptr != end || read.ec == std::errc::invalid_argument) return {};
+  if (read.ec == std::errc::result_out_of_range) return {{}, true};
+  return {real};
+}
+
+// What the elements are without their wildcards and without characters that no number has: empty for others.
+std::string plainText(const std::vector<PatternElement>& elements) {
+  std::string plain;
+  for (const PatternElement& element : elements) {
+    if (element.kind != PatternElement::Literal || element.character >= 0x80) return {};
+    plain += static_cast<char>(element.character);
   }
-  return {};
+  return plain;
+}
+
+// Text content has one blank between its words, whatever the file has there.
+void foldBlanks(std::vector<PatternElement>& elements) {
+  const auto isBlankElement = [](const PatternElement& e) {
+    return e.kind == PatternElement::Literal && u_isUWhiteSpace(static_cast<UChar32>(e.character));
+  };
+  for (PatternElement& element : elements) {
+    if (isBlankElement(element)) element.character = U' ';
+  }
+  const auto bothBlank = [&](const PatternElement& a, const PatternElement& b) {
+    return isBlankElement(a) && isBlankElement(b);
+  };
+  elements.erase(std::unique(elements.begin(), elements.end(), bothBlank), elements.end());
 }
 
 class Parser {
@@ -146,18 +178,11 @@ class Parser {
     if (peek() == u'*') fail("* as a key goes with == only");
     range.key = parseKey();
     expect(u",", "expected , after the key of InRange");
-    range.value = parseNumberLiteral();
+    range.value = parseValue(range, {});
     expect(u",", "expected , after the lowest value of InRange");
-    range.highest = parseNumberLiteral();
+    range.highest = parseValue(range, {});
     expect(u")", "expected ) at the end of InRange");
     return range;
-  }
-
-  Literal parseNumberLiteral() {
-    const size_t start = position_;
-    Literal literal = parseValue({});
-    if (!literal.number) failAt(start, "expected a number or a date");
-    return literal;
   }
 
   Comparison parseComparison() {
@@ -171,10 +196,7 @@ class Parser {
       failAt(operatorAt, "* as a key goes with == only");
     }
     parseBracketedModifiers(options);
-    const size_t valueAt = position_;
-    comparison.value = parseValue(options);
-    const bool ordered = comparison.op != Operator::Equal && comparison.op != Operator::NotEqual;
-    if (ordered && !comparison.value.number) failAt(valueAt, "expected a number or a date");
+    comparison.value = parseValue(comparison, options);
     return comparison;
   }
 
@@ -219,15 +241,76 @@ class Parser {
   void parseTrailingModifiers(TextOptions& options) {
     const size_t start = position_;
     while (addModifier(peek(), options)) ++position_;
-    if (isKeyPart(peek())) failAt(start, "expected modifiers of the letters c, d and w, or && or ||");
+    const bool startsAnotherWord = position_ == start && isBlank(text_[start - 1]);
+    if (isKeyPart(peek()) && !startsAnotherWord)
+      failAt(start, "expected modifiers of the letters c, d and w");
     skipBlanks();
   }
 
-  Literal parseValue(TextOptions options) {
+  Literal parseValue(const Comparison& comparison, TextOptions options) {
+    const bool ordered = comparison.op != Operator::Equal && comparison.op != Operator::NotEqual;
+    const size_t start = position_;
     const bool quoted = peek() == u'"' || peek() == u'\'';
-    std::vector<PatternElement> elements = quoted ? parseQuoted() : parseBareWord();
+    Literal literal;
+    std::vector<PatternElement> elements;
+    if (peek() == u'$') {
+      setTime(literal, readTime(text_, position_));
+      elements = takeLiterally(start);
+    } else {
+      elements = quoted ? parseQuoted() : parseBareWord();
+    }
+    if (quoted) readQuotedTime(literal, start, ordered);
+    skipBlanks();
     parseTrailingModifiers(options);
-    return makeLiteral(elements, options, quoted);
+    if (!literal.number && !literal.relativeTime) readPlainValue(literal, elements, quoted);
+    if (ordered && !literal.number && !literal.relativeTime) {
+      failAt(start, isTooLarge(elements) ? "this number is out of range" : "expected a number or a date");
+    }
+    if (comparison.key.file == FileAttribute::TextContent) {
+      options.wholeWords = true;
+      foldBlanks(elements);
+    }
+    literal.text = TextPattern(elements, options);
+    return literal;
+  }
+
+  static void setTime(Literal& literal, const TimeValue& time) {
+    if (const auto* const relative = std::get_if<RelativeTime>(&time)) {
+      literal.relativeTime = *relative;
+    } else {
+      setPeriod(literal, std::get<Period>(time));
+    }
+  }
+
+  // Text that names a time means that time, too. Where nothing else would do, a mistake in it is told.
+  void readQuotedTime(Literal& literal, size_t opening, bool nothingElse) const {
+    const std::u16string_view upToQuote = text_.substr(0, position_ - 1);
+    size_t position = opening + 1;
+    if (!upToQuote.substr(position).starts_with(kTimePrefix)) return;
+    try {
+      const TimeValue time = readTime(upToQuote, position);
+      if (position == upToQuote.size()) setTime(literal, time);
+    } catch (const ParseError&) {
+      if (nothingElse) throw;
+    }
+  }
+
+  static void readPlainValue(Literal& literal, const std::vector<PatternElement>& elements, bool quoted) {
+    const std::string plain = plainText(elements);
+    literal.number = readNumber(plain).number;
+    if (!quoted && (plain == "true" || plain == "false")) literal.truth = plain == "true";
+  }
+
+  static bool isTooLarge(const std::vector<PatternElement>& elements) {
+    return readNumber(plainText(elements)).outOfRange;
+  }
+
+  // What was read from `start` on, once more, without a meaning of its own.
+  std::vector<PatternElement> takeLiterally(size_t start) {
+    const size_t end = std::exchange(position_, start);
+    std::vector<PatternElement> elements;
+    while (position_ < end) append(elements, PatternElement::Literal);
+    return elements;
   }
 
   // Characters outside the basic plane are two units; the pattern wants them whole.
@@ -258,7 +341,6 @@ class Parser {
       }
     }
     ++position_;
-    skipBlanks();
     return elements;
   }
 
@@ -267,21 +349,7 @@ class Parser {
     if (!isBareWordPart(peek())) fail("expected a value; put text with special characters in quotes");
     std::vector<PatternElement> elements;
     while (!atEnd() && isBareWordPart(peek())) append(elements, kindOf(peek()));
-    skipBlanks();
     return elements;
-  }
-
-  static Literal makeLiteral(const std::vector<PatternElement>& elements, TextOptions options, bool quoted) {
-    Literal literal;
-    literal.text = TextPattern(elements, options);
-    std::string plain;
-    for (const PatternElement& element : elements) {
-      if (element.kind != PatternElement::Literal || element.character >= 0x80) return literal;
-      plain += static_cast<char>(element.character);
-    }
-    literal.number = parseNumber(plain);
-    if (!quoted && (plain == "true" || plain == "false")) literal.truth = plain == "true";
-    return literal;
   }
 
   std::u16string_view text_;

@@ -6,25 +6,24 @@
 //   range      := 'InRange' '(' KEY ',' number ',' number ')'      the name in any case
 //   comparison := KEY modifiers? OPERATOR modifiers? VALUE [cdw]*   modifiers in brackets: '[' [cdw]* ']'
 //
-// A value is text in double or single quotes, in which `\` takes the next character as it is, or a bare word:
-// a number, `true`, `false`, or a word without blanks, quotes, operators, brackets, commas, `$` and `\`.
-// Unescaped,
-// `*` stands for any run of characters and `?` for one character, in quotes and in bare words.
+// A value is text in double or single quotes, in which `\` takes the next character as it is; a time (see
+// time_values.h), with or without quotes; or a bare word: a number, `true`, `false`, or a word without
+// blanks, quotes, operators, brackets, commas, `$` and `\`. Unescaped, `*` stands for any run of characters
+// and `?` for one character, in quotes and in bare words. Where a number is wanted, a time will do.
+//
+// The text of `kMDItemTextContent` is compared by whole words, as though the modifier `w` were there, and
+// a run of white space in the value counts as one blank.
 #pragma once
 
-#include <string>
 #include <string_view>
 #include <variant>
 
+#include "parse_error.h"
 #include "query_expression.h"
 
 namespace standin::metadata {
 
-struct ParseError {
-  size_t position;  // in UTF-16 units from the start of the string
-  std::string reason;
-};
-
+// Times in the expression that are relative to the present stay so until they are resolved.
 std::variant<ExpressionRef, ParseError> parseQuery(std::u16string_view text);
 
 }  // namespace standin::metadata

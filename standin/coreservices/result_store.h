@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace standin::metadata {
@@ -12,37 +14,68 @@ namespace standin::metadata {
 class ResultStore {
  public:
   using Folder = uint32_t;
+  using File = uint32_t;  // below fileLimit(); that of a removed file is given to another
   static constexpr Folder kNoFolder = UINT32_MAX;
+  static constexpr File kNoFile = UINT32_MAX;
+
+  ResultStore() = default;
+  ResultStore(const ResultStore&) = delete;
+  ResultStore& operator=(const ResultStore&) = delete;
 
   // The first folder of a search has no folder above it, and its absolute path for a name.
   Folder addFolder(Folder above, std::string_view name);
-  void add(Folder folder, std::string_view name);
-  // The result at order[i] goes to place i.
-  void reorder(const std::vector<uint32_t>& order);
+  File add(Folder folder, std::string_view name);
+  File add(std::string_view path);  // absolute, of a file that isn't there yet
+  void remove(File file);
   void shrink();  // gives back what growing kept in reserve
+  // Gives back what removed files left behind, once that is worth it. Numbers of folders change.
+  void compact();
 
-  size_t size() const { return results_.size(); }
-  std::string path(size_t index) const;  // bytes, absolute
-  // The index of the file with that path; size() when there is none.
-  size_t find(const std::string& path) const;
+  size_t fileLimit() const { return files_.size(); }
+  std::string path(File file) const;  // bytes, absolute
+  File find(std::string_view path) const;
+  std::vector<std::string> pathsBelow(std::string_view folder) const;
 
  private:
   struct Entry {
     Folder folder;
-    uint32_t name;  // offset of its zero-ended bytes
+    uint32_t name;  // offset of its zero-ended bytes; kRemoved for a file that isn't there
   };
-  struct HashedIndex {
-    uint32_t hash;
-    uint32_t index;
+  static constexpr uint32_t kRemoved = UINT32_MAX;
+
+  // Hash and equality of entries by their paths, in sets of numbers.
+  struct PathHash {
+    using is_transparent = void;
+    const ResultStore* store;
+    const std::vector<Entry>* entries;
+    size_t operator()(uint32_t number) const { return (*this)(store->pathOf((*entries)[number])); }
+    size_t operator()(std::string_view path) const { return std::hash<std::string_view>{}(path); }
   };
+  struct SamePath {
+    using is_transparent = void;
+    const ResultStore* store;
+    const std::vector<Entry>* entries;
+    bool operator()(uint32_t left, uint32_t right) const { return left == right; }
+    bool operator()(std::string_view path, uint32_t number) const {
+      return store->pathOf((*entries)[number]) == path;
+    }
+    bool operator()(uint32_t number, std::string_view path) const { return (*this)(path, number); }
+  };
+  using ByPath = std::unordered_set<uint32_t, PathHash, SamePath>;
 
   uint32_t keep(std::string_view name);
-  void appendFolderPath(std::string& path, Folder folder) const;
+  std::string pathOf(const Entry& entry) const;
+  Folder folderAt(std::string_view path);
 
   std::string names_;
+  size_t removedNames_ = 0;  // bytes
   std::vector<Entry> folders_;
-  std::vector<Entry> results_;
-  mutable std::vector<HashedIndex> byPath_;  // sorted by hash; made by the first find() after a change
+  std::vector<Entry> files_;
+  std::vector<File> free_;
+  // Made when they are asked, and kept up to date from then on.
+  mutable bool filesIndexed_ = false;
+  mutable ByPath filesByPath_{0, PathHash{this, &files_}, SamePath{this, &files_}};
+  ByPath foldersByPath_{0, PathHash{this, &folders_}, SamePath{this, &folders_}};
 };
 
 }  // namespace standin::metadata

@@ -4,29 +4,26 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
-
-#include "file_attributes.h"
+#include <optional>
+#include <utility>
 
 namespace standin::metadata {
-namespace {
 
-class Collector : public WalkVisitor {
+class Search::Collector : public WalkVisitor {
  public:
-  Collector(const SearchRequest& request, ResultStore& results) : request_(request), results_(results) {}
-
-  bool full() const { return results_.size() >= request_.maximum; }
+  explicit Collector(Search& search) : search_(search) {}
 
   void entered(const std::string& path, size_t nameLength) override {
-    const std::string name = path.substr(path.size() - nameLength);
-    open_.push_back({ResultStore::kNoFolder, name});
+    open_.push_back({ResultStore::kNoFolder, path.substr(path.size() - nameLength)});
   }
   void left() override { open_.pop_back(); }
 
-  bool found(int folder, const std::string& path, const char* name) override {
+  void found(int folder, const std::string& path, const char* name) override {
     FileRecord record(folder, path, name, name);
-    if (matches(*request_.expression, record)) results_.add(currentFolder(), name);
-    return !full();
+    if (!matches(*search_.request_.expression, record)) return;
+    const ResultStore::File file = search_.results_.add(currentFolder(), name);
+    ++search_.found_;
+    if (search_.onFound_) search_.onFound_(file, record);
   }
 
  private:
@@ -41,28 +38,50 @@ class Collector : public WalkVisitor {
     while (first > 0 && open_[first - 1].stored == ResultStore::kNoFolder) --first;
     ResultStore::Folder above = first > 0 ? open_[first - 1].stored : ResultStore::kNoFolder;
     for (; first < open_.size(); ++first) {
-      above = open_[first].stored = results_.addFolder(above, open_[first].name);
+      above = open_[first].stored = search_.results_.addFolder(above, open_[first].name);
     }
     return above;
   }
 
-  const SearchRequest& request_;
-  ResultStore& results_;
+  Search& search_;
   std::vector<OpenFolder> open_;
 };
+
+namespace {
+
+std::optional<std::string> realPath(const std::string& path) {
+  if (!path.starts_with('/')) return {};
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+  if (!real) return {};
+  return real.get();
+}
+
+bool isFolder(const std::string& path) {
+  struct stat info;
+  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+}  // namespace
 
 bool liesIn(const std::string& path, const std::string& folder) {
   if (!path.starts_with(folder)) return false;
   return path.size() == folder.size() || folder.back() == '/' || path[folder.size()] == '/';
 }
 
-// The real paths of the folders that are there, without those that lie in others.
+std::string intendedPath(const std::string& path) {
+  if (std::optional<std::string> real = realPath(path)) return *real;
+  const size_t slash = path.rfind('/');
+  if (slash == std::string::npos || slash == 0) return path;
+  const std::string folder = intendedPath(path.substr(0, slash));
+  return (folder == "/" ? "" : folder) + path.substr(slash);
+}
+
 std::vector<std::string> distinctFolders(const std::vector<std::string>& folders, size_t& missing) {
   std::vector<std::string> real;
   for (const std::string& folder : folders) {
-    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(folder.c_str(), nullptr), &std::free);
-    if (path) {
-      real.emplace_back(path.get());
+    std::optional<std::string> path = realPath(folder);
+    if (path && isFolder(*path)) {
+      real.push_back(std::move(*path));
     } else {
       ++missing;
     }
@@ -88,19 +107,39 @@ std::vector<FileId> identify(const std::vector<std::string>& folders) {
   return ids;
 }
 
-}  // namespace
+Search::Search(SearchRequest request, ResultStore& results, Found found)
+    : request_(std::move(request)),
+      results_(results),
+      onFound_(std::move(found)),
+      folders_(distinctFolders(request_.folders, report_.missingFolders)),
+      excluded_(identify(request_.excluded)) {}
 
-SearchReport search(const SearchRequest& request, ResultStore& results) {
-  SearchReport report;
-  const std::vector<FileId> excluded = identify(request.excluded);
-  for (const std::string& folder : distinctFolders(request.folders, report.missingFolders)) {
-    Collector collector(request, results);
-    if (collector.full()) break;
-    const WalkReport walked = walk(folder, excluded, collector);
-    report.foldersSearched += walked.folders;
-    report.unreadableFolders += walked.unreadableFolders;
+Search::~Search() = default;
+
+bool Search::nextFolder() {
+  if (walk_) {
+    report_.foldersSearched += walk_->report().folders;
+    report_.unreadableFolders += walk_->report().unreadableFolders;
+    walk_.reset();
   }
-  results.shrink();
+  if (next_ == folders_.size()) return false;
+  collector_ = std::make_unique<Collector>(*this);
+  walk_ = std::make_unique<Walk>(folders_[next_++], excluded_, *collector_);
+  return true;
+}
+
+bool Search::step() {
+  if (found_ >= request_.maximum) return false;
+  if (!walk_ || !walk_->step()) return nextFolder();
+  return found_ < request_.maximum;
+}
+
+SearchReport Search::report() const {
+  SearchReport report = report_;
+  if (walk_) {
+    report.foldersSearched += walk_->report().folders;
+    report.unreadableFolders += walk_->report().unreadableFolders;
+  }
   return report;
 }
 

@@ -1,10 +1,14 @@
-// One search: the indexed folders, or those of a scope, looked through for what an expression describes.
+// One search: folders looked through for what an expression describes, entry by entry, so that it may be left
+// off and gone on with.
 #pragma once
 
+#include <functional>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "file_attributes.h"
 #include "query_expression.h"
 #include "result_store.h"
 #include "walker.h"
@@ -24,7 +28,49 @@ struct SearchRequest {
   size_t maximum = std::numeric_limits<size_t>::max();  // of results
 };
 
-// Appends what is found to `results`.
-SearchReport search(const SearchRequest& request, ResultStore& results);
+class Search {
+ public:
+  // Called for each result once it is in the store, with the record that it was found by.
+  using Found = std::function<void(ResultStore::File, FileRecord&)>;
+
+  // Results are appended to `results`, which must outlive the search.
+  Search(SearchRequest request, ResultStore& results, Found found = {});
+  ~Search();
+  Search(const Search&) = delete;
+  Search& operator=(const Search&) = delete;
+
+  // Looks at one more entry at the most. Answers whether there is more to come.
+  bool step();
+  size_t found() const { return found_; }
+  SearchReport report() const;
+
+ private:
+  class Collector;
+
+  bool nextFolder();
+
+  const SearchRequest request_;
+  ResultStore& results_;
+  const Found onFound_;
+  size_t found_ = 0;
+  SearchReport report_;  // of the folders that are done
+  std::vector<std::string> folders_;
+  size_t next_ = 0;  // of the folders
+  std::vector<FileId> excluded_;
+  std::unique_ptr<Collector> collector_;
+  std::unique_ptr<Walk> walk_;
+};
+
+// Whether it is the folder, or below it.
+bool liesIn(const std::string& path, const std::string& folder);
+
+// The real path of what is there; of what isn't, that of its folder with the name.
+std::string intendedPath(const std::string& path);
+
+// The real paths of the folders, without those that lie in others. Those that aren't there are left out and
+// counted.
+std::vector<std::string> distinctFolders(const std::vector<std::string>& folders, size_t& missing);
+
+std::vector<FileId> identify(const std::vector<std::string>& folders);
 
 }  // namespace standin::metadata

@@ -3,86 +3,84 @@
 #include <unicode/ucol.h>
 #include <unicode/uloc.h>
 
-#include <algorithm>
-#include <memory>
-#include <numeric>
-#include <string>
-#include <string_view>
-#include <variant>
+#include <cmath>
+#include <limits>
+#include <type_traits>
+#include <utility>
 
-#include "file_attributes.h"
 #include "text.h"
 
 namespace standin::metadata {
-namespace {
 
-// What a value is sorted by. The order of the alternatives is the order of values of different types; text is
-// the bytes that ICU makes of it, which compare as the text does.
-using Rank = std::variant<std::monostate, bool, double, std::string>;
+static_assert(std::numeric_limits<long double>::digits >= 64);
 
-struct CloseCollator {
-  void operator()(UCollator* collator) const { ucol_close(collator); }
-};
-using Collator = std::unique_ptr<UCollator, CloseCollator>;
+void Ranker::CloseCollator::operator()(UCollator* collator) const {
+  ucol_close(collator);
+}
 
-Collator openCollator() {
+Ranker::Ranker() {
   UErrorCode error = U_ZERO_ERROR;
   // The C locale would sort by character codes: without a language, the order that all languages start from.
   const char* const locale = uloc_getDefault();
   const bool anyLanguage = std::string_view(locale) == "en_US_POSIX";
-  Collator collator(ucol_open(anyLanguage ? "" : locale, &error));
-  if (collator) ucol_setAttribute(collator.get(), UCOL_NUMERIC_COLLATION, UCOL_ON, &error);
-  return collator;
+  collator_.reset(ucol_open(anyLanguage ? "" : locale, &error));
+  if (!collator_) return;
+  ucol_setAttribute(collator_.get(), UCOL_NUMERIC_COLLATION, UCOL_ON, &error);
+  ucol_setAttribute(collator_.get(), UCOL_NORMALIZATION_MODE, UCOL_ON, &error);
 }
 
-std::string rankOfText(const UCollator* collator, std::string_view bytes) {
-  if (!collator) return std::string(bytes);
-  const std::u16string text = utf16(readableText(bytes));
+Ranker::~Ranker() = default;
+
+// NaN comes before all other numbers.
+Rank Ranker::rankOf(long double number) {
+  return std::isnan(number) ? -std::numeric_limits<long double>::infinity() : number;
+}
+
+Rank Ranker::rankOf(std::u16string_view text) const {
+  if (!collator_) {
+    return TextRank{std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t))};
+  }
   const auto length = static_cast<int32_t>(text.size());
-  std::string rank(text.size() * 4 + 16, '\0');
-  for (;;) {
-    const auto room = static_cast<int32_t>(rank.size());
-    const int32_t size =
-        ucol_getSortKey(collator, text.data(), length, reinterpret_cast<uint8_t*>(rank.data()), room);
-    rank.resize(static_cast<size_t>(size));
-    if (size <= room) return rank;
+  uint8_t buffer[256];
+  int32_t size = ucol_getSortKey(collator_.get(), text.data(), length, buffer, sizeof buffer);
+  if (size <= static_cast<int32_t>(sizeof buffer)) {
+    return TextRank{std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size))};
   }
+  std::string bytes(static_cast<size_t>(size), '\0');
+  ucol_getSortKey(collator_.get(), text.data(), length, reinterpret_cast<uint8_t*>(bytes.data()), size);
+  return TextRank{std::move(bytes)};
 }
 
-Rank rankOf(const UCollator* collator, const Value& value) {
-  if (const auto* const truth = std::get_if<bool>(&value)) return *truth;
-  if (const auto* const integer = std::get_if<int64_t>(&value)) return static_cast<double>(*integer);
-  if (const auto* const real = std::get_if<double>(&value)) return *real;
-  if (const auto* const date = std::get_if<Date>(&value)) return date->seconds;
-  return rankOfText(collator, std::get<std::string_view>(value));
+Rank Ranker::rankOf(const Value& value) const {
+  return std::visit(
+      [this](auto v) -> Rank {
+        using T = decltype(v);
+        if constexpr (std::is_same_v<T, bool>) {
+          return v;
+        } else if constexpr (std::is_same_v<T, Date>) {
+          return rankOf(static_cast<long double>(v.seconds));
+        } else if constexpr (std::is_arithmetic_v<T>) {
+          return rankOf(static_cast<long double>(v));
+        } else {
+          return rankOf(std::u16string_view(utf16(readableText(v))));
+        }
+      },
+      value);
 }
 
-}  // namespace
+void Ranks::set(ResultStore::File file, size_t attribute, Rank rank) {
+  if (ranks_.size() < (file + 1) * perFile_) ranks_.resize((file + 1) * perFile_);
+  ranks_[file * perFile_ + attribute] = std::move(rank);
+}
 
-std::vector<uint32_t> sortedOrder(const ResultStore& results, const std::vector<SortKey>& keys) {
-  const Collator collator = openCollator();
-  const size_t width = keys.size();
-  std::vector<Rank> ranks(results.size() * width);
-  for (size_t i = 0; i < results.size(); ++i) {
-    const std::string path = results.path(i);
-    FileByPath file(path);
-    for (size_t k = 0; k < width; ++k) {
-      const std::optional<Value> value = file.record().value(keys[k].attribute.file);
-      if (value) ranks[i * width + k] = rankOf(collator.get(), *value);
-    }
+bool Ranks::before(ResultStore::File left, ResultStore::File right, const std::vector<SortKey>& keys) const {
+  for (const SortKey& key : keys) {
+    const Rank& first = rank(key.reversed ? right : left, key.attribute);
+    const Rank& second = rank(key.reversed ? left : right, key.attribute);
+    if (first < second) return true;
+    if (second < first) return false;
   }
-  std::vector<uint32_t> order(results.size());
-  std::iota(order.begin(), order.end(), 0u);
-  std::stable_sort(order.begin(), order.end(), [&](uint32_t left, uint32_t right) {
-    for (size_t k = 0; k < width; ++k) {
-      const Rank& first = ranks[(keys[k].reversed ? right : left) * width + k];
-      const Rank& second = ranks[(keys[k].reversed ? left : right) * width + k];
-      if (first < second) return true;
-      if (second < first) return false;
-    }
-    return false;
-  });
-  return order;
+  return false;
 }
 
 }  // namespace standin::metadata

@@ -3,6 +3,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>
+#include <unicode/utf8.h>
 
 #include <algorithm>
 
@@ -68,39 +69,26 @@ std::u32string foldCharacter(char32_t character, TextOptions options) {
   return options.ignoreCase ? caseFolded(folded) : folded;
 }
 
-// Folded text, and for each place between two of its characters (the ends included) whether a word may start
-// or end there. Borders are found in the text before folding, which hides the change from lower to upper
-// case.
-struct Folded {
-  std::u32string text;
-  std::vector<char> border;
-};
-
-bool isBorder(std::u32string_view text, size_t position) {
-  if (position == 0 || position >= text.size()) return true;
-  if (isMark(text[position])) return false;  // belongs to the letter before it
-  size_t before = position - 1;
-  while (before > 0 && isMark(text[before])) --before;
-  const auto left = static_cast<UChar32>(text[before]);
-  const auto right = static_cast<UChar32>(text[position]);
-  if (!u_isalpha(left) || !u_isalpha(right)) return true;
-  return u_islower(left) && u_isupper(right);
+bool isAsciiLetter(char32_t c) {
+  return (c >= U'a' && c <= U'z') || (c >= U'A' && c <= U'Z');
 }
 
-Folded fold(std::u32string_view text, TextOptions options) {
-  const std::u32string whole = composed(text);
-  Folded result;
-  result.text.reserve(whole.size());
-  for (size_t i = 0; i < whole.size(); ++i) {
-    const std::u32string characters = foldCharacter(whole[i], options);
-    if (options.wholeWords && !characters.empty()) {
-      result.border.push_back(isBorder(whole, i));
-      result.border.resize(result.border.size() + characters.size() - 1, 0);
-    }
-    result.text += characters;
-  }
-  if (options.wholeWords) result.border.push_back(1);
-  return result;
+bool isLetter(char32_t c) {
+  return c < 0x80 ? isAsciiLetter(c) : u_isalpha(static_cast<UChar32>(c)) != 0;
+}
+
+// Whether a word may start or end between two characters, of which the left one isn't a mark.
+bool isBorder(char32_t left, char32_t right) {
+  if (right >= kFirstThatMayCompose && isMark(right)) return false;  // belongs to the letter before it
+  if (!isLetter(left) || !isLetter(right)) return true;
+  return u_islower(static_cast<UChar32>(left)) && u_isupper(static_cast<UChar32>(right));
+}
+
+std::u32string fold(std::u32string_view text, TextOptions options) {
+  std::u32string folded;
+  folded.reserve(text.size());
+  for (const char32_t character : composed(text)) folded += foldCharacter(character, options);
+  return folded;
 }
 
 // All places of the pattern that the text read so far may have reached, advanced character by character: the
@@ -114,6 +102,8 @@ class Progress {
   bool atEnd() const { return now_.back() != 0; }
 
   void read(char32_t character) {
+    if (!active_) return;
+    active_ = false;
     std::fill(next_.begin(), next_.end(), 0);
     for (size_t i = 0; i < elements_.size(); ++i) {
       if (!now_[i]) continue;
@@ -130,6 +120,7 @@ class Progress {
  private:
   // A run may be empty, so reaching its start reaches what follows it too.
   void reach(std::vector<char>& places, size_t place) {
+    active_ = true;
     places[place] = 1;
     while (place < elements_.size() && elements_[place].kind == PatternElement::AnyRun) places[++place] = 1;
   }
@@ -137,24 +128,70 @@ class Progress {
   const std::vector<PatternElement>& elements_;
   std::vector<char> now_;
   std::vector<char> next_;
+  bool active_ = false;  // some place is reached
 };
 
-bool matchWhole(const std::vector<PatternElement>& elements, std::u32string_view text) {
-  Progress progress(elements);
-  progress.startHere();
-  for (const char32_t character : text) progress.read(character);
-  return progress.atEnd();
+// The first part of the text, of a size that can be composed and folded at once; what follows starts with a
+// character that composes with nothing before it, as far as such a one comes soon.
+std::string_view firstPiece(std::string_view bytes) {
+  constexpr size_t kPiece = 64 << 10;
+  if (bytes.size() <= kPiece) return bytes;
+  UErrorCode error = U_ZERO_ERROR;
+  const UNormalizer2* const normalizer = unorm2_getNFCInstance(&error);
+  const auto length = static_cast<int32_t>(std::min(bytes.size(), 2 * kPiece));
+  int32_t end = kPiece;
+  while (end < length && U8_IS_TRAIL(bytes[static_cast<size_t>(end)])) ++end;
+  for (int32_t next = end; next < length; end = next) {
+    UChar32 character = 0;
+    U8_NEXT(bytes.data(), next, length, character);
+    if (character >= 0 && unorm2_hasBoundaryBefore(normalizer, character)) break;
+  }
+  return bytes.substr(0, static_cast<size_t>(end));
 }
 
-bool matchWords(const std::vector<PatternElement>& elements, const Folded& folded) {
-  Progress progress(elements);
-  for (size_t i = 0; i <= folded.text.size(); ++i) {
-    if (folded.border[i]) progress.startHere();
-    if (folded.border[i] && progress.atEnd()) return true;
-    if (i < folded.text.size()) progress.read(folded.text[i]);
+// Reads text piece by piece, so that a long one takes no more memory than a short one.
+class Reading {
+ public:
+  Reading(const std::vector<PatternElement>& elements, TextOptions options)
+      : progress_(elements), options_(options) {}
+
+  bool matches(std::string_view bytes) {
+    progress_.startHere();
+    while (!bytes.empty()) {
+      const std::string_view piece = firstPiece(bytes);
+      bytes.remove_prefix(piece.size());
+      for (const char32_t character : composed(readableText(piece))) {
+        if (endsBefore(character)) return true;
+        read(character);
+      }
+    }
+    return progress_.atEnd();
   }
-  return false;
-}
+
+ private:
+  // Borders are found in the text before folding, which hides the change from lower to upper case.
+  bool endsBefore(char32_t character) {
+    if (!options_.wholeWords || !isBorder(last_, character)) return false;
+    if (progress_.atEnd()) return true;
+    progress_.startHere();
+    return false;
+  }
+
+  void read(char32_t character) {
+    if (character < 0x80) {
+      const auto ascii = static_cast<char>(character);
+      progress_.read(static_cast<char32_t>(options_.ignoreCase ? lowerAscii(ascii) : ascii));
+      last_ = character;
+      return;
+    }
+    for (const char32_t folded : foldCharacter(character, options_)) progress_.read(folded);
+    if (!isMark(character)) last_ = character;
+  }
+
+  Progress progress_;
+  const TextOptions options_;
+  char32_t last_ = 0;  // that isn't a mark
+};
 
 bool equalLiterals(const std::vector<PatternElement>& elements, std::u32string_view text) {
   return elements.size() == text.size() && std::equal(elements.begin(), elements.end(), text.begin(),
@@ -167,11 +204,9 @@ bool equalLiterals(const std::vector<PatternElement>& elements, std::u32string_v
 
 TextPattern::TextPattern(const std::vector<PatternElement>& elements, TextOptions options)
     : options_(options) {
-  TextOptions folding = options;
-  folding.wholeWords = false;
   std::u32string run;
   const auto endRun = [&] {
-    for (const char32_t character : fold(run, folding).text) {
+    for (const char32_t character : fold(run, options)) {
       elements_.push_back({PatternElement::Literal, character});
     }
     run.clear();
@@ -181,7 +216,10 @@ TextPattern::TextPattern(const std::vector<PatternElement>& elements, TextOption
       run += element.character;
     } else {
       endRun();
-      elements_.push_back(element);
+      // Any run after any run is one: the time to match stays pattern times text.
+      const bool repeated = element.kind == PatternElement::AnyRun && !elements_.empty() &&
+                            elements_.back().kind == PatternElement::AnyRun;
+      if (!repeated) elements_.push_back(element);
     }
   }
   endRun();
@@ -199,9 +237,8 @@ bool TextPattern::matches(std::string_view bytes) const {
     return std::equal(bytes.begin(), bytes.end(), asciiLiteral_.begin(), asciiLiteral_.end(),
                       [](char text, char pattern) { return lowerAscii(text) == pattern; });
   }
-  const Folded folded = fold(readableText(bytes), options_);
-  if (literal_) return equalLiterals(elements_, folded.text);
-  return options_.wholeWords ? matchWords(elements_, folded) : matchWhole(elements_, folded.text);
+  if (literal_) return equalLiterals(elements_, fold(readableText(bytes), options_));
+  return Reading(elements_, options_).matches(bytes);
 }
 
 bool TextPattern::matchesEverything() const {

@@ -31,7 +31,7 @@ class TextPattern {
 
   // Compares the whole text, or with wholeWords any part of it that starts and ends at a word's border:
   // beside anything that isn't a letter, where a lower-case letter meets an upper-case one, and at the text's
-  // ends.
+  // ends. With wildcards or wholeWords, memory doesn't grow with the text.
   bool matches(std::string_view bytes) const;
 
   // True for a lone `*`: every value matches, of whatever type.

@@ -68,30 +68,26 @@ bool isHarmless(int error) {
   return error == ENOENT || error == ENOTDIR || error == ELOOP;
 }
 
-class Walk {
- public:
-  Walk(const std::vector<FileId>& excluded, WalkVisitor& visitor)
-      : excluded_(excluded), visitor_(visitor), buffer_(64 * 1024) {}
+}  // namespace
 
-  WalkReport run(const std::string& root) {
-    path_ = root;
+class Walk::Implementation {
+ public:
+  Implementation(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor)
+      : excluded_(excluded), visitor_(visitor), buffer_(64 * 1024), path_(root) {
     enter(openFolder(AT_FDCWD, root.c_str(), true), root.size());
-    while (!stack_.empty() && step()) {
-    }
-    return report_;
   }
 
- private:
-  // Handles the next entry of the innermost folder. Answers whether to go on.
+  // Handles the next entry of the innermost folder.
   bool step() {
+    if (stack_.empty()) return false;
     Folder& folder = stack_.back();
     if (folder.next == folder.entries.size()) {
       leave();
-      return true;
+      return !stack_.empty();
     }
     const Entry entry = folder.entries[folder.next++];
     const char* const name = folder.names.data() + entry.name;
-    if (!visitor_.found(folder.descriptor.get(), path_, name)) return false;
+    visitor_.found(folder.descriptor.get(), path_, name);
     if (!entry.mayBeFolder) return true;
     Descriptor descriptor = openFolder(folder.descriptor.get(), name);
     const size_t nameLength = std::strlen(name);
@@ -104,6 +100,9 @@ class Walk {
     return true;
   }
 
+  const WalkReport& report() const { return report_; }
+
+ private:
   // Answers whether the folder was entered; errno tells why `descriptor` is empty, if it is.
   bool enter(Descriptor descriptor, size_t nameLength) {
     Folder folder;
@@ -185,10 +184,17 @@ class Walk {
   WalkReport report_;
 };
 
-}  // namespace
+Walk::Walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor)
+    : implementation_(std::make_unique<Implementation>(root, excluded, visitor)) {}
 
-WalkReport walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor) {
-  return Walk(excluded, visitor).run(root);
+Walk::~Walk() = default;
+
+bool Walk::step() {
+  return implementation_->step();
+}
+
+const WalkReport& Walk::report() const {
+  return implementation_->report();
 }
 
 }  // namespace standin::metadata

@@ -8,6 +8,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,11 +24,11 @@ class WalkVisitor {
  public:
   virtual ~WalkVisitor() = default;
   // A folder (the first one included) is about to be walked through; `path` is the whole path of it. The walk
-  // calls left() for it when it is done, unless the walk was stopped.
+  // calls left() for it when it is done, unless the walk isn't gone on with.
   virtual void entered(const std::string& path, size_t nameLength) = 0;
   virtual void left() = 0;
-  // One entry of the folder that is open as `folder` at `path`. Answers whether to go on with the walk.
-  virtual bool found(int folder, const std::string& path, const char* name) = 0;
+  // One entry of the folder that is open as `folder` at `path`.
+  virtual void found(int folder, const std::string& path, const char* name) = 0;
 };
 
 struct WalkReport {
@@ -35,8 +36,24 @@ struct WalkReport {
   size_t unreadableFolders = 0;  // skipped: no permission, or an error of the disk
 };
 
-// `root` is an absolute path without a slash at its end (except "/"). Folders named in `excluded` are
-// entries, but what is in them isn't walked through. What vanishes during the walk is left out.
-WalkReport walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor);
+// A walk goes step by step, so that it may be left off and gone on with.
+class Walk {
+ public:
+  // `root` is an absolute path without a slash at its end (except "/"). Folders named in `excluded` are
+  // entries, but what is in them isn't walked through. What vanishes during the walk is left out. Both
+  // arguments that are references must outlive the walk.
+  Walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor);
+  ~Walk();
+  Walk(const Walk&) = delete;
+  Walk& operator=(const Walk&) = delete;
+
+  // Shows the visitor one more entry at the most. Answers whether there is more to come.
+  bool step();
+  const WalkReport& report() const;
+
+ private:
+  class Implementation;
+  std::unique_ptr<Implementation> implementation_;
+};
 
 }  // namespace standin::metadata

@@ -4,10 +4,13 @@
 #include <dlfcn.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "control.h"
 #include "file_urls.h"
 #include "standin/corefoundation/CFRuntime.h"
 #include "standin/gate/gate.h"
@@ -62,6 +65,11 @@ bool load(BundleState& bundle) {
   return bundle.library != nullptr;
 }
 
+std::vector<std::string>& hiddenSymbols() {
+  static std::vector<std::string> names;
+  return names;
+}
+
 // Looking a name up loads the executable first.
 void* find(const char* call, CFBundleRef bundle, CFStringRef name, bool fails) {
   BundleState& state = stateOf(call, bundle);
@@ -74,10 +82,16 @@ void* find(const char* call, CFBundleRef bundle, CFStringRef name, bool fails) {
   if (!CFStringGetCString(name, text.data(), static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8)) {
     return nullptr;
   }
+  const std::vector<std::string>& hidden = hiddenSymbols();
+  if (std::find(hidden.begin(), hidden.end(), text.data()) != hidden.end()) return nullptr;
   return ::dlsym(state.library, text.data());
 }
 
 }  // namespace
+
+void standin::hideSymbols(std::vector<std::string> names) {
+  hiddenSymbols() = std::move(names);
+}
 
 CFTypeID CFBundleGetTypeID(void) {
   Gate gate{"CFBundleGetTypeID"};

@@ -1,45 +1,12 @@
-#include <CoreServices/CoreServices.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "scratch_folder.h"
-#include "tests/system/owned.h"
+#include "item_fixture.h"
 
 namespace {
 
-class Item : public testing::Test {
- protected:
-  ~Item() override {
-    standin::clearFailures();
-    EXPECT_EQ(alive(), "");
-  }
-
-  static Owned<MDItemRef> make(const std::string& path) {
-    return Owned(MDItemCreateWithURL(kCFAllocatorDefault, makeURL(path).get()));
-  }
-  static Owned<CFTypeRef> get(const Owned<MDItemRef>& item, CFStringRef name) {
-    return Owned(MDItemCopyAttribute(item.get(), name));
-  }
-  static std::string text(const Owned<MDItemRef>& item, CFStringRef name) {
-    return textOf(get(item, name).get());
-  }
-  static long long number(const Owned<MDItemRef>& item, CFStringRef name) {
-    const auto value = get(item, name);
-    long long result = -1;
-    if (!value || CFGetTypeID(value.get()) != CFNumberGetTypeID()) return -1;
-    CFNumberGetValue(static_cast<CFNumberRef>(value.get()), kCFNumberSInt64Type, &result);
-    return result;
-  }
-  static double date(const Owned<MDItemRef>& item, CFStringRef name) {
-    const auto value = get(item, name);
-    if (!value || CFGetTypeID(value.get()) != CFDateGetTypeID()) return -1;
-    return CFDateGetAbsoluteTime(static_cast<CFDateRef>(value.get()));
-  }
-
-  ScratchFolder scratch;
-};
+using Item = ItemTest;
 
 TEST_F(Item, IsNullWhereNoFileIs) {
   EXPECT_FALSE(make(scratch.at("none")));
@@ -47,6 +14,15 @@ TEST_F(Item, IsNullWhereNoFileIs) {
   const auto text = makeString("http://localhost/tmp");
   const Owned url(CFURLCreateWithString(kCFAllocatorDefault, text.get(), nullptr));
   EXPECT_EQ(MDItemCreateWithURL(kCFAllocatorDefault, url.get()), nullptr);
+}
+
+TEST_F(Item, IsFoundByANameInTheOtherUnicodeForm) {
+  const std::string composed = scratch.file("box/caf\xC3\xA9.txt");
+  const auto item = make(scratch.at("box/cafe\xCC\x81.txt"));
+  ASSERT_TRUE(item);
+  EXPECT_EQ(text(item, kMDItemPath), composed);
+  EXPECT_TRUE(CFEqual(item.get(), make(composed).get()));
+  EXPECT_FALSE(make(scratch.at("box/cafe.txt")));
 }
 
 TEST_F(Item, KnowsNameAndPath) {

@@ -96,6 +96,54 @@ TEST(QueryString, ReadsNumbersWithAndWithoutQuotes) {
   EXPECT_EQ(comparisonOf(u"k == nan").value.number, std::nullopt);
 }
 
+TEST(QueryString, ReadsTimesWithAndWithoutQuotes) {
+  for (const auto* text :
+       {u"k == $time.today(-1)", u"k == \"$time.today(-1)\"", u"k=='$time.today(-1)'",
+        u"k > $time.yesterday&&j == 1", u"k ==[c] $time.yesterday", u"k == $time.yesterday c",
+        u"InRange(k, 1, $time.today( -1 ))", u"InRange(k, 1, '$time.yesterday')"}) {
+    const auto result = parseQuery(text);
+    const Expression& expression = parsed(result);
+    const Comparison& comparison =
+        expression.parts.empty() ? expression.comparison : expression.parts[0]->comparison;
+    const bool isRange = comparison.op == Operator::InRange;
+    const auto& time = (isRange ? comparison.highest : comparison.value).relativeTime;
+    ASSERT_TRUE(time);
+    EXPECT_EQ(time->unit, TimeUnit::Day);
+    EXPECT_EQ(time->distance, -1);
+  }
+  EXPECT_EQ(comparisonOf(u"k == $time.iso(2011-03-05T12:00:00Z)").value.number, Number(321019200.0));
+  EXPECT_EQ(comparisonOf(u"k < \"$time.iso(2011-03-05T12:00:00Z)\"").value.number, Number(321019200.0));
+}
+
+TEST(QueryString, LeavesQuotedTextThatIsNoTimeAsText) {
+  for (const auto* text : {u"k == \"$time.tomorrow\"", u"k == '$time.today '", u"k == \"\\$time.today\"",
+                           u"k != '$time'", u"k == \"costs $5\""}) {
+    const Literal value = comparisonOf(text).value;
+    EXPECT_FALSE(value.relativeTime || value.period || value.number);
+  }
+  EXPECT_TRUE(comparisonOf(u"k == \"$time.tomorrow\"").value.text.matches("$time.tomorrow"));
+  EXPECT_TRUE(comparisonOf(u"k == $time.today(-1)").value.text.matches("$time.today(-1)"));
+}
+
+TEST(QueryString, KeepsTimesRelativeUntilTheyAreResolved) {
+  const auto result = parseQuery(u"a == 1 && (b > $time.now(-5) || c < 2)");
+  const ExpressionRef expression = std::get<ExpressionRef>(result);
+  const ExpressionRef resolved = resolve(expression, Date{1000});
+  const auto timeIn = [](const ExpressionRef& whole) { return whole->parts[1]->parts[0]->comparison.value; };
+  EXPECT_TRUE(timeIn(expression).relativeTime);
+  EXPECT_EQ(timeIn(expression).number, std::nullopt);
+  EXPECT_FALSE(timeIn(resolved).relativeTime);
+  EXPECT_EQ(timeIn(resolved).number, Number(995.0));
+  EXPECT_EQ(resolved->parts[0], expression->parts[0]);  // what has no times is shared
+  EXPECT_EQ(resolve(resolved, Date{2000}), resolved);
+}
+
+TEST(QueryString, TakesTheTextContentByWholeWords) {
+  EXPECT_TRUE(comparisonOf(u"kMDItemTextContent == \"Paris\"").value.text.matches("I love Paris"));
+  EXPECT_FALSE(comparisonOf(u"kMDItemTitle == \"Paris\"").value.text.matches("I love Paris"));
+  EXPECT_TRUE(comparisonOf(u"kMDItemTextContent == \"I \t love\"").value.text.matches("I love Paris"));
+}
+
 TEST(QueryString, ReadsTrueAndFalseAsBareWordsOnly) {
   EXPECT_EQ(comparisonOf(u"k == true").value.truth, true);
   EXPECT_EQ(comparisonOf(u"k == false").value.truth, false);
@@ -174,6 +222,48 @@ TEST(QueryString, IsRefusedWithThePlaceAndTheReasonWhenMalformed) {
       {u"1k == 2", 0, "name of an attribute"},
       {u"k == a,b", 6, "&&"},
       {u"k === 1", 4, "expected a value"},
+      {u"k == 1 && # == 2", 10, "name of an attribute"},
+      {u"k == \"a\" j == 2", 9, "expected && or ||"},
+      {u"k == \"a\" cj == 2", 9, "modifiers"},
+      {u"k ==[c 1", 7, "or ]"},
+      {u"k[c == 1", 4, "or ]"},
+      {u"k[c] c == 1", 5, "expected one of =="},
+      {u"k == 'open\"", 5, "quote is never closed"},
+      {u"k == a\"b\"", 6, "&&"},
+      {u"k == (1)", 5, "special characters in quotes"},
+      {u"k == \\x", 5, "special characters in quotes"},
+      {u"k == 1 || || j == 2", 10, "name of an attribute"},
+      {u"k == 1 | j == 2", 7, "&&"},
+      {u"(k == 1 j == 2)", 8, "or )"},
+      {u"!(k == 1", 1, "never closed"},
+      {u"!!(k == 1)", 1, "expected ("},
+      {u"* != 1", 2, "== only"},
+      {u"* < 1", 2, "== only"},
+      {u"InRange(*, 1, 2)", 8, "== only"},
+      {u"InRange(k 1, 2)", 10, "expected ,"},
+      {u"InRange(k, 1 2)", 13, "expected ,"},
+      {u"InRange(k, 1, 2, 3)", 15, "expected )"},
+      {u"InRange(, 1, 2)", 8, "name of an attribute"},
+      {u"k > 'abc'", 4, "number or a date"},
+      {u"k > 1e999", 4, "out of range"},
+      {u"k > \"1e999\"", 4, "out of range"},
+      {u"InRange(k, 1, 1e-999)", 14, "out of range"},
+      {u"k == $", 5, "expected $time"},
+      {u"k == $size", 5, "expected $time"},
+      {u"k == $time.tomorrow", 11, "expected now, today"},
+      {u"k == $time.today(x)", 17, "whole number"},
+      {u"k == $time.today(1", 16, "never closed"},
+      {u"k == $time.todayx", 11, "expected now, today"},
+      {u"k == $time.today z", 17, "&&"},
+      {u"k == $time.today(1)(2)", 19, "&&"},
+      {u"k < $time.now(99999999999999999999)", 14, "10,000 years"},
+      {u"k > \"$time.tomorrow\"", 11, "expected now, today"},
+      {u"k > \"$time.today(1\"", 16, "never closed"},
+      {u"k > '$time.today!'", 4, "number or a date"},
+      {u"InRange(k, $time.today, '$time.iso(2011-02-30)')", 43, "no such day"},
+      {u"k >= $time.iso(2011-02-30)", 23, "no such day"},
+      {u"\xD83C\xDF4E == 1", 0, "name of an attribute"},
+      {u"k == \"\xD83C\xDF4E\" && (", 14, "name of an attribute"},
   };
   for (const Malformed& row : kRows) {
     const std::u16string text = row.text;
@@ -189,7 +279,20 @@ TEST(QueryString, IsRefusedWithThePlaceAndTheReasonWhenMalformed) {
 TEST(QueryString, IsRefusedWhenItNestsTooDeeplyInsteadOfEndingTheProcess) {
   const std::u16string text = std::u16string(100000, u'(') + u"k == 1" + std::u16string(100000, u')');
   EXPECT_TRUE(std::holds_alternative<ParseError>(parseQuery(text)));
-  EXPECT_EQ(shapeOf(std::u16string(150, u'(') + u"k == 1" + std::u16string(150, u')')), "k");
+  const auto nested = [](size_t depth, std::u16string opening) {
+    std::u16string whole;
+    for (size_t i = 0; i < depth; ++i) whole += opening;
+    return whole + u"k == 1" + std::u16string(depth, u')');
+  };
+  EXPECT_EQ(shapeOf(nested(200, u"(")), "k");
+  EXPECT_EQ(shapeOf(nested(200, u"!(")), std::string(200, '!') + "k");
+  for (const auto& [opening, position] : {std::pair(u"(", 200u), std::pair(u"!(", 401u)}) {
+    const auto result = parseQuery(nested(201, opening));
+    const auto* const error = std::get_if<ParseError>(&result);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->position, position);
+    EXPECT_THAT(error->reason, testing::HasSubstr("too deeply"));
+  }
 }
 
 }  // namespace

@@ -98,14 +98,6 @@ TEST_F(Query, KeepsItsResultsWhenItIsStopped) {
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 1);
 }
 
-TEST_F(Query, StaysIncompleteWithoutTheSynchronousFlag) {
-  scratch.file("a.txt");
-  const auto query = make("kMDItemFSName == \"*.txt\"");
-  EXPECT_TRUE(MDQueryExecute(query.get(), kMDQueryWantsUpdates));
-  EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
-  EXPECT_EQ(MDQueryGetResultCount(query.get()), 0);
-}
-
 TEST_F(Query, TakesAMaximumCountBeforeItIsExecuted) {
   for (const char* name : {"a", "b", "c"}) scratch.file(name);
   const auto query = make("kMDItemFSSize == 0");

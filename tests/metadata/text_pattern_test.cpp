@@ -79,7 +79,9 @@ TEST(Wildcards, StandForAnyRunAndForOneCharacter) {
          {u"\"*a*b*c*\"", "xxaxxcxxbxx", false},
          {u"\"*\"", "", true},
          {u"\"?\"", "", false},
-         {u"\"a**b\"", "ab", true}});
+         {u"\"a**b\"", "ab", true},
+         {u"\"**\"", "", true},
+         {u"\"a**?b\"", "ab", false}});
 }
 
 TEST(Wildcards, AreOrdinaryCharactersWhenEscaped) {
@@ -107,6 +109,8 @@ TEST(WholeWords, EndAtNonLettersAndWhereLowerCaseMeetsUpperCase) {
          {u"\"Win*\"w", "Twinset", false},
          {u"\"cafe\"wd", "le café noir", true},
          {u"\"cafe\"wd", "cafés", false},
+         {u"\"y\"w", "x\xCC\x8Cy", false},  // no composed form: the mark stays, and is no border
+         {u"\"Y\"w", "x\xCC\x8CY", true},
          {u"\"Paris\"w", "", false}});
 }
 

@@ -22,20 +22,25 @@ class Listing : public WalkVisitor {
  public:
   void entered(const std::string&, size_t) override { ++depth; }
   void left() override { --depth; }
-  bool found(int folder, const std::string& path, const char* name) override {
+  void found(int folder, const std::string& path, const char* name) override {
     struct stat info;
     if (::fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0) ++unreachable;
     paths.push_back(path + '/' + name);
     if (onFound) onFound(name);
-    return paths.size() < stopAfter;
   }
 
   std::vector<std::string> paths;
   int depth = 0;
   int unreachable = 0;
-  size_t stopAfter = SIZE_MAX;
   std::function<void(const std::string&)> onFound;
 };
+
+WalkReport walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor) {
+  Walk walk(root, excluded, visitor);
+  while (walk.step()) {
+  }
+  return walk.report();
+}
 
 TEST(Walk, ListsEntriesByTheirBytesAndAFoldersContentRightAfterIt) {
   const ScratchFolder scratch;
@@ -103,12 +108,28 @@ TEST(Walk, LeavesOutWhatIsInExcludedFolders) {
   EXPECT_EQ(inside.paths.size(), 1u);
 }
 
-TEST(Walk, EndsWhenTheVisitorSaysSo) {
+TEST(Walk, GoesStepByStep) {
   const ScratchFolder scratch;
   for (const char* name : {"a/1", "a/2", "b/3"}) scratch.file(name);
   Listing listing;
-  listing.stopAfter = 2;
-  walk(scratch.path(), {}, listing);
+  const std::vector<FileId> excluded;
+  Walk walk(scratch.path(), excluded, listing);
+  size_t seen = 0;
+  while (walk.step()) {
+    EXPECT_LE(listing.paths.size(), seen + 1);
+    seen = listing.paths.size();
+  }
+  EXPECT_EQ(listing.paths.size(), 5u);
+  EXPECT_FALSE(walk.step());
+}
+
+TEST(Walk, MayBeLeftOff) {
+  const ScratchFolder scratch;
+  for (const char* name : {"a/1", "a/2", "b/3"}) scratch.file(name);
+  Listing listing;
+  const std::vector<FileId> excluded;
+  Walk walk(scratch.path(), excluded, listing);
+  while (listing.paths.size() < 2) ASSERT_TRUE(walk.step());
   EXPECT_THAT(scratch.within(listing.paths), ElementsAre("a", "a/1"));
 }
 
@@ -170,8 +191,12 @@ TEST(Walk, LeavesNoFileOpen) {
   const auto before = openFiles();
   Listing listing;
   walk(scratch.path(), {}, listing);
-  listing.stopAfter = 2;
-  walk(scratch.path(), {}, listing);
+  {
+    const std::vector<FileId> excluded;
+    Walk leftOff(scratch.path(), excluded, listing);
+    leftOff.step();
+    leftOff.step();
+  }
   EXPECT_EQ(openFiles(), before);
 }
 

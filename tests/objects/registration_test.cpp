@@ -186,13 +186,13 @@ struct ClassCase {
   const REALclassDefinition* record;
   const char* name;
   uint32_t size;
-  int32_t properties, methods, events, constants;
+  int32_t properties, methods, events, constants, sharedMethods;
 };
 TEST(ClassRecords, HaveTheirCountsFlagsAndSizes) {
   const ClassCase cases[] = {
-      {&MDItemClass, "MDItemZNK", 8, 6, 0, 0, 0},
-      {&MDQueryClass, "MDQueryZNK", 8, 2, 19, 3, 9},
-      {&MDQueryBatchingParamsClass, "MDQueryBatchingParamsZNK", 24, 6, 0, 0, 0},
+      {&MDItemClass, "MDItemZNK", 8, 6, 8, 0, 0, 174},
+      {&MDQueryClass, "MDQueryZNK", 8, 2, 27, 3, 9, 0},
+      {&MDQueryBatchingParamsClass, "MDQueryBatchingParamsZNK", 24, 6, 0, 0, 0, 0},
   };
   for (const ClassCase& row : cases) {
     SCOPED_TRACE(row.name);
@@ -206,11 +206,18 @@ TEST(ClassRecords, HaveTheirCountsFlagsAndSizes) {
     EXPECT_EQ(row.methods, row.record->methodCount);
     EXPECT_EQ(row.events, row.record->eventCount);
     EXPECT_EQ(row.constants, row.record->constantCount);
+    EXPECT_EQ(0, row.record->sharedPropertyCount);
+    EXPECT_EQ(row.sharedMethods, row.record->sharedMethodCount);
     EXPECT_EQ((Words(4, 0)), words(row.record->newer, 4));
     for (int32_t i = 0; i < row.record->propertyCount; ++i) EXPECT_EQ(6u, row.record->properties[i].flags);
     for (int32_t i = 0; i < row.record->methodCount; ++i) {
       EXPECT_EQ(4u, row.record->methods[i].flags);
-      EXPECT_EQ(nullptr, row.record->methods[i].setter);
+      const bool computed = strstr(row.record->methods[i].declaration, "BatchingParameters");
+      EXPECT_EQ(computed, row.record->methods[i].setter != nullptr);
+    }
+    for (int32_t i = 0; i < row.record->sharedMethodCount; ++i) {
+      EXPECT_EQ(4u, row.record->sharedMethods[i].flags);
+      EXPECT_EQ(nullptr, row.record->sharedMethods[i].setter);
     }
   }
 }

@@ -3,8 +3,7 @@
 
 #include <CoreServices/CoreServices.h>
 
-#include <memory>
-
+#include "tests/plugin/cf_values.h"
 #include "tests/plugin/fixture.h"
 
 namespace {
@@ -12,19 +11,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct Release {
-  void operator()(const void* value) const { CFRelease(value); }
-};
-typedef std::unique_ptr<const void, Release> Owner;
-
 class Events : public PluginTest, public testing::WithParamInterface<double> {
  protected:
   void SetUp() override {
     for (const char* name : {"a", "b", "c"}) tree_.add(name);
     tree_.index();
-    host::Settings settings = GetParam() < 2012.0 ? host::oldHost(GetParam()) : host::Settings();
-    settings.version = GetParam();
-    start(settings);
+    start(settings());
     query_ = host::construct("MDQueryZNK", "kMDItemFSName == \"*\"");
     host::call(query_, "Execute", 1);
     for (const char* event : {"Progress", "Finish", "Update"}) {
@@ -33,6 +25,12 @@ class Events : public PluginTest, public testing::WithParamInterface<double> {
         arguments_ = arguments;
       });
     }
+  }
+
+  static host::Settings settings() {
+    host::Settings settings = GetParam() < 2012.0 ? host::oldHost(GetParam()) : host::Settings();
+    settings.version = GetParam();
+    return settings;
   }
 
   void TearDown() override {
@@ -51,14 +49,14 @@ class Events : public PluginTest, public testing::WithParamInterface<double> {
   }
 
   // Items 0 to count-1 of the query under the key.
-  Owner items(CFStringRef key, CFIndex count) const {
+  CFOwner items(CFStringRef key, CFIndex count) const {
     const auto array = CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks);
     for (CFIndex i = 0; i < count; ++i) CFArrayAppendValue(array, MDQueryGetResultAtIndex(reference(), i));
     const auto info = CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
                                                 &kCFTypeDictionaryValueCallBacks);
     CFDictionarySetValue(info, key, array);
     CFRelease(array);
-    return Owner(info);
+    return CFOwner(info);
   }
 
   TempTree tree_;
@@ -100,13 +98,71 @@ TEST_P(Events, CarryTheItemsOfEachListInItsPlace) {
 }
 
 TEST_P(Events, LeaveNoHoleForAnItemThatCantBeWrapped) {
-  const Owner info = items(kMDQueryUpdateAddedItems, 3);
+  const CFOwner info = items(kMDQueryUpdateAddedItems, 3);
   standin::failCall("PluginNewInstance", 2);
   post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
   const auto added = host::elements(arguments_[0]);
   ASSERT_EQ(2u, added.size());
   EXPECT_EQ("a", host::get(added[0], "FSName").text());
   EXPECT_EQ("c", host::get(added[1], "FSName").text());
+}
+
+TEST_P(Events, PassOverNullsAndLeaveNoHole) {
+  const CFOwner items = cfArray(
+      {MDQueryGetResultAtIndex(reference(), 0), nullptr, nullptr, MDQueryGetResultAtIndex(reference(), 2)});
+  const CFOwner info = cfDictionary({{kMDQueryUpdateRemovedItems, items.get()}});
+  post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
+  const auto removed = host::elements(arguments_[2]);
+  ASSERT_EQ(2u, removed.size());
+  EXPECT_EQ("a", host::get(removed[0], "FSName").text());
+  EXPECT_EQ("c", host::get(removed[1], "FSName").text());
+}
+
+TEST_P(Events, OfAListOfNullsAloneCarryAnEmptyArray) {
+  const CFOwner items = cfArray({nullptr, nullptr});
+  const CFOwner info = cfDictionary({{kMDQueryUpdateAddedItems, items.get()}});
+  post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
+  EXPECT_THAT(sizes(arguments_), ElementsAre(0, 0, 0));
+}
+
+// The exception comes out where the notification was posted, and nothing stays behind.
+TEST_P(Events, WhoseHandlerThrowsGiveEverythingBackAndGoOn) {
+  const CFOwner info = items(kMDQueryUpdateAddedItems, 3);
+  const auto raise = [&](CFStringRef name) { post(name, static_cast<CFDictionaryRef>(info.get())); };
+  standin::throwFromCall("event Update", 1);
+  EXPECT_THROW(raise(kMDQueryDidUpdateNotification), standin::PlannedException);
+  standin::throwFromCall("event Finish", 1);
+  EXPECT_THROW(raise(kMDQueryDidFinishNotification), standin::PlannedException);
+  standin::clearFailures();
+  raise(kMDQueryDidUpdateNotification);
+  EXPECT_THAT(heard_, ElementsAre("Update"));
+}
+
+TEST_P(Events, WhoseHandlerRaisesGiveEverythingBackAndGoOn) {
+  host::setEventHandler(query_, "Update", [this](const std::vector<host::Value>&) {
+    heard_.push_back("Update");
+    host::call(host::newInstance("MDQueryZNK"), "Stop");
+  });
+  const CFOwner info = items(kMDQueryUpdateAddedItems, 3);
+  for (int i = 0; i < 2; ++i) {
+    post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
+    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+  }
+  EXPECT_THAT(heard_, ElementsAre("Update", "Update"));
+}
+
+TEST_P(Events, MayRunAnotherQuery) {
+  size_t found = 0;
+  int finished = 0;
+  host::setEventHandler(query_, "Finish", [&](const std::vector<host::Value>&) {
+    const host::Value other = host::construct("MDQueryZNK", "kMDItemFSName == \"b\"");
+    host::setEventHandler(other, "Finish", [&](const std::vector<host::Value>&) { ++finished; });
+    host::call(other, "Execute", 1);
+    found = host::elements(host::call(other, "Results")).size();
+  });
+  post(kMDQueryDidFinishNotification);
+  EXPECT_EQ(1u, found);
+  EXPECT_EQ(1, finished);
 }
 
 TEST_P(Events, FinishHasNoArgumentsWhateverTheNotificationCarries) {
@@ -117,7 +173,7 @@ TEST_P(Events, FinishHasNoArgumentsWhateverTheNotificationCarries) {
 
 TEST_P(Events, WithoutAHandlerMakeNoObjects) {
   host::setEventHandler(query_, "Progress", nullptr);
-  const Owner info = items(kMDQueryUpdateAddedItems, 3);
+  const CFOwner info = items(kMDQueryUpdateAddedItems, 3);
   const int made = standin::callCount("PluginNewInstance");
   const int arrays = standin::callCount("RuntimeArrayCreateSingleDimBoundedArray");
   post(kMDQueryProgressNotification, static_cast<CFDictionaryRef>(info.get()));
@@ -136,7 +192,7 @@ TEST_P(Events, AreNotRaisedForAnotherQuerysNotifications) {
 }
 
 TEST_P(Events, AreNotRaisedOnceTheObjectIsDestroyed) {
-  const Owner query(CFRetain(reference()));
+  const CFOwner query(CFRetain(reference()));
   arguments_.clear();
   query_ = {};
   CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(), kMDQueryDidFinishNotification,
@@ -146,7 +202,7 @@ TEST_P(Events, AreNotRaisedOnceTheObjectIsDestroyed) {
 }
 
 TEST_P(Events, GiveBackTheArraysThenTheListsInOrder) {
-  const Owner info = items(kMDQueryUpdateAddedItems, 1);
+  const CFOwner info = items(kMDQueryUpdateAddedItems, 1);
   const auto raise = [&] { post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get())); };
   raise();
   arguments_.clear();
@@ -155,6 +211,95 @@ TEST_P(Events, GiveBackTheArraysThenTheListsInOrder) {
   ASSERT_NE(calls.end(), handler);
   EXPECT_EQ((Calls{"REALUnlockObject", "REALUnlockObject", "REALUnlockObject", "CFRelease"}),
             Calls(handler + 1, calls.end()));
+}
+
+// Lists and a dictionary that note when they are asked and when they end.
+const void* noteless(CFAllocatorRef, const void* value) {
+  return value;
+}
+CFHashCode notedLookUp(const void* key) {
+  char text[100] = {};
+  CFStringGetCString(static_cast<CFStringRef>(key), text, sizeof text, kCFStringEncodingUTF8);
+  standin::logNote(std::string("asked for ") + text);
+  return CFHash(key);
+}
+const char* const kListNames[] = {"added", "changed", "removed"};
+template <int list>
+void notedEnd(CFAllocatorRef, const void*) {
+  standin::logNote(std::string(kListNames[list]) + " ends");
+}
+template <int list>
+void setNotedList(CFMutableDictionaryRef info, CFStringRef key, const void* item) {
+  const CFArrayCallBacks callBacks = {0, noteless, notedEnd<list>, nullptr, nullptr};
+  const CFArrayRef values = CFArrayCreate(nullptr, &item, 1, &callBacks);
+  CFDictionarySetValue(info, key, values);
+  CFRelease(values);
+}
+
+TEST_P(Events, LookUpAndGiveBackTheListsInOrder) {
+  const CFDictionaryKeyCallBacks keys = {0, nullptr, nullptr, nullptr, CFEqual, notedLookUp};
+  const CFMutableDictionaryRef info =
+      CFDictionaryCreateMutable(nullptr, 0, &keys, &kCFTypeDictionaryValueCallBacks);
+  const CFOwner owner(info);
+  const void* const item = MDQueryGetResultAtIndex(reference(), 0);
+  setNotedList<0>(info, kMDQueryUpdateAddedItems, item);
+  setNotedList<1>(info, kMDQueryUpdateChangedItems, item);
+  setNotedList<2>(info, kMDQueryUpdateRemovedItems, item);
+  host::setEventHandler(query_, "Update", [&](const std::vector<host::Value>&) {
+    CFDictionaryRemoveAllValues(info);  // from here on the plug-in alone holds the lists
+  });
+  Calls notes = callsOf([&] { post(kMDQueryDidUpdateNotification, info); });
+  std::erase_if(notes, [](const std::string& note) {
+    return !note.starts_with("asked for ") && !note.ends_with(" ends");
+  });
+  EXPECT_THAT(notes, ElementsAre("asked for kMDQueryUpdateAddedItems", "asked for kMDQueryUpdateChangedItems",
+                                 "asked for kMDQueryUpdateRemovedItems", "added ends", "changed ends",
+                                 "removed ends"));
+}
+
+TEST_P(Events, ConvertAddedThenChangedThenRemovedBeforeTheHandlerIsCalled) {
+  const auto listOf = [&](CFIndex count) {
+    std::vector<CFTypeRef> values;
+    for (CFIndex i = 0; i < count; ++i) values.push_back(MDQueryGetResultAtIndex(reference(), i));
+    return cfArray(values);
+  };
+  const CFOwner one = listOf(1), two = listOf(2), three = listOf(3);
+  const CFOwner info = cfDictionary({{kMDQueryUpdateAddedItems, one.get()},
+                                     {kMDQueryUpdateChangedItems, two.get()},
+                                     {kMDQueryUpdateRemovedItems, three.get()}});
+  Calls calls =
+      callsOf([&] { post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get())); });
+  std::erase_if(calls, [](const std::string& call) {
+    return call != "RuntimeArrayCreateSingleDimBoundedArray" && call != "array insert" &&
+           call != "event Update";
+  });
+  EXPECT_THAT(calls, ElementsAre("RuntimeArrayCreateSingleDimBoundedArray", "array insert",
+                                 "RuntimeArrayCreateSingleDimBoundedArray", "array insert", "array insert",
+                                 "RuntimeArrayCreateSingleDimBoundedArray", "array insert", "array insert",
+                                 "array insert", "event Update"));
+}
+
+TEST_P(Events, CompareTheNameWithProgressThenFinishThenUpdate) {
+  const auto comparisons = [&](CFStringRef name) {
+    const Calls calls = callsOf([&] { post(name); });
+    return std::count(calls.begin(), calls.end(), "CFStringCompare");
+  };
+  EXPECT_EQ(1, comparisons(kMDQueryProgressNotification));
+  EXPECT_EQ(2, comparisons(kMDQueryDidFinishNotification));
+  EXPECT_EQ(3, comparisons(kMDQueryDidUpdateNotification));
+}
+
+TEST_P(Events, AdvanceThePositionAlsoWhereAnInsertCouldNotHappen) {
+  const CFOwner info = items(kMDQueryUpdateAddedItems, 3);
+  // The third item's procedure is missing; behind two elements its place stays free, and nothing else moves.
+  standin::failCall("RuntimeArrayDirectGetInsertProc", 3);
+  post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
+  EXPECT_THAT(sizes(arguments_), ElementsAre(2, 0, 0));
+  // The first item's is missing: the others are inserted at 1 and 2, where the empty array has no place.
+  standin::failCall("RuntimeArrayDirectGetInsertProc", 1);
+  post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
+  EXPECT_THAT(sizes(arguments_), ElementsAre(0, 0, 0));
+  EXPECT_EQ(2u, host::takeExceptions().size()) << "the host's own, of places out of bounds";
 }
 
 // Which objects the plug-in gave back, in order.
@@ -171,7 +316,7 @@ void* resolveNotingUnlocks(const char* name) {
 TEST_P(Events, GiveBackAddedThenChangedThenRemoved) {
   query_ = {};
   PluginTest::TearDown();
-  startWith(resolveNotingUnlocks);
+  startWith(resolveNotingUnlocks, settings());
   query_ = host::construct("MDQueryZNK", "kMDItemFSName == \"*\"");
   std::vector<void*> handed;
   host::setEventHandler(query_, "Update", [&](const std::vector<host::Value>& arguments) {
@@ -188,7 +333,7 @@ TEST_P(Events, MayDestroyTheirOwnObject) {
     heard_.push_back("Progress");
     query_ = {};
   });
-  const Owner query(CFRetain(reference()));
+  const CFOwner query(CFRetain(reference()));
   for (const CFStringRef name : {kMDQueryProgressNotification, kMDQueryDidFinishNotification}) {
     CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(), name, query.get(), nullptr,
                                          true);
@@ -200,8 +345,8 @@ TEST_P(Events, WithoutTheServiceForHandlersAreNotRaised) {
   // Found when the plug-in first asks for it, so a plug-in that has not asked yet.
   query_ = {};
   PluginTest::TearDown();
-  host::Settings settings;
-  settings.hidden = {"GetEventInstance"};
+  host::Settings settings = this->settings();
+  settings.hidden.insert("GetEventInstance");
   start(settings);
   query_ = host::construct("MDQueryZNK", "kMDItemFSName == \"*\"");
   host::setEventHandler(query_, "Finish",

@@ -1,18 +1,26 @@
 #include "tests/plugin/fixture.h"
 
-void PluginTest::start(const host::Settings& settings) {
-  startWith(host::resolve, settings);
+#include "standin/coreservices/planned_answers.h"
+
+bool isMachO() {
+  return pluginPath.ends_with(".dylib");
 }
 
-void PluginTest::startWith(standin::PluginFile::Resolver* resolver, const host::Settings& settings) {
+void PluginTest::start(const host::Settings& settings, const std::set<std::string>& absent) {
+  startWith(host::resolve, settings, absent);
+}
+
+void PluginTest::startWith(standin::PluginFile::Resolver* resolver, const host::Settings& settings,
+                           const std::set<std::string>& absent) {
   host::start(settings);
-  plugin_.emplace(pluginPath);
+  plugin_.emplace(pluginPath, absent);
   plugin_->main()(resolver);
   afterStart_ = standin::ledger();
 }
 
 void PluginTest::TearDown() {
   standin::clearFailures();
+  standin::clearAnswers();
   standin::stopLog();
   if (!host::running()) return;
   EXPECT_EQ(Exceptions(), host::takeExceptions()) << "raised, and nobody looked";

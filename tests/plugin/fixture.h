@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +36,7 @@ inline void PrintTo(const Exception& exception, std::ostream* out) {
 }  // namespace standin::host
 
 extern std::string pluginPath;  // what --plugin named
+bool isMachO();                 // whether that is the dylib
 
 const host::Exception kNilQuery = {"NilObjectException", "MDQuery Reference is nil", 0};
 const host::Exception kNilItem = {"NilObjectException", "MDItem Reference is nil", 0};
@@ -43,10 +46,12 @@ typedef std::vector<std::string> Calls;
 
 class PluginTest : public testing::Test {
  protected:
-  // Starts a host of these settings and, in it, a fresh plug-in.
-  void start(const host::Settings& settings = {});
+  // Starts a host of these settings and, in it, a fresh plug-in. `absent` names platform symbols that this
+  // plug-in does not find (dylib only).
+  void start(const host::Settings& settings = {}, const std::set<std::string>& absent = {});
   // The same with a resolver of the test's own.
-  void startWith(standin::PluginFile::Resolver* resolver, const host::Settings& settings = {});
+  void startWith(standin::PluginFile::Resolver* resolver, const host::Settings& settings = {},
+                 const std::set<std::string>& absent = {});
 
   // Everything is given back when a test ends: no host object or string is alive but those that the test says
   // here, and the ledger is where it was after start-up.
@@ -70,4 +75,17 @@ Calls callsOf(Act act) {
   standin::startLog();
   act();
   return standin::stopLog();
+}
+
+// The same, with the type of what is released: "CFRelease CFString".
+template <typename Act>
+Calls detailedCallsOf(Act act) {
+  standin::startDetailedLog();
+  act();
+  return standin::stopLog();
+}
+
+// The last calls of those.
+inline Calls lastOf(const Calls& calls, size_t count) {
+  return Calls(calls.end() - static_cast<ptrdiff_t>(std::min(count, calls.size())), calls.end());
 }

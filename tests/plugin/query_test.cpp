@@ -157,6 +157,15 @@ TEST_P(QueryConstructor, LeavesTheInstanceWithoutAQueryWhenTheServiceMakesNone) 
   EXPECT_THAT(host::takeExceptions(), IsEmpty());
 }
 
+TEST_F(Query, ConstructorReleasesItsArraysBeforeTheQueryString) {
+  start();
+  const host::Value first = lists(), second = sorting();
+  host::Value query;
+  EXPECT_EQ(
+      (Calls{"CFRelease CFArray", "CFRelease CFArray", "CFRelease CFString"}),
+      lastOf(detailedCallsOf([&] { query = host::construct("MDQueryZNK", kAnything, first, second); }), 3));
+}
+
 TEST_F(Query, MadeOfANullStringStopsThereWithoutAnException) {
   start();
   EXPECT_THAT(callsOf([] { host::construct("MDQueryZNK", host::Value::nullString()); }), IsEmpty());
@@ -183,21 +192,19 @@ TEST_F(Query, MadeOfAStringThatCantBeUnderstoodHasNoReferenceAndSaysSoAtItsFirst
   }
 }
 
-TEST_F(Query, SubsetOfANilQueryHasNoReferenceAndRaisesNothing) {
+TEST_F(Query, SubsetOfANilQueryOrOneWithoutAReferenceHasNoneAndMakesNoCall) {
   start();
-  const host::Value query = host::construct("MDQueryZNK", nullptr, kAnything);
-  EXPECT_EQ(0, handleOf(query));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
-}
-
-TEST_F(Query, SubsetOfAQueryWithoutAReferenceHasNoneAndMakesNoCall) {
-  start();
-  const host::Value parent = host::construct("MDQueryZNK", "&&");
-  const Calls calls = callsOf([&] {
-    const host::Value query = host::construct("MDQueryZNK", parent, kAnything);
-    EXPECT_EQ(0, handleOf(query));
-  });
-  EXPECT_THAT(calls, IsEmpty());
+  const host::Value none = host::construct("MDQueryZNK", "&&");
+  int forms = 0;
+  for (const ConstructorCase& row : kConstructors) {
+    if (!std::string(row.what).starts_with("(query,")) continue;
+    ++forms;
+    for (const host::Value& parent : {host::Value(nullptr), none}) {
+      EXPECT_THAT(callsOf([&] { EXPECT_EQ(0, handleOf(row.construct(parent))) << row.what; }), IsEmpty());
+      EXPECT_THAT(host::takeExceptions(), IsEmpty());
+    }
+  }
+  EXPECT_EQ(3, forms);
 }
 
 TEST_F(Query, SubsetTakesNoLockOnItsParent) {
@@ -255,26 +262,43 @@ std::vector<host::Value> none() {
 std::vector<host::Value> number() {
   return {host::Value(1)};
 }
-std::vector<host::Value> nilItem() {
+std::vector<host::Value> nil() {
   return {host::Value()};
+}
+std::vector<host::Value> twoNils() {
+  return {host::Value(), host::Value()};
+}
+std::vector<host::Value> name() {
+  return {host::Value("kMDItemFSName")};
+}
+std::vector<host::Value> nameAndNumber() {
+  return {host::Value("kMDItemFSName"), host::Value(1u)};
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Operations, Guard,
-    testing::Combine(testing::Values(GuardCase{"IndexOfResult", nilItem, GuardCase::kZero, false},
-                                     GuardCase{"ResultAtIndex", number, GuardCase::kNil, false},
-                                     GuardCase{"Results", none, GuardCase::kNil, true},
-                                     GuardCase{"Execute", number, GuardCase::kFalse, false},
-                                     GuardCase{"IsGatheringComplete", none, GuardCase::kFalse, false},
-                                     GuardCase{"ResultCount", none, GuardCase::kZero, false},
-                                     GuardCase{"ValueListAttributes", none, GuardCase::kNil, true},
-                                     GuardCase{"SortingAttributes", none, GuardCase::kNil, true},
-                                     GuardCase{"QueryString", none, GuardCase::kNil, false},
-                                     GuardCase{"Stop", none, GuardCase::kNil, false},
-                                     GuardCase{"DisableUpdates", none, GuardCase::kNil, false},
-                                     GuardCase{"EnableUpdates", none, GuardCase::kNil, false},
-                                     GuardCase{"SetMaxCount", number, GuardCase::kNil, false}),
-                     testing::Bool()));
+    testing::Combine(
+        testing::Values(GuardCase{"CountOfResultsWithAttributeValue", nameAndNumber, GuardCase::kZero, false},
+                        GuardCase{"AttributeValueOfResultAtIndex", nameAndNumber, GuardCase::kNil, false},
+                        GuardCase{"ValuesOfAttribute", name, GuardCase::kNil, true},
+                        GuardCase{"IndexOfResult", nil, GuardCase::kZero, false},
+                        GuardCase{"ResultAtIndex", number, GuardCase::kNil, false},
+                        GuardCase{"Results", none, GuardCase::kNil, true},
+                        GuardCase{"Execute", number, GuardCase::kFalse, false},
+                        GuardCase{"IsGatheringComplete", none, GuardCase::kFalse, false},
+                        GuardCase{"ResultCount", none, GuardCase::kZero, false},
+                        GuardCase{"ValueListAttributes", none, GuardCase::kNil, true},
+                        GuardCase{"SortingAttributes", none, GuardCase::kNil, true},
+                        GuardCase{"QueryString", none, GuardCase::kNil, false},
+                        GuardCase{"Stop", none, GuardCase::kNil, false},
+                        GuardCase{"DisableUpdates", none, GuardCase::kNil, false},
+                        GuardCase{"EnableUpdates", none, GuardCase::kNil, false},
+                        GuardCase{"SetMaxCount", number, GuardCase::kNil, false},
+                        GuardCase{"SetSearchScope", twoNils, GuardCase::kNil, false},
+                        GuardCase{"GetSortOptionFlagsForAttribute", name, GuardCase::kZero, false},
+                        GuardCase{"SetSortOptionFlagsForAttribute", nameAndNumber, GuardCase::kFalse, false},
+                        GuardCase{"SetSortOrder", nil, GuardCase::kFalse, false}),
+        testing::Bool()));
 
 // Every plain operation is one call to the service.
 struct OperationCase {

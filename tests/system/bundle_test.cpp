@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "owned.h"
+#include "standin/system/control.h"
 
 namespace {
 
@@ -94,6 +95,22 @@ TEST_F(Bundle, OfCoreServicesLeadsToTheLibraryThatIsLoaded) {
   }
   EXPECT_EQ(CFBundleGetFunctionPointerForName(bundle.get(), makeString("MDQueryNoSuchFunction").get()),
             nullptr);
+}
+
+TEST_F(Bundle, LacksTheNamesThatATestHides) {
+  const auto sample = make("Sample.framework");
+  const auto has = [&](const char* name) {
+    return CFBundleGetFunctionPointerForName(sample.get(), makeString(name).get()) != nullptr;
+  };
+  standin::hideSymbols({"sampleFunction"});
+  EXPECT_FALSE(has("sampleFunction"));
+  EXPECT_TRUE(has("sampleDatum"));
+  standin::hideSymbols({"sampleDatum", "sampleFunction"});
+  EXPECT_FALSE(has("sampleFunction"));
+  EXPECT_EQ(CFBundleGetDataPointerForName(sample.get(), makeString("sampleDatum").get()), nullptr);
+  standin::hideSymbols({});
+  EXPECT_TRUE(has("sampleFunction"));
+  EXPECT_TRUE(has("sampleDatum"));
 }
 
 TEST_F(Bundle, AnswersNullOrFalseWhenACallIsMadeToFail) {

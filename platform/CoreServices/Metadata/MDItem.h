@@ -7,6 +7,8 @@ typedef struct __MDItem* MDItemRef;
 CS_EXPORT CFTypeID MDItemGetTypeID(void);
 CS_EXPORT MDItemRef MDItemCreateWithURL(CFAllocatorRef allocator, CFURLRef url);
 CS_EXPORT CFTypeRef MDItemCopyAttribute(MDItemRef item, CFStringRef name);
+CS_EXPORT CFDictionaryRef MDItemCopyAttributes(MDItemRef item, CFArrayRef names);
+CS_EXPORT CFArrayRef MDItemCopyAttributeNames(MDItemRef item);
 
 // Attribute keys
 CS_EXPORT const CFStringRef kMDItemAttributeChangeDate;

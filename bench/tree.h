@@ -1,0 +1,33 @@
+// A tree of files to measure with, and what measuring takes.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// A new folder with so many small files in it, 100 in a folder; gone with its owner. Ends the process where
+// it can't be made.
+class Tree {
+ public:
+  Tree(const char* program, int files);
+  ~Tree();
+  Tree(const Tree&) = delete;
+  Tree& operator=(const Tree&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+// The first argument, a number above 0, or what it is unless said otherwise. Ends the process for any other.
+int countFrom(const char* program, int argc, char** argv, int usual);
+
+double secondsOf(const std::function<void()>& work);
+double best(const std::vector<double>& times);
+size_t heapInUse();
+
+}  // namespace bench

@@ -1,0 +1,55 @@
+// A program that runs beside this process and is talked to through its standard input and output. Linux only.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace standin::metadata {
+
+// The path of a program, looked up in PATH unless `name` has a slash in it. Nothing when there is none.
+std::optional<std::string> findProgram(const std::string& name);
+
+// The program gets nothing of this process but its environment: no descriptors, no blocked or ignored
+// signals; what it says on standard error is thrown away. It ends when this process does, however that ends.
+class ChildProcess {
+ public:
+  using Deadline = std::chrono::steady_clock::time_point;
+
+  // Null when no process can be had. A program that can't be run shows as one that ends at once.
+  static std::unique_ptr<ChildProcess> start(const std::string& path,
+                                             const std::vector<std::string>& arguments);
+  // Ends the program, with all that it has started, and waits for it.
+  ~ChildProcess();
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  // False when the program is gone. Never raises SIGPIPE.
+  bool send(std::string_view bytes);
+
+  enum class Outcome { Found, Ended, Late, TooLong };
+  // Appends what the program prints up to `marker`, which is left out. What it prints after that is lost.
+  Outcome readUntil(std::string_view marker, Deadline deadline, size_t maximum, std::string& text);
+
+  // Answers whether the program ended by itself before the deadline.
+  bool waitForEnd(Deadline deadline);
+
+  // False in a process that was forked from the one that started the program: it belongs to that one.
+  bool isOurs() const;
+  pid_t pid() const { return pid_; }
+
+ private:
+  ChildProcess(pid_t pid, int socket);
+
+  pid_t pid_;
+  pid_t owner_;
+  int socket_;
+};
+
+}  // namespace standin::metadata

@@ -1,0 +1,30 @@
+// Where a query looks.
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace standin::metadata {
+
+// An element of a scope: one of the six keys that mean places, or a folder's path.
+struct ScopeElement {
+  enum class Place { Folder, Home, Indexed, Network } place;
+  std::string path;  // of a Folder
+};
+using Scope = std::vector<ScopeElement>;
+
+// `array` holds URLs and strings: anything else ends the process in the name of `call`. Strings are keys or
+// paths; a path is taken as it stands.
+Scope scopeOf(const char* call, CFArrayRef array);
+
+// Keeps what was given for takeSearchScope().
+void noteScope(CFArrayRef array, OptionBits options);
+
+// The folders that a scope means now; without one, those that count as indexed. There is no network. What
+// lies in the scopes around it is all that counts of them.
+std::vector<std::string> foldersOf(const std::optional<Scope>& scope, const std::vector<Scope>& around = {});
+
+}  // namespace standin::metadata

@@ -1,0 +1,106 @@
+// What a run loop waits for and fires, and the loop itself, behind the public functions.
+//
+// A thread has one run loop, which goes away with the thread and forgets what was added to it. Like all
+// stand-ins, run loops are used from one thread at a time: none can be woken from another.
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <poll.h>
+
+#include <limits>
+#include <vector>
+
+#include "standin/corefoundation/CFRuntime.h"
+#include "standin/gate/gate.h"
+
+namespace standin {
+
+class RunLoop;
+
+inline constexpr double kNever = std::numeric_limits<double>::infinity();
+
+// A source or a timer. It belongs to a Core Foundation object, `owner`, which run loops retain.
+class RunLoopInput {
+ public:
+  enum class Kind { Source, Timer };
+
+  RunLoopInput(CFTypeRef owner, Kind kind, CFIndex order) : owner(owner), kind(kind), order(order) {}
+  virtual ~RunLoopInput() = default;
+  RunLoopInput(const RunLoopInput&) = delete;
+  RunLoopInput& operator=(const RunLoopInput&) = delete;
+
+  virtual double due() const = 0;  // on the clock; kNever while nothing but its descriptor can make it fire
+  virtual pollfd interest() const { return {-1, 0, 0}; }
+  virtual void fire(short events) = 0;  // `events`: those of the descriptor
+  virtual void signal() {}              // sources: asks to be fired, where that is for others to ask
+
+  bool valid() const { return valid_; }
+  // It never fires again, and leaves the loops that it is in: the caller keeps the owner alive meanwhile.
+  void invalidate();
+
+  const CFTypeRef owner;  // not retained
+  const Kind kind;
+  const CFIndex order;  // those with smaller numbers fire first
+
+ private:
+  friend class RunLoop;
+  bool valid_ = true;
+  std::vector<RunLoop*> loops_;  // one entry for each mode
+};
+
+class RunLoop {
+ public:
+  RunLoop() = default;
+  ~RunLoop();
+  RunLoop(const RunLoop&) = delete;
+  RunLoop& operator=(const RunLoop&) = delete;
+
+  void add(RunLoopInput& input, CFStringRef mode);  // once for each mode
+  void remove(RunLoopInput& input, CFStringRef mode);
+  void removeFromAllModes(RunLoopInput& input);
+  SInt32 run(CFStringRef mode, double seconds, bool returnAfterSource);
+  void stop() { stopped_ = true; }
+
+ private:
+  struct Entry {
+    RunLoopInput* input;
+    CFStringRef mode;
+  };
+  struct Ready;
+
+  std::vector<Ready> inputsOf(CFStringRef mode) const;
+  bool has(const RunLoopInput* input, CFStringRef mode) const;
+  bool pass(CFStringRef mode, double deadline);
+  void drop(size_t index);
+
+  std::vector<Entry> entries_;  // by order
+  bool stopped_ = false;        // the innermost run
+};
+
+// Registers one of the classes of this library, whose objects hold one pointer, and makes its objects.
+template <typename Object>
+Object* makeObject(CFAllocatorRef allocator, CFTypeID type) {
+  const CFIndex extraBytes = sizeof(Object) - sizeof(CFRuntimeBase);
+  return const_cast<Object*>(
+      static_cast<const Object*>(_CFRuntimeCreateInstance(allocator, type, extraBytes, nullptr)));
+}
+
+// Ends the process in the name of `call` unless `cf` is an object of that type.
+void checkObject(const char* call, CFTypeRef cf, CFTypeID type, const char* what);
+
+}  // namespace standin
+
+struct __CFRunLoopSource {
+  CFRuntimeBase base;
+  standin::RunLoopInput* input;
+};
+
+namespace standin {
+
+// A source without its input, the caller's; null when there is no memory.
+CFRunLoopSourceRef makeSource(CFAllocatorRef allocator);
+
+// `timer` is known to be one.
+RunLoopInput& inputOf(CFRunLoopTimerRef timer);
+
+}  // namespace standin
