@@ -15,4 +15,9 @@ struct CommandError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// One of several files can't be shown; the others can.
+struct FileError : CommandError {
+  using CommandError::CommandError;
+};
+
 }  // namespace shotlight

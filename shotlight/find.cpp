@@ -1,151 +1,187 @@
-#include "shotlight/find.h"
-
+// Searching for files.
 #include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <chrono>
-#include <cstring>
-#include <filesystem>
+#include <cstdio>
 
+#include "shotlight/commands.h"
 #include "shotlight/errors.h"
+#include "shotlight/find_options.h"
+#include "shotlight/interrupts.h"
+#include "shotlight/keys.h"
+#include "shotlight/live.h"
 #include "shotlight/output.h"
+#include "shotlight/progress.h"
+#include "shotlight/query.h"
 #include "shotlight/session.h"
 #include "shotlight/table.h"
-#include "shotlight/text.h"
+#include "shotlight/values.h"
 #include "standin/coreservices/control.h"
 
 namespace shotlight {
 namespace {
 
 namespace host = standin::host;
-namespace fs = std::filesystem;
+using Rows = std::vector<std::vector<std::string>>;
 
-// The attributes that an item offers as properties of its class.
-struct Attribute {
-  const char* key;
-  const char* property;
-  const char* title;
-  bool number;
+const std::vector<std::string> kDefaultKeys = {"kMDItemDisplayName", "kMDItemFSSize", "kMDItemPath"};
+
+struct Interrupted {};
+
+std::string titleOf(const std::string& key) {
+  static constexpr std::pair<const char*, const char*> short_[] = {
+      {"kMDItemDisplayName", "Name"}, {"kMDItemFSName", "File"}, {"kMDItemFSSize", "Size"}};
+  for (const auto& [each, title] : short_) {
+    if (key == each) return title;
+  }
+  const std::string prefix = "kMDItem";
+  return key.starts_with(prefix) ? key.substr(prefix.size()) : key;
+}
+
+std::string countText(int64_t count) {
+  return std::to_string(count) + (count == 1 ? " result" : " results");
+}
+
+// One run of the command, between the loading of the plug-in and its end.
+class Find {
+ public:
+  Find(const FindOptions& options, const std::vector<std::string>& folders)
+      : options_(options), query_(newQuery(options)) {
+    setSearchScope(query_, folders, options.scopes);
+  }
+
+  // Answers the exit status.
+  int run() {
+    if (!gather(query_, options_.live ? flag("kMDQueryWantsUpdates") : 0, interrupts_)) throw Interrupted();
+    if (options_.live) return runLive();
+    if (options_.count) return runCount();
+    return options_.valuesOf.empty() ? runRows() : runValues();
+  }
+
+  int signal() { return interrupts_.signal(); }
+
+ private:
+  int64_t count() const { return host::call(query_, "ResultCount").integer(); }
+  int status() const { return count() > 0 ? kFound : kNothing; }
+
+  int runLive() {
+    follow(query_, options_.seconds, interrupts_);
+    summarise(countText(count()), "after");
+    return status();
+  }
+
+  int runCount() {
+    print(std::to_string(count()) + '\n');
+    finishOutput();
+    summarise(countText(count()), "in");
+    return status();
+  }
+
+  int runValues() {
+    Rows rows;
+    for (const host::Value& value :
+         host::elements(host::call(query_, "ValuesOfAttribute", options_.valuesOf))) {
+      const host::Value having =
+          host::call(query_, "CountOfResultsWithAttributeValue", options_.valuesOf, value);
+      rows.push_back({plainText(having), joinedText(value)});
+    }
+    checkExceptions();
+    std::sort(rows.begin(), rows.end(), [](const auto& left, const auto& right) {
+      const auto leftCount = std::stoul(left[0]), rightCount = std::stoul(right[0]);
+      return leftCount != rightCount ? leftCount > rightCount : left[1] < right[1];
+    });
+    const size_t values = rows.size();
+    printRows({{"Results", true}, {titleOf(options_.valuesOf)}}, std::move(rows));
+    summarise(std::to_string(values) + (values == 1 ? " value" : " values") + " in " + countText(count()),
+              "in");
+    return status();
+  }
+
+  int runRows() {
+    const auto& keys = options_.keys.empty() ? kDefaultKeys : options_.keys;
+    std::vector<Column> columns;
+    for (const std::string& key : keys) columns.push_back({titleOf(key)});
+    Rows rows = readRows(keys, columns);
+    const size_t shown = rows.size();
+    printRows(columns, std::move(rows));
+    const int64_t all = count();
+    summarise((static_cast<int64_t>(shown) < all ? "the first " + std::to_string(shown) + " of " : "") +
+                  countText(all),
+              "in");
+    return status();
+  }
+
+  // A column in which only numbers stand is marked as one.
+  Rows readRows(const std::vector<std::string>& keys, std::vector<Column>& columns) {
+    const host::Value items =
+        options_.limit > 0 ? host::call(query_, "Results", options_.limit) : host::call(query_, "Results");
+    std::vector<host::Value> names(keys.begin(), keys.end());  // made once, not for each result
+    std::vector<bool> hasOther(keys.size());
+    Rows rows;
+    Progress progress;
+    for (const host::Value& item : host::elements(items)) {
+      if (interrupts_.signal() != 0) throw Interrupted();
+      if (item.isNil()) continue;
+      auto& row = rows.emplace_back();
+      for (size_t i = 0; i < keys.size(); ++i) {
+        const host::Value value = host::call(item, "GetAttribute", names[i]);
+        const Form form = formOf(value);
+        if (form == Form::number) columns[i].number = true;
+        if (form != Form::number && form != Form::nothing) hasOther[i] = true;
+        row.push_back(joinedText(value));
+      }
+      progress.show(rows.size(), "results read");
+    }
+    checkExceptions();
+    for (size_t i = 0; i < keys.size(); ++i) columns[i].number = columns[i].number && !hasOther[i];
+    return rows;
+  }
+
+  static void printRows(const std::vector<Column>& columns, Rows rows) {
+    if (!rows.empty()) printTable(columns, std::move(rows), isatty(STDOUT_FILENO));
+    finishOutput();
+  }
+
+  void summarise(const std::string& what, const char* word) const {
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start_;
+    std::fprintf(stderr, "%s %s %.3f s\n", what.c_str(), word, time.count());
+    if (const auto unread = standin::lastSearch().unreadableFolders; unread > 0)
+      std::fprintf(stderr, "%zu %s could not be read\n", unread, unread == 1 ? "folder" : "folders");
+  }
+
+  const FindOptions& options_;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  Interrupts interrupts_;
+  const host::Value query_;
 };
-constexpr Attribute attributes[] = {
-    {"kMDItemDisplayName", "DisplayName", "Name", false},
-    {"kMDItemFSName", "FSName", "File", false},
-    {"kMDItemFSSize", "FSSize", "Size", true},
-    {"kMDItemPath", "Path", "Path", false},
-};
-const std::vector<std::string> defaultKeys = {"kMDItemDisplayName", "kMDItemFSSize", "kMDItemPath"};
 
-const Attribute& attributeOf(const std::string& key) {
-  std::string known;
-  for (const Attribute& attribute : attributes) {
-    if (key == attribute.key) return attribute;
-    known += std::string(known.empty() ? "" : ", ") + attribute.key;
-  }
-  throw UsageError("--show '" + key + "': no such column; there are " + known);
-}
-
-std::vector<Attribute> columnsOf(const FindOptions& options) {
-  std::vector<Attribute> columns;
-  for (const auto& key : options.keys.empty() ? defaultKeys : options.keys)
-    columns.push_back(attributeOf(key));
-  return columns;
-}
-
-std::string folderPath(const std::string& name) {
-  const std::string what = "--in '" + name + "': ";
-  std::error_code error;
-  const fs::path path = fs::canonical(name, error);
-  if (error == std::errc::no_such_file_or_directory)
-    throw CommandError(what + error.message() + "; name a folder that exists");
-  if (error) throw CommandError(what + error.message() + "; name a folder that can be read");
-  if (!fs::is_directory(path, error)) throw CommandError(what + "not a folder; name the folder it is in");
-  if (access(path.c_str(), R_OK | X_OK) != 0)
-    throw CommandError(what + std::strerror(errno) + "; name a folder that you may read");
-  return path.string();
-}
-
-void setFolders(const std::vector<std::string>& names) {
-  std::vector<std::string> paths;
-  for (const auto& name : names) paths.push_back(folderPath(name));
-  if (paths.empty()) paths.push_back(folderPath("."));
-  standin::setIndexedFolders(paths);
-}
-
-// The query with a mark under the place where it stops making sense.
-[[noreturn]] void reportBadQuery(const std::string& query) {
-  const auto units = utf16(query);
-  if (!units) throw CommandError("the query is not valid UTF-8; write it in UTF-8");
-  const auto error = standin::checkQuery(*units);
-  if (!error) throw CommandError("the plug-in made no query of '" + query + "'; try another --plugin");
-  const std::string indent = "  ";
-  const std::string before = utf8(std::u16string_view(*units).substr(0, error->position));
-  throw CommandError("the query can't be understood: " + error->reason + "\n" + indent +
-                     escapeControls(query) + "\n" + indent +
-                     std::string(displayWidth(escapeControls(before)), ' ') +
-                     "^\nsee shotlight --help for the form of a query");
-}
-
-host::Value newQuery(const std::string& text) {
-  const host::Value query = host::construct("MDQueryZNK", text);
-  checkExceptions();
-  if (host::get(query, "Handle").integer() == 0) reportBadQuery(text);
-  return query;
-}
-
-std::string textOf(const host::Value& value) {
-  return value.kind() == host::Kind::int64 ? std::to_string(value.integer()) : value.text();
-}
-
-std::vector<std::vector<std::string>> rowsOf(const host::Value& items,
-                                             const std::vector<Attribute>& columns) {
-  std::vector<std::vector<std::string>> rows;
-  for (const host::Value& item : host::elements(items)) {
-    if (item.isNil()) continue;
-    std::vector<std::string> row;
-    for (const Attribute& column : columns) row.push_back(textOf(host::get(item, column.property)));
-    rows.push_back(std::move(row));
-  }
-  checkExceptions();
-  return rows;
-}
-
-void printSummary(size_t shown, int64_t all, std::chrono::duration<double> time) {
-  const std::string count = std::to_string(all) + (all == 1 ? " result" : " results");
-  const std::string part =
-      static_cast<int64_t>(shown) < all ? "the first " + std::to_string(shown) + " of " : "";
-  std::fprintf(stderr, "%s%s in %.3f s\n", part.c_str(), count.c_str(), time.count());
-  if (const auto unread = standin::lastSearch().unreadableFolders; unread > 0) {
-    std::fprintf(stderr, "%zu %s could not be read\n", unread, unread == 1 ? "folder" : "folders");
-  }
+void checkAllKeys(const FindOptions& options) {
+  checkKeys("--show", options.keys);
+  for (const SortKey& each : options.sorting) checkKeys("--sort", {each.key});
+  if (!options.valuesOf.empty()) checkKeys("--values", {options.valuesOf});
 }
 
 }  // namespace
 
-bool find(const FindOptions& options) {
-  const auto columns = columnsOf(options);
-  setFolders(options.folders);
-  const Session session(options.plugin);
-
-  const auto start = std::chrono::steady_clock::now();
-  const host::Value query = newQuery(options.query);
-  const host::Value executed =
-      host::call(query, "Execute", host::constant("MDQueryZNK", "kMDQuerySynchronous"));
-  checkExceptions();
-  if (!executed.boolean())
-    throw CommandError("the plug-in could not execute the query; try another --plugin");
-  const int64_t all = host::call(query, "ResultCount").integer();
-  const host::Value items =
-      options.limit > 0 ? host::call(query, "Results", options.limit) : host::call(query, "Results");
-  auto rows = rowsOf(items, columns);
-  const size_t shown = rows.size();
-  const auto time = std::chrono::steady_clock::now() - start;
-
-  std::vector<Column> titles;
-  for (const Attribute& column : columns) titles.push_back({column.title, column.number});
-  if (shown > 0) printTable(titles, std::move(rows), isatty(STDOUT_FILENO));
-  finishOutput();
-  printSummary(shown, all, time);
-  return shown > 0;
+int find(const Arguments& arguments) {
+  const FindOptions options = parseFind(arguments);
+  const bool anywhere = options.folders.empty() && options.scopes.empty();
+  const auto folders = realFolders(anywhere ? Arguments{"."} : options.folders);
+  Session session(options.plugin);
+  checkAllKeys(options);
+  int status = kError;
+  {
+    Find command(options, folders);
+    try {
+      status = command.run();
+    } catch (const Interrupted&) {
+      std::fprintf(stderr, "shotlight: interrupted\n");
+      status = kInterrupted + command.signal();
+    }
+  }
+  session.close();
+  return status;
 }
 
 }  // namespace shotlight

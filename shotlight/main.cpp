@@ -1,27 +1,52 @@
 #include <cstdio>
 #include <exception>
 
-#include "shotlight/find.h"
-#include "shotlight/options.h"
+#include "shotlight/commands.h"
+#include "shotlight/errors.h"
+#include "shotlight/help.h"
 #include "shotlight/output.h"
 
 namespace {
 
-enum ExitStatus { kResults = 0, kNoResults = 1, kError = 2 };
+using namespace shotlight;
 
-ExitStatus run(const std::vector<std::string>& arguments) {
-  const auto options = shotlight::parseCommandLine(arguments);
-  if (options.help) {
-    shotlight::print(shotlight::helpText);
-    shotlight::finishOutput();
-    return kResults;
+struct Command {
+  const char* name;
+  const char* help;
+  int (*run)(const Arguments& arguments);
+};
+constexpr Command commands[] = {
+    {"find", findHelp, find}, {"attrs", attrsHelp, attrs},    {"schema", schemaHelp, schema},
+    {"keys", keysHelp, keys}, {"window", windowHelp, window},
+};
+
+const Command& commandNamed(const std::string& name) {
+  for (const Command& command : commands) {
+    if (name == command.name) return command;
   }
-  return shotlight::find(options) ? kResults : kNoResults;
+  throw UsageError("unknown command '" + name + "'; see shotlight --help");
+}
+
+int printHelp(const char* text) {
+  print(text);
+  finishOutput();
+  return kFound;
+}
+
+int run(const Arguments& arguments) {
+  if (arguments.empty()) throw UsageError("a command is missing; see shotlight --help");
+  const std::string& name = arguments.front();
+  const Arguments rest(arguments.begin() + 1, arguments.end());
+  if (name == "--help" || name == "-h") return printHelp(generalHelp);
+  if (name == "help") return printHelp(rest.empty() ? generalHelp : commandNamed(rest.front()).help);
+  const Command& command = commandNamed(name);
+  return askForHelp(rest) ? printHelp(command.help) : command.run(rest);
 }
 
 }  // namespace
 
 int main(int count, char** words) {
+  keepStandardStreamsApart();
   try {
     return run({words + 1, words + count});
   } catch (const std::exception& error) {

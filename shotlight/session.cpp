@@ -1,6 +1,7 @@
 #include "shotlight/session.h"
 
 #include <filesystem>
+#include <map>
 
 #include "shotlight/errors.h"
 #include "shotlight/plugin_check.h"
@@ -42,6 +43,18 @@ Session::Session(const std::string& pluginFile)
   if (!errors.empty()) throw CommandError("the plug-in was refused by the host: " + errors.front());
   if (host::registeredClasses().empty())
     throw CommandError("the plug-in registered no classes; name the right file with --plugin");
+  heldAtStart_ = standin::ledger();
+}
+
+void Session::close() const {
+  std::map<std::string, long> before;
+  for (const auto& line : heldAtStart_) before[line.kind] = line.count;
+  std::string left;
+  for (const auto& [kind, count] : standin::ledger()) {
+    if (count > before[kind])
+      left += (left.empty() ? "" : ", ") + std::to_string(count - before[kind]) + " " + kind;
+  }
+  if (!left.empty()) throw CommandError("the plug-in did not give back: " + left);
 }
 
 void checkExceptions() {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "standin/gate/gate.h"
 #include "standin/host/host.h"
 #include "standin/plugin/plugin_file.h"
 
@@ -16,6 +18,10 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  // For the end of a command that went well, when it holds no host values any more: throws CommandError when
+  // the plug-in or the platform holds more than after start-up.
+  void close() const;
+
  private:
   // The host stops before the plug-in that it calls is gone.
   standin::PluginFile plugin_;
@@ -23,6 +29,7 @@ class Session {
     Host();
     ~Host();
   } host_;
+  std::vector<standin::LedgerLine> heldAtStart_;
 };
 
 // Throws CommandError for the first host exception since the last check.

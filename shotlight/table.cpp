@@ -10,12 +10,6 @@ namespace {
 
 const size_t kGap = 2;  // columns between two columns of the table
 
-std::string printable(const std::string& text) {
-  std::string result;
-  for (const char c : text) result.append(c == '\\' ? 2 : 1, c);
-  return escapeControls(result);
-}
-
 std::vector<size_t> widthsOf(const std::vector<Column>& columns,
                              const std::vector<std::vector<std::string>>& rows) {
   std::vector<size_t> widths;
@@ -46,6 +40,12 @@ void printTabbed(const std::vector<std::string>& row) {
 }
 
 }  // namespace
+
+std::string printable(const std::string& text) {
+  std::string result;
+  for (const char c : text) result.append(c == '\\' ? 2 : 1, c);
+  return escapeControls(result);
+}
 
 void printTable(const std::vector<Column>& columns, std::vector<std::vector<std::string>> rows,
                 bool aligned) {

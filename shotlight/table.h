@@ -11,10 +11,13 @@ struct Column {
   bool number = false;  // aligned to the right
 };
 
+// The text on one line: what would break it or move a terminal's cursor is escaped (see escapeControls), and
+// a backslash doubled, so that the text can be had back.
+std::string printable(const std::string& utf8);
+
 // Prints an aligned table with titles when `aligned`; otherwise one line a row, with tabs between the columns
-// and no titles. Texts are UTF-8. What would break a line or move a terminal's cursor is printed escaped (see
-// escapeControls), and a backslash doubled, so that a row is one line and its texts can be had back. Throws
-// CommandError when standard output takes no more.
+// and no titles. Texts are UTF-8, and printed as printable has them. Throws CommandError when standard output
+// takes no more.
 void printTable(const std::vector<Column>& columns, std::vector<std::vector<std::string>> rows, bool aligned);
 
 }  // namespace shotlight

@@ -9,7 +9,8 @@ bool takeArgument(const std::string& argument) {
                                                         {"--dylib=", &files.dylib},
                                                         {"--elf=", &files.elf},
                                                         {"--empty-plugin=", &files.emptyPlugin},
-                                                        {"--other-library=", &files.otherLibrary}};
+                                                        {"--other-library=", &files.otherLibrary},
+                                                        {"--library=", &files.library}};
   for (const auto& [prefix, value] : known) {
     if (!argument.starts_with(prefix)) continue;
     *value = argument.substr(std::string(prefix).size());
@@ -28,11 +29,11 @@ int main(int count, char** words) {
     return 2;
   }
   for (const std::string* file :
-       {&files.program, &files.dylib, &files.elf, &files.emptyPlugin, &files.otherLibrary}) {
+       {&files.program, &files.dylib, &files.elf, &files.emptyPlugin, &files.otherLibrary, &files.library}) {
     if (!file->empty()) continue;
     std::fprintf(stderr,
                  "%s: name the files under test: --program=, --dylib=, --elf=, --empty-plugin=, "
-                 "--other-library= (ctest -R shotlight does)\n",
+                 "--other-library=, --library= (ctest -R shotlight does)\n",
                  words[0]);
     return 2;
   }

@@ -75,15 +75,79 @@ TEST_F(Options, ShowGivenTwiceShowsTheColumnsOfBoth) {
             "5\tone.bin\n");
 }
 
-TEST_F(Options, ShowNamesTheColumnsThereAreWhenAKeyIsUnknown) {
-  for (const std::string key : {"nonsense", "kmditempath", " kMDItemPath", "kMDItemContentType"}) {
+TEST_F(Options, ShowOfAnUnknownKeySaysWhichOneIsMeantOrWhereTheyAreListed) {
+  for (const std::string key : {"nonsense", " kMDItemPath", "kMDItem", "kMDItemPathKind"}) {
     SCOPED_TRACE(key);
-    const std::string expected = "--show '" + key +
-                                 "': no such column; there are kMDItemDisplayName, kMDItemFSName, "
-                                 "kMDItemFSSize, kMDItemPath";
+    const std::string expected = "--show '" + key + "': no such key; shotlight keys lists them";
     expectError(findWith({"--show", key}), expected);
     expectError(findWith({"--show", "kMDItemPath," + key}), expected);
   }
+  for (const std::string key : {"kmditempath", "Path", "path"}) {
+    SCOPED_TRACE(key);
+    expectError(findWith({"--show", key}), "--show '" + key + "': no such key; is kMDItemPath meant?");
+  }
+}
+
+TEST_F(Options, NameOnlyKeysThatThereAre) {
+  const std::string unknown = " 'nonsense': no such key; shotlight keys lists them";
+  expectError(findWith({"--sort", "kMDItemPath,nonsense:desc"}), "--sort" + unknown);
+  expectError(findWith({"--values", "nonsense"}), "--values" + unknown);
+}
+
+TEST_F(Options, SortRefusesEmptyKeys) {
+  for (const std::string keys : {"", ",", "kMDItemPath,", ":desc", "kMDItemPath,:desc"}) {
+    SCOPED_TRACE(keys);
+    expectError(findWith({"--sort", keys}),
+                "--sort '" + keys + "': a key is empty; write --sort KEY,KEY:desc");
+  }
+}
+
+TEST_F(Options, ScopeIsOneOfSix) {
+  for (const std::string scope : {"", "Home", "everywhere", "kMDQueryScopeHome", "home,"}) {
+    SCOPED_TRACE(scope);
+    const std::string wrong = scope == "home," ? "" : scope;
+    expectError(findWith({"--scope", scope}),
+                "--scope '" + wrong +
+                    "': no such scope; there are home, computer, network, all, computer-indexed, "
+                    "network-indexed");
+  }
+}
+
+TEST_F(Options, ForIsANumberOfSecondsForLive) {
+  for (const std::string seconds : {"", "abc", "-1", "1s", "nan", "inf", "1e999", " 1"}) {
+    SCOPED_TRACE(seconds);
+    expectError(findWith({"--live", "--for", seconds}),
+                "--for '" + seconds + "': a number of seconds is needed, such as 10 or 0.5");
+  }
+  expectError(findWith({"--for", "1"}), "--for needs --live; add it");
+}
+
+TEST_F(Options, ThatContradictEachOtherAreNamed) {
+  const std::vector<std::string> kinds[] = {{"--count"}, {"--values", "kMDItemPath"}, {"--live"}};
+  for (size_t i = 0; i < 3; ++i) {
+    for (size_t j = i + 1; j < 3; ++j) {
+      std::vector<std::string> both = kinds[j];
+      both.insert(both.end(), kinds[i].begin(), kinds[i].end());
+      expectError(findWith(both), kinds[i][0] + " and " + kinds[j][0] + " don't go together; leave one out");
+    }
+    for (const char* row : {"--show=kMDItemPath", "--sort=kMDItemPath", "--limit=1"}) {
+      std::vector<std::string> both = kinds[i];
+      both.push_back(row);
+      const std::string name = std::string(row).substr(0, std::string(row).find('='));
+      expectError(findWith(both), kinds[i][0] + " and " + name + " don't go together; leave one out");
+    }
+  }
+}
+
+TEST_F(Options, ThatAreSwitchesTakeNoValue) {
+  for (const std::string option : {"--count", "--live"}) {
+    expectError(findWith({option + "=1"}), option + " takes no value; see shotlight find --help");
+  }
+}
+
+TEST_F(Options, WithinNeedsAQuery) {
+  expectError(findWith({"--within", " "}),
+              "--within: the query is empty; write one, such as 'kMDItemFSName == \"*.txt\"'");
 }
 
 TEST_F(Options, ShowRefusesEmptyKeys) {
@@ -117,16 +181,17 @@ TEST_F(Options, EndAtADoubleDash) {
 }
 
 TEST_F(Options, WithoutAValueSaySo) {
-  for (const std::string option : {"--in", "--show", "--limit", "--plugin"}) {
+  for (const std::string option :
+       {"--in", "--scope", "--within", "--show", "--sort", "--limit", "--values", "--for", "--plugin"}) {
     SCOPED_TRACE(option);
-    expectError(findWith({option}), option + " needs a value; see shotlight --help");
+    expectError(findWith({option}), option + " needs a value; see shotlight find --help");
   }
 }
 
 TEST_F(Options, NameNoEmptyFolderOrPlugin) {
-  for (const std::string option : {"--in", "--plugin"}) {
+  for (const std::string option : {"--in", "--plugin", "--values"}) {
     SCOPED_TRACE(option);
-    const std::string expected = option + " '': the name is empty; see shotlight --help";
+    const std::string expected = option + " '': the name is empty; give one";
     expectError(findWith({option, ""}), expected);
     expectError(findWith({option + "="}), expected);
   }
@@ -135,9 +200,9 @@ TEST_F(Options, NameNoEmptyFolderOrPlugin) {
 TEST_F(Options, ThatAreUnknownAreNamed) {
   for (const std::string option : {"--nonsense", "-x", "-limit", "-", "---", "--Limit", "--lim"}) {
     SCOPED_TRACE(option);
-    expectError(findWith({option}), "unknown option '" + option + "'; see shotlight --help");
+    expectError(findWith({option}), "unknown option '" + option + "'; see shotlight find --help");
   }
-  expectError(findWith({"--nonsense=3"}), "unknown option '--nonsense'; see shotlight --help");
+  expectError(findWith({"--nonsense=3"}), "unknown option '--nonsense'; see shotlight find --help");
 }
 
 TEST_F(Options, TheQueryIsOneArgument) {

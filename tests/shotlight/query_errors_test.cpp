@@ -7,7 +7,7 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
-const char kSeeHelp[] = "see shotlight --help for the form of a query";
+const char kSeeHelp[] = "see shotlight find --help for the form of a query";
 
 // The query is shown, a caret is under the column, and nothing else is printed.
 void expectCaret(const std::string& query, const std::string& shown, size_t column) {
@@ -70,6 +70,13 @@ TEST(BadQuery, ThatIsEmptyGetsAnExample) {
   for (const char* query : {"", " ", " \t\n"}) {
     expectError(find({query}), "the query is empty; write one, such as 'kMDItemFSName == \"*.txt\"'");
   }
+}
+
+TEST(BadQuery, OfWithinIsShown) {
+  const Result result =
+      find({"kMDItemFSSize == 1", "--in", "/dev", "--within", "kMDItemFSName == \"a\" || (kMDItemFSSize"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.errors, HasSubstr("\n  kMDItemFSName == \"a\" || (kMDItemFSSize\n"));
 }
 
 TEST(BadQuery, IsTheSameErrorWithTheELFLibrary) {

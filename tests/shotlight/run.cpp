@@ -73,6 +73,13 @@ void obeyPermissions() {
   if (!what.folder.empty() && chdir(what.folder.c_str()) != 0) _exit(kNotStarted);
   for (const std::string& variable : what.environment) putenv(const_cast<char*>(variable.c_str()));
   if (what.unprivileged) obeyPermissions();
+  if (what.pendingSignal != 0) {
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, what.pendingSignal);
+    sigprocmask(SIG_BLOCK, &blocked, nullptr);
+    raise(what.pendingSignal);
+  }
   std::vector<char*> words = {const_cast<char*>(what.program.c_str())};
   for (const std::string& argument : what.arguments) words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
@@ -89,21 +96,6 @@ bool readSome(int descriptor, std::string& text) {
   return true;
 }
 
-void collect(pid_t child, int output, int errors, Result& result) {
-  pollfd waiting[] = {{output, POLLIN, 0}, {errors, POLLIN, 0}};
-  std::string* const texts[] = {&result.output, &result.errors};
-  while (waiting[0].fd >= 0 || waiting[1].fd >= 0) {
-    if (poll(waiting, 2, kPatience) == 0) {
-      kill(child, SIGKILL);
-      ADD_FAILURE() << "the program said nothing for " << kPatience << " ms";
-      return;
-    }
-    for (int i = 0; i < 2; ++i) {
-      if (waiting[i].fd >= 0 && waiting[i].revents && !readSome(waiting[i].fd, *texts[i])) waiting[i].fd = -1;
-    }
-  }
-}
-
 int statusOf(pid_t child) {
   int status = 0;
   waitpid(child, &status, 0);
@@ -117,19 +109,71 @@ std::ostream& operator<<(std::ostream& out, const Result& result) {
 }
 
 Result run(const Launch& what) {
+  return Running(what).finish();
+}
+
+Running::Running(const Launch& what) {
   const Channel output = channelOf(what.output);
   const Channel errors = makePipe();
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("no process");
-  if (child == 0) become(what, output.writer, errors.writer);
+  child_ = fork();
+  if (child_ < 0) throw std::runtime_error("no process");
+  if (child_ == 0) become(what, output.writer, errors.writer);
   if (output.writer >= 0) close(output.writer);
   close(errors.writer);
-  Result result;
-  collect(child, output.reader, errors.reader, result);
-  if (output.reader >= 0) close(output.reader);
-  close(errors.reader);
-  result.status = statusOf(child);
-  return result;
+  descriptors_[0] = output.reader;
+  descriptors_[1] = errors.reader;
+}
+
+Running::~Running() {
+  for (const int descriptor : descriptors_) {
+    if (descriptor >= 0) close(descriptor);
+  }
+  if (child_ <= 0) return;
+  kill(child_, SIGKILL);
+  statusOf(child_);
+}
+
+// False when there is no more to read.
+bool Running::readSome() {
+  pollfd waiting[] = {{descriptors_[0], POLLIN, 0}, {descriptors_[1], POLLIN, 0}};
+  if (waiting[0].fd < 0 && waiting[1].fd < 0) return false;
+  if (poll(waiting, 2, kPatience) == 0) {
+    kill(child_, SIGKILL);
+    ADD_FAILURE() << "the program said nothing for " << kPatience << " ms";
+    return false;
+  }
+  std::string* const texts[] = {&result_.output, &result_.errors};
+  for (int i = 0; i < 2; ++i) {
+    if (waiting[i].fd < 0 || !waiting[i].revents || ::readSome(waiting[i].fd, *texts[i])) continue;
+    close(descriptors_[i]);
+    descriptors_[i] = -1;
+  }
+  return true;
+}
+
+bool Running::waitUntil(const std::function<bool(const std::string&)>& enough) {
+  while (!enough(result_.output.substr(0, result_.output.rfind('\n') + 1))) {
+    if (!readSome()) return false;
+  }
+  return true;
+}
+
+bool Running::waitForLine(const std::string& line) {
+  return waitUntil([&](const std::string& output) {
+    return ('\n' + output).find('\n' + line + '\n') != std::string::npos;
+  });
+}
+
+void Running::send(int signal) {
+  kill(child_, signal);
+}
+
+Result Running::finish() {
+  while (readSome()) {
+  }
+  result_.status = statusOf(child_);
+  child_ = 0;
+  return result_;
 }
 
 Result find(std::vector<std::string> arguments) {

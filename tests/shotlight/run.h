@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/types.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,6 +17,7 @@ struct Files {
   std::string elf;
   std::string emptyPlugin;   // an ELF plug-in that registers nothing
   std::string otherLibrary;  // an ELF library that is no plug-in
+  std::string library;       // the folder of examples
 };
 extern Files files;
 
@@ -26,6 +30,7 @@ struct Launch {
   bool unprivileged = false;  // a root that must obey the permissions of files
   std::string program = files.program;
   std::vector<std::string> environment = {};  // "NAME=value", beside the test's own
+  int pendingSignal = 0;                      // sent before the program starts, and blocked until then
 };
 
 struct Result {
@@ -35,8 +40,31 @@ struct Result {
 };
 std::ostream& operator<<(std::ostream& out, const Result& result);
 
-// Kills a program that says nothing for a minute.
+// A program that says nothing for a minute is killed.
 Result run(const Launch& what);
+
+// A program that goes on while the test does something.
+class Running {
+ public:
+  explicit Running(const Launch& what);
+  ~Running();
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+
+  // Until what the program has printed to standard output, as far as its lines are complete, is enough. False
+  // when it ended before.
+  bool waitUntil(const std::function<bool(const std::string& output)>& enough);
+  bool waitForLine(const std::string& line);
+  void send(int signal);
+  Result finish();  // waits for its end
+
+ private:
+  bool readSome();
+
+  pid_t child_;
+  int descriptors_[2];  // its output and its errors
+  Result result_;
+};
 
 // `find` with these arguments, its output a pipe.
 Result find(std::vector<std::string> arguments);

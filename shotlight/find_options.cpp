@@ -1,0 +1,134 @@
+#include "shotlight/find_options.h"
+
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include "shotlight/errors.h"
+
+namespace shotlight {
+namespace {
+
+const char kExample[] = "such as 'kMDItemFSName == \"*.txt\"'";
+const char kDescending[] = ":desc";
+
+template <class Number>
+bool parseNumber(const std::string& text, Number& number) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+int32_t parseLimit(const std::string& text) {
+  int32_t limit = 0;
+  if (!parseNumber(text, limit) || limit < 1)
+    throw UsageError("--limit '" + text + "': a whole number from 1 to 2147483647 is needed");
+  return limit;
+}
+
+double parseSeconds(const std::string& text) {
+  double seconds = 0;
+  if (!parseNumber(text, seconds) || !std::isfinite(seconds) || seconds < 0)
+    throw UsageError("--for '" + text + "': a number of seconds is needed, such as 10 or 0.5");
+  return seconds;
+}
+
+std::vector<SortKey> parseSorting(const std::string& text) {
+  std::vector<SortKey> sorting;
+  for (std::string key : splitAtCommas(text)) {
+    const bool descending = key.ends_with(kDescending);
+    if (descending) key.erase(key.size() - (sizeof kDescending - 1));
+    if (key.empty()) throw UsageError("--sort '" + text + "': a key is empty; write --sort KEY,KEY:desc");
+    sorting.push_back({key, descending});
+  }
+  return sorting;
+}
+
+std::string scopeNamed(const std::string& name) {
+  static constexpr std::pair<const char*, const char*> scopes[] = {
+      {"home", "kMDQueryScopeHome"},
+      {"computer", "kMDQueryScopeComputer"},
+      {"network", "kMDQueryScopeNetwork"},
+      {"all", "kMDQueryScopeAllIndexed"},
+      {"computer-indexed", "kMDQueryScopeComputerIndexed"},
+      {"network-indexed", "kMDQueryScopeNetworkIndexed"},
+  };
+  std::string known;
+  for (const auto& [scope, constant] : scopes) {
+    if (name == scope) return constant;
+    known += (known.empty() ? "" : ", ") + std::string(scope);
+  }
+  throw UsageError("--scope '" + name + "': no such scope; there are " + known);
+}
+
+template <class Element>
+void append(std::vector<Element>& all, const std::vector<Element>& more) {
+  all.insert(all.end(), more.begin(), more.end());
+}
+
+bool isBlank(const std::string& query) {
+  return query.find_first_not_of(" \t\n") == std::string::npos;
+}
+
+std::vector<Option> optionsInto(FindOptions& options) {
+  return {
+      {"--in",
+       [&options](const std::string& value) {
+         if (value.empty()) throw UsageError("--in '': the name is empty; give one");
+         options.folders.push_back(value);
+       }},
+      {"--scope",
+       [&options](const std::string& value) {
+         for (const std::string& name : splitAtCommas(value)) options.scopes.push_back(scopeNamed(name));
+       }},
+      {"--within",
+       [&options](const std::string& value) {
+         if (isBlank(value))
+           throw UsageError(std::string("--within: the query is empty; write one, ") + kExample);
+         options.within = value;
+       }},
+      keysOption("--show", options.keys),
+      {"--sort", [&options](const std::string& value) { append(options.sorting, parseSorting(value)); }},
+      {"--limit", [&options](const std::string& value) { options.limit = parseLimit(value); }},
+      switchOption("--count", options.count),
+      nameOption("--values", options.valuesOf),
+      switchOption("--live", options.live),
+      {"--for", [&options](const std::string& value) { options.seconds = parseSeconds(value); }},
+      nameOption("--plugin", options.plugin),
+  };
+}
+
+void refuseTogether(const std::vector<std::pair<const char*, bool>>& options) {
+  const char* first = nullptr;
+  for (const auto& [name, given] : options) {
+    if (!given) continue;
+    if (first) throw UsageError(std::string(first) + " and " + name + " don't go together; leave one out");
+    first = name;
+  }
+}
+
+void checkCombination(const FindOptions& options) {
+  const std::pair<const char*, bool> printsRows[] = {{"--show", !options.keys.empty()},
+                                                     {"--sort", !options.sorting.empty()},
+                                                     {"--limit", options.limit > 0}};
+  for (const auto& row : printsRows)
+    refuseTogether(
+        {{"--count", options.count}, {"--values", !options.valuesOf.empty()}, {"--live", options.live}, row});
+  if (options.seconds && !options.live) throw UsageError("--for needs --live; add it");
+}
+
+}  // namespace
+
+FindOptions parseFind(const Arguments& arguments) {
+  FindOptions options;
+  const Arguments operands = takeOptions("find", arguments, optionsInto(options));
+  if (operands.empty()) throw UsageError(std::string("find needs a query, ") + kExample);
+  if (operands.size() > 1)
+    throw UsageError("'" + operands[1] +
+                     "' is one argument too many; put the whole query in one pair of quotes");
+  options.query = operands.front();
+  if (isBlank(options.query)) throw UsageError(std::string("the query is empty; write one, ") + kExample);
+  checkCombination(options);
+  return options;
+}
+
+}  // namespace shotlight

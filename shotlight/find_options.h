@@ -1,0 +1,36 @@
+// What `shotlight find` was asked to do.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "shotlight/arguments.h"
+
+namespace shotlight {
+
+struct SortKey {
+  std::string key;
+  bool descending = false;
+};
+
+struct FindOptions {
+  std::string query;
+  std::string within;                // empty: among all files
+  std::vector<std::string> folders;  // to look in; empty, with no scopes: the current folder
+  std::vector<std::string> scopes;   // constants of the query class
+  std::vector<std::string> keys;     // the columns; empty: the default ones
+  std::vector<SortKey> sorting;
+  int32_t limit = 0;   // 0: all results
+  bool count = false;  // at most one of `count`, `live` and `valuesOf` is asked for
+  bool live = false;
+  std::string valuesOf;
+  std::optional<double> seconds;  // for how long to be live; otherwise until interrupted
+  std::string plugin;             // empty: the dylib built with this program
+};
+
+// Throws UsageError.
+FindOptions parseFind(const Arguments& arguments);
+
+}  // namespace shotlight

@@ -1,0 +1,152 @@
+#include "shotlight/help.h"
+
+namespace shotlight {
+
+const char generalHelp[] =
+    R"(shotlight: searches files by their metadata, through the plug-in's classes.
+
+usage: shotlight COMMAND ...
+       shotlight COMMAND --help
+
+  find     search for files, once or live
+  attrs    all that is known about files
+  schema   what the attributes are: name, type, description
+  keys     the keys of all attributes
+  window   open the system's search window
+
+Every command takes
+  --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
+                  (default: the dylib that was built with this program)
+  --              what follows is no option, whatever it starts with
+  --help          print the command's help
+An option's value may also be joined to it: --limit=10.
+
+examples:
+  shotlight find 'kMDItemFSName == "*.txt"c'
+  shotlight attrs ~/Documents/NOTES.TXT
+  shotlight schema kMDItemTitle
+
+Results go to standard output; counts, times, progress and errors to standard
+error. The exit status is 0 when something was found, 1 when nothing was, 2
+after an error, and 130 or 143 when find was interrupted before its end.
+)";
+
+const char findHelp[] =
+    R"(shotlight find: searches for files, once or live.
+
+usage: shotlight find QUERY [--in FOLDER]... [--scope NAME,...] [--within QUERY]
+                      [--show KEY,...] [--sort KEY[:desc],...] [--limit N]
+       shotlight find QUERY ... --count
+       shotlight find QUERY ... --values KEY
+       shotlight find QUERY ... --live [--for SECONDS]
+
+where to look (default: in the current folder)
+  --in FOLDER     this folder and all below it; may be given several times
+  --scope NAME,...
+                  home, computer, network, all, computer-indexed or
+                  network-indexed; beside the folders, if there are any
+  --within QUERY  only among what this query matches
+
+what to print
+  --show KEY,...  the columns; see shotlight keys
+                  (default: kMDItemDisplayName,kMDItemFSSize,kMDItemPath)
+  --sort KEY,...  sort by the first key, then by the next; KEY:desc reverses
+  --limit N       the first N results only
+  --count         only how many results there are
+  --values KEY    the values of this attribute, each with how many results
+                  have it
+  --live          + and the path of each result, and then, as files change,
+                  + path of a new one, ~ path of a changed one, - path of one
+                  that is gone, until Ctrl-C
+  --for SECONDS   end --live after that time
+
+  --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
+                  (default: the dylib that was built with this program)
+  --              what follows is no option, whatever it starts with
+  --help          print this text
+
+A query compares metadata attributes: KEY == "text", KEY > number, joined by
+&&, || and parentheses. In text, * stands for any characters and ? for one; the
+letters c, d and w after it ignore case, ignore accents and match whole words.
+
+examples:
+  shotlight find 'kMDItemFSName == "*.txt"c'
+  shotlight find 'kMDItemFSSize > 1000000' --in ~/Documents --in ~/Downloads
+  shotlight find 'kMDItemDisplayName == "cafe*"cd' --show kMDItemPath
+  shotlight find 'InRange(kMDItemFSSize, 1, 100) && kMDItemFSInvisible == false'
+  shotlight find 'kMDItemFSSize > 0' --sort kMDItemFSSize:desc --limit 1
+
+Results are an aligned table on a terminal, otherwise one line each with tabs
+between the columns. In both, tabs, newlines and other control characters are
+printed as \t, \n, \x1B or \u0085, and a backslash as \\. Several values of one
+attribute are joined by commas, dates are in GMT. The exit status is 0 when
+there are results, 1 when there are none, 2 after an error, and 130 or 143 when
+the search was interrupted before its end.
+)";
+
+const char attrsHelp[] =
+    R"(shotlight attrs: prints all that is known about files.
+
+usage: shotlight attrs FILE... [--keys KEY,...] [--json]
+
+  --keys KEY,...  these attributes only, in this order; see shotlight keys
+  --json          an array with one object a file: "path", and "attributes" by
+                  their keys
+  --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
+                  (default: the dylib that was built with this program)
+  --              what follows is no option, whatever it starts with
+  --help          print this text
+
+Each attribute is a line, KEY = VALUE; the values of a list or a dictionary
+follow, indented. Text is in quotes, with \", \\, \t, \n, \x1B and \u0085 for
+what can't stand for itself; dates are in GMT; bytes are hexadecimal digits in
+< >. Of an attribute asked for by --keys that a file lacks, the value is (none).
+Several files come each under its path.
+
+In JSON, dates are strings like "2011-03-05T06:42:10Z", bytes are strings of
+hexadecimal digits, and what is not there, or is no number, is null.
+
+A file that can't be shown is named on standard error, the others are shown, and
+the exit status is 2; otherwise it is 0.
+)";
+
+const char schemaHelp[] =
+    R"(shotlight schema: tells what the attributes are.
+
+usage: shotlight schema [KEY...]
+
+Without keys, of all attributes that the system knows. Prints the key, the type
+of its value, "several" for an attribute that may have several values, the name
+and the description for people: an aligned table on a terminal, otherwise one
+line each with tabs between the columns.
+
+  --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
+                  (default: the dylib that was built with this program)
+  --              what follows is no option, whatever it starts with
+  --help          print this text
+)";
+
+const char keysHelp[] =
+    R"(shotlight keys: prints the keys of all attributes that the plug-in names.
+
+usage: shotlight keys
+
+  --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
+                  (default: the dylib that was built with this program)
+  --help          print this text
+)";
+
+const char windowHelp[] =
+    R"(shotlight window: opens the system's search window.
+
+usage: shotlight window TEXT
+
+There is no window here: prints the text that it would show.
+
+  --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
+                  (default: the dylib that was built with this program)
+  --              what follows is no option, whatever it starts with
+  --help          print this text
+)";
+
+}  // namespace shotlight

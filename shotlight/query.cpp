@@ -1,0 +1,142 @@
+#include "shotlight/query.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "shotlight/errors.h"
+#include "shotlight/progress.h"
+#include "shotlight/session.h"
+#include "shotlight/text.h"
+#include "standin/coreservices/control.h"
+
+namespace shotlight {
+namespace {
+
+namespace host = standin::host;
+namespace fs = std::filesystem;
+
+const char kClass[] = "MDQueryZNK";
+const double kProgressInterval = 0.1;  // seconds
+
+// The query with a mark under the place where it stops making sense.
+[[noreturn]] void reportBadQuery(const std::string& query) {
+  const auto units = utf16(query);
+  if (!units) throw CommandError("the query is not valid UTF-8; write it in UTF-8");
+  const auto error = standin::checkQuery(*units);
+  if (!error) throw CommandError("the plug-in made no query of '" + query + "'; try another --plugin");
+  const std::string indent = "  ";
+  const std::string before = utf8(std::u16string_view(*units).substr(0, error->position));
+  throw CommandError("the query can't be understood: " + error->reason + "\n" + indent +
+                     escapeControls(query) + "\n" + indent +
+                     std::string(displayWidth(escapeControls(before)), ' ') +
+                     "^\nsee shotlight find --help for the form of a query");
+}
+
+host::Value made(const host::Value& query, const std::string& text) {
+  checkExceptions();
+  if (host::get(query, "Handle").integer() == 0) reportBadQuery(text);
+  return query;
+}
+
+void reverse(const host::Value& query, const std::string& key) {
+  const int32_t reversed = flag("kMDQueryReverseSortOrderFlag");
+  if (!host::call(query, "SetSortOptionFlagsForAttribute", key, static_cast<uint32_t>(reversed)).boolean())
+    throw CommandError("--sort '" + key + ":desc': the system can't reverse the order; leave out :desc");
+}
+
+// Stops the run of the run loop when the query tells that its gathering is complete.
+class EndOfGathering {
+ public:
+  explicit EndOfGathering(const host::Value& query) : query_(query) {
+    host::setEventHandler(query, "Finish",
+                          [](const std::vector<host::Value>&) { CFRunLoopStop(CFRunLoopGetCurrent()); });
+  }
+  ~EndOfGathering() { host::setEventHandler(query_, "Finish", nullptr); }
+  EndOfGathering(const EndOfGathering&) = delete;
+  EndOfGathering& operator=(const EndOfGathering&) = delete;
+
+ private:
+  const host::Value& query_;
+};
+
+std::string realFolder(const std::string& name) {
+  const std::string what = "--in '" + name + "': ";
+  std::error_code error;
+  const fs::path path = fs::canonical(name, error);
+  if (error == std::errc::no_such_file_or_directory)
+    throw CommandError(what + error.message() + "; name a folder that exists");
+  if (error) throw CommandError(what + error.message() + "; name a folder that can be read");
+  if (!fs::is_directory(path, error)) throw CommandError(what + "not a folder; name the folder it is in");
+  if (access(path.c_str(), R_OK | X_OK) != 0)
+    throw CommandError(what + std::strerror(errno) + "; name a folder that you may read");
+  if (!utf16(path.string())) throw CommandError(what + "its path is not valid UTF-8; name a folder above it");
+  return path.string();
+}
+
+}  // namespace
+
+int32_t flag(const char* constant) {
+  return static_cast<int32_t>(host::constant(kClass, constant).integer());
+}
+
+host::Value newQuery(const std::string& text) {
+  return made(host::construct(kClass, text), text);
+}
+
+host::Value newQuery(const FindOptions& options) {
+  std::vector<std::string> sortingKeys;
+  for (const SortKey& each : options.sorting) sortingKeys.push_back(each.key);
+  const host::Value sorting = host::stringArray(sortingKeys);
+  const host::Value valueList =
+      host::stringArray(options.valuesOf.empty() ? Arguments{} : Arguments{options.valuesOf});
+  host::Value query;
+  if (options.within.empty()) {
+    query = made(host::construct(kClass, options.query, valueList, sorting), options.query);
+  } else {
+    const host::Value parent = newQuery(options.within);
+    query = made(host::construct(kClass, parent, options.query, valueList, sorting), options.query);
+  }
+  for (const SortKey& each : options.sorting) {
+    if (each.descending) reverse(query, each.key);
+  }
+  return query;
+}
+
+void setSearchScope(const host::Value& query, const std::vector<std::string>& folders,
+                    const std::vector<std::string>& scopes) {
+  std::vector<host::Value> items;
+  for (const std::string& folder : folders) items.push_back(host::folderItem(folder));
+  std::vector<std::string> options;
+  for (const std::string& scope : scopes) options.push_back(host::constant(kClass, scope).text());
+  host::call(query, "SetSearchScope", host::objectArray(items), host::stringArray(options));
+  checkExceptions();
+}
+
+std::vector<std::string> realFolders(const std::vector<std::string>& names) {
+  std::vector<std::string> paths;
+  for (const std::string& name : names) paths.push_back(realFolder(name));
+  return paths;
+}
+
+bool gather(const host::Value& query, int32_t flags, Interrupts& interrupts) {
+  const EndOfGathering end(query);
+  if (!host::call(query, "Execute", flags).boolean())
+    throw CommandError("the plug-in could not execute the query; try another --plugin");
+  Progress progress;
+  while (!host::call(query, "IsGatheringComplete").boolean()) {
+    CFRunLoopRunInMode(kCFRunLoopDefaultMode, kProgressInterval, false);
+    checkExceptions();
+    if (interrupts.signal() != 0) {
+      host::call(query, "Stop");
+      return false;
+    }
+    progress.show(static_cast<size_t>(host::call(query, "ResultCount").integer()), "results so far");
+  }
+  checkExceptions();
+  return true;
+}
+
+}  // namespace shotlight

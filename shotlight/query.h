@@ -1,0 +1,33 @@
+// The query that a command runs.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "shotlight/find_options.h"
+#include "shotlight/interrupts.h"
+#include "standin/host/host.h"
+
+namespace shotlight {
+
+// Queries that can't be understood are CommandErrors that show the place.
+
+standin::host::Value newQuery(const std::string& text);
+
+// With its attributes, its sorting and its parent.
+standin::host::Value newQuery(const FindOptions& options);
+
+// Folders are named as on the command line (see realFolders); scopes are constants of the query class.
+void setSearchScope(const standin::host::Value& query, const std::vector<std::string>& folders,
+                    const std::vector<std::string>& scopes);
+
+// Absolute paths of folders that are there and may be read, in UTF-8. Throws CommandError for others.
+std::vector<std::string> realFolders(const std::vector<std::string>& names);
+
+// Runs the query on the run loop until the first gathering is complete. False when it was interrupted; the
+// query is then stopped. `flags` as of Execute.
+bool gather(const standin::host::Value& query, int32_t flags, Interrupts& interrupts);
+
+int32_t flag(const char* constant);  // of the query class
+
+}  // namespace shotlight
