@@ -1,6 +1,6 @@
 #include "schema.h"
 
-#include <algorithm>
+#include <unordered_map>
 
 namespace standin::metadata {
 namespace {
@@ -23,8 +23,13 @@ const AttributeInfo& infoOf(FileAttribute attribute) {
 }
 
 FileAttribute fileAttributeNamed(std::string_view key) {
-  const auto found = std::ranges::find(kSchema, key, &AttributeInfo::key);
-  return found == std::end(kSchema) ? FileAttribute::None : found->attribute;
+  static const auto* const byKey = [] {
+    auto* const attributes = new std::unordered_map<std::string_view, FileAttribute>;
+    for (const AttributeInfo& info : kSchema) attributes->emplace(info.key, info.attribute);
+    return attributes;  // kept: items are asked until the very end
+  }();
+  const auto found = byKey->find(key);
+  return found == byKey->end() ? FileAttribute::None : found->second;
 }
 
 }  // namespace standin::metadata
