@@ -15,13 +15,19 @@ REALstring schemaText(REALstring name, CFStringRef (*copyText)(CFStringRef name)
 }
 
 // The order of the rows is the order of the tests.
+// clang-format off
 constexpr struct {
   CFTypeID (*typeID)();
   const char* word;
 } kTypeWords[] = {
-    {CFBooleanGetTypeID, "Boolean"}, {CFNumberGetTypeID, "Number"}, {CFDateGetTypeID, "Date"},
-    {CFStringGetTypeID, "String"},   {CFUUIDGetTypeID, "UUID"},     {CFArrayGetTypeID, "Array"},
+    {CFBooleanGetTypeID, "Boolean"},
+    {CFNumberGetTypeID,  "Number"},
+    {CFDateGetTypeID,    "Date"},
+    {CFStringGetTypeID,  "String"},
+    {CFUUIDGetTypeID,    "UUID"},
+    {CFArrayGetTypeID,   "Array"},
 };
+// clang-format on
 
 Owned<REALstring> wordOfType(CFTypeID type) {
   for (const auto& row : kTypeWords) {

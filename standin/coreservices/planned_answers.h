@@ -9,10 +9,10 @@
 
 namespace standin {
 
-// The next call of that name answers this value. The reference is handed over with it: a Copy function passes
-// it on to its caller, a Get function keeps it until clearAnswers(). For these calls: MDItemCopyAttribute,
-// MDItemCopyAttributes, MDItemCopyAttributeNames, the MDSchemaCopy functions, MDQueryCopyValuesOfAttribute
-// and MDQueryGetAttributeValueOfResultAtIndex.
+// The next call of that name, also one that the stand-in makes itself, answers this value. The reference is
+// handed over with it: a Copy function passes it on to its caller, a Get function keeps it until
+// clearAnswers(). For these calls: MDItemCopyAttribute, MDItemCopyAttributes, MDItemCopyAttributeNames, the
+// MDSchemaCopy functions, MDQueryCopyValuesOfAttribute and MDQueryGetAttributeValueOfResultAtIndex.
 STANDIN_API void planAnswer(const std::string& call, CFTypeRef value);
 // Drops the plans that were not used.
 STANDIN_API void clearAnswers();

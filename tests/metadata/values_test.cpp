@@ -54,6 +54,15 @@ TEST_F(QueryValues, AreThoseOfValueListAndSortingAttributesAlone) {
   EXPECT_EQ(valueAt(CFSTR("no such attribute"), 1), "(null)");
 }
 
+// The text of a file is searched, and told in no way.
+TEST_F(QueryValues, NeverTellTheTextOfAFile) {
+  query = make("kMDItemTextContent == 123", {"kMDItemTextContent"}, {"kMDItemTextContent"});
+  gather(query);
+  ASSERT_EQ(MDQueryGetResultCount(query.get()), 1);
+  EXPECT_EQ(valueAt(kMDItemTextContent, 0), "(null)");
+  EXPECT_THAT(valuesOf(kMDItemTextContent), IsEmpty());
+}
+
 TEST_F(QueryValues, AreNullWhereTheFileHasNoneAndOutOfRange) {
   EXPECT_EQ(valueAt(kMDItemFSSize, 0), "(null)");
   gather(query);
