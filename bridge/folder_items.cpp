@@ -12,11 +12,11 @@ Owned<CFURLRef> urlOf(const FSRef& file) {
   return adopt(CFURLCreateFromFSRef(kCFAllocatorDefault, &file));
 }
 
-// The text in canonical decomposed form, as the file system keeps names; the text itself when it can't be
-// copied.
-Owned<CFStringRef> decomposed(Owned<CFStringRef> text) {
-  auto copy = adopt(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text.get()));
-  if (!copy) return text;
+// The text in canonical decomposed form, as the file system keeps names; the text itself, retained, when it
+// can't be copied.
+Owned<CFStringRef> decomposed(CFStringRef text) {
+  auto copy = adopt(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text));
+  if (!copy) return retain(text);
   CFStringNormalize(copy.get(), kCFStringNormalizationFormD);
   return adopt<CFStringRef>(copy.leak());
 }
@@ -27,8 +27,13 @@ Owned<CFStringRef> textOf(const HFSUniStr255& name) {
 }
 
 Owned<CFURLRef> urlInFolder(Owned<CFURLRef> folder, Owned<CFStringRef> name) {
-  const auto leaf = decomposed(static_cast<Owned<CFStringRef>&&>(name));
-  return adopt(CFURLCreateCopyAppendingPathComponent(kCFAllocatorDefault, folder.get(), leaf.get(), false));
+  auto leaf = decomposed(name.get());
+  auto url =
+      adopt(CFURLCreateCopyAppendingPathComponent(kCFAllocatorDefault, folder.get(), leaf.get(), false));
+  folder.reset();
+  leaf.reset();
+  name.reset();
+  return url;
 }
 
 Owned<CFURLRef> urlOfSpec(REALobject item) {
@@ -73,9 +78,9 @@ Owned<REALobject> itemOfMissingFile(CFURLRef url) {
   const auto folder = adopt(CFURLCreateCopyDeletingLastPathComponent(kCFAllocatorDefault, url));
   FSRef parent;
   if (!folder || !CFURLGetFSRef(folder.get(), &parent)) return {};
-  auto leaf = adopt(CFURLCopyLastPathComponent(url));
+  const auto leaf = adopt(CFURLCopyLastPathComponent(url));
   if (!leaf) return {};
-  const auto text = decomposed(static_cast<Owned<CFStringRef>&&>(leaf));
+  const auto text = decomposed(leaf.get());
   const HFSUniStr255 name = fileName(text.get());
   return adopt(REALFolderItemFromParentFSRef(&parent, &name));
 }

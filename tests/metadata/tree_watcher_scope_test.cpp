@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "ordinary_user.h"
 #include "tree_watcher_fixture.h"
 
 namespace standin::metadata {
@@ -11,6 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 namespace fs = std::filesystem;
 
 class TreeWatcherScope : public Watched {};
@@ -91,8 +93,9 @@ TEST_F(TreeWatcherScope, AnExcludedFolderIsAnEntryWhoseContentIsLeftOut) {
   ASSERT_EQ(::chmod(scratch.at("x").c_str(), 0700), 0);
   EXPECT_THAT(take(watcher), ElementsAre("touched ./", "touched y/", "touched x/"));
   rename("x", "z");
-  EXPECT_THAT(take(watcher), ElementsAre("gone x/", "touched ./", "touched z/", "touched z/f",
-                                         "touched z/deep/", "touched z/deep/f"));
+  // What a new folder holds comes in the order in which the file system lists it.
+  EXPECT_THAT(take(watcher), UnorderedElementsAre("gone x/", "touched ./", "touched z/", "touched z/f",
+                                                  "touched z/deep/", "touched z/deep/f"));
 }
 
 TEST_F(TreeWatcherScope, ARootInAnExcludedFolderIsWatched) {
@@ -169,26 +172,17 @@ TEST_F(TreeWatcherScope, ARenamedRootIsGoneAndComesBack) {
   scratch.file("z/g");
   EXPECT_THAT(take(watcher), IsEmpty());
   rename("z", "a");
-  EXPECT_THAT(take(watcher), testing::UnorderedElementsAre("touched a/", "touched a/f", "touched a/g"));
+  EXPECT_THAT(take(watcher), UnorderedElementsAre("touched a/", "touched a/f", "touched a/g"));
 }
 
-// Permissions count for people other than the administrator only.
 class TreeWatcherPermissions : public TreeWatcherScope {
  protected:
-  TreeWatcherPermissions() {
-    constexpr uid_t kNobody = 65534;
-    if (::geteuid() != 0) return;
-    isNobody_ = ::chown(scratch.path().c_str(), kNobody, kNobody) == 0 && ::seteuid(kNobody) == 0;
-  }
-  ~TreeWatcherPermissions() override {
-    if (isNobody_ && ::seteuid(0) != 0) ADD_FAILURE();
-  }
   void setMode(std::string_view name, mode_t mode) const {
     ASSERT_EQ(::chmod(scratch.at(name).c_str(), mode), 0);
   }
 
  private:
-  bool isNobody_ = false;
+  const OrdinaryUser user_{scratch};
 };
 
 TEST_F(TreeWatcherPermissions, AnUnreadableFolderIsFollowedWhenItBecomesReadable) {
@@ -198,7 +192,7 @@ TEST_F(TreeWatcherPermissions, AnUnreadableFolderIsFollowedWhenItBecomesReadable
   scratch.file("a/g");
   EXPECT_THAT(take(watcher), IsEmpty());
   setMode("a", 0700);
-  EXPECT_THAT(take(watcher), testing::UnorderedElementsAre("touched a/", "touched a/f", "touched a/g"));
+  EXPECT_THAT(take(watcher), UnorderedElementsAre("touched a/", "touched a/f", "touched a/g"));
   append("a/g");
   EXPECT_THAT(take(watcher), ElementsAre("touched a/g"));
   EXPECT_EQ(watcher.reason(), "");

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "ordinary_user.h"
 #include "scratch_folder.h"
 
 namespace standin::metadata {
@@ -77,21 +78,16 @@ TEST(Walk, ListsSymbolicLinksWithoutFollowingThem) {
 }
 
 TEST(Walk, SkipsAndCountsFoldersItMayNotRead) {
-  if (::geteuid() == 0 && ::seteuid(65534) != 0) GTEST_SKIP() << "can't become an ordinary user";
-  {
-    const ScratchFolder scratch;
-    scratch.file("closed/secret");
-    scratch.file("open/file");
-    ::chmod(scratch.at("closed").c_str(), 0);
-    Listing listing;
-    const WalkReport report = walk(scratch.path(), {}, listing);
-    ::chmod(scratch.at("closed").c_str(), 0700);
-    EXPECT_THAT(scratch.within(listing.paths), ElementsAre("closed", "open", "open/file"));
-    EXPECT_EQ(report.unreadableFolders, 1u);
-  }
-  if (::getuid() == 0) {
-    ASSERT_EQ(::seteuid(0), 0);
-  }
+  const ScratchFolder scratch;
+  const OrdinaryUser user(scratch);
+  scratch.file("closed/secret");
+  scratch.file("open/file");
+  ::chmod(scratch.at("closed").c_str(), 0);
+  Listing listing;
+  const WalkReport report = walk(scratch.path(), {}, listing);
+  ::chmod(scratch.at("closed").c_str(), 0700);
+  EXPECT_THAT(scratch.within(listing.paths), ElementsAre("closed", "open", "open/file"));
+  EXPECT_EQ(report.unreadableFolders, 1u);
 }
 
 TEST(Walk, LeavesOutWhatIsInExcludedFolders) {
