@@ -79,7 +79,8 @@ bool LiveChanges::isReached(const std::string& path) {
 }
 
 bool LiveChanges::isResult(const std::string& path) {
-  if (std::find(folders_.begin(), folders_.end(), path) != folders_.end()) return false;
+  const auto isAround = [&](const std::string& folder) { return path != folder && liesIn(path, folder); };
+  if (std::none_of(folders_.begin(), folders_.end(), isAround)) return false;
   FileByPath file(path);
   return file.record().exists() && isReached(path) && matches(*expression_, file.record());
 }

@@ -17,14 +17,17 @@ namespace standin::metadata {
 
 class LiveChanges {
  public:
-  // Folders are real paths, and not themselves results.
+  // Folders are real paths. What lies in one of them may be a result; a folder itself does only by lying in
+  // another.
   LiveChanges(ExpressionRef expression, std::vector<std::string> folders, std::vector<std::string> excluded);
 
   void add(const std::vector<TreeWatcher::Change>& changes);
   bool empty() const { return queue_.empty(); }
   size_t size() const { return queue_.size(); }
 
-  // The next path to be looked at. What was below a folder that went away, and what may be below one whose
+  // The next path to be looked at.
+  const std::string& next() const { return queue_.front(); }
+  // Takes it from the queue. What was below a folder that went away, and what may be below one whose
   // changes were lost, joins the queue when it is the folder's turn.
   std::string take(const ResultStore& known);
 

@@ -110,7 +110,8 @@ MDQueryRef MDQueryCreateSubset(CFAllocatorRef allocator, MDQueryRef query, CFStr
       createQuery(allocator, queryString, std::move(both), valueListAttrs, sortingAttrs);
   if (!subset) return nullptr;
   subset->state->outerScopes = parent.outerScopes;
-  if (parent.scope) subset->state->outerScopes.push_back(*parent.scope);
+  const Scope everywhere{{ScopeElement::Place::Indexed, {}}};
+  subset->state->outerScopes.push_back(parent.scope.value_or(everywhere));
   return subset;
 }
 

@@ -1,6 +1,7 @@
 #include "query_run.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "held.h"
@@ -221,25 +222,28 @@ void QueryRun::stopTimer() {
   CFRelease(std::exchange(timer_, nullptr));
 }
 
-// Looks at changes until there are as many as make a batch.
+// Looks at changes until there are as many as make a batch. A path that has to be looked at again, because
+// of what became of a folder above it meanwhile, belongs to the next batch: in this one it has been counted.
 ResultChanges QueryRun::lookAtNext() {
   ResultChanges changes;
+  std::unordered_set<std::string> looked;
   const size_t enough = std::max<size_t>(state_.batches.update_max_num, 1);
   const ResultStore& store = state_.results.store();
-  size_t room = state_.maximum > 0 ? static_cast<size_t>(state_.maximum) - state_.results.size() : SIZE_MAX;
-  while (!changes_->empty() && changes.size() < enough) {
+  while (!changes_->empty() && changes.size() < enough && looked.insert(changes_->next()).second) {
     const std::string path = changes_->take(store);
     const ResultStore::File file = store.find(path);
     const bool known = file != ResultStore::kNoFile;
     if (changes_->isResult(path)) {
       if (known) changes.changed.push_back(file);
-      if (!known && room > 0) {
-        changes.added.push_back(path);
-        --room;
-      }
+      if (!known) changes.added.push_back(path);
     } else if (known) {
       changes.removed.push_back(file);
     }
+  }
+  if (state_.maximum > 0) {
+    const size_t staying = state_.results.size() - changes.removed.size();
+    const size_t room = static_cast<size_t>(state_.maximum) - staying;
+    if (changes.added.size() > room) changes.added.resize(room);
   }
   return changes;
 }

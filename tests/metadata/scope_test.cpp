@@ -141,6 +141,16 @@ TEST_F(QueryScope, OfASubsetIsWhatLiesInItsOwnAndInItsParents) {
   EXPECT_THAT(found(inner), ElementsAre("one/inner/b.txt"));
 }
 
+// Without a scope, the parent looks where everything is indexed, and so does its subset at the most.
+TEST_F(QueryScope, OfASubsetReachesNothingThatItsParentWithoutAScopeDoesNot) {
+  standin::setIndexedFolders({scratch.at("one"), scratch.at("one/inner")});
+  const auto subset = makeSubset(query, "kMDItemFSName == \"*\"");
+  EXPECT_THAT(found(subset), ElementsAre("one/a.txt", "one/inner/b.txt"));
+  const auto elsewhere = makeSubset(query, "kMDItemFSName == \"*\"");
+  setScope(elsewhere, url(scratch.at("two")), url(scratch.at("one/inner")));
+  EXPECT_THAT(found(elsewhere), ElementsAre("one/inner/b.txt"));
+}
+
 using QueryScopeDeathTest = QueryScope;
 
 TEST_F(QueryScopeDeathTest, EndsTheProcessForWhatIsNoScope) {

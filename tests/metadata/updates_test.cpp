@@ -385,6 +385,70 @@ TEST_F(Updates, ComeTogetherAfterTheTimeOfABatch) {
   EXPECT_THAT(within(listener->notices[0].added), ElementsAre("a.txt", "b.txt"));
 }
 
+// What happened to a path by itself and what became of the folders above it are told one after the other, and
+// may be looked at together.
+TEST_F(Updates, TellOnceOfAFileThatGoesWithItsFolderAfterItChanged) {
+  for (const std::initializer_list<const char*>& sorting :
+       {std::initializer_list<const char*>{}, {"kMDItemFSSize"}}) {
+    scratch.file("folder/a.txt");
+    scratch.file("stays.txt");
+    start(kTexts, sorting);
+    setBatches(query, {0, 0, 0, 0, 100, 2000});
+    lookAtAll();
+    scratch.file("folder/a.txt", "changed");
+    run(0.1);
+    fs::rename(scratch.at("folder"), scratch.at("moved"));
+    run(0.1);
+    run(10);
+    expectSameAsNewQuery();
+    std::vector<std::string> removed;
+    for (const Notice& told : listener->notices) {
+      removed.insert(removed.end(), told.removed.begin(), told.removed.end());
+    }
+    EXPECT_THAT(within(removed), ElementsAre("folder/a.txt"));
+    for (const char* name : {"new-1.txt", "new-2.txt", "new-3.txt"}) scratch.file(name);
+    run(10);
+    expectSameAsNewQuery();
+    for (const char* name : {"new-1.txt", "new-2.txt", "new-3.txt"}) fs::remove(scratch.at(name));
+    fs::remove_all(scratch.at("moved"));
+  }
+}
+
+TEST_F(Updates, TellOnceOfAFileThatIsDeletedWithItsFoldersOneByOne) {
+  scratch.file("outer/inner/a.txt");
+  start();
+  setBatches(query, {0, 0, 0, 0, 100, 2000});
+  lookAtAll();
+  for (const char* name : {"outer/inner/a.txt", "outer/inner", "outer"}) {
+    fs::remove(scratch.at(name));
+    run(0.1);
+  }
+  run(10);
+  ASSERT_EQ(listener->notices.size(), 1u);
+  EXPECT_THAT(within(listener->notices[0].removed), ElementsAre("outer/inner/a.txt"));
+  for (const char* name : {"new-1.txt", "new-2.txt"}) scratch.file(name);
+  run(10);
+  EXPECT_THAT(results(query), UnorderedElementsAre("new-1.txt", "new-2.txt"));
+}
+
+TEST_F(Updates, CountAFileOnceThatChangedBeforeEventsWereLost) {
+  for (const std::initializer_list<const char*>& sorting :
+       {std::initializer_list<const char*>{}, {"kMDItemFSSize"}}) {
+    scratch.file("a.txt");
+    start(kTexts, sorting);
+    setBatches(query, {0, 0, 0, 0, 100, 2000});
+    lookAtAll();
+    scratch.file("a.txt", "changed");
+    scratch.file("new.txt");
+    run(0.1);
+    standin::loseEvents();
+    run(10);
+    EXPECT_EQ(MDQueryGetResultCount(query.get()), 2);
+    expectSameAsNewQuery();
+    fs::remove(scratch.at("new.txt"));
+  }
+}
+
 TEST_F(Updates, ThatTellNothingNewAreNotTold) {
   start();
   scratch.file("picture.jpg");
@@ -426,6 +490,17 @@ TEST_F(Updates, KeepToTheMaximumCount) {
   scratch.file("z.txt");
   update();
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 2);
+}
+
+TEST_F(Updates, KeepARenamedFileThoughTheMaximumCountIsReached) {
+  scratch.file("a.txt");
+  scratch.file("b.txt");
+  query = make(kTexts);
+  MDQuerySetMaxCount(query.get(), 2);
+  listen();
+  fs::rename(scratch.at("a.txt"), scratch.at("c.txt"));
+  update();
+  EXPECT_THAT(results(query), UnorderedElementsAre("b.txt", "c.txt"));
 }
 
 TEST_F(Updates, RenewTheValuesThatWereAskedFor) {
@@ -474,6 +549,16 @@ TEST_F(Updates, FollowAFolderOfTheScopeThatIsMissingAtFirst) {
   EXPECT_THAT(results(query), ElementsAre("later/a.txt"));
   fs::remove_all(scratch.at("later"));
   EXPECT_THAT(within(update().removed), ElementsAre("later/a.txt"));
+}
+
+TEST_F(Updates, TakeASearchedFolderThatLiesInAnotherForTheResultThatItIs) {
+  scratch.folder("box");
+  standin::setIndexedFolders({scratch.path(), scratch.at("box")});
+  start("kMDItemFSName == \"*\"");
+  EXPECT_THAT(results(query), ElementsAre("box"));
+  scratch.file("box/new");
+  EXPECT_THAT(within(update().added), ElementsAre("box/new"));
+  EXPECT_THAT(results(query), UnorderedElementsAre("box", "box/new"));
 }
 
 TEST_F(Updates, LeaveOutExcludedFolders) {
