@@ -1,6 +1,7 @@
 #include "content_type.h"
 
 #include <algorithm>
+#include <ranges>
 #include <string>
 #include <unordered_map>
 
@@ -247,12 +248,16 @@ const ContentType* find(const Index& index, std::string_view word) {
   return found == index.end() ? nullptr : found->second;
 }
 
-void appendTree(const ContentType& type, std::vector<std::string_view>& tree) {
+// Appends the type behind all that it conforms to. The last of its parents goes first, so that read backwards
+// the first comes first.
+void appendBackwards(const ContentType& type, std::vector<std::string_view>& tree) {
   if (std::ranges::find(tree, type.identifier) != tree.end()) return;
+  std::vector<std::string_view> parents;
+  forEachWord(type.conformsTo, [&](std::string_view parent) { parents.push_back(parent); });
+  for (const std::string_view parent : std::views::reverse(parents)) {
+    if (const ContentType* const known = contentTypeNamed(parent)) appendBackwards(*known, tree);
+  }
   tree.push_back(type.identifier);
-  forEachWord(type.conformsTo, [&](std::string_view parent) {
-    if (const ContentType* const known = contentTypeNamed(parent)) appendTree(*known, tree);
-  });
 }
 
 }  // namespace
@@ -280,7 +285,8 @@ const ContentType* contentTypeOfName(std::string_view name, Node node) {
 
 std::vector<std::string_view> contentTypeTree(const ContentType& type) {
   std::vector<std::string_view> tree;
-  appendTree(type, tree);
+  appendBackwards(type, tree);
+  std::ranges::reverse(tree);
   return tree;
 }
 

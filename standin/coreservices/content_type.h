@@ -35,7 +35,7 @@ const ContentType* contentTypeOfName(std::string_view name, Node node);
 constexpr size_t kSignatureLength = 1024;
 const ContentType* contentTypeOfBytes(std::string_view bytes);
 
-// The type and all that it conforms to, each once, every one before those that it conforms to itself.
+// The type and all that it conforms to, each once, every one before all those that it conforms to itself.
 std::vector<std::string_view> contentTypeTree(const ContentType& type);
 
 }  // namespace standin::metadata

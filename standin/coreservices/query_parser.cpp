@@ -56,6 +56,13 @@ ReadNumber readNumber(std::string_view text) {
   return {real};
 }
 
+std::optional<bool> readTruth(std::string text) {
+  std::ranges::transform(text, text.begin(), [](char c) { return lower(static_cast<unsigned char>(c)); });
+  if (text == "true") return true;
+  if (text == "false") return false;
+  return {};
+}
+
 // What the elements are without their wildcards and without characters that no number has: empty for others.
 std::string plainText(const std::vector<PatternElement>& elements) {
   std::string plain;
@@ -262,7 +269,9 @@ class Parser {
     if (quoted) readQuotedTime(literal, start, ordered);
     skipBlanks();
     parseTrailingModifiers(options);
-    if (!literal.number && !literal.relativeTime) readPlainValue(literal, elements, quoted);
+    // Under `*`, "true" in quotes is that text: every file has some flag that is set.
+    const bool isText = quoted && comparison.key.any;
+    if (!literal.number && !literal.relativeTime) readPlainValue(literal, elements, isText);
     if (ordered && !literal.number && !literal.relativeTime) {
       failAt(start, isTooLarge(elements) ? "this number is out of range" : "expected a number or a date");
     }
@@ -295,10 +304,10 @@ class Parser {
     }
   }
 
-  static void readPlainValue(Literal& literal, const std::vector<PatternElement>& elements, bool quoted) {
+  static void readPlainValue(Literal& literal, const std::vector<PatternElement>& elements, bool isText) {
     const std::string plain = plainText(elements);
     literal.number = readNumber(plain).number;
-    if (!quoted && (plain == "true" || plain == "false")) literal.truth = plain == "true";
+    if (!isText) literal.truth = readTruth(plain);
   }
 
   static bool isTooLarge(const std::vector<PatternElement>& elements) {

@@ -101,23 +101,44 @@ class Progress {
   void startHere() { reach(now_, 0); }
   bool atEnd() const { return now_.back() != 0; }
 
-  void read(char32_t character) {
+  // One character of the text that folds to itself or to one other.
+  void read(char32_t character) { step<true>(character); }
+
+  // One character of the text, as what it folds to: one character, several or none. What stands for one takes
+  // them together, and a run takes any part of them.
+  void read(std::u32string_view folded) {
+    if (folded.size() == 1) return read(folded.front());
+    if (!active_) return;
+    before_ = now_;
+    for (const char32_t character : folded) step<false>(character);
+    for (size_t i = 0; i < elements_.size(); ++i) {
+      if (before_[i] && elements_[i].kind == PatternElement::AnyOne) reach(now_, i + 1);
+    }
+  }
+
+ private:
+  template <bool isWhole>
+  void step(char32_t character) {
     if (!active_) return;
     active_ = false;
     std::fill(next_.begin(), next_.end(), 0);
     for (size_t i = 0; i < elements_.size(); ++i) {
       if (!now_[i]) continue;
-      const PatternElement& element = elements_[i];
-      if (element.kind == PatternElement::AnyRun) {
-        reach(next_, i);
-      } else if (element.kind == PatternElement::AnyOne || element.character == character) {
-        reach(next_, i + 1);
+      switch (elements_[i].kind) {
+        case PatternElement::AnyRun:
+          reach(next_, i);
+          break;
+        case PatternElement::AnyOne:
+          if (isWhole) reach(next_, i + 1);
+          break;
+        case PatternElement::Literal:
+          if (elements_[i].character == character) reach(next_, i + 1);
+          break;
       }
     }
     now_.swap(next_);
   }
 
- private:
   // A run may be empty, so reaching its start reaches what follows it too.
   void reach(std::vector<char>& places, size_t place) {
     active_ = true;
@@ -128,6 +149,7 @@ class Progress {
   const std::vector<PatternElement>& elements_;
   std::vector<char> now_;
   std::vector<char> next_;
+  std::vector<char> before_;
   bool active_ = false;  // some place is reached
 };
 
@@ -184,7 +206,7 @@ class Reading {
       last_ = character;
       return;
     }
-    for (const char32_t folded : foldCharacter(character, options_)) progress_.read(folded);
+    progress_.read(foldCharacter(character, options_));
     if (!isMark(character)) last_ = character;
   }
 

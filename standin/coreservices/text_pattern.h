@@ -2,8 +2,8 @@
 // compare.
 //
 // Composed and decomposed characters are the same text in every mode. Ignoring case and diacritics compares
-// folded characters, so one letter may stand for two ("ß" for "ss"); `?` then stands for one folded
-// character.
+// folded characters, so one letter may stand for two ("ß" for "ss"). `?` stands for one character of the
+// composed text, whatever that folds to: ignoring more never finds less.
 #pragma once
 
 #include <cstdint>

@@ -44,10 +44,21 @@ class Variant {
   void* handle_ = nullptr;
 };
 
+typedef std::vector<std::string> Calls;
+
+// The calls that reached the host and the platform while `act` ran, in order, without the requests for
+// services; what is released comes with its type.
+template <typename Act>
+Calls detailedCallsOf(Act act) {
+  standin::startDetailedLog();
+  act();
+  Calls calls = standin::stopLog();
+  std::erase_if(calls, [](const std::string& call) { return call.starts_with("resolve "); });
+  return calls;
+}
+
 class BridgeTest : public testing::Test {
  protected:
-  typedef std::vector<std::string> Calls;
-
   // `absent` names platform functions that this plug-in does not find (dylib only).
   void start(const host::Settings& settings = {}, const std::set<std::string>& absent = {},
              standin::PluginFile::Resolver* resolver = host::resolve);

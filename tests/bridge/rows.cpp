@@ -71,7 +71,7 @@ CFOwner notificationCenter() {
   return own(CFRetain(CFNotificationCenterGetLocalCenter()));
 }
 
-#define GRAPHICS(type) #type "ZNK", nullptr, [] { return own(standin::makeInstance(#type)); }
+#define GRAPHICS(type) #type, #type "ZNK", nullptr, [] { return own(standin::makeInstance(#type)); }
 
 }  // namespace
 
@@ -82,15 +82,15 @@ void PrintTo(const Row& row, std::ostream* out) {
 const std::vector<Row>& rows() {
   // clang-format off
   static const std::vector<Row> all = {
-      { 1, native,   nullptr,                 "the object FolderItem",  folderURL},
-      { 2, native,   nullptr,                 "true",                   truth},
-      { 3, native,   nullptr,                 "7",                      seven},
-      { 4, native,   nullptr,                 "the array of 1",         arrayOfOne},
-      { 5, native,   nullptr,                 "nil",                    otherNull},
-      { 6, native,   "Dictionary",            "the object Dictionary",  dictionaryOfOne},
-      { 7, native,   nullptr,                 "\"word\"",               word},
-      { 8, native,   nullptr,                 "\"bytes\"",              bytes},
-      { 9, native,   "Date",                  "the object Date",        date},
+      { 1, native,   "CFURL",              nullptr,                 "the object FolderItem",  folderURL},
+      { 2, native,   "CFBoolean",          nullptr,                 "true",                   truth},
+      { 3, native,   "CFNumber",           nullptr,                 "7",                      seven},
+      { 4, native,   "CFArray",            nullptr,                 "the array of 1",         arrayOfOne},
+      { 5, native,   "CFNull",             nullptr,                 "nil",                    otherNull},
+      { 6, native,   "CFDictionary",       "Dictionary",            "the object Dictionary",  dictionaryOfOne},
+      { 7, native,   "CFString",           nullptr,                 "\"word\"",               word},
+      { 8, native,   "CFData",             nullptr,                 "\"bytes\"",              bytes},
+      { 9, native,   "CFDate",             "Date",                  "the object Date",        date},
       {10, plain,    GRAPHICS(CGColorSpace)},
       {11, plain,    GRAPHICS(CGColor)},
       {12, plain,    GRAPHICS(CGImage)},
@@ -103,22 +103,22 @@ const std::vector<Row>& rows() {
       {19, checked,  GRAPHICS(CGEvent)},
       {20, checked,  GRAPHICS(CGEventSource)},
       {21, plain,    GRAPHICS(CGFont)},
-      {22, shadowed, "CFURLZNK",              "the object FolderItem",  folderURL},
-      {23, shadowed, "CFDictionaryZNK",       "the object Dictionary",  dictionaryOfOne},
-      {24, shadowed, "CFStringZNK",           "\"word\"",               word},
-      {25, shadowed, "CFNumberZNK",           "7",                      seven},
-      {26, shadowed, "CFArrayZNK",            "the array of 1",         arrayOfOne},
-      {27, shadowed, "CFBooleanZNK",          "true",                   truth},
-      {28, shadowed, "CFBinaryDataZNK",       "\"bytes\"",              bytes},
-      {29, checked,  "CFCharacterSetZNK",     nullptr,                  characters},
-      {30, checked,  "CFBundleZNK",           nullptr,                  bundle},
-      {31, checked,  "CFSetZNK",              nullptr,                  set},
-      {32, checked,  "CFBagZNK",              nullptr,                  bag},
-      {33, checked,  "CFUUIDZNK",             nullptr,                  uuid},
-      {34, checked,  "CFTimeZoneZNK",         nullptr,                  timeZone},
-      {35, shadowed, "CFDateZNK",             "the object Date",        date},
-      {36, checked,  "CFAttributedStringZNK", nullptr,                  attributedText},
-      {37, checked,  "CFErrorZNK",            nullptr,                  error},
+      {22, shadowed, "CFURL",              "CFURLZNK",              "the object FolderItem",  folderURL},
+      {23, shadowed, "CFDictionary",       "CFDictionaryZNK",       "the object Dictionary",  dictionaryOfOne},
+      {24, shadowed, "CFString",           "CFStringZNK",           "\"word\"",               word},
+      {25, shadowed, "CFNumber",           "CFNumberZNK",           "7",                      seven},
+      {26, shadowed, "CFArray",            "CFArrayZNK",            "the array of 1",         arrayOfOne},
+      {27, shadowed, "CFBoolean",          "CFBooleanZNK",          "true",                   truth},
+      {28, shadowed, "CFData",             "CFBinaryDataZNK",       "\"bytes\"",              bytes},
+      {29, checked,  "CFCharacterSet",     "CFCharacterSetZNK",     nullptr,                  characters},
+      {30, checked,  "CFBundle",           "CFBundleZNK",           nullptr,                  bundle},
+      {31, checked,  "CFSet",              "CFSetZNK",              nullptr,                  set},
+      {32, checked,  "CFBag",              "CFBagZNK",              nullptr,                  bag},
+      {33, checked,  "CFUUID",             "CFUUIDZNK",             nullptr,                  uuid},
+      {34, checked,  "CFTimeZone",         "CFTimeZoneZNK",         nullptr,                  timeZone},
+      {35, shadowed, "CFDate",             "CFDateZNK",             "the object Date",        date},
+      {36, checked,  "CFAttributedString", "CFAttributedStringZNK", nullptr,                  attributedText},
+      {37, checked,  "CFError",            "CFErrorZNK",            nullptr,                  error},
       {38, checked,  GRAPHICS(CTFont)},
       {39, checked,  GRAPHICS(CTFontCollection)},
       {40, checked,  GRAPHICS(CTFrame)},
@@ -129,7 +129,7 @@ const std::vector<Row>& rows() {
       {45, checked,  GRAPHICS(CTRun)},
       {46, checked,  GRAPHICS(CTTypesetter)},
       {47, checked,  GRAPHICS(CTRunDelegate)},
-      {48, checked,  "CFObjectZNK",           nullptr,                  notificationCenter},
+      {48, checked,  nullptr,              "CFObjectZNK",           nullptr,                  notificationCenter},
   };
   // clang-format on
   return all;

@@ -15,6 +15,7 @@ enum class Treatment {
 struct Row {
   int number;
   Treatment treatment;
+  const char* type;       // that the row tests for; null for the last row, which takes any other
   const char* className;  // that the row names; null for values that need no class
   const char* outcome;    // of native and shadowed rows: what host code sees, as host::Value describes it
   CFOwner (*make)();

@@ -1,5 +1,6 @@
 // The table by which Core Foundation values become host values, row by row: with the row's class, without it,
 // and with a class whose instances do not say that they are wrappers of CF values.
+#include <algorithm>
 #include <cstring>
 
 #include "tests/bridge/rows.h"
@@ -7,6 +8,7 @@
 namespace {
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 
 const uint32_t kTag = 0x52424346;
 const char* const kAny = "CFObjectZNK";
@@ -24,6 +26,21 @@ void* listening(const char* name) {
   return strcmp(name, "PluginNewInstance") == 0 ? reinterpret_cast<void*>(newInstance) : host::resolve(name);
 }
 
+bool isTypeTest(const std::string& call) {
+  return call.ends_with("TypeID");
+}
+
+// The calls by which a value is found to be that row's. From row 22 on there is a second list.
+Calls typeTestsUpTo(const Row& last) {
+  Calls tests;
+  for (const Row& row : rows()) {
+    if (row.number == 1 || row.number == 22) tests.push_back("CFGetTypeID");
+    if (row.type) tests.push_back(std::string(row.type) + "GetTypeID");
+    if (row.number == last.number) break;
+  }
+  return tests;
+}
+
 class Rows : public BridgeTest, public testing::WithParamInterface<Row> {
  protected:
   void SetUp() override {
@@ -33,6 +50,20 @@ class Rows : public BridgeTest, public testing::WithParamInterface<Row> {
 
   static const char* className() { return GetParam().className; }
   static bool isAnyOther() { return strcmp(className(), kAny) == 0; }
+
+  static Calls typeTests() { return typeTestsUpTo(GetParam()); }
+  Calls callsOfConversion() {
+    const CFOwner value = GetParam().make();
+    void* result = nullptr;
+    const Calls calls = detailedCallsOf([&] { result = toVariantAlone(value.get()); });
+    fromPlugin(result);
+    return calls;
+  }
+  void expectTypeTestsThen(const Calls& others) {
+    Calls expected = typeTests();
+    expected.insert(expected.end(), others.begin(), others.end());
+    EXPECT_EQ(expected, callsOfConversion());
+  }
 
   // Converts the row's value. The result holds so many references to it, and gives them back at its end.
   template <typename Check>
@@ -88,6 +119,12 @@ TEST_P(NativeRows, AreNilWithoutTheHostsClassWhereTheyNeedOne) {
   EXPECT_THAT(asked, ElementsAre(className()));
 }
 
+TEST_P(NativeRows, AreTestedForAfterAllRowsBefore) {
+  Calls calls = callsOfConversion();
+  calls.erase(std::find_if_not(calls.begin(), calls.end(), isTypeTest), calls.end());
+  EXPECT_THAT(calls, ElementsAreArray(typeTests()));
+}
+
 INSTANTIATE_TEST_SUITE_P(Table, NativeRows, testing::ValuesIn(rowsOf(Treatment::native)));
 
 // Rows whose type an earlier row has: nothing about their class changes what becomes of the value.
@@ -111,6 +148,15 @@ TEST_P(ShadowedRows, AreNeverReachedWhenOnlyCFObjectIsThere) {
 
 TEST_P(ShadowedRows, AreNeverReachedWhenNoClassOfTheFamilyIsThere) {
   expectNative();
+}
+
+// The earlier row's test is the first of the two.
+TEST_P(ShadowedRows, AreReachedWhenTheEarlierRowsTestFails) {
+  host::addWrapperClass(className(), true);
+  const CFOwner value = GetParam().make();
+  standin::failCall((std::string(GetParam().type) + "GetTypeID").c_str(), 1);
+  EXPECT_EQ(value.get(), host::wrapped(toVariant(value.get())));
+  EXPECT_THAT(asked, ElementsAre(className()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ShadowedRows, testing::ValuesIn(rowsOf(Treatment::shadowed)));
@@ -139,6 +185,13 @@ TEST_P(PlainRows, AreNilWithoutAnyClass) {
 TEST_P(PlainRows, GetTheTagWhenTheirClassDoesNotGiveIt) {
   host::addWrapperClass(className(), false);
   expectWrapper(className());
+}
+
+// PostScript converters have none.
+TEST_P(PlainRows, AreTestedForAfterAllRowsBeforeAndRetainedByTheirTypesOwnFunction) {
+  host::addWrapperClass(className(), true);
+  const std::string type = GetParam().type;
+  expectTypeTestsThen({"PluginNewInstance", type == "CGPSConverter" ? "CFRetain" : type + "Retain"});
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, PlainRows, testing::ValuesIn(rowsOf(Treatment::plain)));
@@ -179,21 +232,12 @@ TEST_P(CheckedRows, AreNilWithoutTheirClassWhenCFObjectDoesNotGiveTheTag) {
   expectInstanceLeftBehind();
 }
 
+TEST_P(CheckedRows, AreTestedForAfterAllRowsBeforeAndRetained) {
+  host::addWrapperClass(className(), true);
+  expectTypeTestsThen({"PluginNewInstance", "CFRetain"});
+}
+
 INSTANTIATE_TEST_SUITE_P(Table, CheckedRows, testing::ValuesIn(rowsOf(Treatment::checked)));
-
-TEST(Table, HasOneRowForEachNumberFrom1To48) {
-  for (size_t i = 0; i < rows().size(); ++i) EXPECT_EQ(static_cast<int>(i) + 1, rows()[i].number);
-  EXPECT_EQ(48u, rows().size());
-}
-
-// Shadowed is what has the type of an earlier row.
-TEST(Table, ShadowsTheRowsOfTypesThatItHasHadBefore) {
-  std::set<CFTypeID> had;
-  for (const Row& row : rows()) {
-    const bool isNew = had.insert(CFGetTypeID(row.make().get())).second;
-    EXPECT_EQ(row.treatment == Treatment::shadowed, !isNew) << testing::PrintToString(row);
-  }
-}
 
 class OldSystem : public BridgeTest {};
 

@@ -46,7 +46,7 @@ TEST_F(ToCF, NumbersKeepTheirKind) {
   EXPECT_EQ(1.0 / 3, doubleOf(toCF(1.0 / 3).get()));
 }
 
-TEST_F(ToCF, BooleansAreTheConstantsAndMayBeReleased) {
+TEST_F(ToCF, BooleansAreTheConstants) {
   start();
   EXPECT_EQ(kCFBooleanTrue, toCF(true).get());
   EXPECT_EQ(kCFBooleanFalse, toCF(false).get());

@@ -54,6 +54,13 @@ TEST_F(ToVariant, ANumberThatCantBeReadInOneWayIsReadInTheNext) {
   EXPECT_EQ(2, wide.integer());
 }
 
+TEST_F(ToVariant, AWideNumberThatCantBeReadIsNil) {
+  start();
+  const auto wide = number64(int64_t{1} << 40);  // no 4 bytes hold it
+  standin::failCall("CFNumberGetValue", 1);
+  EXPECT_TRUE(toVariant(wide.get()).isNil());
+}
+
 TEST_F(ToVariant, TextsAreStrings) {
   start();
   EXPECT_EQ("caf\xC3\xA9", toVariant(text("caf\xC3\xA9").get()).text());

@@ -23,6 +23,7 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which, FSCatalogInf
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ElementsAre;
 
 class Files : public BridgeTest {
  protected:
@@ -34,6 +35,17 @@ class Files : public BridgeTest {
   void TearDown() override {
     BridgeTest::TearDown();
     fs::remove_all(folder_);
+  }
+
+  // The older way's answer for every item is the root, which no other way gives.
+  void startWithFSSpecOfRoot() {
+    host::Settings settings;
+    settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
+    start(settings);
+  }
+  Calls callsToURL(const host::Value& item) {
+    CFOwner url;
+    return detailedCallsOf([&] { url = toURL(item); });
   }
 
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
@@ -256,9 +268,7 @@ TEST_F(Files, AFolderItemThatOnlyTheOlderWayKnowsIsWhatThatSays) {
 }
 
 TEST_F(Files, AFolderItemInAMissingFolderIsWhatTheOlderWaySays) {
-  host::Settings settings;
-  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
-  start(settings);
+  startWithFSSpecOfRoot();
   EXPECT_EQ("/", pathOf(toURL(host::folderItem(path("missing/new.txt")))));
 }
 
@@ -279,18 +289,14 @@ TEST_F(Files, AFolderItemIsWhatTheOlderWaySaysWithoutTheNewerOne) {
 
 // The last way but one has found the parent: then there is no other.
 TEST_F(Files, ANameThatCantBeAppendedIsNullAndTheOlderWayIsNotTried) {
-  host::Settings settings;
-  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
-  start(settings);
+  startWithFSSpecOfRoot();
   const host::Value item = host::folderItem(path("new.txt"));
   standin::failCall("CFURLCreateCopyAppendingPathComponent", 1);
   EXPECT_EQ("(null)", pathOf(toURL(item)));
 }
 
 TEST_F(Files, ANameThatIsNoTextGoesOnToTheOlderWay) {
-  host::Settings settings;
-  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
-  start(settings);
+  startWithFSSpecOfRoot();
   const host::Value item = host::folderItem(path("new.txt"));
   standin::failCall("CFStringCreateWithCharacters", 1);
   EXPECT_EQ("/", pathOf(toURL(item)));
@@ -307,10 +313,51 @@ TEST_F(Files, ANameThatCantBeCopiedIsUsedAsItIs) {
 }
 
 TEST_F(Files, AParentWithAnEmptyNameGoesOnToTheOlderWay) {
-  host::Settings settings;
-  settings.leafNames = false;
-  start(settings);
-  EXPECT_EQ("(null)", pathOf(toURL(host::folderItem(path("new.txt")))));
+  startWithFSSpecOfRoot();
+  host::settings().leafNames = false;
+  EXPECT_EQ("/", pathOf(toURL(host::folderItem(path("new.txt")))));
+}
+
+TEST_F(Files, AnExistingFilesItemWhoseURLCantBeMadeIsItsFoldersURLAndItsName) {
+  start();
+  const host::Value item = host::folderItem(touch("caf\xC3\xA9"));
+  standin::failCall("CFURLCreateFromFSRef", 1);
+  EXPECT_EQ(path("cafe\xCC\x81"), pathOf(toURL(item)));
+}
+
+TEST_F(Files, AParentWhoseURLCantBeMadeGoesOnToTheOlderWay) {
+  startWithFSSpecOfRoot();
+  const host::Value item = host::folderItem(path("new.txt"));
+  standin::failCall("CFURLCreateFromFSRef", 1);
+  EXPECT_EQ("/", pathOf(toURL(item)));
+}
+
+TEST_F(Files, AnFSSpecOfNoFileIsNullAndNoURLIsMade) {
+  startWithFSSpecOfRoot();
+  host::settings().itemReferences = host::settings().parentReferences = false;
+  const host::Value item = host::folderItem(path("new.txt"));
+  standin::failCall("FSpMakeFSRef", 1);
+  EXPECT_THAT(callsToURL(item), ElementsAre("REALFSRefFromFolderItem", "REALFSRefFromFolderItem",
+                                            "REALFSSpecFromFolderItem", "FSpMakeFSRef"));
+}
+
+// The last two are the name as it is decomposed, and as it came.
+TEST_F(Files, TheParentsURLIsReleasedBeforeTheName) {
+  start();
+  EXPECT_THAT(callsToURL(host::folderItem(path("new.txt"))),
+              ElementsAre("REALFSRefFromFolderItem", "REALFSRefFromFolderItem", "CFURLCreateFromFSRef",
+                          "CFStringCreateWithCharacters", "CFStringCreateMutableCopy", "CFStringNormalize",
+                          "CFURLCreateCopyAppendingPathComponent", "CFRelease CFURL", "CFRelease CFString",
+                          "CFRelease CFString"));
+}
+
+TEST_F(Files, TheParentsURLIsReleasedBeforeTheOlderWay) {
+  startWithFSSpecOfRoot();
+  host::settings().leafNames = false;
+  EXPECT_THAT(
+      callsToURL(host::folderItem(path("new.txt"))),
+      ElementsAre("REALFSRefFromFolderItem", "REALFSRefFromFolderItem", "CFURLCreateFromFSRef",
+                  "CFRelease CFURL", "REALFSSpecFromFolderItem", "FSpMakeFSRef", "CFURLCreateFromFSRef"));
 }
 
 TEST_F(Files, ANilFolderItemIsNull) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 
 #include "item_fixture.h"
@@ -103,11 +104,35 @@ TEST(ContentType, ConformsToOthersStepByStep) {
                   "public.plain-text", "public.text", "public.data", "public.item", "public.content"}));
 }
 
+TEST(ContentType, OfTwoParentsComesBeforeAllThatItConformsTo) {
+  using Tree = std::vector<std::string_view>;
+  EXPECT_EQ(tree("public.svg-image"), (Tree{"public.svg-image", "public.image", "public.xml", "public.text",
+                                            "public.data", "public.item", "public.content"}));
+  EXPECT_EQ(tree("com.sun.java-archive"),
+            (Tree{"com.sun.java-archive", "public.zip-archive", "com.pkware.zip-archive", "public.data",
+                  "public.archive", "public.executable", "public.item"}));
+}
+
+const char* const kExtensions[] = {"txt", "html", "c",   "py",  "jpg", "png", "heic", "mp3",  "m4a",
+                                   "wav", "mov",  "mp4", "mkv", "pdf", "ps",  "docx", "odt",  "ttf",
+                                   "zip", "dmg",  "exe", "vcf", "ics", "eml", "svg",  "epub", "jar"};
+
+TEST(ContentType, StandsInATreeBeforeItsParents) {
+  for (const char* const extension : kExtensions) {
+    const auto all = contentTypeTree(*contentTypeOfName("a."s + extension, Node::File));
+    for (auto type = all.begin(); type != all.end(); ++type) {
+      EXPECT_EQ(std::count(all.begin(), all.end(), *type), 1) << extension << ": " << *type;
+      std::istringstream parents{std::string(contentTypeNamed(*type)->conformsTo)};
+      for (std::string parent; parents >> parent;) {
+        EXPECT_GT(std::find(all.begin(), all.end(), parent), type) << extension << ": " << parent;
+        EXPECT_NE(std::find(all.begin(), all.end(), parent), all.end()) << extension << ": " << parent;
+      }
+    }
+  }
+}
+
 TEST(ContentType, ConformsToNothingThatIsUnknown) {
-  const char* const extensions[] = {"txt", "html", "c",   "py",  "jpg", "png",  "heic", "mp3", "m4a",
-                                    "wav", "mov",  "mp4", "mkv", "pdf", "docx", "odt",  "ttf", "zip",
-                                    "dmg", "exe",  "vcf", "ics", "eml", "svg",  "epub"};
-  for (const char* const extension : extensions) {
+  for (const char* const extension : kExtensions) {
     const ContentType* const type = contentTypeOfName("a."s + extension, Node::File);
     ASSERT_TRUE(type) << extension;
     EXPECT_FALSE(type->kind.empty()) << extension;

@@ -21,7 +21,7 @@ std::string quoted(const std::string& argument) {
 }
 
 std::string run(const std::vector<std::string>& arguments) {
-  std::string command = "exiftool -config ''";
+  std::string command = "LC_ALL=C.UTF-8 exiftool -config ''";  // perl complains of locales that aren't there
   for (const std::string& argument : arguments) command += ' ' + quoted(argument);
   FILE* const pipe = ::popen((command + " 2>&1").c_str(), "re");
   if (!pipe) throw std::runtime_error("can't run " + command);

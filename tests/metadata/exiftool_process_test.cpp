@@ -76,6 +76,10 @@ class ExiftoolProcess : public ItemTest {
     return own;
   }
 
+  static void reap(const std::set<pid_t>& orphans) {
+    for (const pid_t pid : orphans) ::waitpid(pid, nullptr, 0);
+  }
+
   Strings complaints;
 
  private:
@@ -108,14 +112,11 @@ TEST_F(ExiftoolProcess, IsAskedAgainAboutWhatWasUsedLongestAgo) {
   MediaReader::Options few = options("exiftool");
   few.filesKept = 2;
   MediaReader reader(few);
-  for (const int number : {1, 2, 1, 3}) width(reader, picture(number));
-  EXPECT_EQ(reader.filesRead(), 4);  // the pictures are written anew each time
-  const Strings paths = {scratch.at("photo 1.jpg"), scratch.at("photo 3.jpg"), scratch.at("photo 2.jpg")};
-  EXPECT_EQ(width(reader, paths[0]), 32);
+  const Strings paths = {picture(1), picture(2), picture(3)};
+  for (const size_t used : {0, 1, 0, 2, 0, 2}) EXPECT_EQ(width(reader, paths[used]), 32);
+  EXPECT_EQ(reader.filesRead(), 3);
   EXPECT_EQ(width(reader, paths[1]), 32);
   EXPECT_EQ(reader.filesRead(), 4);
-  EXPECT_EQ(width(reader, paths[2]), 32);
-  EXPECT_EQ(reader.filesRead(), 5);
 }
 
 TEST_F(ExiftoolProcess, ThatIsMissingIsComplainedOfOnce) {
@@ -170,6 +171,7 @@ TEST_F(ExiftoolProcess, ThatHangsCostsOneFileItsTimeAndIsEndedWithAllItStarted) 
     EXPECT_EQ(width(reader, picture(1)), 0);
     EXPECT_EQ(complaints.size(), 1u);
     sleeper = contentOf(log());
+    if (sleeper.empty()) reap(ownChildren());
   }
   ASSERT_FALSE(sleeper.empty());
   int status = 0;

@@ -114,9 +114,9 @@ class QueryTest : public testing::Test {
 
   // Runs the loop for that long.
   static void run(double seconds = 1) { CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, false); }
-  // Runs it until that is so; a minute passes before it gives up.
+  // Runs it until that is so; five minutes pass before it gives up.
   static void runUntil(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(5);
     while (!condition() && std::chrono::steady_clock::now() < end) run(0.1);
     EXPECT_TRUE(condition());
   }

@@ -44,6 +44,7 @@ bool finds(std::u16string_view query) {
                          {"years", {int64_t{1999}, int64_t{2011}}},
                          {"title", {std::string_view(kText)}},
                          {"year", {std::string_view("2011")}},
+                         {"answer", {std::string_view("True")}},
                          {"authors", {std::string_view("Ann"), std::string_view("Bob")}},
                          {"empty", {}}});
   const auto result = parseQuery(query);
@@ -152,6 +153,20 @@ TEST(Booleans, AreTrueFalseOrNumbers) {
   EXPECT_FALSE(finds(u"shown == false"));
   EXPECT_TRUE(finds(u"hidden == 0"));
   EXPECT_TRUE(finds(u"hidden != true"));
+  EXPECT_TRUE(finds(u"hidden == FALSE"));
+  EXPECT_TRUE(finds(u"hidden == \"false\""));
+  EXPECT_TRUE(finds(u"shown == 'True'"));
+  EXPECT_TRUE(finds(u"shown == \"1\""));
+  EXPECT_FALSE(finds(u"shown != \"TRUE\""));
+  EXPECT_FALSE(finds(u"title == false"));
+  EXPECT_FALSE(finds(u"size == \"true\""));
+}
+
+TEST(TrueAndFalse, AreTextToText) {
+  EXPECT_TRUE(finds(u"answer == \"True\""));
+  EXPECT_TRUE(finds(u"answer == True"));
+  EXPECT_FALSE(finds(u"answer == true"));
+  EXPECT_TRUE(finds(u"answer == \"true\"c"));
 }
 
 TEST(Text, IsComparedWithNumbersAsWritten) {
@@ -208,6 +223,9 @@ TEST(AStarAsKey, LooksAtEveryAttribute) {
   EXPECT_FALSE(finds(u"* == \"Cid\""));
   EXPECT_FALSE(finds(u"* == 1"));  // a flag that is set isn't the number
   EXPECT_TRUE(finds(u"* == true"));
+  EXPECT_TRUE(finds(u"* == \"True\""));   // the text
+  EXPECT_FALSE(finds(u"* == \"true\""));  // in quotes, no flag either
+  EXPECT_FALSE(finds(u"* == \"false\""));
 }
 
 TEST(Keys, AreCaseSensitive) {

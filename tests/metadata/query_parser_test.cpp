@@ -144,10 +144,23 @@ TEST(QueryString, TakesTheTextContentByWholeWords) {
   EXPECT_TRUE(comparisonOf(u"kMDItemTextContent == \"I \t love\"").value.text.matches("I love Paris"));
 }
 
-TEST(QueryString, ReadsTrueAndFalseAsBareWordsOnly) {
-  EXPECT_EQ(comparisonOf(u"k == true").value.truth, true);
-  EXPECT_EQ(comparisonOf(u"k == false").value.truth, false);
-  EXPECT_EQ(comparisonOf(u"k == \"true\"").value.truth, std::nullopt);
+TEST(QueryString, ReadsTrueAndFalseInAnyCaseWithAndWithoutQuotes) {
+  for (const auto* text : {u"k == true", u"k == TRUE", u"k == \"true\"", u"k == 'True'c", u"k ==[d] tRuE"}) {
+    EXPECT_EQ(comparisonOf(text).value.truth, true);
+  }
+  for (const auto* text : {u"k == false", u"k == False", u"k == \"FALSE\"", u"k[w] == 'falsE'"}) {
+    EXPECT_EQ(comparisonOf(text).value.truth, false);
+  }
+  for (const auto* text : {u"k == truth", u"k == \"true \"", u"k == fals?", u"k == \"\"", u"k == 1"}) {
+    EXPECT_EQ(comparisonOf(text).value.truth, std::nullopt);
+  }
+  EXPECT_TRUE(comparisonOf(u"k == \"True\"").value.text.matches("True"));
+  EXPECT_FALSE(comparisonOf(u"k == \"True\"").value.text.matches("true"));
+}
+
+TEST(QueryString, ReadsTrueAndFalseUnderAStarAsBareWordsOnly) {
+  EXPECT_EQ(comparisonOf(u"* == True").value.truth, true);
+  EXPECT_EQ(comparisonOf(u"* == \"true\"").value.truth, std::nullopt);
 }
 
 TEST(QueryString, TakesTextInEitherKindOfQuotesOrAsABareWord) {
@@ -216,6 +229,8 @@ TEST(QueryString, IsRefusedWithThePlaceAndTheReasonWhenMalformed) {
       {u"k => 1", 3, "expected a value"},
       {u"k < abc", 4, "number or a date"},
       {u"k >= \"*\"", 5, "number or a date"},
+      {u"k < true", 4, "number or a date"},
+      {u"k > \"FALSE\"", 4, "number or a date"},
       {u"InRange(k, 1)", 12, "expected ,"},
       {u"InRange(k, a, 2)", 11, "number or a date"},
       {u"InRange(k, 1, 2", 15, "expected )"},

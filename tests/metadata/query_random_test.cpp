@@ -50,6 +50,7 @@ struct Condition {
   double number;   // of a Number; days from today of Days; seconds from now of an Instant
   double highest;  // of a Range
   bool truth;
+  bool quoted;  // a Truth
   std::vector<Condition> parts;
 };
 
@@ -113,8 +114,10 @@ bool isStar(const Condition& condition) {
 
 bool equal(const Condition& condition, const Held& held) {
   if (isStar(condition)) return true;
-  if (condition.kind == Condition::Truth)
+  if (condition.kind == Condition::Truth) {
+    if (condition.quoted && condition.key == "*") return false;  // text, which our letters don't make
     return held.kind == Held::Truth && (held.number != 0) == condition.truth;
+  }
   if (condition.kind == Condition::Text && held.kind == Held::Text) return meansText(condition, held.text);
   if (held.kind == Held::Text) {  // which, made of our letters, looks like no other number and like no time
     return condition.kind == Condition::Number && std::abs(condition.number) == 1 &&
@@ -192,6 +195,7 @@ class Maker {
     if (made.kind == Condition::Number && below(2)) made.number += 0.5;
     made.highest = made.number + static_cast<double>(below(4)) - 1;
     made.truth = below(2) != 0;
+    made.quoted = below(2) != 0;
     return made;
   }
 
@@ -270,6 +274,12 @@ class Maker {
     return below(2) ? text : quote + text + quote;
   }
 
+  std::u16string truth(const Condition& condition) {
+    std::u16string word = condition.truth ? u"true" : u"false";
+    for (char16_t& letter : word) letter = static_cast<char16_t>(below(2) ? letter : letter - 32);
+    return condition.quoted ? u'"' + word + u'"' : word;
+  }
+
   std::u16string parenthesized(const Condition& condition) {
     return u"(" + blanks() + written(condition) + blanks() + u")";
   }
@@ -280,7 +290,7 @@ class Maker {
       case Condition::Number:
         return quotedOrNot(number(condition.number));
       case Condition::Truth:
-        return condition.truth ? u"true" : u"false";
+        return truth(condition);
       case Condition::Days:
         if (condition.number == -1 && below(2)) return quotedOrNot(u"$time.yesterday");
         if (condition.number == 0 && below(2)) return quotedOrNot(u"$time.today");

@@ -7,6 +7,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -37,7 +38,7 @@ class RandomOperations {
       case 5:
       case 6:
       case 7:
-        return void(std::rename(somePath().c_str(), newPath().c_str()));
+        return rename();
       case 8:
         return exchange();
       case 9:
@@ -64,6 +65,7 @@ class RandomOperations {
            std::filesystem::directory_iterator(path, ignored_)) {
         if (!onlyFolders || entry.is_directory()) below.push_back(entry.path().string());
       }
+      std::sort(below.begin(), below.end());  // the same operations on every file system
       if (below.empty() || (onlyFolders && atRoot && upTo(4) == 0))
         return atRoot && !onlyFolders ? path + "/none" : path;
       path = below[upTo(below.size())];
@@ -72,9 +74,15 @@ class RandomOperations {
   }
   std::string newPath() { return somePath(true) + "/" + newName(); }
   void makeFile() { std::ofstream stream(newPath(), std::ios::app); }
+  void rename() {
+    const std::string from = somePath();
+    std::rename(from.c_str(), newPath().c_str());
+  }
   void exchange() {
     constexpr unsigned kExchange = 2;
-    ::syscall(SYS_renameat2, AT_FDCWD, somePath().c_str(), AT_FDCWD, somePath().c_str(), kExchange);
+    const std::string left = somePath();
+    const std::string right = somePath();
+    ::syscall(SYS_renameat2, AT_FDCWD, left.c_str(), AT_FDCWD, right.c_str(), kExchange);
   }
 
   const ScratchFolder& scratch_;

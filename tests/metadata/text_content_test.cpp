@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -170,16 +168,10 @@ TEST_F(TextContentQuery, NeverOpensAnythingButRegularFiles) {
   scratch.link("device", "/dev/zero");
   scratch.folder("folder");
   ASSERT_EQ(::mkfifo(scratch.at("pipe").c_str(), 0600), 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  ASSERT_LT(scratch.at("socket").size(), sizeof address.sun_path);
-  std::strcpy(address.sun_path, scratch.at("socket").c_str());
-  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(::mknod(scratch.at("socket").c_str(), S_IFSOCK | 0600, 0), 0);
   const Opened opened(scratch.path());
   EXPECT_THAT(find(u"kMDItemTextContent == *"), ElementsAre("text"));
   EXPECT_THAT(opened.names(), UnorderedElementsAre("folder", "text"));  // the walk itself opens folders
-  ::close(socket);
 }
 
 TEST_F(TextContentQuery, ReadsFilesUpToTheLargestTextAndNoLarger) {

@@ -1,8 +1,11 @@
 #include "standin/coreservices/text_pattern.h"
 
 #include <gtest/gtest.h>
+#include <unicode/utf8.h>
 
+#include <random>
 #include <string>
+#include <vector>
 
 #include "standin/coreservices/query_parser.h"
 
@@ -127,11 +130,78 @@ TEST(Text, IsReadThroughPercentSignsWhereItIsNoUtf8) {
           false}});
 }
 
+TEST(AQuestionMark, StandsForOneCharacterWhateverThatFoldsTo) {
+  check({{u"\"stra?e.txt\"", "straße.txt", true},
+         {u"\"stra?e.txt\"c", "straße.txt", true},
+         {u"\"STRA?E.TXT\"cd", "straße.txt", true},
+         {u"\"stra??e.txt\"c", "straße.txt", false},
+         {u"\"stra??e.txt\"c", "STRASSE.TXT", true},
+         {u"\"o?ice\"c", "oﬃce", false},
+         {u"\"o?ce\"c", "oﬃce", true},  // one ligature of three letters
+         {u"\"?\"c", "ß", true},
+         {u"\"s?\"c", "ß", false},
+         {u"\"*s\"c", "ß", true},
+         {u"\"*?s\"c", "ß", false},
+         {u"\"*?ss\"c", "ßß", true},
+         {u"\"in der stra?e\"wc", "in der straße gehen", true},
+         {u"\"x?y\"", "x\xCC\x8Cy", true},  // no composed form: the mark is a character
+         {u"\"x?y\"d", "x\xCC\x8Cy", true},
+         {u"\"xy\"d", "x\xCC\x8Cy", true},
+         {u"\"?y\"d", "x\xCC\x8Cy", true},
+         {u"\"x??y\"d", "x\xCC\x8Cy", false}});
+}
+
+std::string utf8(std::u32string_view text) {
+  std::string bytes;
+  for (const char32_t character : text) {
+    uint8_t buffer[U8_MAX_LENGTH];
+    int32_t length = 0;
+    U8_APPEND_UNSAFE(buffer, length, static_cast<UChar32>(character));
+    bytes.append(buffer, buffer + length);
+  }
+  return bytes;
+}
+
+TEST(ALooserComparison, NeverFindsLess) {
+  constexpr std::u32string_view kCharacters = U"sSß\u1E9Eﬀﬁfieé\u0301\u030Cİ -";
+  std::mt19937 random(20110305);
+  const auto below = [&](size_t bound) { return random() % bound; };
+  int found = 0;
+  for (int round = 0; round < 20000; ++round) {
+    std::u32string text;
+    std::vector<PatternElement> elements;
+    for (size_t i = below(6); i > 0; --i) text += kCharacters[below(kCharacters.size())];
+    for (const char32_t character : text) {  // a pattern that is near the text
+      if (below(8) == 0) continue;
+      const auto kind = static_cast<PatternElement::Kind>(below(3));
+      elements.push_back({kind, kind == PatternElement::Literal ? character : U'\0'});
+    }
+    const std::string bytes = utf8(text);
+    bool matches[8];
+    for (unsigned bits = 0; bits < 8; ++bits) {
+      const TextOptions options{(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0};
+      matches[bits] = TextPattern(elements, options).matches(bytes);
+      for (unsigned stricter = 0; stricter < bits; ++stricter) {
+        if ((stricter & bits) != stricter || !matches[stricter]) continue;
+        ASSERT_TRUE(matches[bits]) << "round " << round << ", options " << bits << ": " << bytes;
+      }
+    }
+    found += matches[0];
+  }
+  EXPECT_GT(found, 2000);
+  EXPECT_LT(found, 18000);
+}
+
 TEST(Wildcards, TakeNoLongerThanPatternTimesText) {
   std::u16string stars = u"\"";
   for (int i = 0; i < 60; ++i) stars += u"*a";
   EXPECT_FALSE(matchesValue(stars + u"b\"", std::string(20000, 'a')));
   EXPECT_FALSE(matchesValue(stars + u"b\"w", std::string(20000, 'a')));
+  std::u16string ones = u"\"";
+  for (int i = 0; i < 60; ++i) ones += u"*?s";
+  std::string sharp;
+  for (int i = 0; i < 20000; ++i) sharp += "ß";
+  EXPECT_FALSE(matchesValue(ones + u"b\"c", sharp));
 }
 
 }  // namespace

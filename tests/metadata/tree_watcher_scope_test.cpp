@@ -182,7 +182,7 @@ class TreeWatcherPermissions : public TreeWatcherScope {
   }
 
  private:
-  const OrdinaryUser user_{scratch};
+  const OrdinaryUser user_;
 };
 
 TEST_F(TreeWatcherPermissions, AnUnreadableFolderIsFollowedWhenItBecomesReadable) {

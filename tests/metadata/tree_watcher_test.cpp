@@ -183,7 +183,7 @@ TEST_F(TreeWatcherTest, NothingIsLostOfTreesThatAreMadeMeanwhile) {
     for (int i = 0; i < kTrees; ++i) scratch.file("in/t" + std::to_string(i) + "/a/b/f");
   });
   std::set<std::string> files;
-  while (files.size() < kTrees && isReadable(*watcher, 10'000)) {
+  while (files.size() < kTrees && isReadable(*watcher, 60'000)) {
     for (const TreeWatcher::Change& change : watcher->take()) {
       if (change.path.ends_with("/a/b/f")) files.insert(change.path);
     }

@@ -5,6 +5,7 @@
 
 #include "query_fixture.h"
 #include "random_operations.h"
+#include "tests/tier.h"
 
 namespace {
 
@@ -68,6 +69,6 @@ TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, UpdatesModel, testing::Range(1u, 7u));
+INSTANTIATE_TEST_SUITE_P(Seeds, UpdatesModel, testing::Range(1u, isLongTier() ? 61u : 7u));
 
 }  // namespace

@@ -79,7 +79,7 @@ TEST(Walk, ListsSymbolicLinksWithoutFollowingThem) {
 
 TEST(Walk, SkipsAndCountsFoldersItMayNotRead) {
   const ScratchFolder scratch;
-  const OrdinaryUser user(scratch);
+  const OrdinaryUser user;
   scratch.file("closed/secret");
   scratch.file("open/file");
   ::chmod(scratch.at("closed").c_str(), 0);

@@ -130,6 +130,9 @@ TEST_P(MissingService, GivesNullOrAStringOfTheHostsOwnEncoding) {
   start(settings);
   const auto string = build(utf32({'t', 'e'}), encoding);
   EXPECT_EQ(given, static_cast<bool>(string));
+  if (given) {
+    EXPECT_EQ(host::encodingUnknown, stringOf(string.get()).encoding());
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(

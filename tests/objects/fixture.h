@@ -13,6 +13,10 @@
 
 namespace host = standin::host;
 
+// The plug-in's own allocations.
+extern bool outOfMemory;            // whether they fail, until the test's end
+extern std::vector<size_t> blocks;  // their sizes in order
+
 class ObjectsTest : public testing::Test {
  protected:
   // Starts a host, and sets what start-up would set.

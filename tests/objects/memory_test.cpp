@@ -7,24 +7,9 @@
 #include "host/startup.h"
 #include "tests/objects/fixture.h"
 
-// The plug-in's own allocations: this program is linked with --wrap=calloc.
-extern "C" void* __real_calloc(size_t count, size_t size);
-static bool outOfMemory = false;
-static std::vector<size_t> blocks;
-extern "C" void* __wrap_calloc(size_t count, size_t size) {
-  blocks.push_back(count * size);
-  return outOfMemory ? nullptr : __real_calloc(count, size);
-}
-
 namespace {
 
-class OutOfMemory : public ObjectsTest {
- protected:
-  void TearDown() override {
-    outOfMemory = false;
-    ObjectsTest::TearDown();
-  }
-};
+class OutOfMemory : public ObjectsTest {};
 
 TEST_F(OutOfMemory, MakesALongCFStringANullStringWithoutAnException) {
   start();

@@ -67,7 +67,7 @@ std::string withoutMark(const std::string& tag) {
 
 // By path.
 std::map<std::string, json> readByExiftool() {
-  std::vector<std::string> arguments = {"-j", "-r", "-a", "-charset", "filename=UTF8"};
+  std::vector<std::string> arguments = {"-config", "", "-j", "-r", "-a", "-charset", "filename=UTF8"};
   for (const Row& row : kRows) arguments.push_back('-' + row.tag);
   arguments.push_back(files.library);
   const Result result = run({.arguments = arguments, .program = "/usr/bin/exiftool"});

@@ -116,7 +116,7 @@ TEST(Live, EndsAfterTheTimeThatIsGiven) {
   const Result result = run(liveIn(folder, {"--for", "0.05"}));
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output, "+ " + path + "\n");
-  EXPECT_THAT(result.errors, MatchesRegex("1 result after 0\\.[0-9]+ s\n"));
+  EXPECT_THAT(result.errors, MatchesRegex("1 result after [0-9]+\\.[0-9]+ s\n"));
 }
 
 TEST(Live, HasStatus1WhenNothingIsLeft) {

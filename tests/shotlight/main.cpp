@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <filesystem>
 
 #include "run.h"
 
@@ -37,5 +38,6 @@ int main(int count, char** words) {
                  words[0]);
     return 2;
   }
+  files.library = std::filesystem::canonical(files.library);  // as shotlight names what is in it
   return RUN_ALL_TESTS();
 }

@@ -241,8 +241,8 @@ TEST_F(RunLoop, FiresATimerAtTheDateItWasGivenLast) {
 
 TEST_F(RunLoop, GoesByTheSystemsClockUnlessATestHasTakenOver) {
   standin::releaseClock();
-  const auto timer = addTimer(hearA, 0.002);
   const double before = standin::clockTime();
+  const auto timer = addTimer(hearA, 0.002);
   while (heard.empty()) run(10, false);
   EXPECT_GE(standin::clockTime() - before, 0.001);
 }
