@@ -23,11 +23,11 @@ struct OwnClass {
 
 // A base class stands before the classes made of it.
 const OwnClass ownClasses[] = {
-    {"RuntimeException", nullptr, {{"Message", "String"}, {"ErrorNumber", "Integer"}}},
-    {"NilObjectException", "RuntimeException", {}},
-    {"OutOfMemoryException", "RuntimeException", {}},
-    {"OutOfBoundsException", "RuntimeException", {}},
-    {"KeyNotFoundException", "RuntimeException", {}},
+    {"RuntimeException", nullptr, {{"Message", "String"}, {"ErrorNumber", "Integer"}}, makeException},
+    {"NilObjectException", "RuntimeException", {}, makeException},
+    {"OutOfMemoryException", "RuntimeException", {}, makeException},
+    {"OutOfBoundsException", "RuntimeException", {}, makeException},
+    {"KeyNotFoundException", "RuntimeException", {}, makeException},
     {"Date",
      nullptr,
      {{"Year", "Integer"},

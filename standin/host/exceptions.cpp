@@ -4,9 +4,22 @@
 #include "standin/host/conversions.h"
 #include "standin/host/entry_points.h"
 #include "standin/host/objects.h"
+#include "standin/host/own_classes.h"
 #include "standin/host/runtime.h"
 
 namespace standin::host {
+namespace {
+
+// Of an exception that nobody has numbered yet. Not 0, which is what plug-ins set.
+constexpr int32_t freshErrorNumber = -1;
+
+}  // namespace
+
+HostObject* makeException(const Class& cls, Side owner) {
+  auto* const object = new HostObject(cls, owner);
+  object->own["errornumber"] = freshErrorNumber;
+  return object;
+}
 
 void raise(Exception exception) {
   runtime().exceptions.push_back(std::move(exception));

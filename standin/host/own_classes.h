@@ -8,6 +8,7 @@ namespace standin::host {
 struct Class;
 class HostObject;
 
+HostObject* makeException(const Class& cls, Side owner);
 HostObject* makeDate(const Class& cls, Side owner);
 HostObject* makeDictionary(const Class& cls, Side owner);
 HostObject* makeMemoryBlock(const Class& cls, Side owner);

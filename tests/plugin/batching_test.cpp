@@ -114,10 +114,13 @@ TEST_F(Batching, OfAQueryWithoutAReferenceRaises) {
   const host::Value query = host::newInstance("MDQueryZNK");
   EXPECT_TRUE(host::get(query, "BatchingParameters").isNil());
   EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
-  host::set(query, "BatchingParameters", parameters({1, 2, 3, 4, 5, 6}));
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
-  host::set(query, "BatchingParameters", nullptr);
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery)) << "the query is looked at first";
+  for (const bool unwinding : {false, true}) {
+    host::settings().raiseByUnwinding = unwinding;
+    host::set(query, "BatchingParameters", parameters({1, 2, 3, 4, 5, 6}));
+    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+    host::set(query, "BatchingParameters", nullptr);
+    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery)) << "the query is looked at first";
+  }
 }
 
 TEST_F(Batching, IsNilWhereTheHostMakesNoInstance) {

@@ -39,6 +39,16 @@ class Events : public PluginTest, public testing::WithParamInterface<double> {
     PluginTest::TearDown();
   }
 
+  // Services are found when the plug-in first asks for them, so a plug-in that has not asked yet.
+  void startWithout(const char* service) {
+    query_ = {};
+    PluginTest::TearDown();
+    host::Settings settings = this->settings();
+    settings.hidden.insert(service);
+    start(settings);
+    query_ = host::construct("MDQueryZNK", "kMDItemFSName == \"*\"");
+  }
+
   MDQueryRef reference() const {
     return reinterpret_cast<MDQueryRef>(static_cast<intptr_t>(host::get(query_, "Handle").integer()));
   }
@@ -342,17 +352,22 @@ TEST_P(Events, MayDestroyTheirOwnObject) {
 }
 
 TEST_P(Events, WithoutTheServiceForHandlersAreNotRaised) {
-  // Found when the plug-in first asks for it, so a plug-in that has not asked yet.
-  query_ = {};
-  PluginTest::TearDown();
-  host::Settings settings = this->settings();
-  settings.hidden.insert("GetEventInstance");
-  start(settings);
-  query_ = host::construct("MDQueryZNK", "kMDItemFSName == \"*\"");
+  startWithout("GetEventInstance");
   host::setEventHandler(query_, "Finish",
                         [this](const std::vector<host::Value>&) { heard_.push_back("Finish"); });
   host::call(query_, "Execute", 1);
   EXPECT_THAT(heard_, IsEmpty());
+}
+
+TEST_P(Events, WithoutTheServiceThatMakesArraysCarryThreeNils) {
+  startWithout("RuntimeArrayCreateSingleDimBoundedArray");
+  host::call(query_, "Execute", 1);
+  std::vector<bool> nils;
+  host::setEventHandler(query_, "Update", [&](const std::vector<host::Value>& arguments) {
+    for (const host::Value& argument : arguments) nils.push_back(argument.isNil());
+  });
+  post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(items(kMDQueryUpdateAddedItems, 3).get()));
+  EXPECT_THAT(nils, ElementsAre(true, true, true));
 }
 
 INSTANTIATE_TEST_SUITE_P(ControlVersions9To12, Events, testing::Values(2011.04, 2012.0, 2013.0, 2014.1));

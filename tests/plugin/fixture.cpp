@@ -29,3 +29,9 @@ void PluginTest::TearDown() {
   EXPECT_EQ(leftBehind_, left);
   EXPECT_EQ(afterStart_, standin::ledger());
 }
+
+std::vector<standin::LedgerLine> ledgerWithoutFramework() {
+  auto lines = standin::ledger();
+  std::erase_if(lines, [](const standin::LedgerLine& line) { return line.kind == "CFBundle"; });
+  return lines;
+}

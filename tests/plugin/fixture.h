@@ -85,6 +85,9 @@ Calls detailedCallsOf(Act act) {
   return standin::stopLog();
 }
 
+// The ledger without the framework that start-up keeps when it could be loaded.
+std::vector<standin::LedgerLine> ledgerWithoutFramework();
+
 // The last calls of those.
 inline Calls lastOf(const Calls& calls, size_t count) {
   return Calls(calls.end() - static_cast<ptrdiff_t>(std::min(count, calls.size())), calls.end());

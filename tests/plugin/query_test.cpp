@@ -6,7 +6,7 @@
 #include <functional>
 #include <map>
 
-#include "tests/plugin/fixture.h"
+#include "tests/plugin/item_fixture.h"
 
 namespace {
 
@@ -31,10 +31,17 @@ Calls warmCallsOf(const std::function<void()>& act) {
   return callsOf(act);
 }
 
+typedef std::vector<host::Value> Arguments;
+
 struct ConstructorCase {
   const char* what;
-  std::function<host::Value(const host::Value& parent)> construct;
+  Arguments (*arguments)(const host::Value& parent, const host::Value& text);
   Calls calls;
+
+  host::Value construct(const host::Value& parent, const host::Value& text = kAnything) const {
+    return host::constructWith("MDQueryZNK", arguments(parent, text));
+  }
+  bool isSubset() const { return std::string(what).starts_with("(query,"); }
 };
 void PrintTo(const ConstructorCase& row, std::ostream* out) {
   *out << row.what;
@@ -75,13 +82,17 @@ Calls join(const std::vector<Calls>& parts) {
 }
 
 const ConstructorCase kConstructors[] = {
-    {"(queryString)", [](const host::Value&) { return host::construct("MDQueryZNK", kAnything); },
+    {"(queryString)", [](const host::Value&, const host::Value& text) { return Arguments{text}; },
      join({kQueryString, {"MDQueryCreate"}, kObserve, {"CFRelease"}})},
     {"(queryString, valueLists)",
-     [](const host::Value&) { return host::construct("MDQueryZNK", kAnything, lists()); },
+     [](const host::Value&, const host::Value& text) {
+       return Arguments{text, lists()};
+     },
      join({kQueryString, kListOfOne, {"MDQueryCreate"}, kObserve, {"CFRelease", "CFRelease"}})},
     {"(queryString, valueLists, sorting)",
-     [](const host::Value&) { return host::construct("MDQueryZNK", kAnything, lists(), sorting()); },
+     [](const host::Value&, const host::Value& text) {
+       return Arguments{text, lists(), sorting()};
+     },
      join({kQueryString,
            kListOfOne,
            kListOfTwo,
@@ -89,14 +100,18 @@ const ConstructorCase kConstructors[] = {
            kObserve,
            {"CFRelease", "CFRelease", "CFRelease"}})},
     {"(query, queryString)",
-     [](const host::Value& parent) { return host::construct("MDQueryZNK", parent, kAnything); },
+     [](const host::Value& parent, const host::Value& text) {
+       return Arguments{parent, text};
+     },
      join({kQueryString, {"MDQueryCreateSubset"}, kObserve, {"CFRelease"}})},
     {"(query, queryString, valueLists)",
-     [](const host::Value& parent) { return host::construct("MDQueryZNK", parent, kAnything, lists()); },
+     [](const host::Value& parent, const host::Value& text) {
+       return Arguments{parent, text, lists()};
+     },
      join({kQueryString, kListOfOne, {"MDQueryCreateSubset"}, kObserve, {"CFRelease", "CFRelease"}})},
     {"(query, queryString, valueLists, sorting)",
-     [](const host::Value& parent) {
-       return host::construct("MDQueryZNK", parent, kAnything, lists(), sorting());
+     [](const host::Value& parent, const host::Value& text) {
+       return Arguments{parent, text, lists(), sorting()};
      },
      join({kQueryString,
            kListOfOne,
@@ -149,8 +164,7 @@ TEST_P(QueryConstructor, ReadsStringsFromTheirLockedBuffersBefore2012) {
 TEST_P(QueryConstructor, LeavesTheInstanceWithoutAQueryWhenTheServiceMakesNone) {
   start();
   const host::Value parent = host::construct("MDQueryZNK", kAnything);
-  const bool subset = std::string(GetParam().what).starts_with("(query,");
-  standin::failCall(subset ? "MDQueryCreateSubset" : "MDQueryCreate", 1);
+  standin::failCall(GetParam().isSubset() ? "MDQueryCreateSubset" : "MDQueryCreate", 1);
   const host::Value query = GetParam().construct(parent);
   EXPECT_EQ(1, standin::failuresFired());
   EXPECT_EQ(0, handleOf(query));
@@ -166,9 +180,17 @@ TEST_F(Query, ConstructorReleasesItsArraysBeforeTheQueryString) {
       lastOf(detailedCallsOf([&] { query = host::construct("MDQueryZNK", kAnything, first, second); }), 3));
 }
 
-TEST_F(Query, MadeOfANullStringStopsThereWithoutAnException) {
+TEST_P(QueryConstructor, StopsAtAQueryStringThatIsNullOrCantBeConverted) {
   start();
-  EXPECT_THAT(callsOf([] { host::construct("MDQueryZNK", host::Value::nullString()); }), IsEmpty());
+  const host::Value parent = host::construct("MDQueryZNK", kAnything);
+  const auto callsWith = [&](const host::Value& text) {
+    return warmCallsOf([&] { EXPECT_EQ(0, handleOf(GetParam().construct(parent, text))); });
+  };
+  EXPECT_THAT(callsWith(host::Value::nullString()), IsEmpty());
+  EXPECT_THAT(callsWith(unconvertible()),
+              ElementsAre("REALGetStringCFString", "REALGetStringCFString", "REALGetStringEncoding",
+                          "PluginGetStringData", "CFStringCreateWithCString", "PluginDisposeStringData"));
+  EXPECT_THAT(host::takeExceptions(), IsEmpty());
 }
 
 TEST_P(QueryConstructor, GivesEverythingBackWhenNoArrayCanBeMade) {
@@ -197,7 +219,7 @@ TEST_F(Query, SubsetOfANilQueryOrOneWithoutAReferenceHasNoneAndMakesNoCall) {
   const host::Value none = host::construct("MDQueryZNK", "&&");
   int forms = 0;
   for (const ConstructorCase& row : kConstructors) {
-    if (!std::string(row.what).starts_with("(query,")) continue;
+    if (!row.isSubset()) continue;
     ++forms;
     for (const host::Value& parent : {host::Value(nullptr), none}) {
       EXPECT_THAT(callsOf([&] { EXPECT_EQ(0, handleOf(row.construct(parent))) << row.what; }), IsEmpty());
@@ -205,6 +227,25 @@ TEST_F(Query, SubsetOfANilQueryOrOneWithoutAReferenceHasNoneAndMakesNoCall) {
     }
   }
   EXPECT_EQ(3, forms);
+}
+
+TEST_F(Query, SubsetOfNoQueryOrOfNoStringLeavesTheInstanceTheQueryThatItHas) {
+  start();
+  const host::Value parent = host::construct("MDQueryZNK", kAnything);
+  const host::Value none = host::construct("MDQueryZNK", "&&");
+  const host::Value query = host::construct("MDQueryZNK", kAnything);
+  const int64_t handle = handleOf(query);
+  ASSERT_NE(0, handle);
+  for (const ConstructorCase& row : kConstructors) {
+    if (!row.isSubset()) continue;
+    for (const Arguments& arguments :
+         {row.arguments(nullptr, kAnything), row.arguments(none, kAnything),
+          row.arguments(parent, host::Value::nullString()), row.arguments(parent, unconvertible())}) {
+      host::callWith(query, "Constructor", arguments);
+      EXPECT_EQ(handle, handleOf(query)) << row.what;
+    }
+  }
+  EXPECT_THAT(host::takeExceptions(), IsEmpty());
 }
 
 TEST_F(Query, SubsetTakesNoLockOnItsParent) {
@@ -225,7 +266,7 @@ TEST_F(Query, SubsetTakesNoLockOnItsParent) {
 struct GuardCase {
   const char* name;
   std::vector<host::Value> (*arguments)();
-  enum { kNil, kZero, kFalse } neutral;
+  enum { kNone, kNil, kZero, kFalse } neutral;  // none: it answers nothing
   bool leavesArray;
 };
 void PrintTo(const GuardCase& row, std::ostream* out) {
@@ -247,7 +288,9 @@ TEST_P(Guard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
   for (const std::string& call : calls) EXPECT_EQ(std::string::npos, call.find("MDQuery")) << call;
   if (row.leavesArray) expectLeftBehind({"host array of 0"});
   if (unwinding) return;  // there is no result then
-  EXPECT_EQ(row.neutral == GuardCase::kNil, result.isNil());
+  if (row.neutral == GuardCase::kNil) {
+    EXPECT_TRUE(result.isNil());
+  }
   if (row.neutral == GuardCase::kZero) {
     EXPECT_EQ(0, result.integer());
   }
@@ -284,17 +327,18 @@ INSTANTIATE_TEST_SUITE_P(
                         GuardCase{"IndexOfResult", nil, GuardCase::kZero, false},
                         GuardCase{"ResultAtIndex", number, GuardCase::kNil, false},
                         GuardCase{"Results", none, GuardCase::kNil, true},
+                        GuardCase{"BatchingParameters", none, GuardCase::kNil, false},
                         GuardCase{"Execute", number, GuardCase::kFalse, false},
                         GuardCase{"IsGatheringComplete", none, GuardCase::kFalse, false},
                         GuardCase{"ResultCount", none, GuardCase::kZero, false},
                         GuardCase{"ValueListAttributes", none, GuardCase::kNil, true},
                         GuardCase{"SortingAttributes", none, GuardCase::kNil, true},
                         GuardCase{"QueryString", none, GuardCase::kNil, false},
-                        GuardCase{"Stop", none, GuardCase::kNil, false},
-                        GuardCase{"DisableUpdates", none, GuardCase::kNil, false},
-                        GuardCase{"EnableUpdates", none, GuardCase::kNil, false},
-                        GuardCase{"SetMaxCount", number, GuardCase::kNil, false},
-                        GuardCase{"SetSearchScope", twoNils, GuardCase::kNil, false},
+                        GuardCase{"Stop", none, GuardCase::kNone, false},
+                        GuardCase{"DisableUpdates", none, GuardCase::kNone, false},
+                        GuardCase{"EnableUpdates", none, GuardCase::kNone, false},
+                        GuardCase{"SetMaxCount", number, GuardCase::kNone, false},
+                        GuardCase{"SetSearchScope", twoNils, GuardCase::kNone, false},
                         GuardCase{"GetSortOptionFlagsForAttribute", name, GuardCase::kZero, false},
                         GuardCase{"SetSortOptionFlagsForAttribute", nameAndNumber, GuardCase::kFalse, false},
                         GuardCase{"SetSortOrder", nil, GuardCase::kFalse, false}),

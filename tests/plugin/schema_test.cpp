@@ -118,7 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TypeCase{"UUID", CFUUIDGetTypeID}, TypeCase{"Array", CFArrayGetTypeID},
                     TypeCase{nullptr, CFDataGetTypeID}, TypeCase{nullptr, CFDictionaryGetTypeID},
                     TypeCase{nullptr, [] { return CFTypeID{0}; }},
-                    TypeCase{nullptr, [] { return CFTypeID{0xFFFFFFFF}; }}));
+                    TypeCase{nullptr, [] { return CFTypeID{0x7FFFFFFF}; }}));
 
 TEST_F(Schema, TypesAreComparedInThisOrder) {
   start();

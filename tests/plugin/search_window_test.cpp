@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "standin/carbon/control.h"
-#include "tests/plugin/fixture.h"
+#include "tests/plugin/item_fixture.h"
 
 namespace {
 
@@ -26,11 +26,13 @@ TEST_F(SearchWindow, ShowsTheTextWithoutFlags) {
   EXPECT_EQ(0u, window.flags);
 }
 
-TEST_F(SearchWindow, IsShownForANilStringToo) {
-  EXPECT_EQ(0, host::callGlobal("ShotlightZNK", host::Value::nullString()).integer());
-  const auto window = standin::takeSearchWindow();
-  EXPECT_EQ(1, window.shown);
-  EXPECT_EQ(std::nullopt, window.text);
+TEST_F(SearchWindow, IsShownForANilOrUnconvertibleStringToo) {
+  for (const host::Value& text : {host::Value::nullString(), unconvertible()}) {
+    EXPECT_EQ(0, host::callGlobal("ShotlightZNK", text).integer()) << text.describe();
+    const auto window = standin::takeSearchWindow();
+    EXPECT_EQ(1, window.shown) << text.describe();
+    EXPECT_EQ(std::nullopt, window.text) << text.describe();
+  }
 }
 
 TEST_F(SearchWindow, AnswersThePlatformsStatusUnchanged) {
