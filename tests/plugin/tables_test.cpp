@@ -109,6 +109,16 @@ TEST_P(Tables, AreTheBatchingParameters) {
   EXPECT_EQ(6u, host::members("MDQueryBatchingParamsZNK").size());
 }
 
+// For people: what a host of this version sees. The other tests compare it.
+TEST_P(Tables, AreListed) {
+  size_t rows = 0;
+  for (const auto& name : host::registeredClasses()) {
+    std::cout << "host " << GetParam() << ", class " << name << "\n";
+    for (const auto& member : host::members(name)) std::cout << "  " << ++rows << ". " << member.text << "\n";
+  }
+  EXPECT_EQ(188u + 41u + 6u, rows);
+}
+
 TEST_P(Tables, GiveConstantsTheirValues) {
   EXPECT_EQ(1, host::constant("MDQueryZNK", "kMDQueryReverseSortOrderFlag").integer());
   EXPECT_EQ(1, host::constant("MDQueryZNK", "kMDQuerySynchronous").integer());
