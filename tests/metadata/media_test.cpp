@@ -7,11 +7,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <span>
 
 #include "exiftool_command.h"
 #include "item_fixture.h"
+#include "local_zone.h"
 #include "sample_files.h"
 
 namespace {
@@ -362,29 +362,8 @@ TEST_F(Media, PrefersTheTagThatSaysMore) {
   EXPECT_EQ(texts(make(path), kMDItemAuthors), Strings{"Ann"});
 }
 
-// Sets the zone for the time of a test.
-class Zone {
- public:
-  explicit Zone(const char* zone) {
-    if (const char* const before = std::getenv("TZ")) before_ = before;
-    set(zone);
-  }
-  ~Zone() { set(before_.empty() ? nullptr : before_.c_str()); }
-
- private:
-  static void set(const char* zone) {
-    if (zone) {
-      ::setenv("TZ", zone, 1);
-    } else {
-      ::unsetenv("TZ");
-    }
-    ::tzset();
-  }
-  std::string before_;
-};
-
 TEST_F(Media, DatesWithoutAZoneAreOfThisSystemsZone) {
-  const Zone zone("XYZ-2");  // two hours east of Greenwich
+  const LocalZone zone("XYZ-2");  // two hours east of Greenwich
   const std::string path = scratch.file("photo.jpg", sample::jpeg());
   writeTags(path, {"-EXIF:DateTimeOriginal=2011:03:05 12:00:00", "-GPSTimeStamp=10:20:30",
                    "-GPSDateStamp=2011:03:05"});
