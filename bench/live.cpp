@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "bench/tree.h"
-#include "standin/coreservices/control.h"
+#include "standin/coreservices/metadata/control.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "bench/tree.h"
-#include "standin/coreservices/control.h"
+#include "standin/coreservices/metadata/control.h"
 
 namespace {
 

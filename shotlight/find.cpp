@@ -17,7 +17,7 @@
 #include "shotlight/session.h"
 #include "shotlight/table.h"
 #include "shotlight/values.h"
-#include "standin/coreservices/control.h"
+#include "standin/coreservices/metadata/control.h"
 
 namespace shotlight {
 namespace {

@@ -7,7 +7,7 @@
 #include "shotlight/output.h"
 #include "shotlight/session.h"
 #include "shotlight/table.h"
-#include "standin/coreservices/control.h"
+#include "standin/coreservices/metadata/control.h"
 
 namespace shotlight {
 namespace {

@@ -10,7 +10,7 @@
 #include "shotlight/progress.h"
 #include "shotlight/session.h"
 #include "shotlight/text.h"
-#include "standin/coreservices/control.h"
+#include "standin/coreservices/metadata/control.h"
 
 namespace shotlight {
 namespace {

@@ -1,10 +1,10 @@
 // Colours of the generic RGB space: red, green, blue and alpha.
-#include "color.h"
+#include "standin/applicationservices/color.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "instances.h"
+#include "standin/applicationservices/instances.h"
 
 struct CGColor {
   CFRuntimeBase base;

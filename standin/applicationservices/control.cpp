@@ -1,8 +1,8 @@
-#include "control.h"
+#include "standin/applicationservices/control.h"
 
 #include <string>
 
-#include "instances.h"
+#include "standin/applicationservices/instances.h"
 
 namespace standin {
 

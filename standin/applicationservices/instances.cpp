@@ -1,9 +1,9 @@
-#include "instances.h"
+#include "standin/applicationservices/instances.h"
 
 #include <array>
 #include <string>
 
-#include "color.h"
+#include "standin/applicationservices/color.h"
 
 namespace standin::graphics {
 namespace {

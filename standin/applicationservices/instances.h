@@ -2,7 +2,7 @@
 // needed here, only that they are there, have a type and are owned.
 #pragma once
 
-#include "services.h"
+#include "standin/applicationservices/services.h"
 #include "standin/corefoundation/CFRuntime.h"
 #include "standin/gate/gate.h"
 

@@ -1,6 +1,6 @@
 // The functions that all the types share: each type's identifier, the retain functions of those that have one
 // of their own, and the simplest creators.
-#include "instances.h"
+#include "standin/applicationservices/instances.h"
 
 using standin::Gate;
 using standin::graphics::Kind;

@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-#include "control.h"
-#include "file_urls.h"
 #include "standin/corefoundation/CFRuntime.h"
 #include "standin/gate/gate.h"
+#include "standin/system/control.h"
+#include "standin/system/file_urls.h"
 
 namespace {
 

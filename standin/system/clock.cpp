@@ -1,4 +1,4 @@
-#include "clock.h"
+#include "standin/system/clock.h"
 
 #include <time.h>
 

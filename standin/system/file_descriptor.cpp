@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "run_loop.h"
+#include "standin/system/run_loop.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "file_names.h"
+#include "standin/system/file_names.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <sys/stat.h>

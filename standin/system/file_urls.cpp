@@ -1,11 +1,11 @@
-#include "file_urls.h"
+#include "standin/system/file_urls.h"
 
 #include <sys/stat.h>
 
 #include <vector>
 
-#include "file_names.h"
-#include "fsref_table.h"
+#include "standin/system/file_names.h"
+#include "standin/system/fsref_table.h"
 
 namespace standin {
 namespace {

@@ -1,4 +1,4 @@
-#include "fsref_table.h"
+#include "standin/system/fsref_table.h"
 
 #include <sys/stat.h>
 
@@ -6,7 +6,7 @@
 #include <deque>
 #include <unordered_map>
 
-#include "file_names.h"
+#include "standin/system/file_names.h"
 
 namespace standin {
 namespace {

@@ -1,11 +1,11 @@
-#include "run_loop.h"
+#include "standin/system/run_loop.h"
 
 #include <algorithm>
 #include <cmath>
 #include <string>
 #include <utility>
 
-#include "clock.h"
+#include "standin/system/clock.h"
 
 namespace standin {
 

@@ -1,5 +1,5 @@
 // Sources that fire because someone signalled them.
-#include "run_loop.h"
+#include "standin/system/run_loop.h"
 
 namespace {
 

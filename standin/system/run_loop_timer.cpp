@@ -2,8 +2,8 @@
 // time that lies between now and its date when it is told the date.
 #include <cmath>
 
-#include "clock.h"
-#include "run_loop.h"
+#include "standin/system/clock.h"
+#include "standin/system/run_loop.h"
 
 struct __CFRunLoopTimer {
   CFRuntimeBase base;

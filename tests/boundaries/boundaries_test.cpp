@@ -6,8 +6,8 @@
 #include <iterator>
 #include <string>
 
-#include "includes.h"
-#include "symbols.h"
+#include "tests/boundaries/includes.h"
+#include "tests/boundaries/symbols.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "includes.h"
+#include "tests/boundaries/includes.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "symbols.h"
+#include "tests/boundaries/symbols.h"
 
 #include <sys/wait.h>
 

@@ -1,6 +1,6 @@
 #include "tests/plugin/fixture.h"
 
-#include "standin/coreservices/planned_answers.h"
+#include "standin/coreservices/metadata/planned_answers.h"
 
 bool isMachO() {
   return pluginPath.ends_with(".dylib");

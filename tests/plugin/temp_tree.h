@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "standin/coreservices/control.h"
+#include "standin/coreservices/metadata/control.h"
 
 class TempTree {
  public:

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

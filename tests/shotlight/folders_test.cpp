@@ -1,8 +1,8 @@
 // Where the program looks.
 #include <sys/stat.h>
 
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

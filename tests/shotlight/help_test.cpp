@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

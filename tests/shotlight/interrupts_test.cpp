@@ -2,8 +2,8 @@
 // middle of the first thing that waits for it.
 #include <signal.h>
 
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

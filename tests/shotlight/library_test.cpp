@@ -6,7 +6,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "run.h"
+#include "tests/shotlight/run.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <set>
 
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

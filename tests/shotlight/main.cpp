@@ -1,7 +1,7 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "run.h"
+#include "tests/shotlight/run.h"
 
 namespace {
 

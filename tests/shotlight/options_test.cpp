@@ -1,6 +1,6 @@
 // Options and their values; arguments that are too many, too few or unknown.
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Queries that can't be understood: the place is shown.
-#include "run.h"
+#include "tests/shotlight/run.h"
 
 namespace {
 

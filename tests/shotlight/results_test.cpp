@@ -1,8 +1,8 @@
 // What is printed about results: lines for programs, a table for people, counts on standard error.
 #include <algorithm>
 
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "run.h"
+#include "tests/shotlight/run.h"
 
 #include <fcntl.h>
 #include <linux/capability.h>

@@ -1,7 +1,7 @@
 // The attributes' descriptions and keys, and the search window.
 #include <set>
 
-#include "run.h"
+#include "tests/shotlight/run.h"
 
 namespace {
 

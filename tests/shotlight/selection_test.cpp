@@ -1,6 +1,6 @@
 // What find's options choose: where, among what, in which order, and what is told of it.
-#include "run.h"
-#include "tests/metadata/scratch_folder.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

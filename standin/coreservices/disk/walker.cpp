@@ -1,0 +1,200 @@
+#include "standin/coreservices/disk/walker.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+namespace standin::metadata {
+namespace {
+
+// Folders above the current one that stay open. Beyond that the walk closes them and finds its way back
+// through
+// "..", so that depth isn't limited by the number of files that a process may have open.
+constexpr size_t kFoldersKeptOpen = 64;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int fd = -1) : fd_(fd) {}
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  ~Descriptor() { close(); }
+  int get() const { return fd_; }
+  explicit operator bool() const { return fd_ >= 0; }
+  void close() {
+    if (fd_ >= 0) ::close(fd_);
+    fd_ = -1;
+  }
+
+ private:
+  int fd_;
+};
+
+Descriptor openFolder(int parent, const char* name, bool follow = false) {
+  return Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | (follow ? 0 : O_NOFOLLOW)));
+}
+
+std::optional<FileId> idOf(int fd) {
+  struct stat info;
+  if (::fstat(fd, &info) != 0) return {};
+  return FileId{info.st_dev, info.st_ino};
+}
+
+struct Entry {
+  uint32_t name;  // offset into the folder's names
+  bool mayBeFolder;
+};
+
+struct Folder {
+  Descriptor descriptor;
+  FileId id;
+  size_t pathLength;  // of the path up to and including this folder
+  std::string names;  // of the entries, each ended by a zero byte
+  std::vector<Entry> entries;
+  size_t next = 0;
+};
+
+// Vanished, or replaced by something that isn't a folder: nothing to walk through, and nobody's fault.
+bool isHarmless(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ELOOP;
+}
+
+}  // namespace
+
+class Walk::Implementation {
+ public:
+  Implementation(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor)
+      : excluded_(excluded), visitor_(visitor), buffer_(64 * 1024), path_(root) {
+    enter(openFolder(AT_FDCWD, root.c_str(), true), root.size());
+  }
+
+  // Handles the next entry of the innermost folder.
+  bool step() {
+    if (stack_.empty()) return false;
+    Folder& folder = stack_.back();
+    if (folder.next == folder.entries.size()) {
+      leave();
+      return !stack_.empty();
+    }
+    const Entry entry = folder.entries[folder.next++];
+    const char* const name = folder.names.data() + entry.name;
+    visitor_.found(folder.descriptor.get(), path_, name);
+    if (!entry.mayBeFolder) return true;
+    Descriptor descriptor = openFolder(folder.descriptor.get(), name);
+    const size_t nameLength = std::strlen(name);
+    const size_t pathLength = path_.size();
+    const int error = errno;
+    if (path_.back() != '/') path_ += '/';
+    path_.append(name, nameLength);
+    errno = error;
+    if (!enter(std::move(descriptor), nameLength)) path_.resize(pathLength);
+    return true;
+  }
+
+  const WalkReport& report() const { return report_; }
+
+ private:
+  // Answers whether the folder was entered; errno tells why `descriptor` is empty, if it is.
+  bool enter(Descriptor descriptor, size_t nameLength) {
+    Folder folder;
+    folder.descriptor = std::move(descriptor);
+    if (!folder.descriptor) {
+      if (!isHarmless(errno)) ++report_.unreadableFolders;
+      return false;
+    }
+    const std::optional<FileId> id = idOf(folder.descriptor.get());
+    if (!id || isExcluded(*id)) return false;
+    folder.id = *id;
+    folder.pathLength = path_.size();
+    if (!readEntries(folder)) {
+      ++report_.unreadableFolders;
+      return false;
+    }
+    ++report_.folders;
+    stack_.push_back(std::move(folder));
+    if (stack_.size() > kFoldersKeptOpen) stack_[stack_.size() - 1 - kFoldersKeptOpen].descriptor.close();
+    visitor_.entered(path_, nameLength);
+    return true;
+  }
+
+  // The first folder is walked through whatever is excluded: it was asked for by name.
+  bool isExcluded(const FileId& id) const {
+    return !stack_.empty() && std::find(excluded_.begin(), excluded_.end(), id) != excluded_.end();
+  }
+
+  bool readEntries(Folder& folder) {
+    for (;;) {
+      const ssize_t size = ::getdents64(folder.descriptor.get(), buffer_.data(), buffer_.size());
+      if (size < 0) return false;
+      if (size == 0) break;
+      for (ssize_t offset = 0; offset < size;) {
+        const auto* const record = reinterpret_cast<const dirent64*>(buffer_.data() + offset);
+        offset += record->d_reclen;
+        addEntry(folder, record->d_name, record->d_type);
+      }
+    }
+    const char* const names = folder.names.data();
+    std::sort(folder.entries.begin(), folder.entries.end(), [names](const Entry& left, const Entry& right) {
+      return std::strcmp(names + left.name, names + right.name) < 0;
+    });
+    return true;
+  }
+
+  static void addEntry(Folder& folder, const char* name, unsigned char type) {
+    if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) return;
+    folder.entries.push_back(
+        {static_cast<uint32_t>(folder.names.size()), type == DT_DIR || type == DT_UNKNOWN});
+    folder.names.append(name, std::strlen(name) + 1);
+  }
+
+  void leave() {
+    const Descriptor child = std::move(stack_.back().descriptor);
+    stack_.pop_back();
+    visitor_.left();
+    if (stack_.empty()) return;
+    Folder& parent = stack_.back();
+    path_.resize(parent.pathLength);
+    if (parent.descriptor) return;
+    Descriptor above = openFolder(child.get(), "..");
+    if (!above || idOf(above.get()) != parent.id) {  // the child was moved meanwhile
+      above = openFolder(AT_FDCWD, path_.c_str());
+    }
+    if (above && idOf(above.get()) == parent.id) {
+      parent.descriptor = std::move(above);
+    } else {
+      ++report_.unreadableFolders;
+      parent.next = parent.entries.size();
+    }
+  }
+
+  const std::vector<FileId>& excluded_;
+  WalkVisitor& visitor_;
+  std::vector<char> buffer_;
+  std::vector<Folder> stack_;
+  std::string path_;
+  WalkReport report_;
+};
+
+Walk::Walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor)
+    : implementation_(std::make_unique<Implementation>(root, excluded, visitor)) {}
+
+Walk::~Walk() = default;
+
+bool Walk::step() {
+  return implementation_->step();
+}
+
+const WalkReport& Walk::report() const {
+  return implementation_->report();
+}
+
+}  // namespace standin::metadata

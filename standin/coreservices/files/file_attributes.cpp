@@ -1,0 +1,220 @@
+#include "standin/coreservices/files/file_attributes.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "standin/coreservices/attributes/schema.h"
+#include "standin/coreservices/files/file_content.h"
+
+namespace standin::metadata {
+namespace {
+
+Date dateOf(const statx_timestamp& time) {
+  constexpr double kFrom1970To2001 = 978307200;
+  return {static_cast<double>(time.tv_sec) - kFrom1970To2001 + time.tv_nsec / 1e9};
+}
+
+Date creationDate(const struct statx& info) {
+  // Not every file system keeps the time of birth; the oldest time that it keeps comes nearest.
+  if (info.stx_mask & STATX_BTIME) return dateOf(info.stx_btime);
+  const Date changed = dateOf(info.stx_mtime);
+  const Date moved = dateOf(info.stx_ctime);
+  return changed.seconds < moved.seconds ? changed : moved;
+}
+
+// A file that was made or written counts as read at that moment: only a later time tells of a use.
+std::optional<Value> lastUsedDate(const struct statx& info) {
+  const Date used = dateOf(info.stx_atime);
+  if (used.seconds <= dateOf(info.stx_mtime).seconds) return {};
+  return used;
+}
+
+bool isFolder(const struct statx& info) {
+  return S_ISDIR(info.stx_mode);
+}
+
+const char* nameIn(const std::string& path) {
+  return path.c_str() + path.rfind('/') + 1;
+}
+
+// Opens the folder at an absolute path, piece by piece where the path is longer than one call takes.
+int openLongPath(const std::string& path) {
+  int folder = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC);
+  for (size_t start = 1; start < path.size() && folder >= 0;) {
+    size_t end = path.size();
+    if (end - start >= PATH_MAX) end = path.rfind('/', start + PATH_MAX - 1);
+    if (end == std::string::npos || end <= start) break;
+    const std::string piece = path.substr(start, end - start);
+    const int next = ::openat(folder, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    ::close(folder);
+    folder = next;
+    start = end + 1;
+  }
+  return folder;
+}
+
+}  // namespace
+
+FileRecord::FileRecord(int folder, const std::string& folderPath, const char* name, const char* reach)
+    : folder_(folder), folderPath_(folderPath), name_(name), reach_(reach) {}
+
+FileRecord::~FileRecord() = default;
+
+const struct statx* FileRecord::info() {
+  if (state_ == NotAsked) {
+    const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_SYNC_AS_STAT;
+    state_ = ::statx(folder_, reach_, flags, STATX_BASIC_STATS | STATX_BTIME, &info_) == 0 ? Known : Gone;
+  }
+  return state_ == Known ? &info_ : nullptr;
+}
+
+bool FileRecord::exists() {
+  return info() != nullptr;
+}
+
+std::string_view FileRecord::path() {
+  if (path_.empty()) {
+    path_ = folderPath_;
+    if (*name_ && path_.back() != '/') path_ += '/';
+    path_ += name_;
+  }
+  return path_;
+}
+
+FileContent* FileRecord::content() {
+  if (!content_ && info()) content_.reset(new FileContent({folder_, reach_, name_, path(), info_}));
+  return content_.get();
+}
+
+std::optional<Value> FileRecord::nodeCount() {
+  const int fd = ::openat(folder_, reach_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (fd < 0) return {};
+  DIR* const folder = ::fdopendir(fd);
+  if (!folder) {
+    ::close(fd);
+    return {};
+  }
+  int64_t count = 0;
+  while (const dirent* const entry = ::readdir(folder)) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") ++count;
+  }
+  ::closedir(folder);
+  return count;
+}
+
+// What the path alone tells, and whether there is a file at all.
+std::optional<Value> FileRecord::valueByPath(FileAttribute attribute) {
+  switch (attribute) {
+    case FileAttribute::FSName:
+    case FileAttribute::DisplayName:
+      return std::string_view(*name_ ? name_ : "/");
+    case FileAttribute::Path:
+      return path();
+    case FileAttribute::FSInvisible:
+      return *name_ == '.';
+    case FileAttribute::FSExists:
+      return exists();
+    default:
+      return {};
+  }
+}
+
+std::optional<Value> FileRecord::valueByRecord(FileAttribute attribute) {
+  const struct statx* const file = info();
+  if (!file) return {};
+  const auto access = [&](int mode) {
+    return ::faccessat(folder_, reach_, mode, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
+  };
+  switch (attribute) {
+    case FileAttribute::FSSize:
+      if (isFolder(*file)) return {};
+      return static_cast<int64_t>(file->stx_size);
+    case FileAttribute::FSCreationDate:
+    case FileAttribute::ContentCreationDate:
+      return creationDate(*file);
+    case FileAttribute::FSContentChangeDate:
+    case FileAttribute::ContentModificationDate:
+      return dateOf(file->stx_mtime);
+    case FileAttribute::AttributeChangeDate:
+      return dateOf(file->stx_ctime);
+    case FileAttribute::DateAdded:
+      if (!(file->stx_mask & STATX_BTIME)) return {};
+      return dateOf(file->stx_btime);
+    case FileAttribute::LastUsedDate:
+      return lastUsedDate(*file);
+    case FileAttribute::FSOwnerUserID:
+      return int64_t{file->stx_uid};
+    case FileAttribute::FSOwnerGroupID:
+      return int64_t{file->stx_gid};
+    case FileAttribute::FSNodeCount:
+      if (!isFolder(*file)) return {};
+      return nodeCount();
+    case FileAttribute::FSIsReadable:
+      return access(R_OK);
+    case FileAttribute::FSIsWriteable:
+      return access(W_OK);
+    case FileAttribute::FSHasCustomIcon:
+    case FileAttribute::FSIsExtensionHidden:
+    case FileAttribute::FSIsStationery:
+      return false;  // Linux has nothing of the kind
+    case FileAttribute::FSLabel:
+      return int64_t{0};
+    default:
+      return {};
+  }
+}
+
+void FileRecord::values(FileAttribute attribute, std::vector<Value>& values) {
+  const size_t before = values.size();
+  const auto addContent = [&] {
+    if (FileContent* const file = content()) file->values(attribute, values);
+  };
+  // The content knows better than the file when it was made: a copy is younger than the picture in it.
+  if (attribute == FileAttribute::ContentCreationDate) addContent();
+  if (values.size() > before) return;
+  std::optional<Value> value = valueByPath(attribute);
+  if (!value) value = valueByRecord(attribute);
+  if (value) {
+    values.push_back(*value);
+  } else if (attribute != FileAttribute::None) {
+    addContent();
+  }
+}
+
+std::optional<Value> FileRecord::value(FileAttribute attribute) {
+  std::vector<Value> found;
+  values(attribute, found);
+  if (found.empty()) return {};
+  return found.front();
+}
+
+void FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
+  if (key.file == FileAttribute::TextContent) {
+    if (const auto text = text_.read(folder_, reach_)) values.emplace_back(*text);
+    return;
+  }
+  if (!key.any) {
+    this->values(key.file, values);
+    return;
+  }
+  for (const AttributeInfo& info : schema()) {
+    if (info.attribute != FileAttribute::Path) this->values(info.attribute, values);
+  }
+}
+
+FileByPath::FileByPath(const std::string& path)
+    : path_(path),
+      folderPath_(path.substr(0, std::max<size_t>(path.rfind('/'), 1))),
+      folder_(path.size() < PATH_MAX ? AT_FDCWD : openLongPath(folderPath_)),
+      record_(folder_, folderPath_, nameIn(path_), folder_ == AT_FDCWD ? path_.c_str() : nameIn(path_)) {}
+
+FileByPath::~FileByPath() {
+  if (folder_ >= 0) ::close(folder_);
+}
+
+}  // namespace standin::metadata

@@ -1,0 +1,77 @@
+// The attributes of one file, read when they are asked for and not before: a search by name never touches the
+// files themselves, one by size or date never their content.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "standin/coreservices/attributes/attributes.h"
+#include "standin/coreservices/files/text_content.h"
+#include "standin/coreservices/language/match.h"
+
+namespace standin::metadata {
+
+class FileContent;
+
+// Borrows everything that it is made of. A symbolic link is an item of its own: nothing here follows it.
+class FileRecord : public AttributeSource {
+ public:
+  // The entry `name` of the folder at `folderPath`; `reach` leads to it from the folder that is open as
+  // `folder`.
+  FileRecord(int folder, const std::string& folderPath, const char* name, const char* reach);
+
+  ~FileRecord() override;
+
+  // Appends the attribute's values: one at the most, unless its type is an array. None: files of this kind
+  // have no such attribute, or the file isn't there any more; but what its path alone tells is always known.
+  void values(FileAttribute attribute, std::vector<Value>& values);
+
+  // `*` covers all but the path and the text. The text of a file is for queries to compare, and given here
+  // alone.
+  void values(const AttributeKey& key, std::vector<Value>& values) override;
+
+  // The first of the values.
+  std::optional<Value> value(FileAttribute attribute);
+
+  bool exists();
+
+ private:
+  const struct statx* info();
+  std::string_view path();
+  FileContent* content();
+  std::optional<Value> nodeCount();
+  std::optional<Value> valueByPath(FileAttribute attribute);
+  std::optional<Value> valueByRecord(FileAttribute attribute);
+
+  int folder_;
+  const std::string& folderPath_;
+  const char* name_;
+  const char* reach_;
+  std::string path_;
+  TextContent text_;
+  struct statx info_;
+  std::unique_ptr<FileContent> content_;
+  enum { NotAsked, Known, Gone } state_ = NotAsked;
+};
+
+// A file by its absolute path, however long, which must outlive this.
+class FileByPath {
+ public:
+  explicit FileByPath(const std::string& path);
+  ~FileByPath();
+  FileByPath(const FileByPath&) = delete;
+  FileByPath& operator=(const FileByPath&) = delete;
+  FileRecord& record() { return record_; }
+
+ private:
+  const std::string& path_;
+  std::string folderPath_;
+  int folder_;  // AT_FDCWD where the path is short enough to be used whole
+  FileRecord record_;
+};
+
+}  // namespace standin::metadata

@@ -1,0 +1,133 @@
+#include "standin/coreservices/files/file_content.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "standin/coreservices/media/media_attributes.h"
+#include "standin/coreservices/media/media_reader.h"
+#include "standin/coreservices/media/media_table.h"
+
+namespace standin::metadata {
+namespace {
+
+// The largest that Linux keeps.
+constexpr size_t kLongestExtendedAttribute = 65536;
+
+// A path of any length, by the folder that is open.
+std::string reachablePath(const FileLocation& file) {
+  if (file.folder == AT_FDCWD) return file.reach;
+  return "/proc/self/fd/" + std::to_string(file.folder) + '/' + file.reach;
+}
+
+// Empty when there is none, as on a file system that keeps none.
+std::string readExtendedAttribute(const FileLocation& file, const char* name) {
+  char small[256];
+  const std::string path = reachablePath(file);
+  ssize_t size = ::lgetxattr(path.c_str(), name, small, sizeof small);
+  std::string value;
+  if (size >= 0) {
+    value.assign(small, static_cast<size_t>(size));
+  } else if (errno == ERANGE) {
+    value.resize(kLongestExtendedAttribute);
+    size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
+    value.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+  }
+  while (!value.empty() && value.back() == '\0') value.pop_back();
+  return value;
+}
+
+// Reading a file's type leaves no trace in it where the system allows that.
+int openToLook(const FileLocation& file) {
+  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const int fd = ::openat(file.folder, file.reach, kFlags | O_NOATIME);
+  return fd >= 0 ? fd : ::openat(file.folder, file.reach, kFlags);
+}
+
+std::string firstBytes(const FileLocation& file) {
+  std::string bytes;
+  if (file.info.stx_size == 0) return bytes;
+  const int fd = openToLook(file);
+  if (fd < 0) return bytes;
+  bytes.resize(kSignatureLength);
+  const ssize_t size = ::read(fd, bytes.data(), bytes.size());
+  bytes.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+  ::close(fd);
+  return bytes;
+}
+
+const ContentType* typeOfRegularFile(const FileLocation& file) {
+  const std::string mimeType = readExtendedAttribute(file, "user.mime_type");
+  if (const auto* const type = contentTypeOfMime(mimeType)) return type;
+  if (const auto* const type = contentTypeOfName(file.name, Node::File)) return type;
+  if (const auto* const type = contentTypeOfBytes(firstBytes(file))) return type;
+  return contentTypeNamed(file.info.stx_mode & S_IXUSR ? "public.unix-executable" : "public.data");
+}
+
+// Null for devices and the like.
+const ContentType* typeOf(const FileLocation& file) {
+  switch (file.info.stx_mode & S_IFMT) {
+    case S_IFREG:
+      return typeOfRegularFile(file);
+    case S_IFDIR: {
+      const ContentType* const type = contentTypeOfName(file.name, Node::Folder);
+      return type ? type : contentTypeNamed("public.folder");
+    }
+    case S_IFLNK:
+      return contentTypeNamed("public.symlink");
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+const ContentType* FileContent::type() {
+  if (!type_) type_ = typeOf(file_);
+  return *type_;
+}
+
+const std::string& FileContent::extendedAttribute(std::optional<std::string>& kept, const char* name) {
+  if (!kept) kept = readExtendedAttribute(file_, name);
+  return *kept;
+}
+
+void FileContent::mediaValues(FileAttribute attribute, std::vector<Value>& values) {
+  if (!isMediaAttribute(attribute)) return;
+  if (!media_) {
+    const bool mayHave = S_ISREG(file_.info.stx_mode) && type() && type()->metadata == Metadata::Embedded;
+    media_ = mayHave ? mediaReader().read(file_) : std::make_shared<MediaAttributes>();
+  }
+  media_->values(attribute, values);
+}
+
+void FileContent::values(FileAttribute attribute, std::vector<Value>& values) {
+  const auto addText = [&](std::string_view text) {
+    if (!text.empty()) values.emplace_back(text);
+  };
+  switch (attribute) {
+    case FileAttribute::ContentType:
+      if (type()) addText(type()->identifier);
+      break;
+    case FileAttribute::ContentTypeTree:
+      if (type()) std::ranges::for_each(contentTypeTree(*type()), addText);
+      break;
+    case FileAttribute::Kind:
+      if (type()) addText(type()->kind);
+      break;
+    case FileAttribute::WhereFroms:
+      addText(extendedAttribute(origin_, "user.xdg.origin.url"));
+      addText(extendedAttribute(referrer_, "user.xdg.referrer.url"));
+      break;
+    case FileAttribute::FinderComment:
+      addText(extendedAttribute(comment_, "user.xdg.comment"));
+      break;
+    default:
+      mediaValues(attribute, values);
+  }
+}
+
+}  // namespace standin::metadata

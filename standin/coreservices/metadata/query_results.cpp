@@ -1,0 +1,293 @@
+#include "standin/coreservices/metadata/query_results.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+#include "standin/coreservices/metadata/cf_text.h"
+#include "standin/coreservices/metadata/item.h"
+
+namespace standin::metadata {
+namespace {
+
+constexpr uint32_t kReverseSortOrder = 1;
+
+CFIndex countOf(CFArrayRef array) {
+  return array ? CFArrayGetCount(array) : 0;
+}
+
+CFStringRef stringAt(CFArrayRef array, CFIndex index) {
+  return static_cast<CFStringRef>(CFArrayGetValueAtIndex(array, index));
+}
+
+void setArray(CFMutableDictionaryRef dictionary, CFStringRef key, CFArrayRef array) {
+  if (array && CFArrayGetCount(array) > 0) CFDictionarySetValue(dictionary, key, array);
+  if (array) CFRelease(array);
+}
+
+// Of several values, the first counts.
+Rank rankOf(const Ranker& ranker, CFTypeRef value) {
+  const CFTypeID type = CFGetTypeID(value);
+  if (type == CFStringGetTypeID()) return ranker.rankOf(textOf(static_cast<CFStringRef>(value)));
+  if (type == CFBooleanGetTypeID()) return CFBooleanGetValue(static_cast<CFBooleanRef>(value)) != 0;
+  if (type == CFDateGetTypeID()) return Ranker::rankOf(CFDateGetAbsoluteTime(static_cast<CFDateRef>(value)));
+  if (type == CFDataGetTypeID()) {
+    const auto data = static_cast<CFDataRef>(value);
+    const auto* const bytes = reinterpret_cast<const char*>(CFDataGetBytePtr(data));
+    return DataRank{std::string(bytes, static_cast<size_t>(CFDataGetLength(data)))};
+  }
+  if (type == CFNumberGetTypeID()) {
+    const auto number = static_cast<CFNumberRef>(value);
+    double real = 0;
+    int64_t integer = 0;
+    if (CFNumberIsFloatType(number) && CFNumberGetValue(number, kCFNumberFloat64Type, &real)) {
+      return Ranker::rankOf(real);
+    }
+    CFNumberGetValue(number, kCFNumberSInt64Type, &integer);
+    return Ranker::rankOf(integer);
+  }
+  if (type == CFArrayGetTypeID() && CFArrayGetCount(static_cast<CFArrayRef>(value)) > 0) {
+    return rankOf(ranker, CFArrayGetValueAtIndex(static_cast<CFArrayRef>(value), 0));
+  }
+  return {};
+}
+
+}  // namespace
+
+QueryResults::QueryResults(CFArrayRef valueListAttributes, CFArrayRef sortingAttributes)
+    : ranks_(static_cast<size_t>(countOf(sortingAttributes))) {
+  addColumns(valueListAttributes, true);
+  addColumns(sortingAttributes, false);
+  for (CFIndex i = 0; i < countOf(sortingAttributes); ++i) {
+    const CFStringRef name = columnOf(stringAt(sortingAttributes, i))->name();
+    sortable_.push_back({name, fileAttributeNamed(utf8Of(name))});
+  }
+  sortOrder_.resize(sortable_.size());
+  std::iota(sortOrder_.begin(), sortOrder_.end(), size_t{0});
+  if (!sortable_.empty()) ranker_ = std::make_unique<Ranker>();
+}
+
+QueryResults::~QueryResults() {
+  for (const MDItemRef item : items_) {
+    if (item) CFRelease(item);
+  }
+}
+
+void QueryResults::addColumns(CFArrayRef attributes, bool valueLists) {
+  for (CFIndex i = 0; i < countOf(attributes); ++i) {
+    const CFStringRef name = stringAt(attributes, i);
+    if (columnOf(name)) continue;
+    const auto read = [this](ResultStore::File file, CFStringRef key) { return copyValue(file, key); };
+    columns_.push_back(std::make_unique<ValueColumn>(name, valueLists, read));
+  }
+}
+
+// Items
+
+MDItemRef QueryResults::itemOf(ResultStore::File file) {
+  if (items_.size() <= file) items_.resize(store_.fileLimit(), nullptr);
+  if (!items_[file]) items_[file] = createItem(kCFAllocatorDefault, store_.path(file));
+  return items_[file];
+}
+
+MDItemRef QueryResults::itemAt(size_t index) {
+  return itemOf(order_[index]);
+}
+
+size_t QueryResults::indexOf(const std::string& path) const {
+  const ResultStore::File file = store_.find(path);
+  if (file == ResultStore::kNoFile) return size();
+  if (positions_.empty()) {
+    positions_.resize(store_.fileLimit());
+    for (size_t i = 0; i < order_.size(); ++i) positions_[order_[i]] = static_cast<uint32_t>(i);
+  }
+  return positions_[file];
+}
+
+CFArrayRef QueryResults::itemsLookedAt(const std::vector<ResultStore::File>& files) const {
+  const CFMutableArrayRef items = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
+  for (const ResultStore::File file : files) {
+    if (items && file < items_.size() && items_[file]) CFArrayAppendValue(items, items_[file]);
+  }
+  return items;
+}
+
+// Values
+
+ValueColumn* QueryResults::columnOf(CFStringRef attribute) const {
+  for (const auto& column : columns_) {
+    if (CFEqual(column->name(), attribute)) return column.get();
+  }
+  return nullptr;
+}
+
+// With the values of all results.
+ValueColumn* QueryResults::valueListOf(CFStringRef attribute) const {
+  ValueColumn* const column = columnOf(attribute);
+  if (!column || !column->isValueList()) return nullptr;
+  if (column->known() < size()) {
+    for (const ResultStore::File file : order_) column->valueOf(file);
+  }
+  return column;
+}
+
+CFTypeRef QueryResults::copyValue(ResultStore::File file, CFStringRef attribute) const {
+  if (file < items_.size() && items_[file]) return MDItemCopyAttribute(items_[file], attribute);
+  const MDItemRef item = createItem(kCFAllocatorDefault, store_.path(file));
+  if (!item) return nullptr;
+  const CFTypeRef value = MDItemCopyAttribute(item, attribute);
+  CFRelease(item);
+  return value;
+}
+
+CFTypeRef QueryResults::valueAt(size_t index, CFStringRef attribute) {
+  ValueColumn* const column = columnOf(attribute);
+  return column ? column->valueOf(order_[index]) : nullptr;
+}
+
+CFArrayRef QueryResults::copyValuesOf(CFStringRef attribute) {
+  const ValueColumn* const column = valueListOf(attribute);
+  return column ? column->copyDistinct() : nullptr;
+}
+
+CFIndex QueryResults::countWithValue(CFStringRef attribute, CFTypeRef value) {
+  const ValueColumn* const column = valueListOf(attribute);
+  return column ? column->countOf(value) : 0;
+}
+
+// Order
+
+size_t QueryResults::sortAttribute(CFStringRef name) const {
+  const auto found = std::find_if(sortable_.begin(), sortable_.end(),
+                                  [&](const SortAttribute& a) { return CFEqual(a.name, name); });
+  return static_cast<size_t>(found - sortable_.begin());
+}
+
+bool QueryResults::setSortOrder(CFArrayRef attributes) {
+  std::vector<size_t> order;
+  for (CFIndex i = 0; i < CFArrayGetCount(attributes); ++i) {
+    order.push_back(sortAttribute(stringAt(attributes, i)));
+    if (order.back() == sortable_.size()) return false;
+  }
+  sortOrder_ = std::move(order);
+  sortAgain();
+  return true;
+}
+
+bool QueryResults::setSortFlags(CFStringRef attribute, uint32_t flags) {
+  const size_t index = sortAttribute(attribute);
+  if (index == sortable_.size()) return false;
+  sortable_[index].flags = flags;
+  sortAgain();
+  return true;
+}
+
+uint32_t QueryResults::sortFlags(CFStringRef attribute) const {
+  const size_t index = sortAttribute(attribute);
+  return index == sortable_.size() ? 0 : sortable_[index].flags;
+}
+
+std::vector<SortKey> QueryResults::sortKeys() const {
+  std::vector<SortKey> keys;
+  for (const size_t index : sortOrder_) {
+    keys.push_back({index, (sortable_[index].flags & kReverseSortOrder) != 0});
+  }
+  return keys;
+}
+
+Rank QueryResults::rankOfObject(ResultStore::File file, CFStringRef attribute) const {
+  const CFTypeRef value = copyValue(file, attribute);
+  if (!value) return {};
+  Rank rank = rankOf(*ranker_, value);
+  CFRelease(value);
+  return rank;
+}
+
+// Attributes of the file itself are at hand, others are asked of an item.
+void QueryResults::rank(ResultStore::File file, FileRecord& record) {
+  for (size_t i = 0; i < sortable_.size(); ++i) {
+    if (sortable_[i].file == FileAttribute::None) {
+      ranks_.set(file, i, rankOfObject(file, sortable_[i].name));
+    } else {
+      const std::optional<Value> value = record.value(sortable_[i].file);
+      ranks_.set(file, i, value ? ranker_->rankOf(*value) : Rank());
+    }
+  }
+}
+
+void QueryResults::rankAgain(ResultStore::File file) {
+  if (sortable_.empty()) return;
+  const std::string path = store_.path(file);
+  FileByPath record(path);
+  rank(file, record.record());
+}
+
+// Puts those from `first` on, which are in no order, among those before, which are.
+void QueryResults::mergeFrom(size_t first) {
+  positions_.clear();
+  const std::vector<SortKey> keys = sortKeys();
+  if (!keys.empty()) {
+    const auto before = [&](ResultStore::File left, ResultStore::File right) {
+      return ranks_.before(left, right, keys);
+    };
+    const auto middle = order_.begin() + static_cast<ptrdiff_t>(first);
+    std::stable_sort(middle, order_.end(), before);
+    std::inplace_merge(order_.begin(), middle, order_.end(), before);
+  }
+  settled_ = order_.size();
+}
+
+void QueryResults::sortAgain() {
+  mergeFrom(0);
+}
+
+void QueryResults::gathered(ResultStore::File file, FileRecord& record) {
+  order_.push_back(file);
+  rank(file, record);
+}
+
+void QueryResults::settle() {
+  if (settled_ < order_.size()) mergeFrom(settled_);
+}
+
+// Changes
+
+void QueryResults::forget(ResultStore::File file) {
+  for (const auto& column : columns_) column->forget(file);
+}
+
+CFDictionaryRef QueryResults::update(const ResultChanges& changes) {
+  const CFMutableDictionaryRef told = CFDictionaryCreateMutable(
+      kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+  const bool sorted = !sortOrder_.empty();
+  setArray(told, kMDQueryUpdateChangedItems, itemsLookedAt(changes.changed));
+  setArray(told, kMDQueryUpdateRemovedItems, itemsLookedAt(changes.removed));
+  std::vector<bool> leaves(store_.fileLimit());
+  for (const ResultStore::File file : changes.removed) {
+    leaves[file] = true;
+    forget(file);
+    if (file < items_.size() && items_[file]) CFRelease(std::exchange(items_[file], nullptr));
+  }
+  for (const ResultStore::File file : changes.changed) {
+    leaves[file] = sorted;
+    forget(file);
+    rankAgain(file);
+  }
+  std::erase_if(order_, [&](ResultStore::File file) { return leaves[file]; });
+  const size_t stay = order_.size();
+  for (const ResultStore::File file : changes.removed) store_.remove(file);
+  if (sorted) order_.insert(order_.end(), changes.changed.begin(), changes.changed.end());
+  const size_t firstAdded = order_.size();
+  for (const std::string& path : changes.added) {
+    order_.push_back(store_.add(path));
+    rankAgain(order_.back());
+  }
+  const std::vector<ResultStore::File> added(order_.begin() + static_cast<ptrdiff_t>(firstAdded),
+                                             order_.end());
+  for (const ResultStore::File file : added) itemOf(file);
+  setArray(told, kMDQueryUpdateAddedItems, itemsLookedAt(added));
+  mergeFrom(stay);
+  return told;
+}
+
+}  // namespace standin::metadata

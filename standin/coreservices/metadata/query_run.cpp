@@ -1,0 +1,262 @@
+#include "standin/coreservices/metadata/query_run.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "standin/coreservices/metadata/held.h"
+#include "standin/coreservices/metadata/query.h"
+#include "standin/coreservices/metadata/settings.h"
+#include "standin/gate/gate.h"
+#include "standin/system/clock.h"
+
+namespace standin::metadata {
+namespace {
+
+constexpr const char* kName = "MDQuery";
+
+MDQueryRef queryOf(void* info) {
+  return static_cast<MDQueryRef>(info);
+}
+
+// One observer of a turn may release the query, which the next is then called with: it is held until the turn
+// is over. (Callbacks of a run that is gone are never called: it makes its sources and its timer invalid.)
+void perform(void* info) {
+  const Inside inside(kName);
+  const Held held(info);
+  queryOf(info)->state->run->work();
+}
+
+void fire(CFRunLoopTimerRef, void* info) {
+  perform(info);
+}
+
+void becomeReadable(CFFileDescriptorRef, CFOptionFlags, void* info) {
+  const Inside inside(kName);
+  queryOf(info)->state->run->readChanges();
+}
+
+void post(MDQueryRef query, CFStringRef name, CFDictionaryRef userInfo) {
+  CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(), name, query, userInfo, true);
+}
+
+// Posts and releases what is told.
+void postAndRelease(MDQueryRef query, CFStringRef name, CFDictionaryRef told) {
+  if (!told) return post(query, name, nullptr);
+  const Held held(told);
+  CFRelease(told);
+  post(query, name, told);
+}
+
+double secondsOf(size_t milliseconds) {
+  return static_cast<double>(milliseconds) / 1000;
+}
+
+}  // namespace
+
+QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : query_(query), state_(state) {
+  const std::vector<std::string> folders = foldersOf(state.scope, state.outerScopes);
+  const std::vector<std::string>& excluded = settings().excludedFolders;
+  if (wantsUpdates) watch(folders, excluded);
+  SearchRequest request{state.expression, folders, excluded};
+  if (state.maximum > 0) request.maximum = static_cast<size_t>(state.maximum);
+  search_ = std::make_unique<Search>(std::move(request), state.results.store(),
+                                     [&results = state.results](ResultStore::File file, FileRecord& record) {
+                                       results.gathered(file, record);
+                                     });
+  CFRunLoopSourceContext context{};
+  context.info = query;
+  context.perform = perform;
+  source_ = CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &context);
+  CFRunLoopAddSource(CFRunLoopGetCurrent(), source_, kCFRunLoopDefaultMode);
+  CFRunLoopSourceSignal(source_);
+}
+
+QueryRun::~QueryRun() {
+  settings().followers.erase(this);
+  stopTimer();
+  if (descriptor_) {
+    CFFileDescriptorInvalidate(descriptor_);
+    CFRelease(descriptor_);
+  }
+  CFRunLoopSourceInvalidate(source_);
+  CFRelease(source_);
+}
+
+void QueryRun::watch(const std::vector<std::string>& folders, const std::vector<std::string>& excluded) {
+  std::vector<std::string> roots;
+  for (const std::string& folder : folders) {
+    if (folder.starts_with('/')) roots.push_back(intendedPath(folder));
+  }
+  watcher_ = std::make_unique<TreeWatcher>(roots, excluded);
+  changes_ = std::make_unique<LiveChanges>(state_.expression, roots, excluded);
+  settings().updateProblem = watcher_->reason();
+  if (watcher_->descriptor() < 0) return;
+  settings().followers.insert(this);
+  CFFileDescriptorContext context{};
+  context.info = query_;
+  descriptor_ =
+      CFFileDescriptorCreate(kCFAllocatorDefault, watcher_->descriptor(), false, becomeReadable, &context);
+  CFFileDescriptorEnableCallBacks(descriptor_, kCFFileDescriptorReadCallBack);
+  const CFRunLoopSourceRef source = CFFileDescriptorCreateRunLoopSource(kCFAllocatorDefault, descriptor_, 0);
+  CFRunLoopAddSource(CFRunLoopGetCurrent(), source, kCFRunLoopDefaultMode);
+  CFRelease(source);
+}
+
+void QueryRun::work() {
+  if (isGathering()) {
+    gatherBatch();
+  } else {
+    updateBatch();
+  }
+}
+
+// Gathering
+
+// Looks on until there is a batch: so many results, or one at least, or those of so much time. Answers
+// whether there is more to come.
+bool QueryRun::searchOn(size_t maximum, double seconds) {
+  constexpr unsigned kStepsBetweenLooksAtTheClock = 16;
+  const size_t enough = search_->found() + std::max<size_t>(maximum, 1);
+  const double end = clockTime() + seconds;
+  for (unsigned steps = 1; search_->step(); ++steps) {
+    if (search_->found() >= enough) return true;
+    if (steps % kStepsBetweenLooksAtTheClock == 0 && clockTime() >= end) return true;
+  }
+  return false;
+}
+
+void QueryRun::gatherBatch() {
+  const MDQueryBatchingParams& limits = state_.batches;
+  const bool first = std::exchange(firstBatch_, false);
+  const size_t before = state_.results.size();
+  const bool more = searchOn(first ? limits.first_max_num : limits.progress_max_num,
+                             secondsOf(first ? limits.first_max_ms : limits.progress_max_ms));
+  state_.results.settle();
+  if (!more) return finishGathering();
+  CFRunLoopSourceSignal(source_);
+  const bool found = state_.results.size() > before;
+  const ResultChanges changes = lookAtKnown();
+  if (changes.size() > 0) {
+    postAndRelease(query_, kMDQueryProgressNotification, state_.results.update(changes));
+  } else if (found) {
+    post(query_, kMDQueryProgressNotification, nullptr);
+  }
+}
+
+void QueryRun::finishGathering() {
+  const SearchReport report = search_->report();
+  settings().lastSearch = {report.foldersSearched, report.unreadableFolders, report.missingFolders};
+  search_.reset();
+  state_.results.store().shrink();
+  state_.gathered = true;
+  touchedWhileGathering_ = {};
+  if (descriptor_) {
+    schedule();
+  } else {
+    CFRunLoopSourceInvalidate(source_);
+  }
+  post(query_, kMDQueryDidFinishNotification, nullptr);
+}
+
+// What happened to results that are gathered already. All that happened is looked at again at the end, when
+// nothing is added any more by having been read before it changed.
+ResultChanges QueryRun::lookAtKnown() {
+  ResultChanges changes;
+  if (state_.updatesDisabled > 0) return changes;
+  for (const std::string& path : std::exchange(touchedWhileGathering_, {})) {
+    const ResultStore::File file = state_.results.store().find(path);
+    if (file == ResultStore::kNoFile) continue;
+    (changes_->isResult(path) ? changes.changed : changes.removed).push_back(file);
+  }
+  return changes;
+}
+
+// Updates
+
+void QueryRun::readChanges() {
+  const std::vector<TreeWatcher::Change> told = watcher_->take();
+  CFFileDescriptorEnableCallBacks(descriptor_, kCFFileDescriptorReadCallBack);
+  if (std::string problem = watcher_->reason(); !problem.empty()) {
+    settings().updateProblem = std::move(problem);
+  }
+  changes_->add(told);
+  if (isGathering()) {
+    for (const TreeWatcher::Change& change : told) touchedWhileGathering_.insert(change.path);
+  } else {
+    schedule();
+  }
+}
+
+void QueryRun::loseEvents() {
+  watcher_->loseEvents();
+  readChanges();
+}
+
+void QueryRun::updatesEnabled() {
+  if (!isGathering() && descriptor_) CFRunLoopSourceSignal(source_);
+}
+
+// Changes wait for a batch's time to be over, or for as many as make a batch.
+void QueryRun::schedule() {
+  if (changes_->empty() || state_.updatesDisabled > 0) return;
+  const MDQueryBatchingParams& limits = state_.batches;
+  if (limits.update_max_ms == 0 || changes_->size() >= limits.update_max_num) {
+    CFRunLoopSourceSignal(source_);
+  } else if (!timer_) {
+    startTimer(secondsOf(limits.update_max_ms));
+  }
+}
+
+void QueryRun::startTimer(double seconds) {
+  CFRunLoopTimerContext context{};
+  context.info = query_;
+  timer_ = CFRunLoopTimerCreate(kCFAllocatorDefault, CFAbsoluteTimeGetCurrent() + seconds, 0, 0, 0, fire,
+                                &context);
+  CFRunLoopAddTimer(CFRunLoopGetCurrent(), timer_, kCFRunLoopDefaultMode);
+}
+
+void QueryRun::stopTimer() {
+  if (!timer_) return;
+  CFRunLoopTimerInvalidate(timer_);
+  CFRelease(std::exchange(timer_, nullptr));
+}
+
+// Looks at changes until there are as many as make a batch. A path that has to be looked at again, because
+// of what became of a folder above it meanwhile, belongs to the next batch: in this one it has been counted.
+ResultChanges QueryRun::lookAtNext() {
+  ResultChanges changes;
+  std::unordered_set<std::string> looked;
+  const size_t enough = std::max<size_t>(state_.batches.update_max_num, 1);
+  const ResultStore& store = state_.results.store();
+  while (!changes_->empty() && changes.size() < enough && looked.insert(changes_->next()).second) {
+    const std::string path = changes_->take(store);
+    const ResultStore::File file = store.find(path);
+    const bool known = file != ResultStore::kNoFile;
+    if (changes_->isResult(path)) {
+      if (known) changes.changed.push_back(file);
+      if (!known) changes.added.push_back(path);
+    } else if (known) {
+      changes.removed.push_back(file);
+    }
+  }
+  if (state_.maximum > 0) {
+    const size_t staying = state_.results.size() - changes.removed.size();
+    const size_t room = static_cast<size_t>(state_.maximum) - staying;
+    if (changes.added.size() > room) changes.added.resize(room);
+  }
+  return changes;
+}
+
+void QueryRun::updateBatch() {
+  stopTimer();
+  if (state_.updatesDisabled > 0) return;
+  const ResultChanges changes = lookAtNext();
+  if (!changes_->empty()) CFRunLoopSourceSignal(source_);
+  if (changes.size() == 0) return;
+  const CFDictionaryRef told = state_.results.update(changes);
+  state_.results.store().compact();
+  postAndRelease(query_, kMDQueryDidUpdateNotification, told);
+}
+
+}  // namespace standin::metadata

@@ -1,0 +1,65 @@
+// A query at work: it gathers results in batches, and then keeps them up to date if that is wanted.
+//
+// All of it happens in turns of the run loop of the thread that executed the query, and nothing while that
+// loop doesn't run. When the thread ends, so do the turns: the query keeps what it has. Each turn ends with
+// at most one notification, and whatever its observers do to the query, its run is not touched afterwards.
+#pragma once
+
+#include <CoreServices/CoreServices.h>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "standin/coreservices/metadata/query_results.h"
+#include "standin/coreservices/search/live_changes.h"
+#include "standin/coreservices/search/search.h"
+
+namespace standin::metadata {
+
+struct QueryState;
+
+class QueryRun {
+ public:
+  // Begins to watch at once when updates are wanted, before anything is read. The query owns the run.
+  QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates);
+  ~QueryRun();
+  QueryRun(const QueryRun&) = delete;
+  QueryRun& operator=(const QueryRun&) = delete;
+
+  bool isGathering() const { return search_ != nullptr; }
+  // Changes that waited are told in the next turn.
+  void updatesEnabled();
+  void loseEvents();  // where updates are wanted
+
+  // Turns of the run loop
+  void work();
+  void readChanges();
+
+ private:
+  void watch(const std::vector<std::string>& folders, const std::vector<std::string>& excluded);
+  void gatherBatch();
+  bool searchOn(size_t maximum, double seconds);
+  void finishGathering();
+  void updateBatch();
+  ResultChanges lookAtKnown();
+  ResultChanges lookAtNext();
+  void schedule();
+  void startTimer(double seconds);
+  void stopTimer();
+
+  const MDQueryRef query_;  // not retained: it owns this
+  QueryState& state_;
+  CFRunLoopSourceRef source_ = nullptr;  // signalled when there is work
+  std::unique_ptr<Search> search_;       // while gathering
+  bool firstBatch_ = true;
+
+  std::unique_ptr<TreeWatcher> watcher_;  // where updates are wanted
+  std::unique_ptr<LiveChanges> changes_;
+  std::set<std::string> touchedWhileGathering_;  // paths, since the last batch
+  CFFileDescriptorRef descriptor_ = nullptr;
+  CFRunLoopTimerRef timer_ = nullptr;  // while changes wait for their batch to be over
+};
+
+}  // namespace standin::metadata

@@ -1,0 +1,98 @@
+// The schema's public functions: what is known of attributes, whatever the file.
+#include "standin/coreservices/attributes/schema.h"
+#include "standin/coreservices/metadata/cf_values.h"
+#include "standin/coreservices/metadata/checks.h"
+#include "standin/coreservices/metadata/planned_answers.h"
+#include "standin/coreservices/services.h"
+
+namespace {
+
+using standin::Gate;
+using namespace standin::metadata;
+
+// Null for a name that is no key of the schema.
+const AttributeInfo* infoNamed(CFStringRef name) {
+  const FileAttribute attribute = attributeNamed(name);
+  return attribute == FileAttribute::None ? nullptr : &infoOf(attribute);
+}
+
+CFTypeID typeIdOf(ValueType type) {
+  switch (type) {
+    case ValueType::Boolean:
+      return CFBooleanGetTypeID();
+    case ValueType::Number:
+      return CFNumberGetTypeID();
+    case ValueType::Date:
+      return CFDateGetTypeID();
+    case ValueType::String:
+      return CFStringGetTypeID();
+    case ValueType::UUID:
+      return CFUUIDGetTypeID();
+    case ValueType::Data:
+      return CFDataGetTypeID();
+    case ValueType::Strings:
+    case ValueType::Dates:
+      return CFArrayGetTypeID();
+  }
+  return 0;
+}
+
+void setAndRelease(CFMutableDictionaryRef dictionary, CFStringRef key, CFTypeRef value) {
+  if (!value) return;
+  CFDictionarySetValue(dictionary, key, value);
+  CFRelease(value);
+}
+
+}  // namespace
+
+CFStringRef MDSchemaCopyDisplayNameForAttribute(CFStringRef name) {
+  constexpr const char* kCall = "MDSchemaCopyDisplayNameForAttribute";
+  Gate gate{kCall};
+  checkString(kCall, name);
+  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFStringRef>(planned);
+  const AttributeInfo* const info = infoNamed(name);
+  return gate.fails() || !info ? nullptr : createString(info->displayName);
+}
+
+CFStringRef MDSchemaCopyDisplayDescriptionForAttribute(CFStringRef name) {
+  constexpr const char* kCall = "MDSchemaCopyDisplayDescriptionForAttribute";
+  Gate gate{kCall};
+  checkString(kCall, name);
+  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFStringRef>(planned);
+  const AttributeInfo* const info = infoNamed(name);
+  return gate.fails() || !info ? nullptr : createString(info->description);
+}
+
+CFArrayRef MDSchemaCopyAllAttributes(void) {
+  constexpr const char* kCall = "MDSchemaCopyAllAttributes";
+  Gate gate{kCall};
+  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFArrayRef>(planned);
+  if (gate.fails()) return nullptr;
+  const CFMutableArrayRef keys = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
+  if (!keys) return nullptr;
+  for (const AttributeInfo& info : schema()) {
+    const CFStringRef key = createString(info.key);
+    if (!key) continue;
+    CFArrayAppendValue(keys, key);
+    CFRelease(key);
+  }
+  return keys;
+}
+
+CFDictionaryRef MDSchemaCopyMetaAttributesForAttribute(CFStringRef name) {
+  constexpr const char* kCall = "MDSchemaCopyMetaAttributesForAttribute";
+  Gate gate{kCall};
+  checkString(kCall, name);
+  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFDictionaryRef>(planned);
+  const AttributeInfo* const info = infoNamed(name);
+  if (gate.fails() || !info) return nullptr;
+  const CFMutableDictionaryRef about = CFDictionaryCreateMutable(
+      kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+  if (!about) return nullptr;
+  const auto type = static_cast<int32_t>(typeIdOf(info->type));
+  setAndRelease(about, kMDAttributeName, createString(info->key));
+  setAndRelease(about, kMDAttributeType, CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &type));
+  CFDictionarySetValue(about, kMDAttributeMultiValued,
+                       isMultiValued(info->type) ? kCFBooleanTrue : kCFBooleanFalse);
+  return about;
+}

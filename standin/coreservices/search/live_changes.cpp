@@ -1,0 +1,88 @@
+#include "standin/coreservices/search/live_changes.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "standin/coreservices/disk/walker.h"
+#include "standin/coreservices/files/file_attributes.h"
+#include "standin/coreservices/search/search.h"
+
+namespace standin::metadata {
+namespace {
+
+// Lists what is in a folder that an expression describes.
+class Matching : public WalkVisitor {
+ public:
+  explicit Matching(const Expression& expression) : expression_(expression) {}
+  void entered(const std::string&, size_t) override {}
+  void left() override {}
+  void found(int folder, const std::string& path, const char* name) override {
+    FileRecord record(folder, path, name, name);
+    if (matches(expression_, record)) paths.push_back((path == "/" ? path : path + '/') + name);
+  }
+  std::vector<std::string> paths;
+
+ private:
+  const Expression& expression_;
+};
+
+}  // namespace
+
+LiveChanges::LiveChanges(ExpressionRef expression, std::vector<std::string> folders,
+                         std::vector<std::string> excluded)
+    : expression_(std::move(expression)), folders_(std::move(folders)), excluded_(std::move(excluded)) {}
+
+void LiveChanges::add(const std::string& path, Extent extent) {
+  const auto [entry, isNew] = extents_.try_emplace(path, extent);
+  if (isNew) {
+    queue_.push_back(path);
+  } else {
+    entry->second = std::max(entry->second, extent);
+  }
+}
+
+void LiveChanges::add(const std::vector<TreeWatcher::Change>& changes) {
+  reachedFolder_.clear();
+  for (const TreeWatcher::Change& change : changes) {
+    const bool wholeFolder = change.kind == TreeWatcher::Change::Gone && change.folder;
+    const Extent known = wholeFolder ? Extent::KnownBelow : Extent::Entry;
+    add(change.path, change.kind == TreeWatcher::Change::Rescan ? Extent::AllBelow : known);
+  }
+}
+
+std::string LiveChanges::take(const ResultStore& known) {
+  const std::string path = std::move(queue_.front());
+  queue_.pop_front();
+  const auto entry = extents_.find(path);
+  const Extent extent = entry->second;
+  extents_.erase(entry);
+  if (extent >= Extent::KnownBelow) {
+    for (const std::string& below : known.pathsBelow(path)) add(below, Extent::Entry);
+  }
+  if (extent == Extent::AllBelow) {
+    const std::vector<FileId> excluded = identify(excluded_);
+    Matching matching(*expression_);
+    for (Walk walk(path, excluded, matching); walk.step();) {
+    }
+    for (const std::string& below : matching.paths) add(below, Extent::Entry);
+  }
+  return path;
+}
+
+// What a symbolic link has come to lead to isn't below the folder that used to be there.
+bool LiveChanges::isReached(const std::string& path) {
+  std::string folder = path.substr(0, std::max<size_t>(path.rfind('/'), 1));
+  if (folder == reachedFolder_) return true;
+  if (intendedPath(folder) != folder) return false;
+  reachedFolder_ = std::move(folder);
+  return true;
+}
+
+bool LiveChanges::isResult(const std::string& path) {
+  const auto isAround = [&](const std::string& folder) { return path != folder && liesIn(path, folder); };
+  if (std::none_of(folders_.begin(), folders_.end(), isAround)) return false;
+  FileByPath file(path);
+  return file.record().exists() && isReached(path) && matches(*expression_, file.record());
+}
+
+}  // namespace standin::metadata

@@ -1,0 +1,52 @@
+// What the file system has told and nobody has looked at yet, and how to look at it.
+//
+// A change says that something happened at a path, and what is there now is what counts: the order of changes
+// makes no difference, and several of one path are one.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "standin/coreservices/disk/tree_watcher.h"
+#include "standin/coreservices/language/expression.h"
+#include "standin/coreservices/search/result_store.h"
+
+namespace standin::metadata {
+
+class LiveChanges {
+ public:
+  // Folders are real paths. What lies in one of them may be a result; a folder itself does only by lying in
+  // another.
+  LiveChanges(ExpressionRef expression, std::vector<std::string> folders, std::vector<std::string> excluded);
+
+  void add(const std::vector<TreeWatcher::Change>& changes);
+  bool empty() const { return queue_.empty(); }
+  size_t size() const { return queue_.size(); }
+
+  // The next path to be looked at.
+  const std::string& next() const { return queue_.front(); }
+  // Takes it from the queue. What was below a folder that went away, and what may be below one whose
+  // changes were lost, joins the queue when it is the folder's turn.
+  std::string take(const ResultStore& known);
+
+  // Whether the expression describes what is at the path now.
+  bool isResult(const std::string& path);
+
+ private:
+  enum class Extent { Entry, KnownBelow, AllBelow };  // what has to be looked at, growing
+
+  void add(const std::string& path, Extent extent);
+  bool isReached(const std::string& path);
+
+  const ExpressionRef expression_;
+  const std::vector<std::string> folders_;
+  const std::vector<std::string> excluded_;
+  std::deque<std::string> queue_;
+  std::unordered_map<std::string, Extent> extents_;  // of the paths in the queue
+  // The last folder that was found to be where its path says, until there are news.
+  std::string reachedFolder_;
+};
+
+}  // namespace standin::metadata

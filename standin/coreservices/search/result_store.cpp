@@ -1,0 +1,139 @@
+#include "standin/coreservices/search/result_store.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace standin::metadata {
+
+uint32_t ResultStore::keep(std::string_view name) {
+  const auto offset = static_cast<uint32_t>(names_.size());
+  names_.append(name);
+  names_ += '\0';
+  return offset;
+}
+
+ResultStore::Folder ResultStore::addFolder(Folder above, std::string_view name) {
+  folders_.push_back({above, keep(name)});
+  const auto folder = static_cast<Folder>(folders_.size() - 1);
+  if (!foldersByPath_.empty()) foldersByPath_.insert(folder);
+  return folder;
+}
+
+ResultStore::File ResultStore::add(Folder folder, std::string_view name) {
+  File file = static_cast<File>(files_.size());
+  if (free_.empty()) {
+    files_.push_back({folder, keep(name)});
+  } else {
+    file = free_.back();
+    free_.pop_back();
+    files_[file] = {folder, keep(name)};
+  }
+  if (filesIndexed_) filesByPath_.insert(file);
+  return file;
+}
+
+ResultStore::File ResultStore::add(std::string_view path) {
+  const size_t slash = path.rfind('/');
+  return add(folderAt(path.substr(0, std::max<size_t>(slash, 1))), path.substr(slash + 1));
+}
+
+// A folder that isn't known stands for itself, with its whole path for a name.
+ResultStore::Folder ResultStore::folderAt(std::string_view path) {
+  if (foldersByPath_.empty()) {
+    for (Folder folder = 0; folder < folders_.size(); ++folder) foldersByPath_.insert(folder);
+  }
+  if (const auto known = foldersByPath_.find(path); known != foldersByPath_.end()) return *known;
+  return addFolder(kNoFolder, path);
+}
+
+void ResultStore::remove(File file) {
+  if (filesIndexed_) filesByPath_.erase(file);
+  removedNames_ += std::strlen(names_.data() + files_[file].name) + 1;
+  files_[file].name = kRemoved;
+  free_.push_back(file);
+}
+
+void ResultStore::shrink() {
+  names_.shrink_to_fit();
+  folders_.shrink_to_fit();
+  files_.shrink_to_fit();
+}
+
+void ResultStore::compact() {
+  constexpr size_t kWorthIt = 64 * 1024;
+  if (removedNames_ < kWorthIt || removedNames_ < names_.size() / 2) return;
+  const std::string oldNames = std::exchange(names_, {});
+  const std::vector<Entry> oldFolders = std::exchange(folders_, {});
+  removedNames_ = 0;
+  std::vector<bool> used(oldFolders.size());
+  for (const Entry& file : files_) {
+    if (file.name == kRemoved) continue;
+    for (Folder f = file.folder; f != kNoFolder && !used[f]; f = oldFolders[f].folder) used[f] = true;
+  }
+  foldersByPath_.clear();
+  std::vector<Folder> moved(oldFolders.size(), kNoFolder);
+  for (Folder f = 0; f < oldFolders.size(); ++f) {  // those above come before those below
+    if (!used[f]) continue;
+    const Folder above = oldFolders[f].folder;
+    moved[f] = addFolder(above == kNoFolder ? kNoFolder : moved[above], oldNames.data() + oldFolders[f].name);
+  }
+  for (Entry& file : files_) {
+    if (file.name != kRemoved) file = {moved[file.folder], keep(oldNames.data() + file.name)};
+  }
+}
+
+// Written from the end: two ways up, and no list of the folders on them.
+std::string ResultStore::pathOf(const Entry& entry) const {
+  const auto nameOf = [&](const Entry& e) { return std::string_view(names_.data() + e.name); };
+  size_t length = nameOf(entry).size();
+  for (Folder f = entry.folder; f != kNoFolder; f = folders_[f].folder) {
+    length += nameOf(folders_[f]) == "/" ? 1 : nameOf(folders_[f]).size() + 1;
+  }
+  std::string path(length, '/');
+  size_t end = length;
+  const auto write = [&](std::string_view name) {
+    end -= name.size();
+    name.copy(path.data() + end, name.size());
+  };
+  write(nameOf(entry));
+  for (Folder f = entry.folder; f != kNoFolder; f = folders_[f].folder) {
+    if (nameOf(folders_[f]) == "/") break;
+    --end;
+    write(nameOf(folders_[f]));
+  }
+  return path;
+}
+
+std::string ResultStore::path(File file) const {
+  return pathOf(files_[file]);
+}
+
+ResultStore::File ResultStore::find(std::string_view path) const {
+  if (!filesIndexed_) {
+    filesIndexed_ = true;
+    filesByPath_.reserve(files_.size());
+    for (File file = 0; file < files_.size(); ++file) {
+      if (files_[file].name != kRemoved) filesByPath_.insert(file);
+    }
+  }
+  const auto found = filesByPath_.find(path);
+  return found == filesByPath_.end() ? kNoFile : *found;
+}
+
+std::vector<std::string> ResultStore::pathsBelow(std::string_view folder) const {
+  std::vector<bool> below(folders_.size());
+  for (Folder f = 0; f < folders_.size(); ++f) {
+    const Folder above = folders_[f].folder;
+    const std::string path = pathOf(folders_[f]);
+    below[f] = (above != kNoFolder && below[above]) || path == folder || folder == "/" ||
+               (path.starts_with(folder) && path[folder.size()] == '/');
+  }
+  std::vector<std::string> paths;
+  for (const Entry& file : files_) {
+    if (file.name != kRemoved && below[file.folder]) paths.push_back(pathOf(file));
+  }
+  return paths;
+}
+
+}  // namespace standin::metadata

@@ -1,0 +1,232 @@
+// How exceptions are raised, and how those of others pass through.
+#include <gmock/gmock.h>
+
+#include "tests/plugin/sweeps/everything.h"
+#include "tests/support/tier.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Raising : public PluginTest {
+ protected:
+  // Makes the plug-in raise "MDQuery Reference is nil".
+  static void raise() { host::call(host::newInstance("MDQueryZNK"), "Stop"); }
+};
+
+TEST_F(Raising, MakesTheMessageThenTheExceptionAndGivesBothBack) {
+  start();
+  raise();
+  host::takeExceptions();
+  EXPECT_EQ((Calls{"REALBuildString", "REALSetStringEncoding", "PluginNewInstance", "REALSetPropValueString",
+                   "REALSetPropValueInt", "RuntimeRaiseException", "REALUnlockObject", "REALUnlockString"}),
+            callsOf(raise));
+  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+}
+
+TEST_F(Raising, AClassThatTheHostDoesNotKnowRaisesARuntimeExceptionOfTheSameMessage) {
+  host::Settings settings;
+  settings.unknownClasses = {"NilObjectException"};
+  start(settings);
+  raise();
+  EXPECT_THAT(host::takeExceptions(),
+              ElementsAre(host::Exception{"RuntimeException", "MDQuery Reference is nil", 0}));
+}
+
+TEST_F(Raising, WithoutAnyExceptionClassRaisesNothing) {
+  host::Settings settings;
+  settings.unknownClasses = {"NilObjectException", "RuntimeException"};
+  start(settings);
+  raise();
+  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+}
+
+TEST_F(Raising, WithoutAMessageStringRaisesAnEmptyMessage) {
+  start();
+  standin::failCall("REALBuildString", 1);
+  raise();
+  EXPECT_THAT(host::takeExceptions(), ElementsAre(host::Exception{"NilObjectException", "", 0}));
+}
+
+struct MissingCase {
+  const char* service;
+  Exceptions raised;
+};
+void PrintTo(const MissingCase& row, std::ostream* out) {
+  *out << row.service;
+}
+class RaisingWithout : public Raising, public testing::WithParamInterface<MissingCase> {};
+
+TEST_P(RaisingWithout, LeavesOutThatStep) {
+  host::Settings settings;
+  settings.hidden = {GetParam().service};
+  start(settings);
+  raise();
+  EXPECT_EQ(GetParam().raised, host::takeExceptions());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Services, RaisingWithout,
+    // Without a number of the plug-in's the exception has the one that this host gives to new ones.
+    testing::Values(MissingCase{"REALSetPropValueString", {{"NilObjectException", "", 0}}},
+                    MissingCase{"REALSetPropValueInt",
+                                {{"NilObjectException", "MDQuery Reference is nil", -1}}},
+                    MissingCase{"REALBuildString", {{"NilObjectException", "", 0}}},
+                    MissingCase{"REALSetStringEncoding", {kNilQuery}},
+                    MissingCase{"RuntimeRaiseException", {}}, MissingCase{"PluginNewInstance", {}}));
+
+TEST_F(Raising, AtOnceGivesBackTheExceptionAndItsMessageWhileUnwinding) {
+  host::Settings settings;
+  settings.raiseByUnwinding = true;
+  start(settings);
+  for (int i = 0; i < 100; ++i) {
+    raise();
+    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+  }
+}
+
+// A host in which one service throws.
+
+// Those that start-up calls, and nothing later.
+const std::set<std::string> kOfStartUp = {"RegisterPluginVersion", "REALGetRBVersion", "REALinRuntime",
+                                          "PluginRegisterClass", "PluginRegisterMethod"};
+
+class ThrowingAtStartUp : public PluginTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(ThrowingAtStartUp, ComesOutLeavesNothingButTheFrameworkAndSparesTheNextPlugIn) {
+  const auto before = ledgerWithoutFramework();
+  standin::throwFromCall(GetParam().c_str(), 1);
+  EXPECT_THROW(start(), standin::PlannedException);
+  EXPECT_EQ(std::vector<std::string>(), host::stop());
+  EXPECT_EQ(before, ledgerWithoutFramework());
+  start();
+  EXPECT_EQ(3u, host::registeredClasses().size());
+  EXPECT_EQ(1u, host::globalMethods().size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Services, ThrowingAtStartUp, testing::ValuesIn(kOfStartUp));
+
+// Every call that reaches the host in use, made to throw in its turn.
+
+struct Host {
+  double version;
+  bool conversion;  // whether it converts strings itself
+
+  host::Settings settings() const {
+    host::Settings settings = version < 2012.0 ? host::oldHost(version) : host::Settings();
+    if (!conversion) settings.hidden.insert("REALGetStringCFString");
+    return settings;
+  }
+};
+const Host kHosts[] = {{2014.1, true}, {2014.1, false}, {2011.04, false}};
+
+// What was to be given back stays, where it is the giving back itself that throws: these have a test of their
+// own.
+const std::set<std::string> kGivingBack = {"REALUnlockObject", "REALUnlockString", "PluginDisposeStringData"};
+
+// Called where other services are missing, on none of the hosts above.
+const std::set<std::string> kUnused = {
+    "FolderItemFromFSSpec",  "REALConvertString",      "REALFSSpecFromFolderItem", "REALGetPropValueDouble",
+    "REALGetPropValueInt64", "REALGetPropValueSingle", "REALGetPropValueString",   "StringGetCString"};
+
+std::vector<std::string> passingServices() {
+  std::vector<std::string> services;
+  for (const std::string& name : host::entryPointNames()) {
+    if (!kOfStartUp.count(name) && !kGivingBack.count(name)) services.push_back(name);
+  }
+  return services;
+}
+
+class ThrowingService : public PluginTest {
+ protected:
+  ThrowingService() {
+    for (const char* name : {"f1", "f2"}) tree_.add(name, 3);
+    tree_.index();
+    allowLeftBehind("host array of 0");  // of the methods that make their array before they find no query
+  }
+
+  TempTree tree_;
+};
+
+class PassingThrough : public ThrowingService, public testing::WithParamInterface<std::string> {
+ protected:
+  // Makes each call of the service throw in its turn, and tells how many did.
+  int throwFromEachCall() const {
+    for (int n = 1;; ++n) {
+      standin::throwFromCall(GetParam().c_str(), n);
+      try {
+        useEverything(tree_.path());
+        return n - 1;
+      } catch (const standin::PlannedException&) {
+        host::takeExceptions();
+      }
+    }
+  }
+};
+
+TEST_P(PassingThrough, AnExceptionOfAServiceComesOutAsItWasThrownAndEverythingIsGivenBack) {
+  int thrown = 0;
+  for (const Host& host : kHosts) {
+    SCOPED_TRACE("host " + std::to_string(host.version) + (host.conversion ? "" : " without conversion"));
+    start(host.settings());
+    thrown += throwFromEachCall();
+    TearDown();
+    if (sweepsFewerHosts() && thrown > 0) break;
+  }
+  EXPECT_EQ(kUnused.count(GetParam()) == 0, thrown > 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Services, PassingThrough, testing::ValuesIn(passingServices()));
+
+// A service that gives back, and then throws, once.
+struct Thrown {};
+std::string throwingName;
+int callsUntilItThrows = 0;
+template <typename Argument>
+void giveBackAndThrow(Argument* argument) {
+  reinterpret_cast<void (*)(Argument*)>(host::resolve(throwingName.c_str()))(argument);
+  if (--callsUntilItThrows == 0) throw Thrown();
+}
+void* resolveWithThrower(const char* name) {
+  return name == throwingName ? reinterpret_cast<void*>(giveBackAndThrow<void>) : host::resolve(name);
+}
+
+struct GivingBackCase {
+  std::string service;
+  Host host;
+};
+void PrintTo(const GivingBackCase& row, std::ostream* out) {
+  *out << row.service << " of host " << row.host.version
+       << (row.host.conversion ? "" : " without conversion");
+}
+class GivingBack : public ThrowingService, public testing::WithParamInterface<GivingBackCase> {};
+
+TEST_P(GivingBack, ThatThrowsWhenItIsDoneLeavesNothingElseBehind) {
+  throwingName = GetParam().service;
+  startWith(resolveWithThrower, GetParam().host.settings());
+  int throws = 0;
+  for (bool thrown = true; thrown;) {
+    callsUntilItThrows = throws + 1;
+    thrown = false;
+    try {
+      useMethods(tree_.path());
+    } catch (const Thrown&) {
+      thrown = true;
+      ++throws;
+    }
+    callsUntilItThrows = 0;
+    host::takeExceptions();
+  }
+  EXPECT_GT(throws, 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Services, GivingBack,
+                         testing::Values(GivingBackCase{"REALUnlockObject", kHosts[0]},
+                                         GivingBackCase{"REALUnlockString", kHosts[0]},
+                                         GivingBackCase{"REALUnlockString", kHosts[1]},
+                                         GivingBackCase{"PluginDisposeStringData", kHosts[1]},
+                                         GivingBackCase{"REALUnlockObject", kHosts[2]},
+                                         GivingBackCase{"REALUnlockString", kHosts[2]}));
+
+}  // namespace

@@ -1,0 +1,235 @@
+// What the platform is given, argument by argument: this program is linked with --wrap for the functions
+// below, so that they are seen on their way.
+#include <CoreServices/CoreServices.h>
+
+#include <dlfcn.h>
+
+#include <algorithm>
+
+#include "host/startup.h"
+#include "query/query.h"
+#include "tests/plugin/objects/fixture.h"
+
+extern "C" void REALPluginMain(Resolver* resolver);
+
+namespace {
+
+struct Observation {
+  CFNotificationCenterRef center;
+  const void* observer;
+  CFNotificationCallback callBack;
+  CFStringRef name;
+  const void* object;
+  CFNotificationSuspensionBehavior behavior;
+};
+
+struct Creation {
+  MDQueryRef parent;
+  CFIndex valueLists, sorting;  // counts; -1 for a null array
+};
+
+std::vector<Observation> observations;
+std::vector<const void*> removals;
+std::vector<Creation> creations;
+std::vector<CFOptionFlags> executions;
+std::vector<CFIndex> maxCounts, indexes;
+std::vector<std::string> folderSearches, appended, lookedUp;
+
+CFIndex countOf(CFArrayRef array) {
+  return array ? CFArrayGetCount(array) : -1;
+}
+
+std::string utf8(CFStringRef text) {
+  char buffer[200] = {};
+  CFStringGetCString(text, buffer, sizeof buffer, kCFStringEncodingUTF8);
+  return buffer;
+}
+
+}  // namespace
+
+extern "C" {
+
+void __real_CFNotificationCenterAddObserver(CFNotificationCenterRef, const void*, CFNotificationCallback,
+                                            CFStringRef, const void*, CFNotificationSuspensionBehavior);
+void __wrap_CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void* observer,
+                                            CFNotificationCallback callBack, CFStringRef name,
+                                            const void* object, CFNotificationSuspensionBehavior behavior) {
+  observations.push_back({center, observer, callBack, name, object, behavior});
+  __real_CFNotificationCenterAddObserver(center, observer, callBack, name, object, behavior);
+}
+
+void __real_CFNotificationCenterRemoveEveryObserver(CFNotificationCenterRef, const void*);
+void __wrap_CFNotificationCenterRemoveEveryObserver(CFNotificationCenterRef center, const void* observer) {
+  removals.push_back(observer);
+  __real_CFNotificationCenterRemoveEveryObserver(center, observer);
+}
+
+MDQueryRef __real_MDQueryCreate(CFAllocatorRef, CFStringRef, CFArrayRef, CFArrayRef);
+MDQueryRef __wrap_MDQueryCreate(CFAllocatorRef allocator, CFStringRef text, CFArrayRef lists,
+                                CFArrayRef sorting) {
+  EXPECT_EQ(kCFAllocatorDefault, allocator);
+  creations.push_back({nullptr, countOf(lists), countOf(sorting)});
+  return __real_MDQueryCreate(allocator, text, lists, sorting);
+}
+
+MDQueryRef __real_MDQueryCreateSubset(CFAllocatorRef, MDQueryRef, CFStringRef, CFArrayRef, CFArrayRef);
+MDQueryRef __wrap_MDQueryCreateSubset(CFAllocatorRef allocator, MDQueryRef parent, CFStringRef text,
+                                      CFArrayRef lists, CFArrayRef sorting) {
+  EXPECT_EQ(kCFAllocatorDefault, allocator);
+  creations.push_back({parent, countOf(lists), countOf(sorting)});
+  return __real_MDQueryCreateSubset(allocator, parent, text, lists, sorting);
+}
+
+Boolean __wrap_MDQueryExecute(MDQueryRef, CFOptionFlags flags) {
+  executions.push_back(flags);
+  return true;
+}
+
+void __wrap_MDQuerySetMaxCount(MDQueryRef, CFIndex size) {
+  maxCounts.push_back(size);
+}
+
+const void* __wrap_MDQueryGetResultAtIndex(MDQueryRef, CFIndex index) {
+  indexes.push_back(index);
+  return nullptr;
+}
+
+OSErr __real_FSFindFolder(FSVolumeRefNum, OSType, Boolean, FSRef*);
+OSErr __wrap_FSFindFolder(FSVolumeRefNum domain, OSType type, Boolean create, FSRef* ref) {
+  folderSearches.push_back(std::to_string(domain) + " " + std::to_string(type) + " " +
+                           std::to_string(create));
+  return __real_FSFindFolder(domain, type, create, ref);
+}
+
+CFURLRef __real_CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef, CFStringRef, Boolean);
+CFURLRef __wrap_CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
+                                                      CFStringRef name, Boolean isDirectory) {
+  EXPECT_EQ(kCFAllocatorSystemDefault, allocator);
+  appended.push_back(utf8(name) + (isDirectory ? "/" : ""));
+  return __real_CFURLCreateCopyAppendingPathComponent(allocator, url, name, isDirectory);
+}
+
+void* __real_CFBundleGetFunctionPointerForName(CFBundleRef, CFStringRef);
+void* __wrap_CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef name) {
+  lookedUp.push_back(utf8(name));
+  return __real_CFBundleGetFunctionPointerForName(bundle, name);
+}
+
+}  // extern "C"
+
+namespace {
+
+class PlatformArguments : public testing::Test {
+ protected:
+  void startPlugin(const host::Settings& settings = {}) {
+    host::start(settings);
+    REALPluginMain(host::resolve);
+  }
+  void TearDown() override { EXPECT_EQ(std::vector<std::string>(), host::stop()); }
+
+  static const char* anything() { return "kMDItemFSName == \"*\""; }
+  static MDQueryRef queryOf(const host::Value& object) {
+    return reinterpret_cast<MDQueryRef>(static_cast<intptr_t>(host::get(object, "Handle").integer()));
+  }
+};
+
+TEST_F(PlatformArguments, OfTheFolderSearchAreTheFrameworksOfTheAppropriateDiskCreated) {
+  startPlugin();
+  EXPECT_EQ(std::vector<std::string>{"-32767 1718772077 1"}, folderSearches);
+  EXPECT_EQ(std::vector<std::string>{"CoreServices.framework"}, appended);  // not marked as a directory
+}
+
+TEST_F(PlatformArguments, OfTheSortFunctionsAreTheirNamesInOrder) {
+  startPlugin();
+  EXPECT_EQ((std::vector<std::string>{"MDQueryGetSortOptionFlagsForAttribute",
+                                      "MDQuerySetSortOptionFlagsForAttribute", "MDQuerySetSortOrder"}),
+            lookedUp);
+  EXPECT_EQ(dlsym(RTLD_DEFAULT, "MDQueryGetSortOptionFlagsForAttribute"),
+            reinterpret_cast<void*>(myMDQueryGetSortOptionFlagsForAttribute));
+  EXPECT_EQ(dlsym(RTLD_DEFAULT, "MDQuerySetSortOptionFlagsForAttribute"),
+            reinterpret_cast<void*>(myMDQuerySetSortOptionFlagsForAttribute));
+  EXPECT_EQ(dlsym(RTLD_DEFAULT, "MDQuerySetSortOrder"), reinterpret_cast<void*>(myMDQuerySetSortOrder));
+  EXPECT_NE(nullptr, myMDQuerySetSortOrder);
+}
+
+TEST_F(PlatformArguments, InTheDevelopmentEnvironmentTheSortFunctionsStayNullThoughTheSystemHasThem) {
+  host::Settings settings;
+  settings.inRuntime = false;
+  startPlugin(settings);
+  ASSERT_NE(nullptr, dlsym(RTLD_DEFAULT, "MDQuerySetSortOrder"));
+  EXPECT_EQ(nullptr, myMDQueryGetSortOptionFlagsForAttribute);
+  EXPECT_EQ(nullptr, myMDQuerySetSortOptionFlagsForAttribute);
+  EXPECT_EQ(nullptr, myMDQuerySetSortOrder);
+}
+
+TEST_F(PlatformArguments, WithoutTheServiceThatTellsTheSortFunctionsStayNull) {
+  host::Settings settings;
+  settings.hidden = {"REALinRuntime"};
+  startPlugin(settings);
+  EXPECT_EQ(nullptr, myMDQuerySetSortOrder);
+}
+
+TEST_F(PlatformArguments, OfTheObserversAreTheInstanceItsQueryAndImmediateDelivery) {
+  startPlugin();
+  const void* instance = nullptr;
+  {
+    const host::Value query = host::construct("MDQueryZNK", anything());
+    instance = query.handle();
+    ASSERT_EQ(3u, observations.size());
+    const CFStringRef names[] = {kMDQueryProgressNotification, kMDQueryDidUpdateNotification,
+                                 kMDQueryDidFinishNotification};
+    for (size_t i = 0; i < 3; ++i) {
+      EXPECT_EQ(CFNotificationCenterGetLocalCenter(), observations[i].center);
+      EXPECT_EQ(instance, observations[i].observer);
+      EXPECT_EQ(&MyCallBack, observations[i].callBack);
+      EXPECT_EQ(names[i], observations[i].name);
+      EXPECT_EQ(queryOf(query), observations[i].object);
+      EXPECT_EQ(4, observations[i].behavior);
+    }
+    EXPECT_TRUE(removals.empty());
+  }
+  EXPECT_EQ(std::vector<const void*>{instance}, removals);
+}
+
+TEST_F(PlatformArguments, OfACreationAreTheArraysOfItsFormAndNullForTheOthers) {
+  startPlugin();
+  const auto one = host::stringArray({"kMDItemFSName"});
+  const auto none = host::stringArray({});
+  const host::Value parent = host::construct("MDQueryZNK", anything());
+  host::construct("MDQueryZNK", anything(), one);
+  host::construct("MDQueryZNK", anything(), one, none);
+  host::construct("MDQueryZNK", anything(), nullptr, one);
+  host::construct("MDQueryZNK", parent, anything());
+  host::construct("MDQueryZNK", parent, anything(), one);
+  host::construct("MDQueryZNK", parent, anything(), none, one);
+  const Creation expected[] = {
+      {nullptr, -1, -1},         {nullptr, 1, -1},         {nullptr, 1, 0},         {nullptr, -1, 1},
+      {queryOf(parent), -1, -1}, {queryOf(parent), 1, -1}, {queryOf(parent), 0, 1},
+  };
+  ASSERT_EQ(std::size(expected), creations.size());
+  for (size_t i = 0; i < creations.size(); ++i) {
+    EXPECT_EQ(expected[i].parent, creations[i].parent) << i;
+    EXPECT_EQ(expected[i].valueLists, creations[i].valueLists) << i;
+    EXPECT_EQ(expected[i].sorting, creations[i].sorting) << i;
+  }
+}
+
+TEST_F(PlatformArguments, OfExecuteAreTheFlagsUnchanged) {
+  startPlugin();
+  const host::Value query = host::construct("MDQueryZNK", anything());
+  for (const int32_t flags : {0, 1, 4, 5, 0x40000000, -1}) host::call(query, "Execute", flags);
+  EXPECT_EQ((std::vector<CFOptionFlags>{0, 1, 4, 5, 0x40000000, 0xFFFFFFFF}), executions);
+}
+
+TEST_F(PlatformArguments, OfSetMaxCountAndResultAtIndexAreTheNumbersUnchecked) {
+  startPlugin();
+  const host::Value query = host::construct("MDQueryZNK", anything());
+  for (const int32_t number : {0, 1, -1, INT32_MAX, INT32_MIN}) {
+    host::call(query, "SetMaxCount", number);
+    host::call(query, "ResultAtIndex", number);
+  }
+  EXPECT_EQ((std::vector<CFIndex>{0, 1, -1, INT32_MAX, INT32_MIN}), maxCounts);
+  EXPECT_EQ(maxCounts, indexes);
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+// The shared methods that name the attribute keys.
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <fstream>
+#include <regex>
+
+#include "tests/plugin/fixture.h"
+
+namespace {
+
+const char* const kDeclaredKeys[] = {
+#include "tests/plugin/tables/declared_keys.inc"
+};
+const size_t kSchemaMethods = 5;
+
+class AttributeKeys : public PluginTest {};
+
+TEST_F(AttributeKeys, Are169BehindTheFiveSchemaMethodsInTheDeclaredOrder) {
+  start();
+  std::vector<std::string> shared;
+  for (const auto& member : host::members("MDItemZNK")) {
+    if (member.kind == host::MemberKind::sharedMethod) shared.push_back(member.text);
+  }
+  ASSERT_EQ(174u, shared.size());
+  for (size_t i = 0; i < std::size(kDeclaredKeys); ++i) {
+    EXPECT_EQ(kDeclaredKeys[i] + std::string(" as string"), shared[i + kSchemaMethods]);
+  }
+}
+
+TEST_F(AttributeKeys, AnswerTheirOwnNames) {
+  start();
+  ASSERT_EQ(169u, std::size(kDeclaredKeys));
+  for (const char* key : kDeclaredKeys) EXPECT_EQ(key, host::callShared("MDItemZNK", key).text());
+}
+
+TEST_F(AttributeKeys, AreBuiltAnewAtEveryCall) {
+  start();
+  const host::Value first = host::callShared("MDItemZNK", "kMDItemTitle");
+  const host::Value second = host::callShared("MDItemZNK", "kMDItemTitle");
+  EXPECT_NE(first.handle(), second.handle());
+  EXPECT_EQ((Calls{"CFStringGetLength", "CFStringGetCString", "REALBuildString", "REALSetStringEncoding"}),
+            callsOf([] { host::callShared("MDItemZNK", "kMDItemTitle"); }));
+  EXPECT_EQ(host::encodingUtf8, first.encoding());
+}
+
+TEST_F(AttributeKeys, OfTheDateAddedIsSpelledByThePlugInItself) {
+  start();
+  host::Value added = host::callShared("MDItemZNK", "kMDItemDateAdded");
+  EXPECT_EQ("kMDItemDateAdded", added.text());
+  EXPECT_EQ(host::encodingAscii, added.encoding());
+  EXPECT_EQ((Calls{"REALBuildString", "REALSetStringEncoding"}),
+            callsOf([&] { added = host::callShared("MDItemZNK", "kMDItemDateAdded"); }));
+}
+
+TEST_F(AttributeKeys, AllAnswerOnASystemThatLacksOneOfThemButForThatOne) {
+  if (!isMachO()) GTEST_SKIP() << "only our loader can take a constant away";
+  for (const char* missing : kDeclaredKeys) {
+    start({}, {missing});
+    for (const char* key : kDeclaredKeys) {
+      if (key != missing) {
+        EXPECT_EQ(key, host::callShared("MDItemZNK", key).text()) << "without " << missing;
+      }
+    }
+    TearDown();
+  }
+}
+
+TEST_F(AttributeKeys, OfTheDateAddedAnswersOnASystemThatLacksAllOfThem) {
+  if (!isMachO()) GTEST_SKIP() << "only our loader can take a constant away";
+  start({}, {std::begin(kDeclaredKeys), std::end(kDeclaredKeys)});
+  EXPECT_EQ("kMDItemDateAdded", host::callShared("MDItemZNK", "kMDItemDateAdded").text());
+}
+
+// The document for users lists the keys in the same order, with the types that the schema knows.
+TEST_F(AttributeKeys, AreDocumentedWithTheirTypes) {
+  start();
+  std::ifstream document(KEYS_DOCUMENT);
+  const std::regex row(R"(\| `(\w+)` \| [^|]+ \| (\w+)( of \w+)? \|)");
+  std::vector<std::string> keys;
+  std::smatch found;
+  for (std::string line; std::getline(document, line);) {
+    if (!std::regex_match(line, found, row)) continue;
+    const std::string key = found[1];
+    keys.push_back(key);
+    const std::string word = found[2] == "Data" ? "" : found[2].str();  // the class has no word for data
+    EXPECT_EQ(word, host::callShared("MDItemZNK", "AttributeType", key).text()) << key;
+    EXPECT_EQ(found[3].matched, host::callShared("MDItemZNK", "AttributeMultiValued", key).boolean()) << key;
+  }
+  EXPECT_EQ(std::vector<std::string>(std::begin(kDeclaredKeys), std::end(kDeclaredKeys)), keys);
+}
+
+// The constants are read without a test, as host programs know it: they ask for keys that their system has.
+TEST_F(AttributeKeys, OfAConstantThatTheSystemLacksEndsTheProcess) {
+  if (!isMachO()) GTEST_SKIP() << "only our loader can take a constant away";
+  start({}, {"kMDItemLensModel"});
+#ifdef __SANITIZE_ADDRESS__
+  EXPECT_DEATH(host::callShared("MDItemZNK", "kMDItemLensModel"), "SEGV on unknown address");
+#else
+  EXPECT_EXIT(host::callShared("MDItemZNK", "kMDItemLensModel"), testing::KilledBySignal(SIGSEGV), "");
+#endif
+}
+
+}  // namespace

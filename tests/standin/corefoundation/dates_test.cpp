@@ -1,0 +1,51 @@
+#include <cmath>
+#include <ctime>
+#include <limits>
+
+#include "tests/standin/corefoundation/support.h"
+
+namespace {
+
+class Dates : public LedgerTest {};
+
+TEST_F(Dates, AreComparedByTheirTime) {
+  const Ref<CFDateRef> early(CFDateCreate(nullptr, -1.5));
+  const Ref<CFDateRef> late(CFDateCreate(nullptr, 2));
+  const Ref<CFDateRef> same(CFDateCreate(nullptr, 2));
+  EXPECT_EQ(CFDateGetAbsoluteTime(early), -1.5);
+  EXPECT_EQ(CFDateCompare(early, late, nullptr), kCFCompareLessThan);
+  EXPECT_EQ(CFDateCompare(late, early, nullptr), kCFCompareGreaterThan);
+  EXPECT_EQ(CFDateCompare(late, same, nullptr), kCFCompareEqualTo);
+  EXPECT_TRUE(CFEqual(late, same));
+  EXPECT_EQ(CFHash(late), CFHash(same));
+}
+
+TEST_F(Dates, TheCurrentTimeIsThatOfTheSystem) {
+  const double unixEpoch = -978307200;
+  const double before = static_cast<double>(std::time(nullptr)) + unixEpoch;
+  const double now = CFAbsoluteTimeGetCurrent();
+  EXPECT_GE(now, before);
+  EXPECT_LE(now, before + 5);
+}
+
+TEST_F(Dates, EveryDayOfEightCenturiesComesBackFromItsGregorianDate) {
+  for (int day = -146097; day < 146097; ++day) {
+    const double at = day * 86400.0 + 3661;
+    const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(at, nullptr);
+    ASSERT_EQ(date.hour, 1);
+    ASSERT_EQ(date.minute, 1);
+    ASSERT_EQ(date.second, 1.0);
+    ASSERT_EQ(CFGregorianDateGetAbsoluteTime(date, nullptr), at);
+  }
+}
+
+TEST_F(Dates, TimesBeyondAllYearsGiveSomeDateAndNoCrash) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  for (const double at : {infinity, -infinity, std::nan(""), 1e300, -1e300, 1e18, -1e18}) {
+    const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(at, nullptr);
+    EXPECT_GE(date.month, 1) << at;
+    EXPECT_LE(date.month, 12) << at;
+  }
+}
+
+}  // namespace

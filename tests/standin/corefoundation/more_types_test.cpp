@@ -1,0 +1,238 @@
+// Sets, bags, UUIDs, time zones, character sets and errors.
+#include <functional>
+#include <set>
+#include <vector>
+
+#include "tests/standin/corefoundation/support.h"
+
+namespace {
+
+class MoreTypes : public LedgerTest {};
+
+CFSetRef makeSet(std::vector<const void*> values) {
+  return CFSetCreate(nullptr, values.data(), static_cast<CFIndex>(values.size()), &kCFTypeSetCallBacks);
+}
+
+CFBagRef makeBag(std::vector<const void*> values) {
+  return CFBagCreate(nullptr, values.data(), static_cast<CFIndex>(values.size()), &kCFTypeBagCallBacks);
+}
+
+constexpr CFUUIDBytes kBytes = {0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77,
+                                0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
+
+struct Type {
+  const char* name;
+  CFTypeID (*id)();
+  const char* creator;
+  std::function<CFTypeRef()> make;
+  std::function<CFTypeRef()> makeOther;  // one that differs
+};
+
+std::vector<Type> types() {
+  return {
+      {"CFSet", CFSetGetTypeID, "CFSetCreate",
+       [] {
+         return makeSet({kCFNull, CFSTR("a")});
+       },
+       [] {
+         return makeSet({kCFNull, CFSTR("b")});
+       }},
+      {"CFBag", CFBagGetTypeID, "CFBagCreate",
+       [] {
+         return makeBag({CFSTR("a"), CFSTR("a")});
+       },
+       [] { return makeBag({CFSTR("a")}); }},
+      {"CFUUID", CFUUIDGetTypeID, "CFUUIDCreateFromUUIDBytes",
+       [] { return CFUUIDCreateFromUUIDBytes(nullptr, kBytes); }, [] { return CFUUIDCreate(nullptr); }},
+      {"CFTimeZone", CFTimeZoneGetTypeID, "CFTimeZoneCreateWithTimeIntervalFromGMT",
+       [] { return CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 3600); },
+       [] { return CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, -3600); }},
+      {"CFCharacterSet", CFCharacterSetGetTypeID, "CFCharacterSetCreateWithCharactersInRange",
+       [] {
+         return CFCharacterSetCreateWithCharactersInRange(nullptr, {'a', 26});
+       },
+       [] {
+         return CFCharacterSetCreateWithCharactersInRange(nullptr, {'A', 26});
+       }},
+      {"CFError", CFErrorGetTypeID, "CFErrorCreate",
+       [] { return CFErrorCreate(nullptr, CFSTR("domain"), 7, nullptr); },
+       [] { return CFErrorCreate(nullptr, CFSTR("domain"), 8, nullptr); }},
+  };
+}
+
+TEST_F(MoreTypes, EachHasAnIdentifierOfItsOwnAndItsName) {
+  std::set<CFTypeID> seen;
+  for (const Type& type : types()) {
+    EXPECT_TRUE(seen.insert(type.id()).second) << type.name;
+    EXPECT_LT(type.id(), 256U) << type.name;
+    const Ref<CFStringRef> name(CFCopyTypeIDDescription(type.id()));
+    EXPECT_EQ(utf8(name), type.name);
+    const Ref<CFTypeRef> object(type.make());
+    EXPECT_EQ(CFGetTypeID(object), type.id()) << type.name;
+  }
+}
+
+TEST_F(MoreTypes, EachIsCountedAndStandsInTheLedger) {
+  for (const Type& type : types()) {
+    const long before = standin::ledgerLine(type.name);
+    {
+      const Ref<CFTypeRef> object(type.make());
+      EXPECT_EQ(standin::ledgerLine(type.name), before + 1);
+      EXPECT_EQ(CFGetRetainCount(object), 1) << type.name;
+      CFRetain(object);
+      EXPECT_EQ(CFGetRetainCount(object), 2) << type.name;
+      CFRelease(object);
+    }
+    EXPECT_EQ(standin::ledgerLine(type.name), before) << type.name;
+  }
+}
+
+TEST_F(MoreTypes, EqualContentMakesEqualObjects) {
+  for (const Type& type : types()) {
+    const Ref<CFTypeRef> one(type.make()), same(type.make()), other(type.makeOther());
+    EXPECT_TRUE(CFEqual(one, same)) << type.name;
+    EXPECT_EQ(CFHash(one), CFHash(same)) << type.name;
+    EXPECT_FALSE(CFEqual(one, other)) << type.name;
+  }
+}
+
+TEST_F(MoreTypes, ACreatorThatIsChosenToFailAnswersNull) {
+  for (const Type& type : types()) {
+    standin::failCall(type.creator, 1);
+    EXPECT_EQ(type.make(), nullptr) << type.name;
+    EXPECT_EQ(standin::failuresFired(), 1) << type.name;
+    standin::failCall((std::string(type.name) + "GetTypeID").c_str(), 1);
+    EXPECT_EQ(type.id(), 0U) << type.name;
+    standin::clearFailures();
+  }
+}
+
+TEST_F(MoreTypes, ASetHoldsEqualValuesOnce) {
+  const Ref<CFStringRef> value(makeString("value")), same(makeString("value"));
+  {
+    const Ref<CFSetRef> set(makeSet({value, same, kCFNull}));
+    EXPECT_EQ(CFSetGetCount(set), 2);
+    EXPECT_EQ(CFGetRetainCount(value), 2);
+    EXPECT_EQ(CFGetRetainCount(same), 1);
+    EXPECT_TRUE(CFSetContainsValue(set, same));
+    EXPECT_FALSE(CFSetContainsValue(set, kCFBooleanTrue));
+    std::vector<const void*> values(2);
+    CFSetGetValues(set, values.data());
+    EXPECT_EQ(std::set<const void*>(values.begin(), values.end()),
+              (std::set<const void*>{value.get(), kCFNull}));
+    const Ref<CFSetRef> without(makeSet({kCFNull, same}));
+    EXPECT_TRUE(CFEqual(set, without));
+  }
+  EXPECT_EQ(CFGetRetainCount(value), 1);
+}
+
+TEST_F(MoreTypes, ASetOfManyValuesFindsEachOfThem) {
+  std::vector<const void*> numbers;
+  for (int i = 0; i < 1000; ++i) numbers.push_back(makeInt(i * 7));
+  {
+    const Ref<CFSetRef> set(makeSet(numbers));
+    EXPECT_EQ(CFSetGetCount(set), 1000);
+    for (const void* number : numbers) EXPECT_TRUE(CFSetContainsValue(set, number));
+    const Ref<CFNumberRef> missing(makeInt(8));
+    EXPECT_FALSE(CFSetContainsValue(set, missing));
+  }
+  for (const void* number : numbers) CFRelease(number);
+}
+
+TEST_F(MoreTypes, AnEmptySetAndAnEmptyBagContainNothing) {
+  const Ref<CFSetRef> set(CFSetCreate(nullptr, nullptr, 0, nullptr));
+  EXPECT_EQ(CFSetGetCount(set), 0);
+  EXPECT_FALSE(CFSetContainsValue(set, kCFNull));
+  const Ref<CFBagRef> bag(CFBagCreate(nullptr, nullptr, 0, nullptr));
+  EXPECT_EQ(CFBagGetCount(bag), 0);
+  EXPECT_FALSE(CFBagContainsValue(bag, kCFNull));
+}
+
+TEST_F(MoreTypes, ABagCountsEqualValues) {
+  const Ref<CFStringRef> value(makeString("value")), same(makeString("value"));
+  const Ref<CFBagRef> bag(makeBag({value, kCFNull, same}));
+  EXPECT_EQ(CFBagGetCount(bag), 3);
+  EXPECT_EQ(CFBagGetCountOfValue(bag, same), 2);
+  EXPECT_EQ(CFBagGetCountOfValue(bag, kCFNull), 1);
+  EXPECT_EQ(CFBagGetCountOfValue(bag, CFSTR("another")), 0);
+  EXPECT_TRUE(CFBagContainsValue(bag, kCFNull));
+  EXPECT_EQ(CFGetRetainCount(value), 2);
+}
+
+TEST_F(MoreTypes, AUUIDKeepsItsBytesAndReadsAsTheUsualText) {
+  const Ref<CFUUIDRef> uuid(CFUUIDCreateFromUUIDBytes(nullptr, kBytes));
+  EXPECT_EQ(CFUUIDGetUUIDBytes(uuid).byte1, 0x11);
+  EXPECT_EQ(CFUUIDGetUUIDBytes(uuid).byte15, 0xFF);
+  const Ref<CFStringRef> text(CFUUIDCreateString(nullptr, uuid));
+  EXPECT_EQ(utf8(text), "00112233-4455-6677-8899-AABBCCDDEEFF");
+}
+
+TEST_F(MoreTypes, NewUUIDsDifferAndAreRandomOnes) {
+  const Ref<CFUUIDRef> one(CFUUIDCreate(nullptr)), other(CFUUIDCreate(nullptr));
+  EXPECT_FALSE(CFEqual(one, other));
+  EXPECT_EQ(CFUUIDGetUUIDBytes(one).byte6 & 0xF0, 0x40);
+  EXPECT_EQ(CFUUIDGetUUIDBytes(one).byte8 & 0xC0, 0x80);
+}
+
+TEST_F(MoreTypes, ATimeZoneShiftsTheGregorianDateBothWays) {
+  const Ref<CFTimeZoneRef> zone(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 5400));
+  EXPECT_EQ(CFTimeZoneGetSecondsFromGMT(zone, 0), 5400);
+  const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(0, zone);
+  EXPECT_EQ(date.hour, 1);
+  EXPECT_EQ(date.minute, 30);
+  EXPECT_EQ(CFGregorianDateGetAbsoluteTime(date, zone), 0);
+  EXPECT_EQ(CFGregorianDateGetAbsoluteTime(date, nullptr), 5400);
+  EXPECT_EQ(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 19 * 3600), nullptr);
+}
+
+TEST_F(MoreTypes, ACharacterSetKnowsWhatIsInItsRange) {
+  const Ref<CFCharacterSetRef> letters(CFCharacterSetCreateWithCharactersInRange(nullptr, {'a', 26}));
+  EXPECT_TRUE(CFCharacterSetIsCharacterMember(letters, 'a'));
+  EXPECT_TRUE(CFCharacterSetIsCharacterMember(letters, 'z'));
+  EXPECT_FALSE(CFCharacterSetIsCharacterMember(letters, 'z' + 1));
+  EXPECT_FALSE(CFCharacterSetIsCharacterMember(letters, 'A'));
+}
+
+TEST_F(MoreTypes, AnErrorHasItsDomainItsCodeAndItsInfo) {
+  const void* keys[] = {CFSTR("key")};
+  const void* values[] = {CFSTR("value")};
+  const Ref<CFDictionaryRef> info(CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
+                                                     &kCFTypeDictionaryValueCallBacks));
+  const Ref<CFErrorRef> error(CFErrorCreate(nullptr, CFSTR("domain"), -43, info));
+  EXPECT_EQ(utf8(CFErrorGetDomain(error)), "domain");
+  EXPECT_EQ(CFErrorGetCode(error), -43);
+  const Ref<CFDictionaryRef> copied(CFErrorCopyUserInfo(error));
+  EXPECT_TRUE(CFEqual(copied, info));
+  const Ref<CFErrorRef> bare(CFErrorCreate(nullptr, CFSTR("domain"), -43, nullptr));
+  const Ref<CFDictionaryRef> none(CFErrorCopyUserInfo(bare));
+  EXPECT_EQ(CFDictionaryGetCount(none), 0);
+  EXPECT_FALSE(CFEqual(error, bare));
+}
+
+using MoreTypesDeathTest = MoreTypes;
+
+template <class T>
+T wrong() {
+  return reinterpret_cast<T>(const_cast<void*>(static_cast<const void*>(CFSTR("text"))));
+}
+
+TEST_F(MoreTypesDeathTest, AnObjectOfAnotherTypeEndsTheProcess) {
+  EXPECT_DEATH(CFSetGetCount(wrong<CFSetRef>()), "CFSetGetCount: a CFString .* where a CFSet is needed");
+  EXPECT_DEATH(CFBagGetCount(wrong<CFBagRef>()), "where a CFBag is needed");
+  EXPECT_DEATH(CFUUIDGetUUIDBytes(wrong<CFUUIDRef>()), "where a CFUUID is needed");
+  EXPECT_DEATH(CFTimeZoneGetSecondsFromGMT(wrong<CFTimeZoneRef>(), 0), "where a CFTimeZone is needed");
+  EXPECT_DEATH(CFAbsoluteTimeGetGregorianDate(0, wrong<CFTimeZoneRef>()), "where a CFTimeZone is needed");
+  EXPECT_DEATH(CFCharacterSetIsCharacterMember(wrong<CFCharacterSetRef>(), 'a'), "a CFCharacterSet is");
+  EXPECT_DEATH(CFErrorGetCode(wrong<CFErrorRef>()), "where a CFError is needed");
+  EXPECT_DEATH(CFErrorCreate(nullptr, CFSTR("domain"), 1, wrong<CFDictionaryRef>()), "a CFDictionary is");
+}
+
+TEST_F(MoreTypesDeathTest, NullAndImpossibleArgumentsEndTheProcess) {
+  EXPECT_DEATH(makeSet({nullptr}), "CFSetCreate: a null value");
+  EXPECT_DEATH(makeBag({nullptr}), "CFBagCreate: a null value");
+  EXPECT_DEATH(CFSetCreate(nullptr, nullptr, 1, nullptr), "null values with a number");
+  EXPECT_DEATH(CFErrorCreate(nullptr, nullptr, 1, nullptr), "CFErrorCreate: null");
+  EXPECT_DEATH(CFCharacterSetCreateWithCharactersInRange(nullptr, {-1, 1}), "a range beyond");
+}
+
+}  // namespace

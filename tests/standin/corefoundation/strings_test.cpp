@@ -1,0 +1,212 @@
+#include <cstring>
+#include <vector>
+
+#include "tests/standin/corefoundation/support.h"
+
+namespace {
+
+class Strings : public LedgerTest {};
+
+std::vector<UInt8> bytesIn(CFStringRef string, CFStringEncoding encoding, UInt8 lossByte, bool external) {
+  const CFRange all = {0, CFStringGetLength(string)};
+  CFIndex size = 0;
+  CFStringGetBytes(string, all, encoding, lossByte, external, nullptr, 0, &size);
+  std::vector<UInt8> bytes(static_cast<size_t>(size));
+  CFIndex used = 0;
+  CFStringGetBytes(string, all, encoding, lossByte, external, bytes.data(), size, &used);
+  EXPECT_EQ(used, size);
+  return bytes;
+}
+
+struct EncodingRow {
+  const char* name;
+  CFStringEncoding encoding;
+  const char* text;
+};
+
+TEST_F(Strings, EveryEncodingComesBackAsItWent) {
+  const EncodingRow rows[] = {
+      {"MacRoman", kCFStringEncodingMacRoman, "caf\u00e9 \u2022 \u20ac"},
+      {"Windows", kCFStringEncodingWindowsLatin1, "caf\u00e9 \u20ac \u2014"},
+      {"ISO", kCFStringEncodingISOLatin1, "caf\u00e9 \u00ff"},
+      {"NextStep", kCFStringEncodingNextStepLatin, "caf\u00e9 \ufb01"},
+      {"ASCII", kCFStringEncodingASCII, "plain"},
+      {"UTF-8", kCFStringEncodingUTF8, "\u00e9 \u65e5 \U0001F600"},
+      {"UTF-16", kCFStringEncodingUTF16, "\u00e9 \u65e5 \U0001F600"},
+      {"UTF-16BE", kCFStringEncodingUTF16BE, "\u00e9 \u65e5 \U0001F600"},
+      {"UTF-16LE", kCFStringEncodingUTF16LE, "\u00e9 \u65e5 \U0001F600"},
+      {"UTF-32", kCFStringEncodingUTF32, "\u00e9 \u65e5 \U0001F600"},
+      {"UTF-32BE", kCFStringEncodingUTF32BE, "\u00e9 \u65e5 \U0001F600"},
+      {"UTF-32LE", kCFStringEncodingUTF32LE, "\u00e9 \u65e5 \U0001F600"},
+  };
+  for (const EncodingRow& row : rows) {
+    const Ref<CFStringRef> string(makeString(row.text));
+    for (const bool external : {false, true}) {
+      const std::vector<UInt8> bytes = bytesIn(string, row.encoding, 0, external);
+      const Ref<CFStringRef> back(CFStringCreateWithBytes(
+          nullptr, bytes.data(), static_cast<CFIndex>(bytes.size()), row.encoding, external));
+      EXPECT_EQ(utf8(back), row.text) << row.name << (external ? " external" : "");
+      const CFIndex most = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string), row.encoding);
+      EXPECT_LE(static_cast<CFIndex>(bytes.size()), most) << row.name;
+    }
+  }
+}
+
+TEST_F(Strings, UnitsMayLieAtAnOddAddress) {
+  const char16_t units[] = u"odd \u00e9";
+  char bytes[1 + sizeof units];
+  std::memcpy(bytes + 1, units, sizeof units);
+  const Ref<CFStringRef> string(
+      CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(bytes + 1), 5));
+  EXPECT_TRUE(CFEqual(string.get(), CFSTR("odd \u00e9")));
+}
+
+TEST_F(Strings, ExternalTextOpensWithAMarkThatIsUnderstoodInBothOrders) {
+  const std::vector<UInt8> little = {0xFF, 0xFE, 0x41, 0x00};
+  EXPECT_EQ(bytesIn(CFSTR("A"), kCFStringEncodingUTF16, 0, true), little);
+  const UInt8 big[] = {0xFE, 0xFF, 0x00, 0x41};
+  const Ref<CFStringRef> string(CFStringCreateWithBytes(nullptr, big, 4, kCFStringEncodingUTF16, true));
+  EXPECT_EQ(utf8(string), "A");
+}
+
+TEST_F(Strings, WhatAnEncodingLacksBecomesTheLossByteOrEndsTheConversion) {
+  const Ref<CFStringRef> string(makeString("a\U0001F600b"));
+  const std::vector<UInt8> lossy = {'a', '?', 'b'};
+  EXPECT_EQ(bytesIn(string, kCFStringEncodingASCII, '?', false), lossy);
+  CFIndex used = 0;
+  UInt8 buffer[8];
+  EXPECT_EQ(CFStringGetBytes(string, {0, 4}, kCFStringEncodingASCII, 0, false, buffer, 8, &used), 1);
+  EXPECT_EQ(used, 1);
+  char text[8];
+  EXPECT_FALSE(CFStringGetCString(string, text, 8, kCFStringEncodingASCII));
+}
+
+TEST_F(Strings, ACharacterIsNeverCutInTwoByASmallBuffer) {
+  const Ref<CFStringRef> string(makeString("a\u65e5"));
+  UInt8 buffer[3] = {};
+  CFIndex used = 0;
+  EXPECT_EQ(CFStringGetBytes(string, {0, 2}, kCFStringEncodingUTF8, 0, false, buffer, 3, &used), 1);
+  EXPECT_EQ(used, 1);
+}
+
+TEST_F(Strings, UnknownEncodingsGiveNullAndFalse) {
+  char text[8];
+  for (const CFStringEncoding encoding : {0xFFFFU, kCFStringEncodingInvalidId, 0x0BFFU, 0x0A01U}) {
+    EXPECT_EQ(CFStringCreateWithCString(nullptr, "text", encoding), nullptr) << encoding;
+    EXPECT_FALSE(CFStringGetCString(CFSTR("text"), text, 8, encoding)) << encoding;
+    EXPECT_EQ(CFStringGetCStringPtr(CFSTR("text"), encoding), nullptr) << encoding;
+  }
+}
+
+TEST_F(Strings, BrokenWideTextGivesNull) {
+  const UInt8 odd[] = {0x41, 0x00, 0x42};
+  EXPECT_EQ(CFStringCreateWithBytes(nullptr, odd, 3, kCFStringEncodingUTF16, false), nullptr);
+  const UInt8 tooLarge[] = {0x00, 0x00, 0x11, 0x00};
+  EXPECT_EQ(CFStringCreateWithBytes(nullptr, tooLarge, 4, kCFStringEncodingUTF32LE, false), nullptr);
+}
+
+TEST_F(Strings, ConstantsOfOneTextAreOneObject) {
+  EXPECT_EQ(CFSTR("same"), CFSTR("same"));
+  EXPECT_NE(CFSTR("same"), CFSTR("other"));
+  EXPECT_EQ(__CFStringMakeConstantString("sa"
+                                         "me"),
+            CFSTR("same"));
+  char changing[] = "from a buffer";
+  const CFStringRef constant = __CFStringMakeConstantString(changing);
+  std::strcpy(changing, "changed since");
+  EXPECT_EQ(CFSTR("from a buffer"), constant);
+}
+
+// Made before main runs, as the keys of a framework are.
+const CFStringRef earlyConstant = CFSTR("made by an initialiser");
+
+TEST_F(Strings, ConstantsMayBeMadeByInitialisers) {
+  EXPECT_EQ(utf8(earlyConstant), "made by an initialiser");
+}
+
+TEST_F(Strings, MutableStringsGrowAndAppendThemselves) {
+  const Ref<CFMutableStringRef> string(CFStringCreateMutable(nullptr, 0));
+  CFStringAppend(string, CFSTR("ab"));
+  for (int i = 0; i < 10; ++i) CFStringAppend(string, string);
+  EXPECT_EQ(CFStringGetLength(string), 2048);
+  EXPECT_EQ(CFStringGetCharacterAtIndex(string, 2047), 'b');
+  const UniChar units[] = {0xD83D, 0xDE00};
+  CFStringAppendCharacters(string, units, 2);
+  EXPECT_EQ(CFStringGetLength(string), 2050);
+}
+
+TEST_F(Strings, NormalizationHasFourForms) {
+  const std::pair<CFStringNormalizationForm, const char*> rows[] = {
+      {kCFStringNormalizationFormD, "e\u0301\ufb01"},
+      {kCFStringNormalizationFormKD, "e\u0301fi"},
+      {kCFStringNormalizationFormC, "\u00e9\ufb01"},
+      {kCFStringNormalizationFormKC, "\u00e9fi"},
+  };
+  for (const auto& [form, expected] : rows) {
+    const Ref<CFMutableStringRef> string(CFStringCreateMutableCopy(nullptr, 0, CFSTR("e\u0301\ufb01")));
+    CFStringNormalize(string, form);
+    EXPECT_EQ(utf8(string), expected) << form;
+  }
+}
+
+struct CompareRow {
+  const char* a;
+  const char* b;
+  CFStringCompareFlags options;
+  CFComparisonResult result;
+};
+
+TEST_F(Strings, OptionsOfComparing) {
+  const CompareRow rows[] = {
+      {"abc", "ABC", 0, kCFCompareGreaterThan},
+      {"abc", "ABC", kCFCompareCaseInsensitive, kCFCompareEqualTo},
+      {"stra\u00dfe", "STRASSE", kCFCompareCaseInsensitive, kCFCompareEqualTo},
+      {"caf\u00e9", "cafe\u0301", 0, kCFCompareGreaterThan},
+      {"caf\u00e9", "cafe\u0301", kCFCompareNonliteral, kCFCompareEqualTo},
+      {"caf\u00e9", "cafe", kCFCompareDiacriticInsensitive, kCFCompareEqualTo},
+      {"CAF\u00c9", "cafe", kCFCompareDiacriticInsensitive, kCFCompareLessThan},
+      {"CAF\u00c9", "cafe", kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive, kCFCompareEqualTo},
+      {"file2", "file10", 0, kCFCompareGreaterThan},
+      {"file2", "file10", kCFCompareNumerically, kCFCompareLessThan},
+      {"file02", "file2", kCFCompareNumerically, kCFCompareEqualTo},
+      {"file2b", "file2a", kCFCompareNumerically, kCFCompareGreaterThan},
+      {"b", "A", kCFCompareLocalized, kCFCompareGreaterThan},
+      {"a", "B", kCFCompareLocalized, kCFCompareLessThan},
+      {"\u00e9a", "f", kCFCompareLocalized, kCFCompareLessThan},
+      {"file2", "FILE10", kCFCompareLocalized | kCFCompareNumerically, kCFCompareLessThan},
+      {"abc", "ABC", kCFCompareLocalized | kCFCompareCaseInsensitive, kCFCompareEqualTo},
+  };
+  for (const CompareRow& row : rows) {
+    const Ref<CFStringRef> a(makeString(row.a));
+    const Ref<CFStringRef> b(makeString(row.b));
+    EXPECT_EQ(CFStringCompare(a, b, row.options), row.result) << row.a << " " << row.b << " " << row.options;
+    EXPECT_EQ(CFStringCompare(b, a, row.options), -row.result) << row.b << " " << row.a << " " << row.options;
+  }
+}
+
+TEST_F(Strings, PrefixesAndSuffixes) {
+  EXPECT_TRUE(CFStringHasPrefix(CFSTR("kMDItemPath"), CFSTR("kMD")));
+  EXPECT_FALSE(CFStringHasPrefix(CFSTR("kMD"), CFSTR("kMDItemPath")));
+  EXPECT_TRUE(CFStringHasSuffix(CFSTR("photo.jpg"), CFSTR(".jpg")));
+  EXPECT_FALSE(CFStringHasSuffix(CFSTR("photo.jpg"), CFSTR(".png")));
+  EXPECT_TRUE(CFStringHasSuffix(CFSTR("photo"), CFSTR("")));
+}
+
+TEST_F(Strings, PointersAreGivenOnlyToWhatIsStoredThatWay) {
+  const Ref<CFStringRef> narrow(makeString("ascii"));
+  const Ref<CFStringRef> wide(makeString("\u65e5"));
+  EXPECT_STREQ(CFStringGetCStringPtr(narrow, kCFStringEncodingUTF8), "ascii");
+  EXPECT_EQ(CFStringGetCStringPtr(narrow, kCFStringEncodingUTF16), nullptr);
+  EXPECT_EQ(CFStringGetCharactersPtr(narrow), nullptr);
+  EXPECT_EQ(CFStringGetCStringPtr(wide, kCFStringEncodingUTF8), nullptr);
+  EXPECT_EQ(CFStringGetCharactersPtr(wide)[0], 0x65E5);
+}
+
+TEST_F(Strings, ASubstringOfWideTextThatIsASCIIEqualsTheSameTextMadeAsASCII) {
+  const Ref<CFStringRef> wide(makeString("\u65e5abc"));
+  const Ref<CFStringRef> part(CFStringCreateWithSubstring(nullptr, wide, {1, 3}));
+  EXPECT_TRUE(CFEqual(part, CFSTR("abc")));
+  EXPECT_EQ(CFHash(part), CFHash(CFSTR("abc")));
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+// What happens when the system can't go on: lost events, no watches, no instance, mounted folders.
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "tests/standin/coreservices/disk/tree_watcher_fixture.h"
+
+namespace standin::metadata {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class TreeWatcherLimits : public Watched {};
+
+TEST_F(TreeWatcherLimits, LostEventsAreOneRescanForEachRoot) {
+  scratch.folder("a");
+  scratch.folder("b");
+  TreeWatcher watcher({scratch.at("a"), scratch.at("b"), scratch.at("missing")}, {});
+  scratch.file("a/f");
+  watcher.loseEvents();
+  EXPECT_THAT(take(watcher), ElementsAre("rescan a/", "rescan b/", "rescan missing/"));
+  EXPECT_THAT(take(watcher), IsEmpty());
+}
+
+TEST_F(TreeWatcherLimits, FoldersWhoseAppearanceWasLostAreFollowed) {
+  scratch.file("a/gone/f");
+  scratch.file("a/renamed/f");
+  TreeWatcher watcher({scratch.at("a"), scratch.at("late")}, {});
+  const size_t watches = watchesOf(watcher);
+  scratch.file("a/new/deep/f");
+  scratch.file("late/f");
+  rename("a/renamed", "a/r");
+  rename("a/gone", "gone");
+  watcher.loseEvents();
+  take(watcher);
+  EXPECT_EQ(watchesOf(watcher), watches + 2);
+  append("a/new/deep/f");
+  append("late/f");
+  append("a/r/f");
+  append("gone/f");
+  EXPECT_THAT(take(watcher), ElementsAre("touched a/new/deep/f", "touched late/f", "touched a/r/f"));
+}
+
+TEST_F(TreeWatcherLimits, AnOverflowOfTheSystemsQueueIsARescan) {
+  int limit = 0;
+  std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> limit;
+  if (limit <= 0 || limit > 200'000) GTEST_SKIP() << "the queue is too long to be filled";
+  scratch.file("f");
+  scratch.file("g");
+  TreeWatcher watcher({scratch.path()}, {});
+  for (int i = 0; i <= limit / 2; ++i) {  // the same event twice running would be one
+    ASSERT_EQ(::truncate(scratch.at("f").c_str(), 1), 0);
+    ASSERT_EQ(::truncate(scratch.at("g").c_str(), 1), 0);
+  }
+  scratch.file("lost/f");
+  EXPECT_THAT(take(watcher), ElementsAre("rescan ./"));
+  EXPECT_THAT(take(watcher), IsEmpty());
+  append("lost/f");
+  EXPECT_THAT(take(watcher), ElementsAre("touched lost/f"));
+}
+
+TEST_F(TreeWatcherLimits, AWatcherWithoutAnInstanceIsDeadAndSaysWhy) {
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none{0, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  TreeWatcher watcher({scratch.path()}, {});
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_EQ(watcher.descriptor(), -1);
+  EXPECT_THAT(watcher.reason(), HasSubstr("fs.inotify.max_user_instances"));
+  scratch.file("f");
+  watcher.loseEvents();
+  EXPECT_THAT(take(watcher), IsEmpty());
+}
+
+TEST_F(TreeWatcherLimits, AFolderThatCannotBeReadForLackOfFilesIsRescannedWithAReason) {
+  TreeWatcher watcher({scratch.path()}, {});
+  scratch.file("a/f");
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none{0, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  const std::vector<std::string> changes = take(watcher);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_THAT(changes, ElementsAre("touched ./", "rescan a/"));
+  EXPECT_THAT(watcher.reason(), testing::StartsWith("can't follow the changes in " + scratch.at("a: ")));
+}
+
+TEST_F(TreeWatcherLimits, FoldersBeyondTheLimitOfWatchesAreRescannedWithAReason) {
+  for (const char* name : {"a/f", "b/f", "c/f"}) scratch.file(name);
+  const bool could = runApart([&] {
+    const size_t above = static_cast<size_t>(std::count(scratch.path().begin(), scratch.path().end(), '/'));
+    std::ofstream limit("/proc/sys/user/max_inotify_watches");
+    if (!(limit << above + 2).flush()) GTEST_SKIP();  // "/" and the others above, the root, and one in it
+    TreeWatcher watcher({scratch.path()}, {});
+    const std::vector<TreeWatcher::Change> changes = watcher.take();
+    ASSERT_EQ(changes.size(), 2u);
+    EXPECT_EQ(changes[0].kind, TreeWatcher::Change::Rescan);
+    EXPECT_EQ(changes[1].kind, TreeWatcher::Change::Rescan);
+    EXPECT_EQ(watcher.reason(), "can't follow the changes in " + changes[0].path +
+                                    ": the system has no watches left (raise fs.inotify.max_user_watches)");
+    EXPECT_EQ(watcher.reason(), "");
+    for (const char* name : {"a/f", "b/f", "c/f"}) append(name);
+    EXPECT_EQ(watcher.take().size(), 1u);
+    for (const char* name : {"a", "b", "c"}) remove(name);
+    take(watcher);
+    scratch.file("d/f");  // there are watches again
+    take(watcher);
+    append("d/f");
+    EXPECT_THAT(take(watcher), ElementsAre("touched d/f"));
+    EXPECT_EQ(watcher.reason(), "");
+  });
+  if (!could) GTEST_SKIP() << "the system allows no limits of our own";
+}
+
+TEST_F(TreeWatcherLimits, AnUnmountedFolderIsRescannedAndWhatWasBeneathFollowed) {
+  scratch.file("m/beneath");
+  const bool could = runApart([&] {
+    if (::mount("none", scratch.at("m").c_str(), "tmpfs", 0, "size=1m") != 0) GTEST_SKIP();
+    scratch.file("m/a/f");
+    TreeWatcher watcher({scratch.path()}, {});
+    append("m/a/f");
+    EXPECT_THAT(take(watcher), ElementsAre("touched m/a/f"));
+    ASSERT_EQ(::umount(scratch.at("m").c_str()), 0);
+    EXPECT_THAT(take(watcher), testing::Contains("rescan m/"));
+    append("m/beneath");
+    EXPECT_THAT(take(watcher), ElementsAre("touched m/beneath"));
+  });
+  if (!could) GTEST_SKIP() << "nothing can be mounted";
+}
+
+TEST_F(TreeWatcherLimits, AFolderThatIsMountedBelowItselfIsFollowedOnce) {
+  scratch.file("a/f");
+  scratch.folder("a/b/again");
+  const bool could = runApart([&] {
+    if (::mount(scratch.path().c_str(), scratch.at("a/b/again").c_str(), nullptr, MS_BIND, nullptr) != 0) {
+      GTEST_SKIP();
+    }
+    TreeWatcher watcher({scratch.path()}, {});
+    append("a/b/again/a/f");
+    EXPECT_THAT(take(watcher), ElementsAre("touched a/f"));
+    EXPECT_THAT(take(watcher), IsEmpty());
+  });
+  if (!could) GTEST_SKIP() << "nothing can be mounted";
+}
+
+TEST_F(TreeWatcherLimits, AFolderThatIsMountedElsewhereOnTheWayToARootIsStillFollowed) {
+  scratch.file("a/q/f");
+  scratch.folder("p");
+  const bool could = runApart([&] {
+    if (::mount(scratch.at("a").c_str(), scratch.at("p").c_str(), nullptr, MS_BIND, nullptr) != 0) {
+      GTEST_SKIP();
+    }
+    TreeWatcher watcher({scratch.at("a"), scratch.at("p/q")}, {});
+    scratch.file("a/g", "text");
+    take(watcher);
+    append("a/g");
+    append("p/q/f");
+    EXPECT_THAT(take(watcher), ElementsAre("touched a/g", "touched a/q/f"));
+  });
+  if (!could) GTEST_SKIP() << "nothing can be mounted";
+}
+
+}  // namespace
+}  // namespace standin::metadata

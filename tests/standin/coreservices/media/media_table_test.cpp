@@ -1,0 +1,63 @@
+// The table of exiftool's tags, against exiftool's own list of them.
+#include "standin/coreservices/media/media_table.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "standin/coreservices/attributes/schema.h"
+#include "tests/standin/coreservices/media/exiftool_command.h"
+
+namespace {
+
+using standin::metadata::FileAttribute;
+using standin::metadata::MediaRow;
+
+TEST(MediaTable, MapsEightyAttributesAndMore) {
+  std::set<FileAttribute> attributes;
+  for (const MediaRow& row : standin::metadata::mediaTable()) attributes.insert(row.attribute);
+  EXPECT_GE(attributes.size(), 80u);
+  RecordProperty("attributes", static_cast<int>(attributes.size()));
+}
+
+// A misspelt tag would never be found.
+TEST(MediaTable, AsksForTagsThatExiftoolKnows) {
+  const std::set<std::string> known = knownTags();
+  // What exiftool makes up from the names in an OpenDocument file or a drawing.
+  const std::set<std::string_view> made = {"Initial-creator", "Creation-date", "Document-statisticPage-count",
+                                           "Desc"};
+  ASSERT_TRUE(known.count("DateTimeOriginal"));
+  for (const MediaRow& row : standin::metadata::mediaTable()) {
+    for (std::string_view tag : row.tags) {
+      if (tag.empty()) continue;
+      if (tag.ends_with('#')) tag.remove_suffix(1);
+      tag.remove_prefix(tag.find(':') == std::string_view::npos ? 0 : tag.find(':') + 1);
+      EXPECT_TRUE(known.count(std::string(tag)) || made.count(tag)) << tag;
+    }
+  }
+}
+
+TEST(MediaTable, AsksForEachTagInOneFormAlone) {
+  std::set<std::string_view> inWords, asNumbers;
+  for (const MediaRow& row : standin::metadata::mediaTable()) {
+    for (std::string_view tag : row.tags) {
+      const bool isNumber = tag.ends_with('#');
+      if (isNumber) tag.remove_suffix(1);
+      if (!tag.empty()) (isNumber ? asNumbers : inWords).insert(tag);
+    }
+  }
+  for (const std::string_view tag : inWords) EXPECT_FALSE(asNumbers.count(tag)) << tag;
+}
+
+TEST(MediaTable, KeepsTheRowsOfAnAttributeTogether) {
+  std::set<FileAttribute> seen;
+  FileAttribute last = FileAttribute::None;
+  for (const MediaRow& row : standin::metadata::mediaTable()) {
+    if (row.attribute == last) continue;
+    EXPECT_TRUE(seen.insert(row.attribute).second) << standin::metadata::infoOf(row.attribute).key;
+    last = row.attribute;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,435 @@
+// How a query gathers: when, in which batches, what it tells, and what its observers may do meanwhile.
+#include <stdexcept>
+#include <thread>
+
+#include "tests/standin/coreservices/metadata/query_fixture.h"
+
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Gathering : public QueryTest {
+ protected:
+  static constexpr const char* kTexts = "kMDItemFSName == \"*.txt\"";
+  static constexpr size_t kNoLimit = 1000000;
+  // Batches of so many results, whatever time they take.
+  static constexpr MDQueryBatchingParams batchesOf(size_t count) {
+    return {count, kNoLimit, count, kNoLimit, count, 0};
+  }
+};
+
+TEST_F(Gathering, AnswersTrueTheFirstTimeAndFalseLater) {
+  const auto query = make(kTexts);
+  EXPECT_TRUE(MDQueryExecute(query.get(), 0));
+  EXPECT_FALSE(MDQueryExecute(query.get(), 0));
+  EXPECT_FALSE(MDQueryExecute(query.get(), kMDQuerySynchronous));
+  run();
+  EXPECT_FALSE(MDQueryExecute(query.get(), 0));
+}
+
+TEST_F(Gathering, HappensOnlyWhileTheRunLoopRuns) {
+  makeFiles(3);
+  const auto query = make(kTexts);
+  const Listener listener(query.get());
+  MDQueryExecute(query.get(), 0);
+  EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 0);
+  EXPECT_THAT(listener.notices, IsEmpty());
+  run();
+  EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
+  EXPECT_THAT(listener.names(), ElementsAre("DidFinish"));
+}
+
+TEST_F(Gathering, HappensInTheDefaultModeAlone) {
+  makeFiles(1);
+  const auto query = make(kTexts);
+  MDQueryExecute(query.get(), 0);
+  EXPECT_EQ(CFRunLoopRunInMode(CFSTR("another mode"), 1, false), kCFRunLoopRunFinished);
+  EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+  run();
+  EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
+}
+
+TEST_F(Gathering, TellsProgressAfterEachBatchAndOnceThatItFinished) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(4));
+  const Listener listener(query.get());
+  gather(query);
+  run();
+  EXPECT_THAT(listener.names(), ElementsAre("Progress", "Progress", "DidFinish"));
+  EXPECT_EQ(listener.notices[0].count, 4);
+  EXPECT_EQ(listener.notices[1].count, 8);
+  EXPECT_EQ(listener.notices[2].count, 10);
+  for (const Notice& notice : listener.notices) {
+    EXPECT_EQ(notice.object, query.get());
+    EXPECT_THAT(notice.added, IsEmpty());
+  }
+}
+
+TEST_F(Gathering, TakesTheFirstBatchsLimitsForTheFirstBatchAlone) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, {1, kNoLimit, 6, kNoLimit, 0, 0});
+  const Listener listener(query.get());
+  gather(query);
+  ASSERT_EQ(listener.count("Progress"), 2u);
+  EXPECT_EQ(listener.notices[0].count, 1);
+  EXPECT_EQ(listener.notices[1].count, 7);
+}
+
+TEST_F(Gathering, EndsABatchWhenItsTimeIsOver) {
+  makeFiles(100);
+  const auto query = make(kTexts);
+  setBatches(query, {kNoLimit, 0, kNoLimit, kNoLimit, 0, 0});
+  const Listener listener(query.get());
+  gather(query);
+  ASSERT_THAT(listener.names(), ElementsAre("Progress", "DidFinish"));
+  EXPECT_GT(listener.notices[0].count, 0);
+  EXPECT_LT(listener.notices[0].count, 100);
+}
+
+TEST_F(Gathering, GoesOnInSmallestBatchesWhenAllLimitsAreNought) {
+  makeFiles(5);
+  const auto query = make(kTexts);
+  setBatches(query, {});
+  const Listener listener(query.get());
+  gather(query);
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 5);
+  EXPECT_EQ(listener.count("Progress"), 5u);
+}
+
+TEST_F(Gathering, KeepsTheBatchingParametersThatItWasGiven) {
+  const auto query = make(kTexts);
+  const MDQueryBatchingParams usual = MDQueryGetBatchingParameters(query.get());
+  EXPECT_GT(usual.first_max_num, 0u);
+  EXPECT_GT(usual.update_max_ms, 0u);
+  setBatches(query, {1, 2, 3, 4, 5, 6});
+  const MDQueryBatchingParams set = MDQueryGetBatchingParameters(query.get());
+  EXPECT_THAT((std::vector<size_t>{set.first_max_num, set.first_max_ms, set.progress_max_num,
+                                   set.progress_max_ms, set.update_max_num, set.update_max_ms}),
+              ElementsAre(1, 2, 3, 4, 5, 6));
+}
+
+class Ticking {
+ public:
+  Ticking() {
+    CFRunLoopSourceContext context{};
+    context.info = this;
+    context.perform = [](void* info) { static_cast<Ticking*>(info)->tick(); };
+    source_ = Owned(CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &context));
+    CFRunLoopAddSource(CFRunLoopGetCurrent(), source_.get(), kCFRunLoopDefaultMode);
+    CFRunLoopSourceSignal(source_.get());
+  }
+  ~Ticking() { CFRunLoopSourceInvalidate(source_.get()); }
+  int ticks = 0;
+
+ private:
+  void tick() {
+    ++ticks;
+    CFRunLoopSourceSignal(source_.get());
+  }
+  Owned<CFRunLoopSourceRef> source_;
+};
+
+TEST_F(Gathering, LetsOtherSourcesFireBetweenItsBatches) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(1));
+  const Ticking other;
+  Listener listener(query.get());
+  std::vector<int> ticks;
+  listener.reaction = [&](const Notice&) { ticks.push_back(other.ticks); };
+  MDQueryExecute(query.get(), 0);
+  while (!MDQueryIsGatheringComplete(query.get())) CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  ASSERT_EQ(ticks.size(), 11u);
+  for (size_t i = 1; i < ticks.size(); ++i) EXPECT_GT(ticks[i], ticks[i - 1]);
+}
+
+TEST_F(Gathering, LetsOtherSourcesFireWhenItIsSynchronous) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(2));
+  const Ticking other;
+  const Listener listener(query.get());
+  EXPECT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
+  EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 10);
+  EXPECT_GE(other.ticks, 5);
+  EXPECT_EQ(listener.count("DidFinish"), 1u);
+  EXPECT_EQ(listener.count("Progress"), 5u);
+}
+
+TEST_F(Gathering, IsCompleteWhenASynchronousExecutionReturnsAlsoIfTheLoopWasStopped) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(1));
+  Listener listener(query.get());
+  listener.reaction = [](const Notice&) { CFRunLoopStop(CFRunLoopGetCurrent()); };
+  EXPECT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 10);
+}
+
+TEST_F(Gathering, LeavesNothingInTheRunLoopOnceItIsOver) {
+  const auto query = make(kTexts);
+  gather(query);
+  EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, false), kCFRunLoopRunFinished);
+}
+
+TEST_F(Gathering, EndsWithoutAWordWhenItIsStopped) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(3));
+  const Listener listener(query.get());
+  MDQueryExecute(query.get(), 0);
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  MDQueryStop(query.get());
+  run();
+  EXPECT_THAT(listener.names(), ElementsAre("Progress"));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
+  EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+  EXPECT_FALSE(MDQueryExecute(query.get(), 0));
+  EXPECT_EQ(results(query).size(), 3u);
+}
+
+TEST_F(Gathering, MayBeStoppedByAnObserver) {
+  for (const CFOptionFlags flags : {0, int{kMDQuerySynchronous}}) {
+    makeFiles(10);
+    const auto query = make(kTexts);
+    setBatches(query, batchesOf(2));
+    Listener listener(query.get());
+    listener.reaction = [&](const Notice&) { MDQueryStop(query.get()); };
+    EXPECT_TRUE(MDQueryExecute(query.get(), flags));
+    run();
+    EXPECT_THAT(listener.names(), ElementsAre("Progress")) << flags;
+    EXPECT_EQ(MDQueryGetResultCount(query.get()), 2);
+  }
+}
+
+TEST_F(Gathering, EndsWhenTheQueryIsReleased) {
+  makeFiles(10);
+  const Listener listener(nullptr);
+  {
+    const auto query = make(kTexts);
+    setBatches(query, batchesOf(2));
+    MDQueryExecute(query.get(), 0);
+    CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  }
+  EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, false), kCFRunLoopRunFinished);
+  EXPECT_THAT(listener.names(), ElementsAre("Progress"));
+}
+
+TEST_F(Gathering, EndsWhenAnObserverReleasesTheQuery) {
+  for (const CFOptionFlags flags : {0, int{kMDQuerySynchronous}, int{kMDQueryWantsUpdates}}) {
+    makeFiles(10);
+    auto query = make(kTexts);
+    setBatches(query, batchesOf(2));
+    Listener listener(nullptr);
+    listener.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
+    EXPECT_TRUE(MDQueryExecute(query.get(), flags));
+    EXPECT_EQ(flags == kMDQuerySynchronous, !query);
+    run();
+    EXPECT_THAT(listener.names(), ElementsAre("Progress")) << flags;
+    EXPECT_FALSE(query);
+    EXPECT_EQ(alive(), "");
+  }
+}
+
+TEST_F(Gathering, ShowsTheQueryToTheNextObserverWhenOneReleasesIt) {
+  makeFiles(1);
+  auto query = make(kTexts);
+  Listener first(query.get());
+  const Listener second(query.get());
+  first.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
+  MDQueryExecute(query.get(), 0);
+  run();
+  ASSERT_EQ(second.notices.size(), 1u);
+  EXPECT_EQ(second.notices[0].count, 1);
+}
+
+TEST_F(Gathering, MayEndWithAnObserverThatReleasesTheQuery) {
+  makeFiles(1);
+  auto query = make(kTexts);
+  Listener listener(query.get());
+  listener.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
+  MDQueryExecute(query.get(), kMDQueryWantsUpdates);
+  run();
+  EXPECT_THAT(listener.names(), ElementsAre("DidFinish"));
+  EXPECT_FALSE(query);
+}
+
+TEST_F(Gathering, GoesOnWhileAnObserverRunsAnotherQuery) {
+  makeFiles(10);
+  scratch.file("picture.jpg");
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(3));
+  Listener listener(query.get());
+  std::vector<CFIndex> found;
+  listener.reaction = [&](const Notice&) {
+    const auto other = make("kMDItemFSName == \"*.jpg\"");
+    EXPECT_TRUE(MDQueryExecute(other.get(), kMDQuerySynchronous));
+    found.push_back(MDQueryGetResultCount(other.get()));
+  };
+  gather(query);
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 10);
+  EXPECT_EQ(listener.count("DidFinish"), 1u);
+  EXPECT_THAT(found, Each(1));
+  EXPECT_EQ(found.size(), listener.notices.size());
+}
+
+TEST_F(Gathering, GoesOnWhenAnObserverThrows) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(3));
+  Listener listener(query.get());
+  listener.reaction = [](const Notice& notice) {
+    if (notice.name == "Progress") throw std::runtime_error("from an observer");
+  };
+  MDQueryExecute(query.get(), 0);
+  EXPECT_THROW(run(), std::runtime_error);
+  listener.reaction = nullptr;
+  run();
+  EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 10);
+}
+
+TEST_F(Gathering, OfSeveralQueriesGoesOnSideBySide) {
+  makeFiles(6);
+  const auto first = make(kTexts);
+  const auto second = make("kMDItemFSSize == 0");
+  for (const auto* query : {&first, &second}) setBatches(*query, batchesOf(2));
+  const Listener listener(nullptr);
+  MDQueryExecute(first.get(), 0);
+  MDQueryExecute(second.get(), 0);
+  run();
+  ASSERT_EQ(listener.count("DidFinish"), 2u);
+  EXPECT_NE(listener.notices[0].object, listener.notices[1].object);
+  EXPECT_EQ(results(first), results(second));
+}
+
+TEST_F(Gathering, BelongsToTheThreadThatExecutedTheQuery) {
+  makeFiles(3);
+  const auto query = make(kTexts);
+  MDQueryExecute(query.get(), 0);
+  std::thread::id told;
+  Listener listener(query.get());
+  listener.reaction = [&](const Notice&) { told = std::this_thread::get_id(); };
+  std::thread([&] {
+    EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, false), kCFRunLoopRunFinished);
+  }).join();
+  EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+  run();
+  EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
+  EXPECT_EQ(told, std::this_thread::get_id());
+}
+
+TEST_F(Gathering, MayBelongToAThreadBesideTheMainOne) {
+  makeFiles(3);
+  const auto query = make(kTexts);
+  std::thread::id told;
+  Listener listener(query.get());
+  listener.reaction = [&](const Notice&) { told = std::this_thread::get_id(); };
+  std::thread::id executing;
+  std::thread([&] {
+    executing = std::this_thread::get_id();
+    EXPECT_TRUE(MDQueryExecute(query.get(), 0));
+    run();
+  }).join();
+  EXPECT_THAT(listener.names(), ElementsAre("DidFinish"));
+  EXPECT_EQ(told, executing);
+  EXPECT_EQ(results(query).size(), 3u);
+}
+
+TEST_F(Gathering, StaysWhereItWasWhenItsThreadEnds) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(4));
+  const Listener listener(query.get());
+  std::thread([&] {
+    MDQueryExecute(query.get(), kMDQueryWantsUpdates);
+    CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  }).join();
+  run();
+  EXPECT_THAT(listener.names(), ElementsAre("Progress"));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 4);
+  MDQueryStop(query.get());
+}
+
+TEST_F(Gathering, IsNotHeldUpByDisabledUpdates) {
+  makeFiles(3);
+  const auto query = make(kTexts);
+  MDQueryDisableUpdates(query.get());
+  gather(query, kMDQueryWantsUpdates);
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
+}
+
+TEST_F(Gathering, TellsOfResultsThatWereLookedAtAndChangeOrGoMeanwhile) {
+  for (const char* name : {"a", "b", "c", "d", "e", "f"}) scratch.file(std::string(name) + ".txt");
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(2));
+  Listener listener(query.get());
+  MDQueryExecute(query.get(), kMDQueryWantsUpdates);
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  resultAt(query, 0);
+  scratch.file("a.txt", "longer");
+  scratch.file("b.txt", "longer");
+  run(0);
+  ASSERT_GE(listener.notices.size(), 2u);
+  EXPECT_EQ(listener.notices[1].name, "Progress");
+  EXPECT_THAT(scratch.within(listener.notices[1].changed), ElementsAre("a.txt"));
+  EXPECT_THAT(listener.notices[1].added, IsEmpty());
+  EXPECT_THAT(listener.notices[1].removed, IsEmpty());
+}
+
+TEST_F(Gathering, ForgetsResultsThatGoMeanwhile) {
+  for (const char* name : {"a", "b", "c", "d", "e", "f"}) scratch.file(std::string(name) + ".txt");
+  const auto query = make(kTexts);
+  setBatches(query, batchesOf(2));
+  Listener listener(query.get());
+  MDQueryExecute(query.get(), kMDQueryWantsUpdates);
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  resultAt(query, 1);
+  std::remove(scratch.at("a.txt").c_str());
+  std::remove(scratch.at("b.txt").c_str());
+  runUntil([&] { return listener.count("DidFinish") == 1; });
+  run();
+  EXPECT_THAT(results(query), ElementsAre("c.txt", "d.txt", "e.txt", "f.txt"));
+  std::vector<std::string> removed;
+  for (const Notice& notice : listener.notices) {
+    removed.insert(removed.end(), notice.removed.begin(), notice.removed.end());
+    EXPECT_THAT(notice.added, IsEmpty());
+  }
+  EXPECT_THAT(scratch.within(removed), ElementsAre("b.txt"));
+}
+
+TEST_F(Gathering, KeepsResultsInTheirOrderFromBatchToBatch) {
+  for (const char* name : {"file 10", "file 9", "file 1", "a", "z"}) scratch.file(std::string(name) + ".txt");
+  const auto query = make(kTexts, {}, {"kMDItemFSName"});
+  setBatches(query, batchesOf(2));
+  Listener listener(query.get());
+  listener.reaction = [&](const Notice& notice) {
+    const auto found = results(query);
+    EXPECT_EQ(found.size(), static_cast<size_t>(notice.count));
+    if (found.size() == 4) {
+      EXPECT_THAT(found, ElementsAre("a.txt", "file 1.txt", "file 9.txt", "file 10.txt"));
+    }
+  };
+  gather(query);
+  EXPECT_THAT(results(query), ElementsAre("a.txt", "file 1.txt", "file 9.txt", "file 10.txt", "z.txt"));
+  EXPECT_EQ(listener.count("Progress"), 2u);
+}
+
+TEST_F(Gathering, StopsAtTheMaximumCountThatWasSetBefore) {
+  makeFiles(10);
+  const auto query = make(kTexts);
+  MDQuerySetMaxCount(query.get(), 4);
+  gather(query);
+  MDQuerySetMaxCount(query.get(), 7);
+  run();
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 4);
+}
+
+}  // namespace

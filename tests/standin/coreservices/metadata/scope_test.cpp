@@ -1,0 +1,162 @@
+// Where a query looks.
+#include <stdlib.h>
+
+#include "tests/standin/coreservices/metadata/query_fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class QueryScope : public QueryTest {
+ protected:
+  QueryScope() {
+    for (const char* name : {"one/a.txt", "one/inner/b.txt", "two/c.txt"}) scratch.file(name);
+  }
+
+  static Owned<CFTypeRef> url(const std::string& path) { return Owned<CFTypeRef>(makeURL(path).leak()); }
+  static Owned<CFTypeRef> string(const std::string& text) {
+    return Owned<CFTypeRef>(makeString(text).leak());
+  }
+
+  template <typename... Elements>
+  static void setScope(const Owned<MDQueryRef>& query, Elements... elements) {
+    const Owned scope(CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks));
+    (CFArrayAppendValue(scope.get(), elements.get()), ...);
+    MDQuerySetSearchScope(query.get(), scope.get(), 0);
+  }
+
+  std::vector<std::string> found(const Owned<MDQueryRef>& query) const {
+    MDQueryExecute(query.get(), kMDQuerySynchronous);
+    return results(query);
+  }
+
+  Owned<MDQueryRef> query = make("kMDItemFSName == \"*.txt\"");
+};
+
+TEST_F(QueryScope, IsTheIndexedFoldersUnlessOneIsSet) {
+  standin::setIndexedFolders({scratch.at("two")});
+  EXPECT_THAT(found(query), ElementsAre("two/c.txt"));
+}
+
+TEST_F(QueryScope, IsNowhereWhenItIsEmpty) {
+  setScope(query);
+  EXPECT_THAT(found(query), IsEmpty());
+  EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
+}
+
+TEST_F(QueryScope, TakesFoldersAsURLsAndAsStrings) {
+  setScope(query, url(scratch.at("two")), string(scratch.at("one/inner")));
+  EXPECT_THAT(found(query), ElementsAre("two/c.txt", "one/inner/b.txt"));
+}
+
+TEST_F(QueryScope, LooksOnceInFoldersThatLieInOneAnother) {
+  setScope(query, url(scratch.at("one/inner")), url(scratch.at("one")), string(scratch.at("one")));
+  EXPECT_THAT(found(query), ElementsAre("one/a.txt", "one/inner/b.txt"));
+}
+
+TEST_F(QueryScope, NeedNotBeIndexed) {
+  standin::setIndexedFolders({scratch.at("two")});
+  setScope(query, url(scratch.at("one")));
+  EXPECT_THAT(found(query), ElementsAre("one/a.txt", "one/inner/b.txt"));
+}
+
+TEST_F(QueryScope, PassesOverWhatIsNoFolder) {
+  setScope(query, url(scratch.at("missing")), string("two"), string("~"), string(""),
+           string(scratch.at("one/a.txt")), string(scratch.at("two")));
+  EXPECT_THAT(found(query), ElementsAre("two/c.txt"));
+  EXPECT_EQ(standin::lastSearch().missingFolders, 5u);
+}
+
+struct PlaceCase {
+  const char* key;
+  std::vector<std::string> found;
+};
+void PrintTo(const PlaceCase& row, std::ostream* out) {
+  *out << row.key;
+}
+
+class QueryScopePlace : public QueryScope, public testing::WithParamInterface<PlaceCase> {};
+
+TEST_P(QueryScopePlace, IsWhereItsKeySays) {
+  const char* const before = ::getenv("HOME");
+  const std::string home = before ? before : "";
+  ::setenv("HOME", scratch.at("one").c_str(), 1);
+  standin::setIndexedFolders({scratch.at("two")});
+  setScope(query, string(GetParam().key));
+  EXPECT_THAT(found(query), testing::ElementsAreArray(GetParam().found));
+  ::setenv("HOME", home.c_str(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, QueryScopePlace,
+                         testing::Values(PlaceCase{"kMDQueryScopeHome", {"one/a.txt", "one/inner/b.txt"}},
+                                         PlaceCase{"kMDQueryScopeComputer", {"two/c.txt"}},
+                                         PlaceCase{"kMDQueryScopeComputerIndexed", {"two/c.txt"}},
+                                         PlaceCase{"kMDQueryScopeAllIndexed", {"two/c.txt"}},
+                                         PlaceCase{"kMDQueryScopeNetwork", {}},
+                                         PlaceCase{"kMDQueryScopeNetworkIndexed", {}}),
+                         [](const auto& info) { return std::string(info.param.key); });
+
+TEST_F(QueryScope, HasKeysThatAreTheirOwnNames) {
+  EXPECT_EQ(textOf(kMDQueryScopeHome), "kMDQueryScopeHome");
+  EXPECT_EQ(textOf(kMDQueryScopeNetworkIndexed), "kMDQueryScopeNetworkIndexed");
+}
+
+TEST_F(QueryScope, MayBeSetAnewUntilTheQueryIsExecuted) {
+  setScope(query, url(scratch.at("one")));
+  setScope(query, url(scratch.at("two")));
+  EXPECT_THAT(found(query), ElementsAre("two/c.txt"));
+}
+
+TEST_F(QueryScope, CannotBeSetAfterwards) {
+  setScope(query, url(scratch.at("two")));
+  MDQueryExecute(query.get(), 0);
+  setScope(query, url(scratch.at("one")));
+  run();
+  EXPECT_THAT(results(query), ElementsAre("two/c.txt"));
+}
+
+TEST_F(QueryScope, IsFollowedWhenUpdatesAreWanted) {
+  setScope(query, url(scratch.at("two")));
+  gather(query, kMDQueryWantsUpdates);
+  scratch.file("one/new.txt");
+  scratch.file("two/new.txt");
+  run();
+  EXPECT_THAT(results(query), ElementsAre("two/c.txt", "two/new.txt"));
+}
+
+TEST_F(QueryScope, OfASubsetIsItsParents) {
+  setScope(query, url(scratch.at("one")));
+  const auto subset = makeSubset(query, "kMDItemFSName == \"*\"");
+  EXPECT_THAT(found(subset), ElementsAre("one/a.txt", "one/inner/b.txt"));
+}
+
+TEST_F(QueryScope, OfASubsetIsWhatLiesInItsOwnAndInItsParents) {
+  setScope(query, url(scratch.at("one")));
+  const auto subset = makeSubset(query, "kMDItemFSName == \"*\"");
+  setScope(subset, url(scratch.at("two")), url(scratch.at("one/inner")));
+  const auto inner = makeSubset(subset, "kMDItemFSName == \"*\"");
+  setScope(inner, url(scratch.path()));
+  EXPECT_THAT(found(subset), ElementsAre("one/inner/b.txt"));
+  EXPECT_THAT(found(inner), ElementsAre("one/inner/b.txt"));
+}
+
+// Without a scope, the parent looks where everything is indexed, and so does its subset at the most.
+TEST_F(QueryScope, OfASubsetReachesNothingThatItsParentWithoutAScopeDoesNot) {
+  standin::setIndexedFolders({scratch.at("one"), scratch.at("one/inner")});
+  const auto subset = makeSubset(query, "kMDItemFSName == \"*\"");
+  EXPECT_THAT(found(subset), ElementsAre("one/a.txt", "one/inner/b.txt"));
+  const auto elsewhere = makeSubset(query, "kMDItemFSName == \"*\"");
+  setScope(elsewhere, url(scratch.at("two")), url(scratch.at("one/inner")));
+  EXPECT_THAT(found(elsewhere), ElementsAre("one/inner/b.txt"));
+}
+
+using QueryScopeDeathTest = QueryScope;
+
+TEST_F(QueryScopeDeathTest, EndsTheProcessForWhatIsNoScope) {
+  EXPECT_DEATH(MDQuerySetSearchScope(query.get(), nullptr, 0), "MDQuerySetSearchScope: the scope is null");
+  EXPECT_DEATH(setScope(query, Owned<CFTypeRef>(CFRetain(kCFBooleanTrue))),
+               "MDQuerySetSearchScope: this is no string");
+}
+
+}  // namespace

@@ -1,0 +1,74 @@
+// Results that only follow what happens are those of a query that is made afresh, whatever happened, and what
+// the notifications tell adds up to them.
+#include <filesystem>
+#include <set>
+
+#include "tests/standin/coreservices/disk/random_operations.h"
+#include "tests/standin/coreservices/metadata/query_fixture.h"
+#include "tests/support/tier.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::UnorderedElementsAreArray;
+
+constexpr const char* kText = "kMDItemFSSize > 0 || kMDItemFSNodeCount >= 0";
+
+class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsigned> {
+ protected:
+  UpdatesModel() {
+    scratch.folder("in");
+    scratch.folder("out");
+    standin::setIndexedFolders({scratch.at("in")});
+  }
+
+  void follow(const Notice& notice) {
+    for (const std::string& path : notice.removed) EXPECT_EQ(told.erase(path), 1u) << path;
+    for (const std::string& path : notice.changed) EXPECT_EQ(told.count(path), 1u) << path;
+    for (const std::string& path : notice.added) EXPECT_TRUE(told.insert(path).second) << path;
+  }
+
+  void compare(const Owned<MDQueryRef>& query) const {
+    const auto fresh = make(kText);
+    MDQueryExecute(fresh.get(), kMDQuerySynchronous);
+    const std::vector<std::string> expected = results(fresh);
+    EXPECT_THAT(results(query), UnorderedElementsAreArray(expected));
+    EXPECT_THAT(scratch.within({told.begin(), told.end()}), UnorderedElementsAreArray(expected));
+  }
+
+  void expectSorted(const Owned<MDQueryRef>& query) const {
+    std::vector<intmax_t> sizes;
+    for (const std::string& name : results(query)) {
+      const std::string path = scratch.at(name);
+      sizes.push_back(fs::is_directory(path) ? -1 : static_cast<intmax_t>(fs::file_size(path)));
+    }
+    EXPECT_TRUE(std::is_sorted(sizes.begin(), sizes.end())) << testing::PrintToString(sizes);
+  }
+
+  std::set<std::string> told;
+};
+
+TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
+  RandomOperations operations(scratch, GetParam());
+  for (int i = 0; i < 30; ++i) operations.doOne();
+  const auto query = make(kText, {}, {"kMDItemFSSize"});
+  setBatches(query, {0, 0, 0, 0, 1 + GetParam() % 4 * 5, GetParam() % 3 * 250});
+  Listener listener(query.get());
+  gather(query, kMDQueryWantsUpdates);
+  for (CFIndex i = 0; i < MDQueryGetResultCount(query.get()); ++i) told.insert(pathOf(resultAt(query, i)));
+  listener.reaction = [this](const Notice& notice) { follow(notice); };
+  for (int i = 0; i < 1000 && !HasFailure(); ++i) {
+    SCOPED_TRACE(i);
+    operations.doOne();
+    if (operations.upTo(100) == 0) standin::loseEvents();
+    if (operations.upTo(2) == 0) run(0.05);  // some changes are told while others of the same batch come
+    if (operations.upTo(20) != 0) continue;
+    run(10);
+    compare(query);
+    expectSorted(query);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, UpdatesModel, testing::Range(1u, isLongTier() ? 61u : 7u));
+
+}  // namespace

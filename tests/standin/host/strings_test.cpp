@@ -1,0 +1,171 @@
+#include <CoreFoundation/CoreFoundation.h>
+
+#include "standin/host/encodings.h"
+#include "tests/standin/host/fake_plugin.h"
+
+namespace fake {
+namespace {
+
+using std::string_literals::operator""s;
+
+uint32_t encodingOf(String string) {
+  return entry<uint32_t(String)>("REALGetStringEncoding")(string);
+}
+
+String converted(String string, uint32_t encoding) {
+  return entry<String(String, uint32_t)>("REALConvertString")(string, encoding);
+}
+
+TEST_F(HostTest, AStringKeepsItsBytesAndItsEncoding) {
+  const String string = fake::entry<String(const char*, int32_t)>("REALBuildString")("a\0b", 3);
+  EXPECT_EQ(encodingOf(string), host::encodingUnknown);
+  fake::entry<void(String, uint32_t)>("REALSetStringEncoding")(string, host::encodingAscii);
+  EXPECT_EQ(encodingOf(string), host::encodingAscii);
+  EXPECT_EQ(content(string), "a\0b"s);
+  EXPECT_STREQ(fake::entry<const char*(String)>("StringGetCString")(string), "a");
+  unlockString(string);
+}
+
+struct Conversion {
+  std::string utf8;
+  uint32_t encoding;
+  std::string bytes;
+};
+
+void PrintTo(const Conversion& row, std::ostream* out) {
+  *out << row.utf8 << " in " << std::hex << row.encoding;
+}
+
+class Encodings : public HostTest, public testing::WithParamInterface<Conversion> {};
+
+TEST_P(Encodings, ConvertThereAndBack) {
+  const String utf8 = build(GetParam().utf8);
+  const String there = converted(utf8, GetParam().encoding);
+  ASSERT_NE(there, nullptr);
+  EXPECT_EQ(content(there), GetParam().bytes);
+  EXPECT_EQ(encodingOf(there), GetParam().encoding);
+  const String back = converted(there, host::encodingUtf8);
+  EXPECT_EQ(content(back), GetParam().utf8);
+  for (const String string : {utf8, there, back}) unlockString(string);
+}
+
+INSTANTIATE_TEST_SUITE_P(, Encodings,
+                         testing::Values(Conversion{"Aé€", host::encodingMacRoman, "A\x8E\xDB"},
+                                         Conversion{"Aé€", host::encodingWindowsLatin1, "A\xE9\x80"},
+                                         Conversion{"Az", host::encodingAscii, "Az"},
+                                         Conversion{"A€😀", host::encodingUtf16,
+                                                    "A\0\xAC\x20\x3D\xD8\x00\xDE"s},
+                                         Conversion{"A😀", host::encodingUtf32, "A\0\0\0\x00\xF6\x01\x00"s},
+                                         Conversion{"A€😀", host::encodingUtf8, "A€😀"}));
+
+TEST(Conversions, WhatIsNoTextOrHasNoPlaceIsNotConverted) {
+  EXPECT_FALSE(host::convert("\xFF", host::encodingUtf8, host::encodingUtf16));
+  EXPECT_FALSE(host::convert("\xC0\x80", host::encodingUtf8, host::encodingUtf16));      // overlong
+  EXPECT_FALSE(host::convert("\xE0\x80\x80", host::encodingUtf8, host::encodingUtf16));  // overlong
+  EXPECT_FALSE(host::convert("\xED\xA0\x80", host::encodingUtf8, host::encodingUtf16));  // a surrogate
+  EXPECT_FALSE(host::convert("\xE2\x82", host::encodingUtf8, host::encodingUtf16));      // cut off
+  EXPECT_FALSE(host::convert("\x3D\xD8", host::encodingUtf16, host::encodingUtf8));      // half a pair
+  EXPECT_FALSE(host::convert("abc", host::encodingUtf16, host::encodingUtf8));           // half a unit
+  EXPECT_FALSE(host::convert("\x80", host::encodingAscii, host::encodingUtf8));
+  EXPECT_FALSE(host::convert("€", host::encodingUtf8, host::encodingAscii));
+  EXPECT_FALSE(host::convert("中", host::encodingUtf8, host::encodingMacRoman));
+  EXPECT_FALSE(host::convert("a", 0x1234, host::encodingUtf8));
+}
+
+TEST_F(HostTest, AStringBecomesACoreFoundationString) {
+  const String string = build("na\xEFve", host::encodingWindowsLatin1);
+  const auto copy = fake::entry<CFStringRef(String, bool)>("REALGetStringCFString");
+  const CFStringRef text = copy(string, false);
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(CFStringGetLength(text), 5);
+  EXPECT_EQ(CFStringGetCharacterAtIndex(text, 2), 0xEF);
+  CFRelease(text);
+  unlockString(string);
+  const String broken = build("\xFF", host::encodingUtf8);
+  EXPECT_EQ(copy(broken, false), nullptr);
+  unlockString(broken);
+}
+
+TEST_F(HostTest, StringDataComesInTheEncodingAskedFor) {
+  struct {
+    char* data;
+    int32_t length;
+    uint32_t encoding;
+  } data{};
+  const String string = build("é");
+  const auto fill = fake::entry<bool(String, uint32_t, void*)>("PluginGetStringData");
+  ASSERT_TRUE(fill(string, host::encodingMacRoman, &data));
+  EXPECT_EQ(std::string(data.data, 1), "\x8E");
+  EXPECT_EQ(data.length, 1);
+  EXPECT_EQ(data.encoding, host::encodingMacRoman);
+  EXPECT_EQ(standin::ledgerLine("host string data"), 1);
+  fake::entry<void(void*)>("PluginDisposeStringData")(&data);
+  EXPECT_EQ(standin::ledgerLine("host string data"), 0);
+  EXPECT_FALSE(fill(string, host::encodingAscii, &data));
+  unlockString(string);
+}
+
+TEST_F(HostTest, LenBCountsBytesAndIsFoundByItsExactText) {
+  const auto load = fake::entry<void*(Object, const char*)>("REALLoadGlobalMethod");
+  EXPECT_EQ(load(nullptr, "LenB(s as string) as integer"), nullptr);
+  void* const lenB = load(nullptr, "LenB( s as string ) as integer");
+  ASSERT_NE(lenB, nullptr);
+  const String string = build("é");
+  EXPECT_EQ(reinterpret_cast<int32_t (*)(String)>(lenB)(string), 2);
+  unlockString(string);
+}
+
+uint32_t wordAt(String string, int index) {
+  return static_cast<const uint32_t*>(string)[index];
+}
+
+class OldStrings : public HostTest {
+ protected:
+  OldStrings() : HostTest(host::oldHost()) {}
+};
+
+TEST_F(OldStrings, ShowTheirTextOneByteInWhileLocked) {
+  const host::Value text("héllo");
+  String const string = text.handle();
+  lockString(string);
+  EXPECT_EQ(wordAt(string, 3), 6u);
+  EXPECT_STREQ(reinterpret_cast<const char*>(wordAt(string, 1)) + 1, "héllo");
+  lockString(string);
+  unlockString(string);
+  EXPECT_STREQ(reinterpret_cast<const char*>(wordAt(string, 1)) + 1, "héllo");
+  unlockString(string);
+  EXPECT_NE(wordAt(string, 3), 6u);
+}
+
+TEST_F(OldStrings, CannotBeReadWithoutALock) {
+  const host::Value text("héllo");
+  EXPECT_DEATH(EXPECT_EQ(*reinterpret_cast<volatile const char*>(wordAt(text.handle(), 1)), 0), "");
+}
+
+TEST_F(OldStrings, HideWhatOldHostsLack) {
+  EXPECT_EQ(host::resolve("PluginGetStringData"), nullptr);
+  EXPECT_EQ(host::resolve("REALGetStringCFString"), nullptr);
+  EXPECT_NE(host::resolve("StringGetCString"), nullptr);
+}
+
+TEST_F(HostTest, NewStringsShowNothingEvenWhenLocked) {
+  const host::Value text("hello");
+  lockString(text.handle());
+  EXPECT_NE(wordAt(text.handle(), 3), 5u);
+  EXPECT_DEATH(EXPECT_EQ(*reinterpret_cast<volatile const char*>(wordAt(text.handle(), 1)), 0), "");
+  unlockString(text.handle());
+}
+
+TEST_F(HostTest, TheVersionThatThePlugInWasToldDecides) {
+  host::settings().version = 2014;
+  standin::failCall("REALGetRBVersion", 1);
+  EXPECT_EQ(fake::entry<double()>("REALGetRBVersion")(), 0);
+  standin::clearFailures();
+  const host::Value text("hello");
+  lockString(text.handle());
+  EXPECT_EQ(wordAt(text.handle(), 3), 5u);
+  unlockString(text.handle());
+}
+
+}  // namespace
+}  // namespace fake
