@@ -2,6 +2,8 @@
 # the plug-in is 32-bit, and a process loads libraries of its own kind only.
 add_compile_options(-m32 -msse2 -mfpmath=sse -Wall -Wextra -Werror)
 add_link_options(-m32)
+# Sizes and times of 64 bits, also in a process of 32.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
 option(SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 if(SANITIZE)
@@ -24,8 +26,14 @@ endif()
 # Headers only.
 find_path(JSON_INCLUDE_DIR nlohmann/json.hpp REQUIRED)
 
-# GoogleTest from Debian's source package, compiled here with our flags.
-set(GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
-set(INSTALL_GTEST OFF)
-set(BUILD_GMOCK ON)
-add_subdirectory(${GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+# GoogleTest from Debian's source package, compiled here with our flags; the tests of the sanitizer build take the default
+# build's (TestPrograms.cmake).
+if(NOT SANITIZE)
+  set(GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+  set(INSTALL_GTEST OFF)
+  set(BUILD_GMOCK ON)
+  add_subdirectory(${GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+  foreach(library gtest gtest_main gmock)
+    target_compile_options(${library} PRIVATE -O0)
+  endforeach()
+endif()

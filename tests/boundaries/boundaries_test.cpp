@@ -109,10 +109,14 @@ TEST(BoundariesCheck, TheLedgerNeedsNoCoreFoundation) {
 
 // What a header alone gives away (a layout, an inline function) leaves no symbol.
 TEST(BoundariesCheck, NothingOutsideIncludesAnotherOfItsHeadersThanTheRuntimes) {
-  const auto includes = includesFromOutside(SOURCES, "standin/corefoundation");
-  EXPECT_GT(includes.size(), 5U);
-  for (const auto& [file, included] : includes)
-    EXPECT_EQ(included, "standin/corefoundation/CFRuntime.h") << file;
+  const std::string folder = "standin/corefoundation/";
+  int runtimes = 0;
+  for (const auto& [file, included] : includesOf(SOURCES)) {
+    if (!included.starts_with(folder) || file.starts_with(folder)) continue;
+    EXPECT_EQ(included, folder + "CFRuntime.h") << file;
+    ++runtimes;
+  }
+  EXPECT_GT(runtimes, 5);
 }
 
 TEST(BoundariesCheck, CoreFoundationExportsNothingElse) {

@@ -9,5 +9,6 @@ struct Include {
   std::string included;
 };
 
-// The includes, by file, of the project's sources outside a folder that lead into that folder.
-std::vector<Include> includesFromOutside(const std::string& project, const std::string& folder);
+// Every include of one of the project's sources by another. What is built, and folders that are hidden, don't
+// count.
+std::vector<Include> includesOf(const std::string& project);

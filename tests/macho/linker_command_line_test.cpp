@@ -8,7 +8,7 @@ using toolbox::Outcome;
 class LinkerCommandLine : public toolbox::Workshop {};
 
 TEST_F(LinkerCommandLine, HelpExplainsTheOptionsAndTheImportList) {
-  const Outcome help = toolbox::run({MACHO_LINK, "--help"});
+  const Outcome help = toolbox::run({toolbox::linker(), "--help"});
   EXPECT_EQ(0, help.status);
   for (const char* word :
        {"-o OUT", "-install_name", "-imports", "-exported", "-minimum-system", "library "}) {
@@ -36,7 +36,7 @@ TEST_F(LinkerCommandLine, WhatIsMissingOrWrongIsSaidWithStatus2) {
       {{"-minimum-system", "10.6."}, "10.6. is not a version; write it as 10.6"},
   };
   for (const Row& row : rows) {
-    std::vector<std::string> command = {MACHO_LINK};
+    std::vector<std::string> command = {toolbox::linker()};
     command.insert(command.end(), row.words.begin(), row.words.end());
     const Outcome result = toolbox::run(command);
     EXPECT_EQ(2, result.status) << row.message;
@@ -63,7 +63,7 @@ TEST_F(LinkerCommandLine, AFolderInPlaceOfAnObjectIsNamed) {
 TEST_F(LinkerCommandLine, AnOutputThatCanNotBeWrittenIsNamedAndLeavesNothingBehind) {
   const std::string object = compile("a", "EXPORT int entry() { return 1; }");
   const std::string output = path("no/such/folder.dylib");
-  const Outcome result = toolbox::run({MACHO_LINK, "-o", output, "-install_name", "n", "-imports",
+  const Outcome result = toolbox::run({toolbox::linker(), "-o", output, "-install_name", "n", "-imports",
                                        importList({}), "-exported", "_entry", object});
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("macho-link: " + output +
@@ -97,8 +97,8 @@ TEST_F(LinkerCommandLine, AnImportListIsReadLineByLine) {
   const std::string object = compile("a", "EXPORT int entry() { return 1; }");
   for (const Row& row : rows) {
     const std::string list = write("list.txt", row.text);
-    const Outcome result = toolbox::run({MACHO_LINK, "-o", path("out"), "-install_name", "n", "-imports",
-                                         list, "-exported", "_entry", object});
+    const Outcome result = toolbox::run({toolbox::linker(), "-o", path("out"), "-install_name", "n",
+                                         "-imports", list, "-exported", "_entry", object});
     EXPECT_EQ(1, result.status) << row.text;
     EXPECT_EQ("macho-link: " + list + row.message + "\n", result.output);
   }

@@ -92,8 +92,8 @@ TEST_F(LinkerRefuses, AListedImportThatTheObjectsDefine) {
 TEST_F(LinkerRefuses, AListedLibraryWithoutASymbol) {
   const std::string object = compile("a", "EXPORT int entry() { return 1; }");
   const std::string list = write("list.txt", "library /usr/lib/libempty.dylib 1 1\n");
-  const Outcome result = toolbox::run(
-      {MACHO_LINK, "-o", path("out"), "-install_name", "n", "-imports", list, "-exported", "_entry", object});
+  const Outcome result = toolbox::run({toolbox::linker(), "-o", path("out"), "-install_name", "n", "-imports",
+                                       list, "-exported", "_entry", object});
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("macho-link: " + list + ": /usr/lib/libempty.dylib is listed without a symbol; remove it\n",
             result.output);

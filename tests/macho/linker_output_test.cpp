@@ -74,8 +74,8 @@ TEST_F(LinkerOutput, StatesItsNameItsSystemAndItsLibraries) {
                                      "return a() + b(); }");
   const std::string list = write(
       "list.txt", "library /usr/lib/liba.dylib 1.2.3 1 weak\n_a\nlibrary /usr/lib/libb.dylib 7.9 7\n_b\n");
-  ASSERT_EQ(0, toolbox::run({MACHO_LINK, "-o", path("test.dylib"), "-install_name", "@rpath/mine", "-imports",
-                             list, "-exported", "_entry", "-minimum-system", "10.6", object})
+  ASSERT_EQ(0, toolbox::run({toolbox::linker(), "-o", path("test.dylib"), "-install_name", "@rpath/mine",
+                             "-imports", list, "-exported", "_entry", "-minimum-system", "10.6", object})
                    .status);
   const std::string headers = objdump({"--private-headers"});
   EXPECT_EQ((Lines{"cmd LC_ID_DYLIB", "cmd LC_LOAD_WEAK_DYLIB", "cmd LC_LOAD_DYLIB"}), [&] {

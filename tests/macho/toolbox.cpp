@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/build_folder.h"
+
 namespace toolbox {
 namespace {
 
@@ -34,6 +36,10 @@ Outcome run(const std::vector<std::string>& command) {
   const int status = pclose(pipe);
   if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
   return result;
+}
+
+std::string linker() {
+  return builtFile("bin/macho-link");
 }
 
 std::string readFile(const std::string& path) {
@@ -104,7 +110,7 @@ std::string Workshop::importList(const std::vector<std::string>& symbols) const 
 
 Outcome Workshop::link(const std::vector<std::string>& objects, const std::vector<std::string>& imports,
                        const std::vector<std::string>& exported) const {
-  std::vector<std::string> command = {MACHO_LINK, "-o",       path("test.dylib"), "-install_name",
+  std::vector<std::string> command = {linker(),   "-o",       path("test.dylib"), "-install_name",
                                       "@rpath/t", "-imports", importList(imports)};
   for (const std::string& symbol : exported)
     command = command + std::vector<std::string>{"-exported", symbol};

@@ -17,6 +17,9 @@ struct Outcome {
 };
 Outcome run(const std::vector<std::string>& command);
 
+// The linker that was built with this test.
+std::string linker();
+
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& contents);
 

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "tests/plugin/bridge/fixture.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/tier.h"
 
 namespace {
@@ -126,11 +127,7 @@ void runOnSmallStack(const std::function<void()>& work) {
 }
 
 // Sanitized frames are many times as large.
-#if defined(__SANITIZE_ADDRESS__)
-const int kLevels = 50;
-#else
-const int kLevels = 1000;
-#endif
+const int kLevels = underAddressSanitizer() ? 50 : 1000;
 
 TEST_F(RoundTrip, OfAThousandLevelsOfArraysFitsInASmallStack) {
   start();

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "standin/system/control.h"
+#include "tests/support/build_folder.h"
 #include "tests/support/owned.h"
 
 namespace {
@@ -18,7 +19,7 @@ class Bundle : public testing::Test {
     std::string folder = (fs::temp_directory_path() / "bundle-test-XXXXXX").string();
     path = ::mkdtemp(folder.data());
     fs::create_directories(path / "Sample.framework");
-    fs::create_symlink(BUNDLE_SAMPLE, path / "Sample.framework" / "Sample");
+    fs::create_symlink(builtFile("lib/libbundle-sample.so"), path / "Sample.framework" / "Sample");
     fs::create_directories(path / "Empty.framework");
   }
   ~Bundle() override {

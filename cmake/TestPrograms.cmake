@@ -1,0 +1,87 @@
+# Test code is compiled once, in the default build and without the sanitizers, and the test programs of both builds are
+# linked from its objects: only what is tested is built twice.
+
+if(SANITIZE)
+  set(PLAIN_BUILD ${CMAKE_SOURCE_DIR}/build/default CACHE PATH "The default build, whose test code is used")
+  # It is brought up to date first, also when only this build is asked for.
+  if(NOT EXISTS ${PLAIN_BUILD}/build.ninja)
+    execute_process(COMMAND ${CMAKE_COMMAND} --preset default -B ${PLAIN_BUILD} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
+      COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+else()
+  # What most tests include takes longer to compile than the tests themselves.
+  add_library(test-headers OBJECT ${CMAKE_SOURCE_DIR}/tests/support/headers.cpp)
+  target_compile_options(test-headers PRIVATE -O0)
+  target_link_libraries(test-headers PRIVATE gmock gtest)
+  target_precompile_headers(test-headers PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/headers.h)
+endif()
+
+# add_test_code(NAME source...)
+#
+# Makes the object library NAME of test code, whose sources lie in or below the current folder.
+function(add_test_code name)
+  if(NOT SANITIZE)
+    add_library(${name} OBJECT ${ARGN})
+    target_compile_options(${name} PRIVATE -O0)  # compiling takes longer than running
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE gmock)  # their definitions are part of the precompiled header
+    target_precompile_headers(${name} REUSE_FROM test-headers)
+    set_property(GLOBAL APPEND PROPERTY TEST_CODE ${name})
+    return()
+  endif()
+  file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  list(TRANSFORM ARGN PREPEND ${PLAIN_BUILD}/${folder}/CMakeFiles/${name}.dir/)
+  list(TRANSFORM ARGN APPEND .o)
+  add_library(${name} OBJECT IMPORTED GLOBAL)
+  set_target_properties(${name} PROPERTIES IMPORTED_OBJECTS "${ARGN}")
+  set_property(GLOBAL APPEND PROPERTY TEST_OBJECTS ${ARGN})
+endfunction()
+
+# add_test_program(NAME SOURCES source... LIBRARIES target... [DEFINITIONS definition...])
+#
+# Makes the executable NAME of test code and what it tests. The definitions are compiled in: they must suit both builds.
+function(add_test_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 program "" "" "SOURCES;LIBRARIES;DEFINITIONS")
+  add_test_code(${name}-code ${program_SOURCES})
+  if(NOT SANITIZE)
+    target_compile_definitions(${name}-code PRIVATE ${program_DEFINITIONS})
+    target_link_libraries(${name}-code PRIVATE ${program_LIBRARIES})
+  endif()
+  add_executable(${name} $<TARGET_OBJECTS:${name}-code>)
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+  target_link_libraries(${name} PRIVATE ${program_LIBRARIES})
+endfunction()
+
+# add_suites(NAME PROGRAM [argument...])
+#
+# Registers each suite of a test program, run with these arguments, as the test NAME.SUITE.
+function(add_suites name program)
+  set(file ${CMAKE_CURRENT_BINARY_DIR}/${name}.suites.cmake)
+  add_custom_command(TARGET ${program} POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -DNAME=${name} -DPROGRAM=$<TARGET_FILE:${program}> "-DARGUMENTS=${ARGN}" -DOUTPUT=${file}
+      -P ${CMAKE_SOURCE_DIR}/cmake/ListSuites.cmake
+    BYPRODUCTS ${file}
+    VERBATIM)
+  # Until the program is built there is one test, which fails.
+  file(GENERATE OUTPUT ${file}.include CONTENT
+    "if(EXISTS \"${file}\")\n  include(\"${file}\")\nelse()\n  add_test(${name}.NOT_BUILT ${name}.NOT_BUILT)\nendif()\n")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${file}.include)
+endfunction()
+
+# Called once, after all test programs.
+function(finish_test_programs)
+  if(SANITIZE)
+    get_property(objects GLOBAL PROPERTY TEST_OBJECTS)
+    foreach(library gtest gtest_main gmock)
+      list(APPEND libraries ${PLAIN_BUILD}/lib/lib${library}.a)
+    endforeach()
+    add_custom_target(test-code
+      COMMAND ${CMAKE_COMMAND} --build ${PLAIN_BUILD} --target test-code
+      BYPRODUCTS ${objects} ${libraries}
+      COMMENT "Bringing the test code of ${PLAIN_BUILD} up to date"
+      VERBATIM)
+  else()
+    get_property(code GLOBAL PROPERTY TEST_CODE)
+    add_custom_target(test-code DEPENDS ${code} gtest gtest_main gmock)
+  endif()
+endfunction()

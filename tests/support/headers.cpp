@@ -1,0 +1,1 @@
+// The precompiled header needs a target, and a target a source.
