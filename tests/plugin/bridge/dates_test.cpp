@@ -1,11 +1,11 @@
 // Dates through the bridge, as Core Foundation was observed to compute them.
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 #include <fstream>
 #include <sstream>
 
 #include "tests/plugin/bridge/fixture.h"
+#include "tests/support/local_zone.h"
 
 namespace {
 
@@ -30,25 +30,6 @@ void* listening(const char* name) {
   if (wanted == "REALSetPropValueInt") return reinterpret_cast<void*>(setProperty);
   return host::resolve(name);
 }
-
-// The process's time zone, for the time of a scope.
-class LocalZone {
- public:
-  explicit LocalZone(const char* name) {
-    if (const char* const now = std::getenv("TZ")) before_ = now;
-    setenv("TZ", name, 1);
-    tzset();
-  }
-  ~LocalZone() {
-    before_ ? setenv("TZ", before_->c_str(), 1) : unsetenv("TZ");
-    tzset();
-  }
-  LocalZone(const LocalZone&) = delete;
-  LocalZone& operator=(const LocalZone&) = delete;
-
- private:
-  std::optional<std::string> before_;
-};
 
 std::vector<std::vector<std::string>> rowsOf(const std::string& name) {
   std::ifstream file(std::string(VECTORS) + "/" + name);

@@ -1,4 +1,4 @@
-#include <unistd.h>
+#include <filesystem>
 
 #include "tests/standin/coreservices/filemanager/fixture.h"
 

@@ -5,29 +5,21 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "tests/support/owned.h"
+#include "tests/support/scratch_folder.h"
 
 class FileManagerTest : public testing::Test {
  protected:
-  FileManagerTest() {
-    std::string name = (std::filesystem::temp_directory_path() / "filemanager-test-XXXXXX").string();
-    if (!mkdtemp(name.data())) throw std::runtime_error(name + ": can't be made");
-    folder_ = std::filesystem::canonical(name);
-  }
   ~FileManagerTest() override {
     standin::clearFailures();
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
     EXPECT_EQ(alive(), "");
   }
 
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
-  std::string folder() const { return folder_.string(); }
-  void add(const std::string& name) const { std::ofstream(folder_ / name) << "content"; }
+  std::string path(const std::string& name) const { return scratch.at(name); }
+  std::string folder() const { return scratch.path(); }
+  void add(const std::string& name) const { scratch.file(name, "content"); }
 
   // False when no file is there.
   static bool refOf(const std::string& path, FSRef& ref) { return CFURLGetFSRef(makeURL(path).get(), &ref); }
@@ -47,6 +39,5 @@ class FileManagerTest : public testing::Test {
   }
   static bool same(const FSRef& a, const FSRef& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
- private:
-  std::filesystem::path folder_;
+  const ScratchFolder scratch;
 };

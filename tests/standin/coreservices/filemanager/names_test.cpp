@@ -1,6 +1,4 @@
 // Names that the Mac's file systems and Linux's treat differently.
-#include <unistd.h>
-
 #include "tests/standin/coreservices/filemanager/fixture.h"
 
 namespace {
@@ -11,7 +9,7 @@ constexpr const char* kComposed = "Caf\u00e9";
 constexpr const char* kDecomposed = "Cafe\u0301";
 
 TEST_F(Names, AFileIsFoundUnderTheOtherUnicodeForm) {
-  std::filesystem::create_directory(path(kComposed));
+  scratch.folder(kComposed);
   add(std::string(kComposed) + "/" + kDecomposed);
   const std::string real = path(std::string(kComposed) + "/" + kDecomposed);
   for (const char* folder : {kComposed, kDecomposed}) {
@@ -70,9 +68,9 @@ TEST_F(Names, ANameThatIsNoTextIsFoundButHasNoNameInTheCatalogue) {
 }
 
 TEST_F(Names, AllPathsOfOneFileGiveTheSameReference) {
-  std::filesystem::create_directory(path("folder"));
+  scratch.folder("folder");
   add("folder/file");
-  std::filesystem::create_symlink("folder", path("link"));
+  scratch.link("link", "folder");
   const FSRef file = mustRef(path("folder/file"));
   EXPECT_TRUE(same(file, mustRef(path("link/file"))));
   EXPECT_TRUE(same(file, mustRef(path("folder/../folder/./file"))));
@@ -81,7 +79,7 @@ TEST_F(Names, AllPathsOfOneFileGiveTheSameReference) {
 }
 
 TEST_F(Names, ALinkIsAFileOfItsOwnEvenWhenItLeadsNowhere) {
-  std::filesystem::create_symlink("nowhere", path("link"));
+  scratch.link("link", "nowhere");
   EXPECT_EQ(pathOf(mustRef(path("link"))), path("link"));
 }
 

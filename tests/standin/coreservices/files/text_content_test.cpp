@@ -1,8 +1,6 @@
 #include "standin/coreservices/files/text_content.h"
 
-#include <CoreServices/CoreServices.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -14,10 +12,8 @@
 #include <string>
 
 #include "standin/coreservices/language/parser.h"
-#include "standin/coreservices/metadata/control.h"
 #include "standin/coreservices/search/search.h"
-#include "tests/support/owned.h"
-#include "tests/support/scratch_folder.h"
+#include "tests/standin/coreservices/metadata/fixture.h"
 #include "tests/support/sanitizers.h"
 
 namespace standin::metadata {
@@ -227,19 +223,14 @@ TEST_F(TextContentQuery, FindsWordsWhereverTheyLieInALongText) {
   }
 }
 
-TEST(TextContent, CanBeQueriedAndIsNeverReturned) {
-  {
-    const ScratchFolder scratch;
-    scratch.file("a.txt", "a word");
-    setIndexedFolders({scratch.path()});
-    const auto text = makeString("kMDItemTextContent == \"word\"cdw");
-    const Owned query(MDQueryCreate(kCFAllocatorDefault, text.get(), nullptr, nullptr));
-    ASSERT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
-    ASSERT_EQ(MDQueryGetResultCount(query.get()), 1);
-    const auto item = static_cast<MDItemRef>(const_cast<void*>(MDQueryGetResultAtIndex(query.get(), 0)));
-    EXPECT_FALSE(Owned(MDItemCopyAttribute(item, kMDItemTextContent)));
-  }
-  EXPECT_EQ(alive(), "");
+using TextContentOfResults = MetadataTest;
+
+TEST_F(TextContentOfResults, CanBeQueriedAndIsNeverReturned) {
+  scratch.file("a.txt", "a word");
+  const auto query = makeQuery("kMDItemTextContent == \"word\"cdw");
+  ASSERT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
+  ASSERT_EQ(MDQueryGetResultCount(query.get()), 1);
+  EXPECT_FALSE(Owned(MDItemCopyAttribute(resultAt(query, 0), kMDItemTextContent)));
 }
 
 }  // namespace

@@ -1,23 +1,19 @@
 #include "standin/coreservices/language/time_values.h"
 
-#include <CoreServices/CoreServices.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <string>
 
 #include "standin/coreservices/language/parser.h"
-#include "standin/coreservices/metadata/control.h"
+#include "tests/standin/coreservices/metadata/fixture.h"
 #include "tests/support/local_zone.h"
-#include "tests/support/owned.h"
-#include "tests/support/scratch_folder.h"
 
 namespace standin::metadata {
 namespace {
 
-constexpr double kFrom1970To2001 = 978307200;
+constexpr double kStartOf2001 = 978307200;
 constexpr double kNow = 321021296.25;  // Saturday, 2011-03-05 12:34:56.25 GMT
 
 constexpr const char* kGreenwich = "GMT0";
@@ -26,7 +22,7 @@ constexpr const char* kTokyo = "JST-9";
 constexpr const char* kMidnightChanges = "BRT3BRST,M11.1.0/0,M2.3.0/0";  // forward and back at midnight
 
 std::string inGreenwich(double seconds) {
-  const auto time = static_cast<time_t>(seconds + kFrom1970To2001);
+  const auto time = static_cast<time_t>(seconds + kStartOf2001);
   struct tm fields {};
   char text[64];
   ::gmtime_r(&time, &fields);
@@ -222,15 +218,8 @@ TEST(Times, AreRefusedWithThePlaceAndTheReasonWhenMalformed) {
   }
 }
 
-class TimesInQueries : public testing::Test {
+class TimesInQueries : public MetadataTest {
  protected:
-  TimesInQueries() { standin::setIndexedFolders({scratch.path()}); }
-  ~TimesInQueries() override { EXPECT_EQ(alive(), ""); }
-
-  static Owned<MDQueryRef> make(const std::string& text) {
-    return Owned(MDQueryCreate(kCFAllocatorDefault, makeString(text).get(), nullptr, nullptr));
-  }
-
   static timespec clock() {
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
@@ -241,8 +230,6 @@ class TimesInQueries : public testing::Test {
     const timespec times[] = {time, time};
     ASSERT_EQ(::utimensat(AT_FDCWD, scratch.file(name).c_str(), times, 0), 0);
   }
-
-  ScratchFolder scratch;
 };
 
 TEST_F(TimesInQueries, FindFilesByTheTimeOfTheirChange) {
@@ -257,7 +244,7 @@ TEST_F(TimesInQueries, FindFilesByTheTimeOfTheirChange) {
       {"kMDItemFSContentChangeDate > $time.today(1)", 0},
   };
   for (const auto& [text, count] : kRows) {
-    const auto query = make(text);
+    const auto query = makeQuery(text);
     ASSERT_TRUE(query) << text;
     ASSERT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
     EXPECT_EQ(MDQueryGetResultCount(query.get()), count) << text;
@@ -265,16 +252,16 @@ TEST_F(TimesInQueries, FindFilesByTheTimeOfTheirChange) {
 }
 
 TEST_F(TimesInQueries, MakeNoQueryWhenMalformed) {
-  const auto parent = make("kMDItemFSSize > 1");
+  const auto parent = makeQuery("kMDItemFSSize > 1");
   for (const char* text : {"kMDItemFSSize == $time.tomorrow", "kMDItemFSSize < $time.iso(2011-02-30)",
                            "kMDItemFSSize > \"$time.today(x)\""}) {
-    EXPECT_FALSE(make(text)) << text;
-    EXPECT_FALSE(Owned(MDQueryCreateSubset(nullptr, parent.get(), makeString(text).get(), nullptr, nullptr)));
+    EXPECT_FALSE(makeQuery(text)) << text;
+    EXPECT_FALSE(makeSubset(parent, text));
   }
 }
 
 TEST_F(TimesInQueries, AreFixedWhenTheQueryStartsAndNotWhenItIsMade) {
-  const auto query = make("kMDItemFSContentChangeDate < $time.now");
+  const auto query = makeQuery("kMDItemFSContentChangeDate < $time.now");
   const timespec made = clock();
   changedAt("file", made);
   for (timespec now = made; now.tv_sec == made.tv_sec && now.tv_nsec < made.tv_nsec + 1000000;) now = clock();

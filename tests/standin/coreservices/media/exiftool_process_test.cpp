@@ -17,7 +17,6 @@
 #include <set>
 
 #include "standin/coreservices/media/media_reader.h"
-#include "standin/coreservices/metadata/control.h"
 #include "tests/standin/coreservices/media/sample_files.h"
 #include "tests/standin/coreservices/metadata/item_fixture.h"
 
@@ -298,8 +297,7 @@ class LazyReading : public ExiftoolProcess {
   }
 
   static void search(const std::string& folder, const char* query, CFIndex results) {
-    const auto string = makeString(query);
-    const Owned found(MDQueryCreate(kCFAllocatorDefault, string.get(), nullptr, nullptr));
+    const auto found = makeQuery(query);
     standin::setIndexedFolders({folder});
     ASSERT_TRUE(MDQueryExecute(found.get(), kMDQuerySynchronous));
     EXPECT_EQ(MDQueryGetResultCount(found.get()), results) << query;

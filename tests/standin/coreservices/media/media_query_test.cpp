@@ -1,33 +1,22 @@
 // Searching and sorting by what content tells about itself: one attribute with several values by any of them.
-#include <initializer_list>
 #include <string>
 #include <vector>
 
-#include "standin/coreservices/metadata/control.h"
 #include "tests/standin/coreservices/media/exiftool_command.h"
 #include "tests/standin/coreservices/media/sample_files.h"
-#include "tests/standin/coreservices/metadata/item_fixture.h"
+#include "tests/standin/coreservices/metadata/fixture.h"
 
 namespace {
 
 using Strings = std::vector<std::string>;
 
-class MediaQuery : public ItemTest {
+class MediaQuery : public MetadataTest {
  protected:
-  Strings find(const char* query, std::initializer_list<const char*> sortingAttributes = {}) {
-    const auto string = makeString(query);
-    const auto sorting = makeStrings(sortingAttributes);
-    const Owned found(MDQueryCreate(kCFAllocatorDefault, string.get(), nullptr, sorting.get()));
-    if (!found) return {"(no query)"};
-    standin::setIndexedFolders({scratch.path()});
-    MDQueryExecute(found.get(), kMDQuerySynchronous);
-    Strings names;
-    for (CFIndex i = 0; i < MDQueryGetResultCount(found.get()); ++i) {
-      const auto item = static_cast<MDItemRef>(const_cast<void*>(MDQueryGetResultAtIndex(found.get(), i)));
-      const Owned name(MDItemCopyAttribute(item, kMDItemFSName));
-      names.push_back(textOf(name.get()));
-    }
-    return names;
+  Strings find(const char* text, Names sortingAttributes = {}) const {
+    const auto query = makeQuery(text, {}, sortingAttributes);
+    if (!query) return {"(no query)"};
+    MDQueryExecute(query.get(), kMDQuerySynchronous);
+    return results(query);
   }
 };
 

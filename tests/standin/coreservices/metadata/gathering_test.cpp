@@ -21,7 +21,7 @@ class Gathering : public QueryTest {
 };
 
 TEST_F(Gathering, AnswersTrueTheFirstTimeAndFalseLater) {
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   EXPECT_TRUE(MDQueryExecute(query.get(), 0));
   EXPECT_FALSE(MDQueryExecute(query.get(), 0));
   EXPECT_FALSE(MDQueryExecute(query.get(), kMDQuerySynchronous));
@@ -31,7 +31,7 @@ TEST_F(Gathering, AnswersTrueTheFirstTimeAndFalseLater) {
 
 TEST_F(Gathering, HappensOnlyWhileTheRunLoopRuns) {
   makeFiles(3);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   const Listener listener(query.get());
   MDQueryExecute(query.get(), 0);
   EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
@@ -45,7 +45,7 @@ TEST_F(Gathering, HappensOnlyWhileTheRunLoopRuns) {
 
 TEST_F(Gathering, HappensInTheDefaultModeAlone) {
   makeFiles(1);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   MDQueryExecute(query.get(), 0);
   EXPECT_EQ(CFRunLoopRunInMode(CFSTR("another mode"), 1, false), kCFRunLoopRunFinished);
   EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
@@ -55,7 +55,7 @@ TEST_F(Gathering, HappensInTheDefaultModeAlone) {
 
 TEST_F(Gathering, TellsProgressAfterEachBatchAndOnceThatItFinished) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(4));
   const Listener listener(query.get());
   gather(query);
@@ -72,7 +72,7 @@ TEST_F(Gathering, TellsProgressAfterEachBatchAndOnceThatItFinished) {
 
 TEST_F(Gathering, TakesTheFirstBatchsLimitsForTheFirstBatchAlone) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, {1, kNoLimit, 6, kNoLimit, 0, 0});
   const Listener listener(query.get());
   gather(query);
@@ -83,7 +83,7 @@ TEST_F(Gathering, TakesTheFirstBatchsLimitsForTheFirstBatchAlone) {
 
 TEST_F(Gathering, EndsABatchWhenItsTimeIsOver) {
   makeFiles(100);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, {kNoLimit, 0, kNoLimit, kNoLimit, 0, 0});
   const Listener listener(query.get());
   gather(query);
@@ -94,7 +94,7 @@ TEST_F(Gathering, EndsABatchWhenItsTimeIsOver) {
 
 TEST_F(Gathering, GoesOnInSmallestBatchesWhenAllLimitsAreNought) {
   makeFiles(5);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, {});
   const Listener listener(query.get());
   gather(query);
@@ -103,7 +103,7 @@ TEST_F(Gathering, GoesOnInSmallestBatchesWhenAllLimitsAreNought) {
 }
 
 TEST_F(Gathering, KeepsTheBatchingParametersThatItWasGiven) {
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   const MDQueryBatchingParams usual = MDQueryGetBatchingParameters(query.get());
   EXPECT_GT(usual.first_max_num, 0u);
   EXPECT_GT(usual.update_max_ms, 0u);
@@ -137,7 +137,7 @@ class Ticking {
 
 TEST_F(Gathering, LetsOtherSourcesFireBetweenItsBatches) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(1));
   const Ticking other;
   Listener listener(query.get());
@@ -151,7 +151,7 @@ TEST_F(Gathering, LetsOtherSourcesFireBetweenItsBatches) {
 
 TEST_F(Gathering, LetsOtherSourcesFireWhenItIsSynchronous) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(2));
   const Ticking other;
   const Listener listener(query.get());
@@ -165,7 +165,7 @@ TEST_F(Gathering, LetsOtherSourcesFireWhenItIsSynchronous) {
 
 TEST_F(Gathering, IsCompleteWhenASynchronousExecutionReturnsAlsoIfTheLoopWasStopped) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(1));
   Listener listener(query.get());
   listener.reaction = [](const Notice&) { CFRunLoopStop(CFRunLoopGetCurrent()); };
@@ -174,14 +174,14 @@ TEST_F(Gathering, IsCompleteWhenASynchronousExecutionReturnsAlsoIfTheLoopWasStop
 }
 
 TEST_F(Gathering, LeavesNothingInTheRunLoopOnceItIsOver) {
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   gather(query);
   EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, false), kCFRunLoopRunFinished);
 }
 
 TEST_F(Gathering, EndsWithoutAWordWhenItIsStopped) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(3));
   const Listener listener(query.get());
   MDQueryExecute(query.get(), 0);
@@ -198,7 +198,7 @@ TEST_F(Gathering, EndsWithoutAWordWhenItIsStopped) {
 TEST_F(Gathering, MayBeStoppedByAnObserver) {
   for (const CFOptionFlags flags : {0, int{kMDQuerySynchronous}}) {
     makeFiles(10);
-    const auto query = make(kTexts);
+    const auto query = makeQuery(kTexts);
     setBatches(query, batchesOf(2));
     Listener listener(query.get());
     listener.reaction = [&](const Notice&) { MDQueryStop(query.get()); };
@@ -213,7 +213,7 @@ TEST_F(Gathering, EndsWhenTheQueryIsReleased) {
   makeFiles(10);
   const Listener listener(nullptr);
   {
-    const auto query = make(kTexts);
+    const auto query = makeQuery(kTexts);
     setBatches(query, batchesOf(2));
     MDQueryExecute(query.get(), 0);
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
@@ -225,7 +225,7 @@ TEST_F(Gathering, EndsWhenTheQueryIsReleased) {
 TEST_F(Gathering, EndsWhenAnObserverReleasesTheQuery) {
   for (const CFOptionFlags flags : {0, int{kMDQuerySynchronous}, int{kMDQueryWantsUpdates}}) {
     makeFiles(10);
-    auto query = make(kTexts);
+    auto query = makeQuery(kTexts);
     setBatches(query, batchesOf(2));
     Listener listener(nullptr);
     listener.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
@@ -240,7 +240,7 @@ TEST_F(Gathering, EndsWhenAnObserverReleasesTheQuery) {
 
 TEST_F(Gathering, ShowsTheQueryToTheNextObserverWhenOneReleasesIt) {
   makeFiles(1);
-  auto query = make(kTexts);
+  auto query = makeQuery(kTexts);
   Listener first(query.get());
   const Listener second(query.get());
   first.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
@@ -252,7 +252,7 @@ TEST_F(Gathering, ShowsTheQueryToTheNextObserverWhenOneReleasesIt) {
 
 TEST_F(Gathering, MayEndWithAnObserverThatReleasesTheQuery) {
   makeFiles(1);
-  auto query = make(kTexts);
+  auto query = makeQuery(kTexts);
   Listener listener(query.get());
   listener.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
   MDQueryExecute(query.get(), kMDQueryWantsUpdates);
@@ -264,12 +264,12 @@ TEST_F(Gathering, MayEndWithAnObserverThatReleasesTheQuery) {
 TEST_F(Gathering, GoesOnWhileAnObserverRunsAnotherQuery) {
   makeFiles(10);
   scratch.file("picture.jpg");
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(3));
   Listener listener(query.get());
   std::vector<CFIndex> found;
   listener.reaction = [&](const Notice&) {
-    const auto other = make("kMDItemFSName == \"*.jpg\"");
+    const auto other = makeQuery("kMDItemFSName == \"*.jpg\"");
     EXPECT_TRUE(MDQueryExecute(other.get(), kMDQuerySynchronous));
     found.push_back(MDQueryGetResultCount(other.get()));
   };
@@ -282,7 +282,7 @@ TEST_F(Gathering, GoesOnWhileAnObserverRunsAnotherQuery) {
 
 TEST_F(Gathering, GoesOnWhenAnObserverThrows) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(3));
   Listener listener(query.get());
   listener.reaction = [](const Notice& notice) {
@@ -298,8 +298,8 @@ TEST_F(Gathering, GoesOnWhenAnObserverThrows) {
 
 TEST_F(Gathering, OfSeveralQueriesGoesOnSideBySide) {
   makeFiles(6);
-  const auto first = make(kTexts);
-  const auto second = make("kMDItemFSSize == 0");
+  const auto first = makeQuery(kTexts);
+  const auto second = makeQuery("kMDItemFSSize == 0");
   for (const auto* query : {&first, &second}) setBatches(*query, batchesOf(2));
   const Listener listener(nullptr);
   MDQueryExecute(first.get(), 0);
@@ -312,7 +312,7 @@ TEST_F(Gathering, OfSeveralQueriesGoesOnSideBySide) {
 
 TEST_F(Gathering, BelongsToTheThreadThatExecutedTheQuery) {
   makeFiles(3);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   MDQueryExecute(query.get(), 0);
   std::thread::id told;
   Listener listener(query.get());
@@ -328,7 +328,7 @@ TEST_F(Gathering, BelongsToTheThreadThatExecutedTheQuery) {
 
 TEST_F(Gathering, MayBelongToAThreadBesideTheMainOne) {
   makeFiles(3);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   std::thread::id told;
   Listener listener(query.get());
   listener.reaction = [&](const Notice&) { told = std::this_thread::get_id(); };
@@ -345,7 +345,7 @@ TEST_F(Gathering, MayBelongToAThreadBesideTheMainOne) {
 
 TEST_F(Gathering, StaysWhereItWasWhenItsThreadEnds) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(4));
   const Listener listener(query.get());
   std::thread([&] {
@@ -360,7 +360,7 @@ TEST_F(Gathering, StaysWhereItWasWhenItsThreadEnds) {
 
 TEST_F(Gathering, IsNotHeldUpByDisabledUpdates) {
   makeFiles(3);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   MDQueryDisableUpdates(query.get());
   gather(query, kMDQueryWantsUpdates);
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
@@ -368,7 +368,7 @@ TEST_F(Gathering, IsNotHeldUpByDisabledUpdates) {
 
 TEST_F(Gathering, TellsOfResultsThatWereLookedAtAndChangeOrGoMeanwhile) {
   for (const char* name : {"a", "b", "c", "d", "e", "f"}) scratch.file(std::string(name) + ".txt");
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(2));
   Listener listener(query.get());
   MDQueryExecute(query.get(), kMDQueryWantsUpdates);
@@ -386,7 +386,7 @@ TEST_F(Gathering, TellsOfResultsThatWereLookedAtAndChangeOrGoMeanwhile) {
 
 TEST_F(Gathering, ForgetsResultsThatGoMeanwhile) {
   for (const char* name : {"a", "b", "c", "d", "e", "f"}) scratch.file(std::string(name) + ".txt");
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   setBatches(query, batchesOf(2));
   Listener listener(query.get());
   MDQueryExecute(query.get(), kMDQueryWantsUpdates);
@@ -407,7 +407,7 @@ TEST_F(Gathering, ForgetsResultsThatGoMeanwhile) {
 
 TEST_F(Gathering, KeepsResultsInTheirOrderFromBatchToBatch) {
   for (const char* name : {"file 10", "file 9", "file 1", "a", "z"}) scratch.file(std::string(name) + ".txt");
-  const auto query = make(kTexts, {}, {"kMDItemFSName"});
+  const auto query = makeQuery(kTexts, {}, {"kMDItemFSName"});
   setBatches(query, batchesOf(2));
   Listener listener(query.get());
   listener.reaction = [&](const Notice& notice) {
@@ -424,7 +424,7 @@ TEST_F(Gathering, KeepsResultsInTheirOrderFromBatchToBatch) {
 
 TEST_F(Gathering, StopsAtTheMaximumCountThatWasSetBefore) {
   makeFiles(10);
-  const auto query = make(kTexts);
+  const auto query = makeQuery(kTexts);
   MDQuerySetMaxCount(query.get(), 4);
   gather(query);
   MDQuerySetMaxCount(query.get(), 7);

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "standin/coreservices/metadata/control.h"
 #include "tests/standin/coreservices/metadata/item_fixture.h"
 
 namespace {
@@ -176,9 +175,7 @@ TEST_F(ExtendedAttributes, TellTheTypeBeforeTheName) {
 
 TEST_F(ExtendedAttributes, AreSearched) {
   set("user.xdg.comment", "remember me");
-  const auto query = makeString("kMDItemFinderComment == \"remember*\"");
-  const Owned found(MDQueryCreate(kCFAllocatorDefault, query.get(), nullptr, nullptr));
-  standin::setIndexedFolders({scratch.path()});
+  const auto found = makeQuery("kMDItemFinderComment == \"remember*\"");
   ASSERT_TRUE(MDQueryExecute(found.get(), kMDQuerySynchronous));
   ASSERT_EQ(MDQueryGetResultCount(found.get()), 1);
 }

@@ -1,22 +1,13 @@
 // Items of a test's own files, and their values as plain ones.
 #pragma once
 
-#include <CoreServices/CoreServices.h>
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include "tests/support/owned.h"
-#include "tests/support/scratch_folder.h"
+#include "tests/standin/coreservices/metadata/fixture.h"
 
-class ItemTest : public testing::Test {
+class ItemTest : public MetadataTest {
  protected:
-  ~ItemTest() override {
-    standin::clearFailures();
-    EXPECT_EQ(alive(), "");
-  }
-
   static Owned<MDItemRef> make(const std::string& path) {
     return Owned(MDItemCreateWithURL(kCFAllocatorDefault, makeURL(path).get()));
   }
@@ -57,6 +48,4 @@ class ItemTest : public testing::Test {
     }
     return result;
   }
-
-  ScratchFolder scratch;
 };

@@ -1,10 +1,8 @@
-// Queries over a folder of the test's own, and what they tell. The clock is the tests': running the loop for
+// Queries that run, and what they tell. The clock is the tests': running the loop for
 // a second takes no time, and what the test does to files is known at once.
 #pragma once
 
-#include <CoreServices/CoreServices.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
@@ -12,22 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "standin/coreservices/metadata/control.h"
 #include "standin/system/clock.h"
-#include "tests/support/owned.h"
-#include "tests/support/scratch_folder.h"
+#include "tests/standin/coreservices/metadata/fixture.h"
 
 inline MDQueryRef queryOf(const void* object) {
   return static_cast<MDQueryRef>(const_cast<void*>(object));
-}
-
-inline MDItemRef itemOf(const void* object) {
-  return static_cast<MDItemRef>(const_cast<void*>(object));
-}
-
-inline std::string pathOf(const void* item) {
-  const Owned path(MDItemCopyAttribute(itemOf(item), kMDItemPath));
-  return textOf(path.get());
 }
 
 struct Notice {
@@ -84,29 +71,10 @@ class Listener {
   }
 };
 
-class QueryTest : public testing::Test {
+class QueryTest : public MetadataTest {
  protected:
-  QueryTest() {
-    standin::holdClock();
-    standin::setIndexedFolders({scratch.path()});
-  }
-  ~QueryTest() override {
-    standin::releaseClock();
-    standin::clearFailures();
-    standin::setIndexedFolders({"/"});
-    EXPECT_EQ(alive(), "");
-  }
-
-  static Owned<MDQueryRef> make(const std::string& text, std::initializer_list<const char*> valueLists = {},
-                                std::initializer_list<const char*> sorting = {}) {
-    const auto lists = makeStrings(valueLists);
-    const auto orders = makeStrings(sorting);
-    return Owned(MDQueryCreate(kCFAllocatorDefault, makeString(text).get(), lists.get(), orders.get()));
-  }
-  static Owned<MDQueryRef> makeSubset(const Owned<MDQueryRef>& parent, const std::string& text) {
-    return Owned(
-        MDQueryCreateSubset(kCFAllocatorDefault, parent.get(), makeString(text).get(), nullptr, nullptr));
-  }
+  QueryTest() { standin::holdClock(); }
+  ~QueryTest() override { standin::releaseClock(); }
 
   static void setBatches(const Owned<MDQueryRef>& query, MDQueryBatchingParams params) {
     MDQuerySetBatchingParameters(query.get(), params);
@@ -125,19 +93,7 @@ class QueryTest : public testing::Test {
     runUntil([&] { return MDQueryIsGatheringComplete(query.get()) != 0; });
   }
 
-  static MDItemRef resultAt(const Owned<MDQueryRef>& query, CFIndex index) {
-    return itemOf(MDQueryGetResultAtIndex(query.get(), index));
-  }
-  std::vector<std::string> results(const Owned<MDQueryRef>& query) const {
-    std::vector<std::string> paths;
-    for (CFIndex i = 0; i < MDQueryGetResultCount(query.get()); ++i)
-      paths.push_back(pathOf(resultAt(query, i)));
-    return scratch.within(paths);
-  }
-
   void makeFiles(int count, const std::string& prefix = "file-") const {
     for (int i = 0; i < count; ++i) scratch.file(prefix + std::to_string(i) + ".txt");
   }
-
-  ScratchFolder scratch;
 };

@@ -1,53 +1,19 @@
-#include <CoreServices/CoreServices.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "standin/coreservices/metadata/control.h"
-#include "tests/support/owned.h"
-#include "tests/support/scratch_folder.h"
+#include "tests/standin/coreservices/metadata/fixture.h"
 
 namespace {
 
 using testing::ElementsAre;
 
-class Query : public testing::Test {
- protected:
-  Query() { standin::setIndexedFolders({scratch.path()}); }
-  ~Query() override {
-    standin::clearFailures();
-    EXPECT_EQ(alive(), "");
-  }
-
-  static Owned<MDQueryRef> make(const std::string& text) {
-    return Owned(MDQueryCreate(kCFAllocatorDefault, makeString(text).get(), nullptr, nullptr));
-  }
-  static Owned<MDQueryRef> makeSubset(const Owned<MDQueryRef>& parent, const std::string& text) {
-    return Owned(
-        MDQueryCreateSubset(kCFAllocatorDefault, parent.get(), makeString(text).get(), nullptr, nullptr));
-  }
-
-  static MDItemRef resultAt(const Owned<MDQueryRef>& query, CFIndex index) {
-    return static_cast<MDItemRef>(const_cast<void*>(MDQueryGetResultAtIndex(query.get(), index)));
-  }
-
-  std::vector<std::string> results(const Owned<MDQueryRef>& query) const {
-    std::vector<std::string> paths;
-    for (CFIndex i = 0; i < MDQueryGetResultCount(query.get()); ++i) {
-      const Owned path(MDItemCopyAttribute(resultAt(query, i), kMDItemPath));
-      paths.push_back(textOf(path.get()));
-    }
-    return scratch.within(paths);
-  }
-
-  ScratchFolder scratch;
-};
+using Query = MetadataTest;
 
 TEST_F(Query, IsNullForAnEmptyOrMalformedString) {
   for (const char* text :
        {"", " ", "Paris", "kMDItemFSName ==", "kMDItemFSName == \"x", "(kMDItemFSSize > 1"}) {
-    EXPECT_FALSE(make(text)) << text;
+    EXPECT_FALSE(makeQuery(text)) << text;
   }
-  const auto parent = make("kMDItemFSSize > 1");
+  const auto parent = makeQuery("kMDItemFSSize > 1");
   EXPECT_FALSE(makeSubset(parent, ""));
   EXPECT_FALSE(makeSubset(parent, "kMDItemFSSize >"));
 }
@@ -64,7 +30,7 @@ TEST_F(Query, GathersWhatMatchesWhenExecutedSynchronously) {
   scratch.file("notes/b.txt");
   scratch.file("a.txt");
   scratch.file("c.jpg");
-  const auto query = make("kMDItemFSName == \"*.txt\"");
+  const auto query = makeQuery("kMDItemFSName == \"*.txt\"");
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 0);
   EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
   EXPECT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
@@ -74,7 +40,7 @@ TEST_F(Query, GathersWhatMatchesWhenExecutedSynchronously) {
 
 TEST_F(Query, ExecutesOnce) {
   scratch.file("a.txt");
-  const auto query = make("kMDItemFSName == \"*.txt\"");
+  const auto query = makeQuery("kMDItemFSName == \"*.txt\"");
   EXPECT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
   scratch.file("b.txt");
   EXPECT_FALSE(MDQueryExecute(query.get(), kMDQuerySynchronous));
@@ -84,7 +50,7 @@ TEST_F(Query, ExecutesOnce) {
 
 TEST_F(Query, GathersNothingAfterItWasStopped) {
   scratch.file("a.txt");
-  const auto query = make("kMDItemFSName == \"*.txt\"");
+  const auto query = makeQuery("kMDItemFSName == \"*.txt\"");
   MDQueryStop(query.get());
   EXPECT_FALSE(MDQueryExecute(query.get(), kMDQuerySynchronous));
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 0);
@@ -92,7 +58,7 @@ TEST_F(Query, GathersNothingAfterItWasStopped) {
 
 TEST_F(Query, KeepsItsResultsWhenItIsStopped) {
   scratch.file("a.txt");
-  const auto query = make("kMDItemFSName == \"*.txt\"");
+  const auto query = makeQuery("kMDItemFSName == \"*.txt\"");
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   MDQueryStop(query.get());
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 1);
@@ -100,7 +66,7 @@ TEST_F(Query, KeepsItsResultsWhenItIsStopped) {
 
 TEST_F(Query, TakesAMaximumCountBeforeItIsExecuted) {
   for (const char* name : {"a", "b", "c"}) scratch.file(name);
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   MDQuerySetMaxCount(query.get(), 2);
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   MDQuerySetMaxCount(query.get(), 1);
@@ -109,7 +75,7 @@ TEST_F(Query, TakesAMaximumCountBeforeItIsExecuted) {
 
 TEST_F(Query, AnswersNullForAnIndexOutOfRange) {
   scratch.file("a");
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   EXPECT_EQ(MDQueryGetResultAtIndex(query.get(), 0), nullptr);
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   EXPECT_NE(MDQueryGetResultAtIndex(query.get(), 0), nullptr);
@@ -119,7 +85,7 @@ TEST_F(Query, AnswersNullForAnIndexOutOfRange) {
 
 TEST_F(Query, AnswersTheSameItemForTheSameIndex) {
   scratch.file("a");
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   EXPECT_EQ(MDQueryGetResultAtIndex(query.get(), 0), MDQueryGetResultAtIndex(query.get(), 0));
 }
@@ -128,7 +94,7 @@ TEST_F(Query, LetsAResultOutliveItThatWasRetained) {
   scratch.file("a");
   Owned<MDItemRef> item;
   {
-    const auto query = make("kMDItemFSSize == 0");
+    const auto query = makeQuery("kMDItemFSSize == 0");
     MDQueryExecute(query.get(), kMDQuerySynchronous);
     CFRetain(resultAt(query, 0));
     item = Owned(resultAt(query, 0));
@@ -140,7 +106,7 @@ TEST_F(Query, LetsAResultOutliveItThatWasRetained) {
 TEST_F(Query, FindsTheIndexOfAnEqualItem) {
   const std::string other = scratch.file("other.jpg");
   for (const char* name : {"a.txt", "b.txt", "c.txt"}) scratch.file(name);
-  const auto query = make("kMDItemFSName == \"*.txt\"");
+  const auto query = makeQuery("kMDItemFSName == \"*.txt\"");
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   const auto url = makeURL(scratch.at("b.txt"));
   const Owned item(MDItemCreateWithURL(kCFAllocatorDefault, url.get()));
@@ -167,14 +133,14 @@ TEST_F(Query, CopiesItsStringAndAttributeNames) {
 }
 
 TEST_F(Query, CopiesNullWhereNoAttributesWereGiven) {
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   EXPECT_EQ(MDQueryCopyValueListAttributes(query.get()), nullptr);
   EXPECT_EQ(MDQueryCopySortingAttributes(query.get()), nullptr);
 }
 
 TEST_F(Query, FindsAsASubsetWhatItsParentFindsToo) {
   for (const char* name : {"a.txt", "b.txt", "a.jpg"}) scratch.file(name);
-  const auto parent = make("kMDItemFSName == \"*.txt\"");
+  const auto parent = makeQuery("kMDItemFSName == \"*.txt\"");
   const auto subset = makeSubset(parent, "kMDItemFSName == \"a*\" || kMDItemFSName == \"*.jpg\"");
   MDQueryExecute(subset.get(), kMDQuerySynchronous);
   EXPECT_THAT(results(subset), ElementsAre("a.txt"));
@@ -186,7 +152,7 @@ TEST_F(Query, FindsAsASubsetWhatItsParentFindsToo) {
 }
 
 TEST_F(Query, TakesUnbalancedUpdateCallsWithoutHarm) {
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   MDQueryEnableUpdates(query.get());
   MDQueryDisableUpdates(query.get());
   MDQueryDisableUpdates(query.get());
@@ -197,18 +163,17 @@ TEST_F(Query, TakesUnbalancedUpdateCallsWithoutHarm) {
 TEST_F(Query, CountsTheFoldersOfTheLastSearch) {
   scratch.file("a/b/file");
   standin::setIndexedFolders({scratch.path(), scratch.at("missing")});
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   EXPECT_EQ(standin::lastSearch().foldersSearched, 3u);
   EXPECT_EQ(standin::lastSearch().missingFolders, 1u);
   EXPECT_EQ(standin::lastSearch().unreadableFolders, 0u);
 }
 
-class SortedQuery : public Query {
+class SortedQuery : public MetadataTest {
  protected:
-  Owned<MDQueryRef> makeSorted(std::initializer_list<const char*> attributes) const {
-    const auto text = makeString("kMDItemFSName == \"*\"");
-    return Owned(MDQueryCreate(kCFAllocatorDefault, text.get(), nullptr, makeStrings(attributes).get()));
+  static Owned<MDQueryRef> makeSorted(Names attributes) {
+    return makeQuery("kMDItemFSName == \"*\"", {}, attributes);
   }
 };
 
@@ -280,7 +245,7 @@ void hear(CFNotificationCenterRef, void* observer, CFStringRef name, const void*
 
 TEST_F(Query, SaysThatItFinishedWhenItsResultsAreThere) {
   scratch.file("a");
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   Heard heard;
   const CFNotificationCenterRef center = CFNotificationCenterGetLocalCenter();
   CFNotificationCenterAddObserver(center, &heard, hear, nullptr, query.get(),
@@ -298,7 +263,7 @@ void release(CFNotificationCenterRef, void* observer, CFStringRef, const void*, 
 
 TEST_F(Query, MayBeReleasedByOneObserverBeforeAnotherIsCalled) {
   scratch.file("a");
-  auto query = make("kMDItemFSSize == 0");
+  auto query = makeQuery("kMDItemFSSize == 0");
   Heard heard;
   const CFNotificationCenterRef center = CFNotificationCenterGetLocalCenter();
   CFNotificationCenterAddObserver(center, &query, release, nullptr, nullptr,
@@ -315,7 +280,7 @@ TEST_F(Query, MayBeReleasedByOneObserverBeforeAnotherIsCalled) {
 TEST_F(Query, AnswersNullFalseOrNoughtWhenACallIsMadeToFail) {
   scratch.file("a");
   const auto text = makeString("kMDItemFSSize == 0");
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   const auto failing = [](const char* call) { standin::failCall(call, 1); };
   failing("MDQueryCreate");
   EXPECT_EQ(MDQueryCreate(kCFAllocatorDefault, text.get(), nullptr, nullptr), nullptr);
@@ -345,7 +310,7 @@ TEST_F(QueryDeathTest, EndsTheProcessForANullOrAWrongQuery) {
   const auto wrong = reinterpret_cast<MDQueryRef>(const_cast<__CFString*>(text.get()));
   EXPECT_DEATH(MDQueryGetResultCount(wrong), "MDQueryGetResultCount: this is no query");
   EXPECT_DEATH(MDQueryCreate(nullptr, nullptr, nullptr, nullptr), "MDQueryCreate: the string is null");
-  const auto query = make("kMDItemFSSize == 0");
+  const auto query = makeQuery("kMDItemFSSize == 0");
   EXPECT_DEATH(MDQueryGetIndexOfResult(query.get(), nullptr), "MDQueryGetIndexOfResult: the item is null");
 }
 

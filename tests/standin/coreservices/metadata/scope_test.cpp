@@ -31,7 +31,7 @@ class QueryScope : public QueryTest {
     return results(query);
   }
 
-  Owned<MDQueryRef> query = make("kMDItemFSName == \"*.txt\"");
+  Owned<MDQueryRef> query = makeQuery("kMDItemFSName == \"*.txt\"");
 };
 
 TEST_F(QueryScope, IsTheIndexedFoldersUnlessOneIsSet) {

@@ -29,7 +29,7 @@ class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsign
   }
 
   void compare(const Owned<MDQueryRef>& query) const {
-    const auto fresh = make(kText);
+    const auto fresh = makeQuery(kText);
     MDQueryExecute(fresh.get(), kMDQuerySynchronous);
     const std::vector<std::string> expected = results(fresh);
     EXPECT_THAT(results(query), UnorderedElementsAreArray(expected));
@@ -51,7 +51,7 @@ class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsign
 TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
   RandomOperations operations(scratch, GetParam());
   for (int i = 0; i < 30; ++i) operations.doOne();
-  const auto query = make(kText, {}, {"kMDItemFSSize"});
+  const auto query = makeQuery(kText, {}, {"kMDItemFSSize"});
   setBatches(query, {0, 0, 0, 0, 1 + GetParam() % 4 * 5, GetParam() % 3 * 250});
   Listener listener(query.get());
   gather(query, kMDQueryWantsUpdates);

@@ -22,7 +22,7 @@ class Updates : public QueryTest {
   static constexpr const char* kTexts = "kMDItemFSName == \"*.txt\"";
 
   void start(const char* text = kTexts, std::initializer_list<const char*> sorting = {}) {
-    query = make(text, {}, sorting);
+    query = makeQuery(text, {}, sorting);
     listen();
   }
   void listen() {
@@ -50,7 +50,7 @@ class Updates : public QueryTest {
     return scratch.within(paths);
   }
   void expectSameAsNewQuery(const char* text = kTexts) const {
-    const auto fresh = make(text);
+    const auto fresh = makeQuery(text);
     MDQueryExecute(fresh.get(), kMDQuerySynchronous);
     EXPECT_THAT(results(query), testing::UnorderedElementsAreArray(results(fresh)));
   }
@@ -225,7 +225,7 @@ TEST_F(Updates, DoNotTakeWhatALinkLeadsToForTheFolderThatWasThere) {
 
 TEST_F(Updates, AreNotWantedWithoutTheirFlagNorTogetherWithTheSynchronousOne) {
   for (const CFOptionFlags flags : {0, int{kMDQuerySynchronous} | int{kMDQueryWantsUpdates}}) {
-    query = make(kTexts);
+    query = makeQuery(kTexts);
     listener = std::make_unique<Listener>(query.get());
     gather(query, flags);
     listener->notices.clear();
@@ -251,7 +251,7 @@ TEST_F(Updates, AreNeitherDeliveredNorLostWhileTheRunLoopDoesNotRun) {
 }
 
 TEST_F(Updates, IncludeWhatHappenedBetweenExecutingAndGathering) {
-  query = make(kTexts);
+  query = makeQuery(kTexts);
   listener = std::make_unique<Listener>(query.get());
   MDQueryExecute(query.get(), kMDQueryWantsUpdates);
   scratch.file("a.txt");
@@ -261,7 +261,7 @@ TEST_F(Updates, IncludeWhatHappenedBetweenExecutingAndGathering) {
 
 TEST_F(Updates, IncludeWhatHappensBehindTheSearchThatIsGathering) {
   for (const char* name : {"a/1.txt", "b/2.txt", "c/3.txt"}) scratch.file(name);
-  query = make(kTexts);
+  query = makeQuery(kTexts);
   setBatches(query, {1, 1000000, 1, 1000000, 100, 0});
   listener = std::make_unique<Listener>(query.get());
   listener->reaction = [&](const Notice& notice) {
@@ -280,7 +280,7 @@ TEST_F(Updates, IncludeWhatHappensBehindTheSearchThatIsGathering) {
 
 TEST_F(Updates, ComeAfterTheQueryHasFinished) {
   scratch.file("a.txt");
-  query = make(kTexts);
+  query = makeQuery(kTexts);
   listener = std::make_unique<Listener>(query.get());
   MDQueryExecute(query.get(), kMDQueryWantsUpdates);
   scratch.file("b.txt");
@@ -349,7 +349,7 @@ TEST_F(Updates, GoOnWhileAnObserverRunsAnotherQueryAndTheLoop) {
   start();
   setBatches(query, {0, 0, 0, 0, 2, 0});
   listener->reaction = [&](const Notice&) {
-    const auto other = make(kTexts);
+    const auto other = makeQuery(kTexts);
     MDQueryExecute(other.get(), kMDQuerySynchronous);
     EXPECT_EQ(MDQueryGetResultCount(other.get()), 6);
     run(0.1);
@@ -478,7 +478,7 @@ TEST_F(Updates, PutResultsWhereTheyBelong) {
 
 TEST_F(Updates, KeepToTheMaximumCount) {
   scratch.file("a.txt");
-  query = make(kTexts);
+  query = makeQuery(kTexts);
   MDQuerySetMaxCount(query.get(), 2);
   listen();
   makeFiles(5);
@@ -495,7 +495,7 @@ TEST_F(Updates, KeepToTheMaximumCount) {
 TEST_F(Updates, KeepARenamedFileThoughTheMaximumCountIsReached) {
   scratch.file("a.txt");
   scratch.file("b.txt");
-  query = make(kTexts);
+  query = makeQuery(kTexts);
   MDQuerySetMaxCount(query.get(), 2);
   listen();
   fs::rename(scratch.at("a.txt"), scratch.at("c.txt"));
@@ -506,7 +506,7 @@ TEST_F(Updates, KeepARenamedFileThoughTheMaximumCountIsReached) {
 TEST_F(Updates, RenewTheValuesThatWereAskedFor) {
   scratch.file("a.txt", "1");
   scratch.file("b.txt", "1");
-  query = make(kTexts, {"kMDItemFSSize"}, {});
+  query = makeQuery(kTexts, {"kMDItemFSSize"}, {});
   listen();
   const auto countOf = [&](int64_t size) {
     const Owned number(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &size));
@@ -574,7 +574,7 @@ TEST_F(Updates, LeaveOutExcludedFolders) {
 
 TEST_F(Updates, ReachEachQueryThatWantsThem) {
   start();
-  const auto other = make("kMDItemFSName == \"*\"");
+  const auto other = makeQuery("kMDItemFSName == \"*\"");
   const Listener otherListener(other.get());
   gather(other, kMDQueryWantsUpdates);
   scratch.file("a.txt");
@@ -603,7 +603,7 @@ TEST_F(Updates, ComeOnTheThreadThatExecutedTheQuery) {
 
 TEST_F(Updates, ThatCannotBeFollowedAreReportedAndTheQueryGathersAllTheSame) {
   scratch.file("a.txt");
-  query = make(kTexts);
+  query = makeQuery(kTexts);
   rlimit usual;
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
   const rlimit none{0, usual.rlim_max};

@@ -43,7 +43,7 @@ class QueryValues : public QueryTest {
     return MDQueryGetCountOfResultsWithAttributeValue(query.get(), name, value.get());
   }
 
-  Owned<MDQueryRef> query = make("kMDItemFSName == \"*.txt\"", {"kMDItemFSSize"}, {"kMDItemFSName"});
+  Owned<MDQueryRef> query = makeQuery("kMDItemFSName == \"*.txt\"", {"kMDItemFSSize"}, {"kMDItemFSName"});
 };
 
 TEST_F(QueryValues, AreThoseOfValueListAndSortingAttributesAlone) {
@@ -56,7 +56,7 @@ TEST_F(QueryValues, AreThoseOfValueListAndSortingAttributesAlone) {
 
 // The text of a file is searched, and told in no way.
 TEST_F(QueryValues, NeverTellTheTextOfAFile) {
-  query = make("kMDItemTextContent == 123", {"kMDItemTextContent"}, {"kMDItemTextContent"});
+  query = makeQuery("kMDItemTextContent == 123", {"kMDItemTextContent"}, {"kMDItemTextContent"});
   gather(query);
   ASSERT_EQ(MDQueryGetResultCount(query.get()), 1);
   EXPECT_EQ(valueAt(kMDItemTextContent, 0), "(null)");
