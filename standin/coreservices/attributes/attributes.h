@@ -1,10 +1,16 @@
-// The attributes of files, and values as the search sees them: plain C++, because a search looks at every
-// file and makes Core Foundation objects only of what is asked for afterwards.
+// attributes/: what the attributes of files are (the schema), and their values, dates and text, with nothing
+// of where they come from or of who asks for them. It includes no other room: files/, media/ and language/
+// share it, so that none of them needs to know another one.
+//
+// Values are plain C++, because a search looks at every file, and Core Foundation objects are made
+// afterwards, of what is asked for.
 #pragma once
 
 #include <cstdint>
 #include <string_view>
 #include <variant>
+
+#include "standin/coreservices/attributes/dates.h"
 
 namespace standin::metadata {
 
@@ -18,11 +24,6 @@ enum class FileAttribute : uint8_t {
 
 // None for a key that the schema doesn't know. Keys are case-sensitive.
 FileAttribute fileAttributeNamed(std::string_view key);
-
-struct Date {
-  double seconds;  // since 2001-01-01 00:00:00 GMT
-  bool operator==(const Date&) const = default;
-};
 
 // Text is UTF-8 and borrowed: good until the source is asked again or dies. It may hold bytes that aren't
 // UTF-8, because a name on disk may; see text.h for how those read.

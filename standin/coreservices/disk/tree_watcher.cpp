@@ -36,7 +36,8 @@ const char* forSystem(const std::string& path) {
   return path.empty() ? "/" : path.c_str();
 }
 
-bool isFolder(const std::string& path) {
+// Links aren't followed.
+bool isFolderItself(const std::string& path) {
   struct stat info;
   return ::lstat(forSystem(path), &info) == 0 && S_ISDIR(info.st_mode);
 }
@@ -83,18 +84,18 @@ class TreeWatcher::Implementation {
   int descriptor() const { return instance_.descriptor; }
   std::string reason() { return std::exchange(reason_, {}); }
 
-  std::vector<Change> take() {
+  std::vector<TreeChange> take() {
     if (descriptor() < 0) return {};
     handlePending();
     if (forgetDetached()) handlePending();  // the system tells of each watch that ended
     return changes_.take();
   }
 
-  void loseEvents() {
+  void forceRescan() {
     if (descriptor() < 0) return;
     while (::read(descriptor(), buffer_.data(), buffer_.size()) > 0) {
     }
-    overflowed_ = true;
+    mustRescan_ = true;
   }
 
  private:
@@ -114,14 +115,14 @@ class TreeWatcher::Implementation {
   void readInside(WatchNode& node, const std::string& path, Telling telling, std::vector<WatchNode*>& found);
   WatchNode* place(WatchNode& parent, const std::string& name, const std::string& path);
   bool isSecondPath(const WatchNode& node, const WatchNode& parent, const std::string& path) const;
-  void tellLost(const std::string& path, WatchRole role);
+  void tellRescan(const std::string& path, WatchRole role);
   void cannotFollow(const std::string& path, WatchRole role, int error);
   bool forgetDetached();
 
   const WatchScope scope_;
   WatchNodes nodes_;
   WatchChanges changes_;
-  bool overflowed_ = false;
+  bool mustRescan_ = false;
   std::string reason_;
   std::vector<char> buffer_;
   const Instance instance_;  // last: errno still tells why there is none
@@ -131,7 +132,7 @@ class TreeWatcher::Implementation {
 void TreeWatcher::Implementation::handlePending() {
   int pending = 0;
   if (::ioctl(descriptor(), FIONREAD, &pending) != 0) pending = 0;
-  while (pending > 0 && !overflowed_) {
+  while (pending > 0 && !mustRescan_) {
     const ssize_t size = ::read(descriptor(), buffer_.data(), buffer_.size());
     if (size <= 0) break;
     pending -= static_cast<int>(size);
@@ -141,13 +142,13 @@ void TreeWatcher::Implementation::handlePending() {
       handle(event);
     }
   }
-  if (!std::exchange(overflowed_, false)) return;
+  if (!std::exchange(mustRescan_, false)) return;
   followAll();
-  for (const std::string& root : scope_.roots()) changes_.lost(root);
+  for (const std::string& root : scope_.roots()) changes_.rescan(root);
 }
 
 void TreeWatcher::Implementation::handle(const inotify_event& event) {
-  if (event.mask & IN_Q_OVERFLOW) overflowed_ = true;
+  if (event.mask & IN_Q_OVERFLOW) mustRescan_ = true;
   WatchNode* const node = nodes_.find(event.wd);
   if (!node) return;
   const std::optional<std::string> path = nodes_.path(*node);
@@ -215,7 +216,7 @@ void TreeWatcher::Implementation::left(WatchNode& parent, const std::string& nam
 // What was beneath the mounted file system is there again.
 void TreeWatcher::Implementation::unmounted(WatchNode& node, const std::string& path) {
   if (!node.parent) return;
-  tellLost(path, node.role);
+  tellRescan(path, node.role);
   WatchNode& parent = *node.parent;
   const std::string name = *node.name;
   nodes_.detach(node);
@@ -255,7 +256,7 @@ void TreeWatcher::Implementation::readPassage(WatchNode& node, const std::string
   for (const std::string& name : scope_.namesTowardsRoots(path)) {
     const std::string childPath = path + '/' + name;
     WatchNode* const child = place(node, name, childPath);
-    if (telling == Telling::Everything && scope_.isRoot(childPath) && isFolder(childPath)) {
+    if (telling == Telling::Everything && scope_.isRoot(childPath) && isFolderItself(childPath)) {
       changes_.touched(childPath, true);
     }
     if (child) found.push_back(child);
@@ -276,7 +277,8 @@ void TreeWatcher::Implementation::readInside(WatchNode& node, const std::string&
     const std::string name = entry->d_name;
     if (name == "." || name == "..") continue;
     const std::string childPath = path + '/' + name;
-    const bool isDirectory = entry->d_type == DT_DIR || (entry->d_type == DT_UNKNOWN && isFolder(childPath));
+    const bool isDirectory =
+        entry->d_type == DT_DIR || (entry->d_type == DT_UNKNOWN && isFolderItself(childPath));
     if (telling == Telling::Everything) changes_.touched(childPath, isDirectory);
     if (!isDirectory) continue;
     if (WatchNode* const child = place(node, name, childPath)) found.push_back(child);
@@ -314,13 +316,13 @@ bool TreeWatcher::Implementation::isSecondPath(const WatchNode& node, const Watc
 
 // Roots below a folder that is told may lie in an excluded one, at which those who look at the folder turn
 // back.
-void TreeWatcher::Implementation::tellLost(const std::string& path, WatchRole role) {
-  if (role == WatchRole::Inside) changes_.lost(path);
-  for (const std::string& root : scope_.rootsWithin(path)) changes_.lost(root);
+void TreeWatcher::Implementation::tellRescan(const std::string& path, WatchRole role) {
+  if (role == WatchRole::Inside) changes_.rescan(path);
+  for (const std::string& root : scope_.rootsWithin(path)) changes_.rescan(root);
 }
 
 void TreeWatcher::Implementation::cannotFollow(const std::string& path, WatchRole role, int error) {
-  tellLost(path, role);
+  tellRescan(path, role);
   if (!reason_.empty()) return;
   reason_ = "can't follow the changes in " + std::string(forSystem(path)) + ": ";
   reason_ += error == ENOSPC ? "the system has no watches left (raise fs.inotify.max_user_watches)"
@@ -342,7 +344,7 @@ int TreeWatcher::descriptor() const {
   return implementation_->descriptor();
 }
 
-std::vector<TreeWatcher::Change> TreeWatcher::take() {
+std::vector<TreeChange> TreeWatcher::take() {
   return implementation_->take();
 }
 
@@ -350,8 +352,8 @@ std::string TreeWatcher::reason() {
   return implementation_->reason();
 }
 
-void TreeWatcher::loseEvents() {
-  implementation_->loseEvents();
+void TreeWatcher::forceRescan() {
+  implementation_->forceRescan();
 }
 
 }  // namespace standin::metadata

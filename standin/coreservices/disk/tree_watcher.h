@@ -14,31 +14,12 @@
 #include <string>
 #include <vector>
 
+#include "standin/coreservices/disk/tree_change.h"
+
 namespace standin::metadata {
 
 class TreeWatcher {
  public:
-  struct Change {
-    enum Kind {
-      // The entry appeared (also: was renamed or moved to this path) or changed in any way: content, size,
-      // dates, permissions, extended attributes; a folder also when an entry appeared in it or left it. Look
-      // at the disk for what is there now: it may be gone again. A folder that appeared is followed by a
-      // Touched for everything below it.
-      Touched,
-      // Deleted, renamed away or moved out, and with a folder everything below it.
-      Gone,
-      // Events were lost, or a folder was replaced by something else since the last call: what is known of
-      // the path and of everything below it is out of date. Forget that, then look at the path itself, which
-      // may be missing, and, if it's a folder, at everything below.
-      Rescan
-    };
-    Kind kind;
-    std::string path;  // bytes; the root's real path, then the names below it
-    // What was at the path when it happened; the disk may say something else by now. Of a Gone: whether a
-    // folder had been there at some time since the last call.
-    bool folder;
-  };
-
   // Watches every folder in `roots`, absolute paths, but for the contents of the folders in `excluded` (paths
   // as well). Folders that are in both are watched. What is there already isn't told. Returns when all
   // folders are watched, so that whatever is read from the disk afterwards is kept up to date by take().
@@ -65,7 +46,7 @@ class TreeWatcher {
 
   // What happened since the last call, in the order of the last event of each path; one change for each path,
   // and none below one that is Gone. Never blocks.
-  std::vector<Change> take();
+  std::vector<TreeChange> take();
 
   // Why something can't be followed, for people: the watcher is dead, or the folder that it names has been
   // told as Rescan, and its content is not followed, as the system has no watches left
@@ -73,9 +54,9 @@ class TreeWatcher {
   // failed after that.
   std::string reason();
 
-  // For tests: loses the events that are pending, as an overflow of the system's queue does. The next take()
-  // tells a Rescan for each root.
-  void loseEvents();
+  // For tests: drops the events that are pending, as the system does when its queue overflows. The next
+  // take() tells a Rescan for each root.
+  void forceRescan();
 
  private:
   class Implementation;

@@ -70,6 +70,15 @@ bool isHarmless(int error) {
 
 }  // namespace
 
+std::vector<FileId> fileIdsOf(const std::vector<std::string>& folders) {
+  std::vector<FileId> ids;
+  for (const std::string& folder : folders) {
+    struct stat info;
+    if (::stat(folder.c_str(), &info) == 0) ids.push_back({info.st_dev, info.st_ino});
+  }
+  return ids;
+}
+
 class Walk::Implementation {
  public:
   Implementation(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor)

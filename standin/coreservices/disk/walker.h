@@ -20,6 +20,9 @@ struct FileId {
   bool operator==(const FileId&) const = default;
 };
 
+// Of those of the folders that are there; links are followed.
+std::vector<FileId> fileIdsOf(const std::vector<std::string>& folders);
+
 class WalkVisitor {
  public:
   virtual ~WalkVisitor() = default;

@@ -5,31 +5,31 @@
 
 namespace standin::metadata {
 
-using Change = TreeWatcher::Change;
-
 void WatchChanges::touched(const std::string& path, bool folder) {
-  const auto [it, isNew] = pending_.try_emplace(path, Pending{Change::Touched, folder, folder, ++events_});
+  const auto [it, isNew] =
+      pending_.try_emplace(path, Pending{TreeChange::Touched, folder, folder, ++events_});
   if (isNew) return;
   Pending& pending = it->second;
   pending.folder = folder;
   // A Rescan stays where it is: what was told of things below it since then came after it.
-  if (pending.kind == Change::Rescan) return;
+  if (pending.kind == TreeChange::Rescan) return;
   // Only one change is told of the path, but both are true: what was below is gone, and something is there.
-  pending.kind = pending.kind == Change::Gone && pending.wasFolder ? Change::Rescan : Change::Touched;
+  pending.kind =
+      pending.kind == TreeChange::Gone && pending.wasFolder ? TreeChange::Rescan : TreeChange::Touched;
   pending.wasFolder |= folder;
   pending.order = events_;
 }
 
 void WatchChanges::gone(const std::string& path, bool folder) {
   dropBelow(path);
-  Pending& pending = pending_.try_emplace(path, Pending{Change::Gone, folder, folder, 0}).first->second;
+  Pending& pending = pending_.try_emplace(path, Pending{TreeChange::Gone, folder, folder, 0}).first->second;
   const bool wasFolder = pending.wasFolder || folder;
-  pending = {Change::Gone, wasFolder, wasFolder, ++events_};
+  pending = {TreeChange::Gone, wasFolder, wasFolder, ++events_};
 }
 
-void WatchChanges::lost(const std::string& path) {
+void WatchChanges::rescan(const std::string& path) {
   dropBelow(path);
-  pending_[path] = {Change::Rescan, true, true, ++events_};
+  pending_[path] = {TreeChange::Rescan, true, true, ++events_};
 }
 
 void WatchChanges::dropBelow(const std::string& path) {
@@ -40,8 +40,8 @@ void WatchChanges::dropBelow(const std::string& path) {
   pending_.erase(first, last);
 }
 
-std::vector<Change> WatchChanges::take() {
-  std::vector<std::pair<size_t, Change>> ordered;
+std::vector<TreeChange> WatchChanges::take() {
+  std::vector<std::pair<size_t, TreeChange>> ordered;
   ordered.reserve(pending_.size());
   while (!pending_.empty()) {
     auto node = pending_.extract(pending_.begin());
@@ -51,7 +51,7 @@ std::vector<Change> WatchChanges::take() {
   }
   std::sort(ordered.begin(), ordered.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   events_ = 0;
-  std::vector<Change> changes;
+  std::vector<TreeChange> changes;
   changes.reserve(ordered.size());
   for (auto& [order, change] : ordered) changes.push_back(std::move(change));
   return changes;

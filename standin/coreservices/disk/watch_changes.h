@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "standin/coreservices/disk/tree_watcher.h"
+#include "standin/coreservices/disk/tree_change.h"
 
 namespace standin::metadata {
 
@@ -16,14 +16,14 @@ class WatchChanges {
   // Each comes after all those before; `folder` is what was at the path.
   void touched(const std::string& path, bool folder);
   void gone(const std::string& path, bool folder);
-  void lost(const std::string& path);
+  void rescan(const std::string& path);
 
   // All of them, in order; none remain.
-  std::vector<TreeWatcher::Change> take();
+  std::vector<TreeChange> take();
 
  private:
   struct Pending {
-    TreeWatcher::Change::Kind kind;
+    TreeChange::Kind kind;
     bool folder;
     bool wasFolder;  // at some time since the last take(): the receiver may know of something below it
     size_t order;

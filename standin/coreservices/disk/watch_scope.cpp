@@ -1,9 +1,10 @@
 #include "standin/coreservices/disk/watch_scope.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <optional>
+#include <utility>
+
+#include "standin/system/paths.h"
 
 namespace standin::metadata {
 namespace {
@@ -18,9 +19,9 @@ std::optional<std::string> resolve(const std::string& path) {
   size_t length = path.size();
   for (;;) {
     const std::string head = length > 0 ? path.substr(0, length) : "/";
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(head.c_str(), nullptr), &std::free);
+    const std::optional<std::string> real = realPath(head);
     if (real || length == 0) {
-      const std::string whole = (real ? real.get() : "") + ('/' + path.substr(length));
+      const std::string whole = real.value_or("") + '/' + path.substr(length);
       std::string result = std::filesystem::path(whole).lexically_normal().string();
       while (result.ends_with('/')) result.pop_back();
       return result;

@@ -13,6 +13,7 @@
 #include "standin/gate/gate.h"
 #include "standin/system/file_names.h"
 #include "standin/system/fsref_table.h"
+#include "standin/system/paths.h"
 
 namespace {
 
@@ -33,10 +34,6 @@ using OwnedString = std::unique_ptr<const std::remove_pointer_t<CFStringRef>, Re
 OwnedString makeString(const void* bytes, size_t length, CFStringEncoding encoding) {
   return OwnedString(CFStringCreateWithBytes(kCFAllocatorDefault, static_cast<const UInt8*>(bytes),
                                              static_cast<CFIndex>(length), encoding, false));
-}
-
-std::string parentOf(const std::string& path) {
-  return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
 }
 
 // The name of the volume for its root.
@@ -76,7 +73,7 @@ std::optional<Entry> entryOf(const std::string& path, const FSRef& ref) {
   if (::lstat(path.c_str(), &info) != 0) return {};
   Entry entry{path, standin::nodeOfFSRef(ref), {}, fsRtParID, S_ISDIR(info.st_mode)};
   if (path == "/") return entry;
-  if (!standin::makeFSRef(parentOf(path), entry.parent)) return {};
+  if (!standin::makeFSRef(standin::parentPath(path), entry.parent)) return {};
   entry.parentNode = standin::nodeOfFSRef(entry.parent);
   return entry;
 }
@@ -115,15 +112,14 @@ std::string pathOfSpec(const FSSpec& fileSpec, OSErr& error) {
 // is no text, or too long for the buffer, has no name here.
 OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
                        HFSUniStr255* outName, FSSpecPtr fsSpec, FSRef* parentRef) {
-  constexpr const char* kCall = "FSGetCatalogInfo";
-  const standin::Gate gate{kCall};
+  const standin::Gate gate(__func__);
   if (!ref || (whichInfo != kFSCatInfoNone && !catalogInfo)) return paramErr;
   if (whichInfo & ~kKnownInfo) {
-    standin::die(kCall, "information is asked for that this catalogue doesn't have");
+    standin::die(__func__, "information is asked for that this catalogue doesn't have");
   }
   if (isZero(*ref)) return fnfErr;
   const std::string* const path = standin::pathOfFSRef(*ref);
-  if (!path) standin::die(kCall, "no call of this process has filled this FSRef");
+  if (!path) standin::die(__func__, "no call of this process has filled this FSRef");
   if (gate.fails()) return fnfErr;
   const std::optional<Entry> entry = entryOf(*path, *ref);
   if (!entry) return fnfErr;
@@ -142,7 +138,7 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalo
 }
 
 OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef) {
-  const standin::Gate gate{"FSpMakeFSRef"};
+  const standin::Gate gate(__func__);
   if (!source || !newRef) return paramErr;
   if (gate.fails()) return fnfErr;
   if (source->vRefNum != kVolume && source->vRefNum != kDefaultVolume) return nsvErr;

@@ -3,13 +3,13 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "standin/coreservices/services.h"
 #include "standin/gate/gate.h"
 #include "standin/system/fsref_table.h"
+#include "standin/system/paths.h"
 
 namespace {
 
@@ -18,26 +18,19 @@ std::string frameworksFolder() {
   static const char inThisLibrary = 0;
   Dl_info info;
   if (!::dladdr(&inThisLibrary, &info)) return {};
-  const std::unique_ptr<char, decltype(&std::free)> path(::realpath(info.dli_fname, nullptr), &std::free);
-  if (!path) return {};
-  const std::string library = path.get();
-  return library.substr(0, library.rfind('/')) + "/Frameworks";
-}
-
-bool isFolder(const std::string& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+  const std::optional<std::string> library = standin::realPath(info.dli_fname);
+  return library ? standin::parentPath(*library) + "/Frameworks" : "";
 }
 
 }  // namespace
 
 // The volume makes no difference: there is one. A folder of any other type isn't found.
 OSErr FSFindFolder(FSVolumeRefNum, OSType folderType, Boolean createFolder, FSRef* foundRef) {
-  standin::Gate gate{"FSFindFolder"};
-  if (!foundRef) standin::die("FSFindFolder", "the FSRef is null");
+  const standin::Gate gate(__func__);
+  if (!foundRef) standin::die(__func__, "the FSRef is null");
   if (gate.fails() || folderType != kFrameworksFolderType) return fnfErr;
   const std::string folder = frameworksFolder();
   if (folder.empty()) return fnfErr;
   if (createFolder && ::mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST) return fnfErr;
-  return isFolder(folder) && standin::makeFSRef(folder, *foundRef) ? noErr : fnfErr;
+  return standin::isFolder(folder) && standin::makeFSRef(folder, *foundRef) ? noErr : fnfErr;
 }

@@ -5,17 +5,16 @@
 #include <limits.h>
 #include <unistd.h>
 
-#include <algorithm>
-
+#include "standin/coreservices/attributes/dates.h"
 #include "standin/coreservices/attributes/schema.h"
 #include "standin/coreservices/files/file_content.h"
+#include "standin/system/paths.h"
 
 namespace standin::metadata {
 namespace {
 
 Date dateOf(const statx_timestamp& time) {
-  constexpr double kFrom1970To2001 = 978307200;
-  return {static_cast<double>(time.tv_sec) - kFrom1970To2001 + time.tv_nsec / 1e9};
+  return {static_cast<double>(time.tv_sec - kFrom1970To2001) + time.tv_nsec / 1e9};
 }
 
 Date creationDate(const struct statx& info) {
@@ -209,7 +208,7 @@ void FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
 
 FileByPath::FileByPath(const std::string& path)
     : path_(path),
-      folderPath_(path.substr(0, std::max<size_t>(path.rfind('/'), 1))),
+      folderPath_(parentPath(path)),
       folder_(path.size() < PATH_MAX ? AT_FDCWD : openLongPath(folderPath_)),
       record_(folder_, folderPath_, nameIn(path_), folder_ == AT_FDCWD ? path_.c_str() : nameIn(path_)) {}
 

@@ -9,9 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "standin/coreservices/attributes/attributes.h"
+#include "standin/coreservices/attributes/attribute_source.h"
 #include "standin/coreservices/files/text_content.h"
-#include "standin/coreservices/language/match.h"
 
 namespace standin::metadata {
 

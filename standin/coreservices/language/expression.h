@@ -3,21 +3,14 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 #include <variant>
 #include <vector>
 
-#include "standin/coreservices/attributes/attributes.h"
+#include "standin/coreservices/attributes/attribute_source.h"
 #include "standin/coreservices/language/text_pattern.h"
 #include "standin/coreservices/language/time_values.h"
 
 namespace standin::metadata {
-
-struct AttributeKey {
-  bool any = false;                          // `*`
-  FileAttribute file = FileAttribute::None;  // of a key of the schema
-  std::string name;                          // as written
-};
 
 using Number = std::variant<int64_t, double>;
 

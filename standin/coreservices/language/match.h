@@ -1,20 +1,10 @@
 // Whether something with attributes is what an expression describes.
 #pragma once
 
-#include <vector>
-
+#include "standin/coreservices/attributes/attribute_source.h"
 #include "standin/coreservices/language/expression.h"
 
 namespace standin::metadata {
-
-// What has attributes: a file during a search.
-class AttributeSource {
- public:
-  virtual ~AttributeSource() = default;
-  // Appends the attribute's values: none when it is missing. For the key `*`, the values of all attributes
-  // but the text content.
-  virtual void values(const AttributeKey& key, std::vector<Value>& values) = 0;
-};
 
 // A comparison is true when any of the attribute's values makes it so, also `!=`: an attribute of two values
 // is unequal to each of them. A missing attribute fails every comparison but `!=`; so does a value of a type

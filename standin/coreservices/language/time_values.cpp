@@ -3,15 +3,15 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
-#include <ctime>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "standin/coreservices/attributes/dates.h"
+
 namespace standin::metadata {
 namespace {
 
-constexpr int64_t kFrom1970To2001 = 978307200;
 constexpr int64_t kSecondsPerDay = 86400;
 constexpr int64_t kMostYears = 10000;
 
@@ -41,30 +41,13 @@ int64_t mostUnits(TimeUnit unit) {
   return 0;
 }
 
-int64_t offsetAt(int64_t seconds) {
-  const auto time = static_cast<time_t>(seconds);
-  struct tm local {};
-  return ::localtime_r(&time, &local) ? int64_t{local.tm_gmtoff} : 0;
-}
-
-// The time, since 1970, when local clocks show `local` seconds since 1970: the first time where they show it
-// twice; where they skip it, as late after the change as if there had been none.
-int64_t timeOfClock(int64_t local) {
-  constexpr int64_t kBeyondAnyOffset = int64_t{26} * 3600;
-  const int64_t before = offsetAt(local - kBeyondAnyOffset);
-  const int64_t after = offsetAt(local + kBeyondAnyOffset);
-  const bool isBeforeChange = offsetAt(local - before) == before;
-  const bool isAfterChange = offsetAt(local - after) == after;
-  return local - (isBeforeChange || !isAfterChange ? before : after);
-}
-
 double startOf(std::chrono::sys_days day) {
   return static_cast<double>(timeOfClock(day.time_since_epoch().count() * kSecondsPerDay) - kFrom1970To2001);
 }
 
 std::chrono::sys_days localDay(Date now) {
   const auto seconds = static_cast<int64_t>(std::floor(now.seconds)) + kFrom1970To2001;
-  const std::chrono::sys_seconds local{std::chrono::seconds(seconds + offsetAt(seconds))};
+  const std::chrono::sys_seconds local{std::chrono::seconds(seconds + clockOffsetAt(seconds))};
   return std::chrono::floor<std::chrono::days>(local);
 }
 

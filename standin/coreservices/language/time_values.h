@@ -15,7 +15,7 @@
 #include <string_view>
 #include <variant>
 
-#include "standin/coreservices/attributes/attributes.h"
+#include "standin/coreservices/attributes/dates.h"
 #include "standin/coreservices/language/parse_error.h"
 
 namespace standin::metadata {

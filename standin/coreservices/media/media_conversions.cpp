@@ -7,6 +7,8 @@
 #include <ctime>
 #include <optional>
 
+#include "standin/coreservices/attributes/dates.h"
+
 namespace standin::metadata {
 namespace {
 
@@ -14,7 +16,6 @@ constexpr double kCentimetersPerInch = 2.54;
 constexpr double kInchesPerMeter = 39.3700787402;
 constexpr double kKilometersPerMile = 1.609344;
 constexpr double kKilometersPerNauticalMile = 1.852;
-constexpr time_t kFrom1970To2001 = 978307200;
 
 using Values = std::vector<OwnedValue>;
 
@@ -71,7 +72,10 @@ std::string_view otherTag(const MediaTag& tag, std::string_view name) {
   return found == tag.all.end() || found->second.empty() ? std::string_view() : found->second.front();
 }
 
-// "2011:03:05 12:00:00.5+01:00", of which the date is enough; also with the other usual separators.
+// "2011:03:05 12:00:00.5+01:00", of which the date is enough. What cameras and programs write is read as far
+// as it makes sense: other separators, numbers of fewer digits, hours past 23, and anything behind it. The
+// dates of queries (time_values.h) are a grammar of their own, which takes none of this and tells what is
+// wrong with it.
 struct ParsedDate {
   std::tm fields{};
   double fraction = 0;
@@ -98,7 +102,6 @@ std::optional<ParsedDate> parseDate(const std::string& text) {
   if (fields.tm_mon < 1 || fields.tm_mon > 12 || fields.tm_mday < 1 || fields.tm_mday > 31) return {};
   fields.tm_year -= 1900;
   fields.tm_mon -= 1;
-  fields.tm_isdst = -1;
   const char* rest = text.c_str() + used;
   used = 0;
   if (std::sscanf(rest, "%*1[ T]%2d:%2d%n", &fields.tm_hour, &fields.tm_min, &used) != 2) return date;
@@ -116,7 +119,8 @@ std::optional<ParsedDate> parseDate(const std::string& text) {
 }
 
 void addDate(ParsedDate date, bool isLocal, Values& values) {
-  const time_t time = isLocal ? std::mktime(&date.fields) : ::timegm(&date.fields);
+  const int64_t shown = ::timegm(&date.fields);
+  const int64_t time = isLocal ? timeOfClock(shown) : shown;
   const double seconds = static_cast<double>(time - kFrom1970To2001) + date.fraction;
   values.emplace_back(Date{seconds - date.secondsEast.value_or(0)});
 }

@@ -50,6 +50,10 @@ CFTypeRef createObject(FileAttribute attribute, const std::vector<Value>& values
   return array;
 }
 
+CFArrayRef copyOf(CFArrayRef array) {
+  return array ? CFArrayCreateCopy(kCFAllocatorDefault, array) : nullptr;
+}
+
 FileAttribute attributeNamed(CFStringRef key) {
   char text[64];
   const bool isAsciiText = CFStringGetCString(key, text, sizeof text, kCFStringEncodingASCII);

@@ -17,6 +17,9 @@ CFTypeRef createObject(const Value& value);
 // value for others. Null when there are none.
 CFTypeRef createObject(FileAttribute attribute, const std::vector<Value>& values);
 
+// Null for null.
+CFArrayRef copyOf(CFArrayRef array);
+
 // The attribute that a string names; None for one that is no key of the schema.
 FileAttribute attributeNamed(CFStringRef key);
 

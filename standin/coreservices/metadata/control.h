@@ -48,8 +48,8 @@ STANDIN_API SearchScope takeSearchScope();
 // hold on a folder since. Empty when all is well.
 STANDIN_API std::string liveUpdateProblem();
 
-// Every query with live updates loses what it wasn't told yet of the changes of files, as it does when the
-// system's queue overflows.
-STANDIN_API void loseEvents();
+// Every query with live updates has to rescan its folders: what it wasn't told yet of the changes of files is
+// dropped, as when the system's queue overflows.
+STANDIN_API void forceRescan();
 
 }  // namespace standin

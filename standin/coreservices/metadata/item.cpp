@@ -3,9 +3,7 @@
 // the file is gone, so that an item can still say what it was; everything else is absent then.
 #include "standin/coreservices/metadata/item.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <new>
@@ -14,12 +12,14 @@
 
 #include "standin/corefoundation/CFRuntime.h"
 #include "standin/coreservices/attributes/schema.h"
+#include "standin/coreservices/disk/paths.h"
 #include "standin/coreservices/files/file_attributes.h"
 #include "standin/coreservices/metadata/cf_values.h"
 #include "standin/coreservices/metadata/checks.h"
 #include "standin/coreservices/metadata/planned_answers.h"
 #include "standin/system/file_names.h"
 #include "standin/system/file_urls.h"
+#include "standin/system/paths.h"
 
 struct __MDItem {
   CFRuntimeBase base;
@@ -29,6 +29,8 @@ struct __MDItem {
 namespace {
 
 using standin::Gate;
+using standin::parentPath;
+using standin::realPath;
 using namespace standin::metadata;
 
 MDItemRef itemOf(CFTypeRef cf) {
@@ -57,17 +59,12 @@ CFTypeID itemType() {
 
 // The path that a search would find the file by: real folders, and a symbolic link as itself.
 std::optional<std::string> foundPath(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  const std::string name = path.substr(slash + 1);
+  const std::string name = path.substr(path.rfind('/') + 1);
   const bool resolvesWhole = name.empty() || name == "." || name == "..";
-  const std::string folder = resolvesWhole ? path : path.substr(0, std::max<size_t>(slash, 1));
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(folder.c_str(), nullptr), &std::free);
+  const std::optional<std::string> real = realPath(resolvesWhole ? path : parentPath(path));
   if (!real && errno == ENAMETOOLONG) return path;
-  if (!real) return {};
-  std::string found = real.get();
-  if (resolvesWhole) return found;
-  if (found.back() != '/') found += '/';
-  return found + name;
+  if (!real || resolvesWhole) return real;
+  return pathIn(*real, name);
 }
 
 // Fills `values` with those of the attribute, and answers whether there are any. The text of a file is there
@@ -97,13 +94,13 @@ void standin::metadata::checkItem(const char* call, CFTypeRef item) {
 }
 
 CFTypeID MDItemGetTypeID(void) {
-  Gate gate{"MDItemGetTypeID"};
+  const Gate gate(__func__);
   return itemType();
 }
 
 MDItemRef MDItemCreateWithURL(CFAllocatorRef allocator, CFURLRef url) {
-  Gate gate{"MDItemCreateWithURL"};
-  const std::optional<std::string> path = standin::pathOfURL("MDItemCreateWithURL", url);
+  const Gate gate(__func__);
+  const std::optional<std::string> path = standin::pathOfURL(__func__, url);
   if (gate.fails() || !path) return nullptr;
   std::optional<std::string> found = foundPath(standin::existingPath(*path).value_or(*path));
   if (!found || !FileByPath(*found).record().exists()) return nullptr;
@@ -111,11 +108,10 @@ MDItemRef MDItemCreateWithURL(CFAllocatorRef allocator, CFURLRef url) {
 }
 
 CFTypeRef MDItemCopyAttribute(MDItemRef item, CFStringRef name) {
-  constexpr const char* kCall = "MDItemCopyAttribute";
-  Gate gate{kCall};
-  checkItem(kCall, item);
-  checkString(kCall, name);
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return planned;
+  const Gate gate(__func__);
+  checkItem(__func__, item);
+  checkString(__func__, name);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return planned;
   if (gate.fails()) return nullptr;
   FileByPath file(item->path);
   std::vector<Value> values;
@@ -124,12 +120,11 @@ CFTypeRef MDItemCopyAttribute(MDItemRef item, CFStringRef name) {
 }
 
 CFDictionaryRef MDItemCopyAttributes(MDItemRef item, CFArrayRef names) {
-  constexpr const char* kCall = "MDItemCopyAttributes";
-  Gate gate{kCall};
-  checkItem(kCall, item);
-  checkType(kCall, names, CFArrayGetTypeID(), "array");
-  checkStrings(kCall, names);
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFDictionaryRef>(planned);
+  const Gate gate(__func__);
+  checkItem(__func__, item);
+  checkType(__func__, names, CFArrayGetTypeID(), "array");
+  checkStrings(__func__, names);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFDictionaryRef>(planned);
   if (gate.fails()) return nullptr;
   const CFMutableDictionaryRef attributes = CFDictionaryCreateMutable(
       kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
@@ -150,10 +145,9 @@ CFDictionaryRef MDItemCopyAttributes(MDItemRef item, CFArrayRef names) {
 
 // The path is left out: it is where the item is, rather than what it is like.
 CFArrayRef MDItemCopyAttributeNames(MDItemRef item) {
-  constexpr const char* kCall = "MDItemCopyAttributeNames";
-  Gate gate{kCall};
-  checkItem(kCall, item);
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFArrayRef>(planned);
+  const Gate gate(__func__);
+  checkItem(__func__, item);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFArrayRef>(planned);
   if (gate.fails()) return nullptr;
   const CFMutableArrayRef names = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
   if (!names) return nullptr;

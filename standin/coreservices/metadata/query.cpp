@@ -1,23 +1,26 @@
-// Queries: what they are made of. What they do is in query_run.cpp, what they found in query_results.cpp.
+// Queries: how they are made, and what they were made of. What they do is in query_run.cpp, what they found
+// in query_results.cpp.
 #include "standin/coreservices/metadata/query.h"
 
-#include <string>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "standin/coreservices/language/parser.h"
 #include "standin/coreservices/metadata/cf_text.h"
+#include "standin/coreservices/metadata/cf_values.h"
 #include "standin/coreservices/metadata/checks.h"
+#include "standin/coreservices/metadata/control.h"
 
 namespace standin::metadata {
 namespace {
 
-MDQueryRef queryOf(CFTypeRef cf) {
+MDQueryRef refOf(CFTypeRef cf) {
   return const_cast<MDQueryRef>(static_cast<const __MDQuery*>(cf));
 }
 
 void finalizeQuery(CFTypeRef cf) {
-  delete queryOf(cf)->state;
+  delete refOf(cf)->query;
 }
 
 const CFRuntimeClass kQueryClass = {0,       "MDQuery", nullptr, nullptr, finalizeQuery, nullptr,
@@ -28,16 +31,12 @@ CFTypeID queryType() {
   return type;
 }
 
-CFArrayRef copyOrNull(CFArrayRef array) {
-  return array ? CFArrayCreateCopy(kCFAllocatorDefault, array) : nullptr;
-}
-
 MDQueryRef createQuery(CFAllocatorRef allocator, CFStringRef text, ExpressionRef expression,
                        CFArrayRef valueListAttributes, CFArrayRef sortingAttributes) {
   const CFIndex extraBytes = sizeof(__MDQuery) - sizeof(CFRuntimeBase);
-  const MDQueryRef query = queryOf(_CFRuntimeCreateInstance(allocator, queryType(), extraBytes, nullptr));
+  const MDQueryRef query = refOf(_CFRuntimeCreateInstance(allocator, queryType(), extraBytes, nullptr));
   if (!query) return nullptr;
-  query->state = new QueryState(text, valueListAttributes, sortingAttributes, std::move(expression));
+  query->query = new Query{{text, valueListAttributes, sortingAttributes, std::move(expression)}, nullptr};
   return query;
 }
 
@@ -50,43 +49,38 @@ ExpressionRef parse(CFStringRef text) {
 
 }  // namespace
 
-QueryState::QueryState(CFStringRef text, CFArrayRef valueListAttributes, CFArrayRef sortingAttributes,
-                       ExpressionRef expression)
-    : text(CFStringCreateCopy(kCFAllocatorDefault, text)),
-      valueListAttributes(copyOrNull(valueListAttributes)),
-      sortingAttributes(copyOrNull(sortingAttributes)),
-      expression(std::move(expression)),
-      results(valueListAttributes, sortingAttributes) {}
-
-QueryState::~QueryState() {
-  run.reset();  // it uses the rest
-  for (const CFTypeRef cf : {CFTypeRef{text}, CFTypeRef{valueListAttributes}, CFTypeRef{sortingAttributes}}) {
-    if (cf) CFRelease(cf);
-  }
+Query& queryOf(const char* call, MDQueryRef query) {
+  checkType(call, query, queryType(), "query");
+  return *query->query;
 }
 
 QueryState& stateOf(const char* call, MDQueryRef query) {
-  checkType(call, query, queryType(), "query");
-  return *query->state;
+  return queryOf(call, query).state;
 }
 
 }  // namespace standin::metadata
+
+std::optional<standin::QueryError> standin::checkQuery(std::u16string_view queryString) {
+  const auto parsed = metadata::parseQuery(queryString);
+  const auto* const error = std::get_if<metadata::ParseError>(&parsed);
+  if (!error) return {};
+  return QueryError{error->position, error->reason};
+}
 
 using standin::Gate;
 using namespace standin::metadata;
 
 CFTypeID MDQueryGetTypeID(void) {
-  Gate gate{"MDQueryGetTypeID"};
+  const Gate gate(__func__);
   return queryType();
 }
 
 MDQueryRef MDQueryCreate(CFAllocatorRef allocator, CFStringRef queryString, CFArrayRef valueListAttrs,
                          CFArrayRef sortingAttrs) {
-  constexpr const char* kCall = "MDQueryCreate";
-  Gate gate{kCall};
-  checkString(kCall, queryString);
-  checkStrings(kCall, valueListAttrs);
-  checkStrings(kCall, sortingAttrs);
+  const Gate gate(__func__);
+  checkString(__func__, queryString);
+  checkStrings(__func__, valueListAttrs);
+  checkStrings(__func__, sortingAttrs);
   ExpressionRef expression = parse(queryString);
   if (gate.fails() || !expression) return nullptr;
   return createQuery(allocator, queryString, std::move(expression), valueListAttrs, sortingAttrs);
@@ -96,12 +90,11 @@ MDQueryRef MDQueryCreate(CFAllocatorRef allocator, CFStringRef queryString, CFAr
 // parent was ever executed. A scope that the parent is given later is its own.
 MDQueryRef MDQueryCreateSubset(CFAllocatorRef allocator, MDQueryRef query, CFStringRef queryString,
                                CFArrayRef valueListAttrs, CFArrayRef sortingAttrs) {
-  constexpr const char* kCall = "MDQueryCreateSubset";
-  Gate gate{kCall};
-  const QueryState& parent = stateOf(kCall, query);
-  checkString(kCall, queryString);
-  checkStrings(kCall, valueListAttrs);
-  checkStrings(kCall, sortingAttrs);
+  const Gate gate(__func__);
+  const QueryState& parent = stateOf(__func__, query);
+  checkString(__func__, queryString);
+  checkStrings(__func__, valueListAttrs);
+  checkStrings(__func__, sortingAttrs);
   ExpressionRef own = parse(queryString);
   if (gate.fails() || !own) return nullptr;
   auto both = std::make_shared<Expression>(
@@ -109,26 +102,27 @@ MDQueryRef MDQueryCreateSubset(CFAllocatorRef allocator, MDQueryRef query, CFStr
   const MDQueryRef subset =
       createQuery(allocator, queryString, std::move(both), valueListAttrs, sortingAttrs);
   if (!subset) return nullptr;
-  subset->state->outerScopes = parent.outerScopes;
+  std::vector<Scope>& outerScopes = subset->query->state.outerScopes;
   const Scope everywhere{{ScopeElement::Place::Indexed, {}}};
-  subset->state->outerScopes.push_back(parent.scope.value_or(everywhere));
+  outerScopes = parent.outerScopes;
+  outerScopes.push_back(parent.scope.value_or(everywhere));
   return subset;
 }
 
 CFStringRef MDQueryCopyQueryString(MDQueryRef query) {
-  Gate gate{"MDQueryCopyQueryString"};
-  const QueryState& state = stateOf("MDQueryCopyQueryString", query);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
   return gate.fails() ? nullptr : CFStringCreateCopy(kCFAllocatorDefault, state.text);
 }
 
 CFArrayRef MDQueryCopyValueListAttributes(MDQueryRef query) {
-  Gate gate{"MDQueryCopyValueListAttributes"};
-  const QueryState& state = stateOf("MDQueryCopyValueListAttributes", query);
-  return gate.fails() ? nullptr : copyOrNull(state.valueListAttributes);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
+  return gate.fails() ? nullptr : copyOf(state.valueListAttributes);
 }
 
 CFArrayRef MDQueryCopySortingAttributes(MDQueryRef query) {
-  Gate gate{"MDQueryCopySortingAttributes"};
-  const QueryState& state = stateOf("MDQueryCopySortingAttributes", query);
-  return gate.fails() ? nullptr : copyOrNull(state.sortingAttributes);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
+  return gate.fails() ? nullptr : copyOf(state.sortingAttributes);
 }

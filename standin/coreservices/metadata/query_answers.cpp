@@ -16,22 +16,22 @@ bool isIndex(const QueryState& state, CFIndex index) {
 }  // namespace
 
 CFIndex MDQueryGetResultCount(MDQueryRef query) {
-  Gate gate{"MDQueryGetResultCount"};
-  const QueryState& state = stateOf("MDQueryGetResultCount", query);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
   return gate.fails() ? 0 : static_cast<CFIndex>(state.results.size());
 }
 
 const void* MDQueryGetResultAtIndex(MDQueryRef query, CFIndex idx) {
-  Gate gate{"MDQueryGetResultAtIndex"};
-  QueryState& state = stateOf("MDQueryGetResultAtIndex", query);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
   if (gate.fails() || !isIndex(state, idx)) return nullptr;
   return state.results.itemAt(static_cast<size_t>(idx));
 }
 
 CFIndex MDQueryGetIndexOfResult(MDQueryRef query, const void* result) {
-  Gate gate{"MDQueryGetIndexOfResult"};
-  const QueryState& state = stateOf("MDQueryGetIndexOfResult", query);
-  checkItem("MDQueryGetIndexOfResult", result);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
+  checkItem(__func__, result);
   if (gate.fails()) return kCFNotFound;
   const auto item = static_cast<MDItemRef>(const_cast<void*>(result));
   const size_t index = state.results.indexOf(pathOfItem(item));
@@ -39,55 +39,49 @@ CFIndex MDQueryGetIndexOfResult(MDQueryRef query, const void* result) {
 }
 
 void* MDQueryGetAttributeValueOfResultAtIndex(MDQueryRef query, CFStringRef name, CFIndex idx) {
-  constexpr const char* kCall = "MDQueryGetAttributeValueOfResultAtIndex";
-  Gate gate{kCall};
-  QueryState& state = stateOf(kCall, query);
-  checkString(kCall, name);
-  if (const CFTypeRef planned = borrowPlannedAnswer(kCall)) return const_cast<void*>(planned);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
+  checkString(__func__, name);
+  if (const CFTypeRef planned = borrowPlannedAnswer(__func__)) return const_cast<void*>(planned);
   if (gate.fails() || !isIndex(state, idx)) return nullptr;
   return const_cast<void*>(state.results.valueAt(static_cast<size_t>(idx), name));
 }
 
 CFArrayRef MDQueryCopyValuesOfAttribute(MDQueryRef query, CFStringRef name) {
-  constexpr const char* kCall = "MDQueryCopyValuesOfAttribute";
-  Gate gate{kCall};
-  QueryState& state = stateOf(kCall, query);
-  checkString(kCall, name);
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFArrayRef>(planned);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
+  checkString(__func__, name);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFArrayRef>(planned);
   return gate.fails() ? nullptr : state.results.copyValuesOf(name);
 }
 
 CFIndex MDQueryGetCountOfResultsWithAttributeValue(MDQueryRef query, CFStringRef name, CFTypeRef value) {
-  constexpr const char* kCall = "MDQueryGetCountOfResultsWithAttributeValue";
-  Gate gate{kCall};
-  QueryState& state = stateOf(kCall, query);
-  checkString(kCall, name);
-  if (!value) standin::die(kCall, "the value is null");
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
+  checkString(__func__, name);
+  if (!value) standin::die(__func__, "the value is null");
   return gate.fails() ? 0 : state.results.countWithValue(name, value);
 }
 
 // Results that are there already are put into the new order.
 Boolean MDQuerySetSortOrder(MDQueryRef query, CFArrayRef sortingAttrs) {
-  constexpr const char* kCall = "MDQuerySetSortOrder";
-  Gate gate{kCall};
-  QueryState& state = stateOf(kCall, query);
-  checkStrings(kCall, sortingAttrs);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
+  checkStrings(__func__, sortingAttrs);
   return !gate.fails() && sortingAttrs && state.results.setSortOrder(sortingAttrs);
 }
 
 // 0 also for an attribute that isn't a sorting attribute.
 uint32_t MDQueryGetSortOptionFlagsForAttribute(MDQueryRef query, CFStringRef fieldName) {
-  constexpr const char* kCall = "MDQueryGetSortOptionFlagsForAttribute";
-  Gate gate{kCall};
-  const QueryState& state = stateOf(kCall, query);
-  checkString(kCall, fieldName);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
+  checkString(__func__, fieldName);
   return gate.fails() ? 0 : state.results.sortFlags(fieldName);
 }
 
 Boolean MDQuerySetSortOptionFlagsForAttribute(MDQueryRef query, CFStringRef fieldName, uint32_t flags) {
-  constexpr const char* kCall = "MDQuerySetSortOptionFlagsForAttribute";
-  Gate gate{kCall};
-  QueryState& state = stateOf(kCall, query);
-  checkString(kCall, fieldName);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
+  checkString(__func__, fieldName);
   return !gate.fails() && state.results.setSortFlags(fieldName, flags);
 }

@@ -16,9 +16,9 @@ bool isWanted(MDQueryRef query) {
   return CFGetRetainCount(query) > 1;
 }
 
-void gatherNow(MDQueryRef query, const QueryState& state) {
+void gatherNow(MDQueryRef query, const Query& parts) {
   constexpr double kForever = 1e9;
-  while (state.run && state.run->isGathering() && isWanted(query)) {
+  while (parts.run && parts.run->isGathering() && isWanted(query)) {
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, kForever, true);
   }
 }
@@ -26,71 +26,72 @@ void gatherNow(MDQueryRef query, const QueryState& state) {
 }  // namespace
 
 Boolean MDQueryExecute(MDQueryRef query, CFOptionFlags optionFlags) {
-  Gate gate{"MDQueryExecute"};
-  QueryState& state = stateOf("MDQueryExecute", query);
+  const Gate gate(__func__);
+  Query& parts = queryOf(__func__, query);
+  QueryState& state = parts.state;
   if (gate.fails() || state.executed || state.stopped) return false;
   const Held held(query);
   const bool synchronous = (optionFlags & kMDQuerySynchronous) != 0;
   state.executed = true;
   state.expression = resolve(state.expression, Date{CFAbsoluteTimeGetCurrent()});
-  state.run = std::make_unique<QueryRun>(query, state, !synchronous && (optionFlags & kMDQueryWantsUpdates));
-  if (synchronous) gatherNow(query, state);
+  parts.run = std::make_unique<QueryRun>(query, state, !synchronous && (optionFlags & kMDQueryWantsUpdates));
+  if (synchronous) gatherNow(query, parts);
   return true;
 }
 
 // What a query has gathered stays; it gathers nothing any more, and can't be executed any more either.
 void MDQueryStop(MDQueryRef query) {
-  Gate gate{"MDQueryStop"};
-  QueryState& state = stateOf("MDQueryStop", query);
+  const Gate gate(__func__);
+  Query& parts = queryOf(__func__, query);
   if (gate.fails()) return;
-  state.stopped = true;
-  state.run.reset();
+  parts.state.stopped = true;
+  parts.run.reset();
 }
 
 void MDQueryDisableUpdates(MDQueryRef query) {
-  Gate gate{"MDQueryDisableUpdates"};
-  QueryState& state = stateOf("MDQueryDisableUpdates", query);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
   if (!gate.fails()) ++state.updatesDisabled;
 }
 
 void MDQueryEnableUpdates(MDQueryRef query) {
-  Gate gate{"MDQueryEnableUpdates"};
-  QueryState& state = stateOf("MDQueryEnableUpdates", query);
-  if (gate.fails() || state.updatesDisabled == 0) return;
-  if (--state.updatesDisabled == 0 && state.run) state.run->updatesEnabled();
+  const Gate gate(__func__);
+  Query& parts = queryOf(__func__, query);
+  int& disabled = parts.state.updatesDisabled;
+  if (gate.fails() || disabled == 0) return;
+  if (--disabled == 0 && parts.run) parts.run->updatesEnabled();
 }
 
 Boolean MDQueryIsGatheringComplete(MDQueryRef query) {
-  Gate gate{"MDQueryIsGatheringComplete"};
-  const QueryState& state = stateOf("MDQueryIsGatheringComplete", query);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
   return !gate.fails() && state.gathered;
 }
 
 MDQueryBatchingParams MDQueryGetBatchingParameters(MDQueryRef query) {
-  Gate gate{"MDQueryGetBatchingParameters"};
-  const QueryState& state = stateOf("MDQueryGetBatchingParameters", query);
+  const Gate gate(__func__);
+  const QueryState& state = stateOf(__func__, query);
   return gate.fails() ? MDQueryBatchingParams{} : state.batches;
 }
 
 // They hold from the next batch on.
 void MDQuerySetBatchingParameters(MDQueryRef query, MDQueryBatchingParams params) {
-  Gate gate{"MDQuerySetBatchingParameters"};
-  QueryState& state = stateOf("MDQuerySetBatchingParameters", query);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
   if (!gate.fails()) state.batches = params;
 }
 
 void MDQuerySetMaxCount(MDQueryRef query, CFIndex size) {
-  Gate gate{"MDQuerySetMaxCount"};
-  QueryState& state = stateOf("MDQuerySetMaxCount", query);
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
   if (!gate.fails() && !state.executed) state.maximum = size;
 }
 
 void MDQuerySetSearchScope(MDQueryRef query, CFArrayRef scopeDirectories, OptionBits scopeOptions) {
-  constexpr const char* kCall = "MDQuerySetSearchScope";
-  Gate gate{kCall};
-  QueryState& state = stateOf(kCall, query);
-  Scope scope = scopeOf(kCall, scopeDirectories);
-  if (scopeOptions != 0) standin::die(kCall, "there are no options for scopes");
+  const Gate gate(__func__);
+  QueryState& state = stateOf(__func__, query);
+  Scope scope = scopeOf(__func__, scopeDirectories);
+  if (scopeOptions != 0) standin::die(__func__, "there are no options for scopes");
   noteScope(scopeDirectories, scopeOptions);
   if (!gate.fails() && !state.executed) state.scope = std::move(scope);
 }

@@ -14,7 +14,7 @@
 #include "standin/coreservices/files/file_attributes.h"
 #include "standin/coreservices/search/result_store.h"
 #include "standin/coreservices/search/sorting.h"
-#include "standin/coreservices/search/value_column.h"
+#include "standin/coreservices/metadata/value_column.h"
 
 namespace standin::metadata {
 

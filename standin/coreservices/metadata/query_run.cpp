@@ -4,9 +4,10 @@
 #include <unordered_set>
 #include <utility>
 
+#include "standin/coreservices/disk/paths.h"
+#include "standin/coreservices/metadata/control.h"
 #include "standin/coreservices/metadata/held.h"
-#include "standin/coreservices/metadata/query.h"
-#include "standin/coreservices/metadata/settings.h"
+#include "standin/coreservices/metadata/scope.h"
 #include "standin/gate/gate.h"
 #include "standin/system/clock.h"
 
@@ -15,16 +16,33 @@ namespace {
 
 constexpr const char* kName = "MDQuery";
 
-MDQueryRef queryOf(void* info) {
-  return static_cast<MDQueryRef>(info);
+// Of the last gathering that was finished.
+SearchStatistics& lastStatistics() {
+  static SearchStatistics statistics;
+  return statistics;
+}
+
+std::string& updateProblem() {
+  static std::string problem;
+  return problem;
+}
+
+// The runs that are told of changes.
+std::set<QueryRun*>& runsWithUpdates() {
+  static std::set<QueryRun*> runs;
+  return runs;
+}
+
+QueryRun& runOf(void* info) {
+  return *static_cast<QueryRun*>(info);
 }
 
 // One observer of a turn may release the query, which the next is then called with: it is held until the turn
 // is over. (Callbacks of a run that is gone are never called: it makes its sources and its timer invalid.)
 void perform(void* info) {
   const Inside inside(kName);
-  const Held held(info);
-  queryOf(info)->state->run->work();
+  const Held held(runOf(info).query());
+  runOf(info).work();
 }
 
 void fire(CFRunLoopTimerRef, void* info) {
@@ -33,7 +51,7 @@ void fire(CFRunLoopTimerRef, void* info) {
 
 void becomeReadable(CFFileDescriptorRef, CFOptionFlags, void* info) {
   const Inside inside(kName);
-  queryOf(info)->state->run->readChanges();
+  runOf(info).readChanges();
 }
 
 void post(MDQueryRef query, CFStringRef name, CFDictionaryRef userInfo) {
@@ -56,7 +74,7 @@ double secondsOf(size_t milliseconds) {
 
 QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : query_(query), state_(state) {
   const std::vector<std::string> folders = foldersOf(state.scope, state.outerScopes);
-  const std::vector<std::string>& excluded = settings().excludedFolders;
+  const std::vector<std::string>& excluded = excludedFolders();
   if (wantsUpdates) watch(folders, excluded);
   SearchRequest request{state.expression, folders, excluded};
   if (state.maximum > 0) request.maximum = static_cast<size_t>(state.maximum);
@@ -65,7 +83,7 @@ QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : que
                                        results.gathered(file, record);
                                      });
   CFRunLoopSourceContext context{};
-  context.info = query;
+  context.info = this;
   context.perform = perform;
   source_ = CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &context);
   CFRunLoopAddSource(CFRunLoopGetCurrent(), source_, kCFRunLoopDefaultMode);
@@ -73,7 +91,7 @@ QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : que
 }
 
 QueryRun::~QueryRun() {
-  settings().followers.erase(this);
+  runsWithUpdates().erase(this);
   stopTimer();
   if (descriptor_) {
     CFFileDescriptorInvalidate(descriptor_);
@@ -90,11 +108,11 @@ void QueryRun::watch(const std::vector<std::string>& folders, const std::vector<
   }
   watcher_ = std::make_unique<TreeWatcher>(roots, excluded);
   changes_ = std::make_unique<LiveChanges>(state_.expression, roots, excluded);
-  settings().updateProblem = watcher_->reason();
+  updateProblem() = watcher_->reason();
   if (watcher_->descriptor() < 0) return;
-  settings().followers.insert(this);
+  runsWithUpdates().insert(this);
   CFFileDescriptorContext context{};
-  context.info = query_;
+  context.info = this;
   descriptor_ =
       CFFileDescriptorCreate(kCFAllocatorDefault, watcher_->descriptor(), false, becomeReadable, &context);
   CFFileDescriptorEnableCallBacks(descriptor_, kCFFileDescriptorReadCallBack);
@@ -146,7 +164,7 @@ void QueryRun::gatherBatch() {
 
 void QueryRun::finishGathering() {
   const SearchReport report = search_->report();
-  settings().lastSearch = {report.foldersSearched, report.unreadableFolders, report.missingFolders};
+  lastStatistics() = {report.foldersSearched, report.unreadableFolders, report.missingFolders};
   search_.reset();
   state_.results.store().shrink();
   state_.gathered = true;
@@ -175,21 +193,21 @@ ResultChanges QueryRun::lookAtKnown() {
 // Updates
 
 void QueryRun::readChanges() {
-  const std::vector<TreeWatcher::Change> told = watcher_->take();
+  const std::vector<TreeChange> told = watcher_->take();
   CFFileDescriptorEnableCallBacks(descriptor_, kCFFileDescriptorReadCallBack);
   if (std::string problem = watcher_->reason(); !problem.empty()) {
-    settings().updateProblem = std::move(problem);
+    updateProblem() = std::move(problem);
   }
   changes_->add(told);
   if (isGathering()) {
-    for (const TreeWatcher::Change& change : told) touchedWhileGathering_.insert(change.path);
+    for (const TreeChange& change : told) touchedWhileGathering_.insert(change.path);
   } else {
     schedule();
   }
 }
 
-void QueryRun::loseEvents() {
-  watcher_->loseEvents();
+void QueryRun::forceRescan() {
+  watcher_->forceRescan();
   readChanges();
 }
 
@@ -210,7 +228,7 @@ void QueryRun::schedule() {
 
 void QueryRun::startTimer(double seconds) {
   CFRunLoopTimerContext context{};
-  context.info = query_;
+  context.info = this;
   timer_ = CFRunLoopTimerCreate(kCFAllocatorDefault, CFAbsoluteTimeGetCurrent() + seconds, 0, 0, 0, fire,
                                 &context);
   CFRunLoopAddTimer(CFRunLoopGetCurrent(), timer_, kCFRunLoopDefaultMode);
@@ -260,3 +278,15 @@ void QueryRun::updateBatch() {
 }
 
 }  // namespace standin::metadata
+
+standin::SearchStatistics standin::lastSearch() {
+  return metadata::lastStatistics();
+}
+
+std::string standin::liveUpdateProblem() {
+  return metadata::updateProblem();
+}
+
+void standin::forceRescan() {
+  for (metadata::QueryRun* const run : metadata::runsWithUpdates()) run->forceRescan();
+}

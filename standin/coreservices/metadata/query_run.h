@@ -5,33 +5,33 @@
 // at most one notification, and whatever its observers do to the query, its run is not touched afterwards.
 #pragma once
 
-#include <CoreServices/CoreServices.h>
-
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "standin/coreservices/metadata/query_results.h"
+#include "standin/coreservices/disk/tree_watcher.h"
+#include "standin/coreservices/metadata/query_state.h"
 #include "standin/coreservices/search/live_changes.h"
 #include "standin/coreservices/search/search.h"
+#include "standin/coreservices/services.h"
 
 namespace standin::metadata {
 
-struct QueryState;
-
 class QueryRun {
  public:
-  // Begins to watch at once when updates are wanted, before anything is read. The query owns the run.
+  // Begins to watch at once when updates are wanted, before anything is read. The query owns the run and the
+  // state, which the run uses.
   QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates);
   ~QueryRun();
   QueryRun(const QueryRun&) = delete;
   QueryRun& operator=(const QueryRun&) = delete;
 
+  MDQueryRef query() const { return query_; }
   bool isGathering() const { return search_ != nullptr; }
   // Changes that waited are told in the next turn.
   void updatesEnabled();
-  void loseEvents();  // where updates are wanted
+  void forceRescan();  // where updates are wanted
 
   // Turns of the run loop
   void work();

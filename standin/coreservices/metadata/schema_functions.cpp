@@ -46,27 +46,24 @@ void setAndRelease(CFMutableDictionaryRef dictionary, CFStringRef key, CFTypeRef
 }  // namespace
 
 CFStringRef MDSchemaCopyDisplayNameForAttribute(CFStringRef name) {
-  constexpr const char* kCall = "MDSchemaCopyDisplayNameForAttribute";
-  Gate gate{kCall};
-  checkString(kCall, name);
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFStringRef>(planned);
+  const Gate gate(__func__);
+  checkString(__func__, name);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFStringRef>(planned);
   const AttributeInfo* const info = infoNamed(name);
   return gate.fails() || !info ? nullptr : createString(info->displayName);
 }
 
 CFStringRef MDSchemaCopyDisplayDescriptionForAttribute(CFStringRef name) {
-  constexpr const char* kCall = "MDSchemaCopyDisplayDescriptionForAttribute";
-  Gate gate{kCall};
-  checkString(kCall, name);
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFStringRef>(planned);
+  const Gate gate(__func__);
+  checkString(__func__, name);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFStringRef>(planned);
   const AttributeInfo* const info = infoNamed(name);
   return gate.fails() || !info ? nullptr : createString(info->description);
 }
 
 CFArrayRef MDSchemaCopyAllAttributes(void) {
-  constexpr const char* kCall = "MDSchemaCopyAllAttributes";
-  Gate gate{kCall};
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFArrayRef>(planned);
+  const Gate gate(__func__);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFArrayRef>(planned);
   if (gate.fails()) return nullptr;
   const CFMutableArrayRef keys = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
   if (!keys) return nullptr;
@@ -80,10 +77,9 @@ CFArrayRef MDSchemaCopyAllAttributes(void) {
 }
 
 CFDictionaryRef MDSchemaCopyMetaAttributesForAttribute(CFStringRef name) {
-  constexpr const char* kCall = "MDSchemaCopyMetaAttributesForAttribute";
-  Gate gate{kCall};
-  checkString(kCall, name);
-  if (const CFTypeRef planned = takePlannedAnswer(kCall)) return static_cast<CFDictionaryRef>(planned);
+  const Gate gate(__func__);
+  checkString(__func__, name);
+  if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFDictionaryRef>(planned);
   const AttributeInfo* const info = infoNamed(name);
   if (gate.fails() || !info) return nullptr;
   const CFMutableDictionaryRef about = CFDictionaryCreateMutable(

@@ -4,10 +4,12 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <utility>
+
+#include "standin/coreservices/disk/paths.h"
 #include "standin/coreservices/metadata/cf_text.h"
 #include "standin/coreservices/metadata/checks.h"
-#include "standin/coreservices/metadata/settings.h"
-#include "standin/coreservices/search/search.h"
+#include "standin/coreservices/metadata/control.h"
 #include "standin/coreservices/services.h"
 #include "standin/system/file_urls.h"
 
@@ -15,6 +17,21 @@ namespace standin::metadata {
 namespace {
 
 using Place = ScopeElement::Place;
+
+struct IndexedFolders {
+  std::vector<std::string> folders = {"/"};
+  std::vector<std::string> excluded = {"/proc", "/sys", "/dev"};
+};
+
+IndexedFolders& indexedFolders() {
+  static IndexedFolders set;
+  return set;
+}
+
+SearchScope& notedScope() {
+  static SearchScope noted;
+  return noted;
+}
 
 ScopeElement elementOf(CFStringRef string) {
   const struct {
@@ -39,7 +56,7 @@ std::string homeFolder() {
 }
 
 std::vector<std::string> foldersOf(const Scope& scope) {
-  const std::vector<std::string>& indexed = settings().indexedFolders;
+  const std::vector<std::string>& indexed = indexedFolders().folders;
   std::vector<std::string> folders;
   for (const ScopeElement& element : scope) {
     switch (element.place) {
@@ -94,7 +111,7 @@ Scope scopeOf(const char* call, CFArrayRef array) {
 }
 
 void noteScope(CFArrayRef array, OptionBits options) {
-  SearchScope& noted = settings().lastScope;
+  SearchScope& noted = notedScope();
   noted = {noted.set + 1, {}, {}, options};
   for (CFIndex i = 0; i < CFArrayGetCount(array); ++i) {
     const CFTypeRef place = CFArrayGetValueAtIndex(array, i);
@@ -106,9 +123,21 @@ void noteScope(CFArrayRef array, OptionBits options) {
 }
 
 std::vector<std::string> foldersOf(const std::optional<Scope>& scope, const std::vector<Scope>& around) {
-  std::vector<std::string> folders = scope ? foldersOf(*scope) : settings().indexedFolders;
+  std::vector<std::string> folders = scope ? foldersOf(*scope) : indexedFolders().folders;
   for (const Scope& outer : around) folders = inBoth(folders, foldersOf(outer));
   return folders;
 }
 
+const std::vector<std::string>& excludedFolders() {
+  return indexedFolders().excluded;
+}
+
 }  // namespace standin::metadata
+
+void standin::setIndexedFolders(std::vector<std::string> folders, std::vector<std::string> excluded) {
+  metadata::indexedFolders() = {std::move(folders), std::move(excluded)};
+}
+
+standin::SearchScope standin::takeSearchScope() {
+  return std::exchange(metadata::notedScope(), {});
+}

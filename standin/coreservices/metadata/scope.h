@@ -23,6 +23,9 @@ Scope scopeOf(const char* call, CFArrayRef array);
 // Keeps what was given for takeSearchScope().
 void noteScope(CFArrayRef array, OptionBits options);
 
+// The folders whose contents no query looks at, unless its scope names them: set with setIndexedFolders().
+const std::vector<std::string>& excludedFolders();
+
 // The folders that a scope means now; without one, those that count as indexed. There is no network. What
 // lies in the scopes around it is all that counts of them.
 std::vector<std::string> foldersOf(const std::optional<Scope>& scope, const std::vector<Scope>& around = {});

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "standin/coreservices/disk/paths.h"
 #include "standin/coreservices/disk/walker.h"
 #include "standin/coreservices/files/file_attributes.h"
-#include "standin/coreservices/search/search.h"
+#include "standin/coreservices/language/match.h"
+#include "standin/system/paths.h"
 
 namespace standin::metadata {
 namespace {
@@ -18,7 +20,7 @@ class Matching : public WalkVisitor {
   void left() override {}
   void found(int folder, const std::string& path, const char* name) override {
     FileRecord record(folder, path, name, name);
-    if (matches(expression_, record)) paths.push_back((path == "/" ? path : path + '/') + name);
+    if (matches(expression_, record)) paths.push_back(pathIn(path, name));
   }
   std::vector<std::string> paths;
 
@@ -41,12 +43,12 @@ void LiveChanges::add(const std::string& path, Extent extent) {
   }
 }
 
-void LiveChanges::add(const std::vector<TreeWatcher::Change>& changes) {
+void LiveChanges::add(const std::vector<TreeChange>& changes) {
   reachedFolder_.clear();
-  for (const TreeWatcher::Change& change : changes) {
-    const bool wholeFolder = change.kind == TreeWatcher::Change::Gone && change.folder;
+  for (const TreeChange& change : changes) {
+    const bool wholeFolder = change.kind == TreeChange::Gone && change.folder;
     const Extent known = wholeFolder ? Extent::KnownBelow : Extent::Entry;
-    add(change.path, change.kind == TreeWatcher::Change::Rescan ? Extent::AllBelow : known);
+    add(change.path, change.kind == TreeChange::Rescan ? Extent::Rescan : known);
   }
 }
 
@@ -59,8 +61,8 @@ std::string LiveChanges::take(const ResultStore& known) {
   if (extent >= Extent::KnownBelow) {
     for (const std::string& below : known.pathsBelow(path)) add(below, Extent::Entry);
   }
-  if (extent == Extent::AllBelow) {
-    const std::vector<FileId> excluded = identify(excluded_);
+  if (extent == Extent::Rescan) {
+    const std::vector<FileId> excluded = fileIdsOf(excluded_);
     Matching matching(*expression_);
     for (Walk walk(path, excluded, matching); walk.step();) {
     }
@@ -71,7 +73,7 @@ std::string LiveChanges::take(const ResultStore& known) {
 
 // What a symbolic link has come to lead to isn't below the folder that used to be there.
 bool LiveChanges::isReached(const std::string& path) {
-  std::string folder = path.substr(0, std::max<size_t>(path.rfind('/'), 1));
+  std::string folder = parentPath(path);
   if (folder == reachedFolder_) return true;
   if (intendedPath(folder) != folder) return false;
   reachedFolder_ = std::move(folder);

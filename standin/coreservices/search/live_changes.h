@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "standin/coreservices/disk/tree_watcher.h"
+#include "standin/coreservices/disk/tree_change.h"
 #include "standin/coreservices/language/expression.h"
 #include "standin/coreservices/search/result_store.h"
 
@@ -21,21 +21,21 @@ class LiveChanges {
   // another.
   LiveChanges(ExpressionRef expression, std::vector<std::string> folders, std::vector<std::string> excluded);
 
-  void add(const std::vector<TreeWatcher::Change>& changes);
+  void add(const std::vector<TreeChange>& changes);
   bool empty() const { return queue_.empty(); }
   size_t size() const { return queue_.size(); }
 
   // The next path to be looked at.
   const std::string& next() const { return queue_.front(); }
-  // Takes it from the queue. What was below a folder that went away, and what may be below one whose
-  // changes were lost, joins the queue when it is the folder's turn.
+  // Takes it from the queue. What was below a folder that went away, and everything below one that has to be
+  // rescanned, joins the queue when it is the folder's turn.
   std::string take(const ResultStore& known);
 
   // Whether the expression describes what is at the path now.
   bool isResult(const std::string& path);
 
  private:
-  enum class Extent { Entry, KnownBelow, AllBelow };  // what has to be looked at, growing
+  enum class Extent { Entry, KnownBelow, Rescan };  // what has to be looked at, growing
 
   void add(const std::string& path, Extent extent);
   bool isReached(const std::string& path);

@@ -1,8 +1,10 @@
 #include "standin/coreservices/search/result_store.h"
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
+
+#include "standin/coreservices/disk/paths.h"
+#include "standin/system/paths.h"
 
 namespace standin::metadata {
 
@@ -34,8 +36,7 @@ ResultStore::File ResultStore::add(Folder folder, std::string_view name) {
 }
 
 ResultStore::File ResultStore::add(std::string_view path) {
-  const size_t slash = path.rfind('/');
-  return add(folderAt(path.substr(0, std::max<size_t>(slash, 1))), path.substr(slash + 1));
+  return add(folderAt(parentPath(std::string(path))), path.substr(path.rfind('/') + 1));
 }
 
 // A folder that isn't known stands for itself, with its whole path for a name.
@@ -126,8 +127,7 @@ std::vector<std::string> ResultStore::pathsBelow(std::string_view folder) const 
   for (Folder f = 0; f < folders_.size(); ++f) {
     const Folder above = folders_[f].folder;
     const std::string path = pathOf(folders_[f]);
-    below[f] = (above != kNoFolder && below[above]) || path == folder || folder == "/" ||
-               (path.starts_with(folder) && path[folder.size()] == '/');
+    below[f] = (above != kNoFolder && below[above]) || liesIn(path, folder);
   }
   std::vector<std::string> paths;
   for (const Entry& file : files_) {

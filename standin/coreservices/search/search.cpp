@@ -1,11 +1,9 @@
 #include "standin/coreservices/search/search.h"
 
-#include <sys/stat.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <optional>
 #include <utility>
+
+#include "standin/coreservices/disk/paths.h"
+#include "standin/coreservices/language/match.h"
 
 namespace standin::metadata {
 
@@ -47,72 +45,12 @@ class Search::Collector : public WalkVisitor {
   std::vector<OpenFolder> open_;
 };
 
-namespace {
-
-std::optional<std::string> realPath(const std::string& path) {
-  if (!path.starts_with('/')) return {};
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-  if (!real) return {};
-  return real.get();
-}
-
-bool isFolder(const std::string& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-}  // namespace
-
-bool liesIn(const std::string& path, const std::string& folder) {
-  if (!path.starts_with(folder)) return false;
-  return path.size() == folder.size() || folder.back() == '/' || path[folder.size()] == '/';
-}
-
-std::string intendedPath(const std::string& path) {
-  if (std::optional<std::string> real = realPath(path)) return *real;
-  const size_t slash = path.rfind('/');
-  if (slash == std::string::npos || slash == 0) return path;
-  const std::string folder = intendedPath(path.substr(0, slash));
-  return (folder == "/" ? "" : folder) + path.substr(slash);
-}
-
-std::vector<std::string> distinctFolders(const std::vector<std::string>& folders, size_t& missing) {
-  std::vector<std::string> real;
-  for (const std::string& folder : folders) {
-    std::optional<std::string> path = realPath(folder);
-    if (path && isFolder(*path)) {
-      real.push_back(std::move(*path));
-    } else {
-      ++missing;
-    }
-  }
-  std::vector<std::string> distinct;
-  for (size_t i = 0; i < real.size(); ++i) {
-    const auto coversThis = [&](const std::string& other) { return liesIn(real[i], other); };
-    const bool earlier = std::any_of(distinct.begin(), distinct.end(), coversThis);
-    const bool later =
-        std::any_of(real.begin() + static_cast<ptrdiff_t>(i) + 1, real.end(),
-                    [&](const std::string& other) { return other != real[i] && coversThis(other); });
-    if (!earlier && !later) distinct.push_back(real[i]);
-  }
-  return distinct;
-}
-
-std::vector<FileId> identify(const std::vector<std::string>& folders) {
-  std::vector<FileId> ids;
-  for (const std::string& folder : folders) {
-    struct stat info;
-    if (::stat(folder.c_str(), &info) == 0) ids.push_back({info.st_dev, info.st_ino});
-  }
-  return ids;
-}
-
 Search::Search(SearchRequest request, ResultStore& results, Found found)
     : request_(std::move(request)),
       results_(results),
       onFound_(std::move(found)),
       folders_(distinctFolders(request_.folders, report_.missingFolders)),
-      excluded_(identify(request_.excluded)) {}
+      excluded_(fileIdsOf(request_.excluded)) {}
 
 Search::~Search() = default;
 

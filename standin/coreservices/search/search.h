@@ -1,5 +1,9 @@
-// One search: folders looked through for what an expression describes, entry by entry, so that it may be left
-// off and gone on with.
+// search/: from folders and an expression to results: the search, its live changes, the store of results and
+// what they are sorted by, all without Core Foundation. It includes the rooms attributes/, disk/, files/ and
+// language/, and nothing of metadata/.
+//
+// Here: one search: folders looked through for what an expression describes, entry by entry, so that it may
+// be left off and gone on with.
 #pragma once
 
 #include <functional>
@@ -60,17 +64,5 @@ class Search {
   std::unique_ptr<Collector> collector_;
   std::unique_ptr<Walk> walk_;
 };
-
-// Whether it is the folder, or below it.
-bool liesIn(const std::string& path, const std::string& folder);
-
-// The real path of what is there; of what isn't, that of its folder with the name.
-std::string intendedPath(const std::string& path);
-
-// The real paths of the folders, without those that lie in others. Those that aren't there are left out and
-// counted.
-std::vector<std::string> distinctFolders(const std::vector<std::string>& folders, size_t& missing);
-
-std::vector<FileId> identify(const std::vector<std::string>& folders);
 
 }  // namespace standin::metadata

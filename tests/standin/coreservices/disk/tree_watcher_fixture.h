@@ -26,9 +26,9 @@ namespace standin::metadata {
 class Watched : public testing::Test {
  protected:
   // Paths relative to the scratch folder, which is "."; folders end with a slash.
-  std::vector<std::string> texts(const std::vector<TreeWatcher::Change>& changes) const {
+  std::vector<std::string> texts(const std::vector<TreeChange>& changes) const {
     std::vector<std::string> texts;
-    for (const TreeWatcher::Change& change : changes) {
+    for (const TreeChange& change : changes) {
       const char* const kinds[] = {"touched ", "gone ", "rescan "};
       std::string path = scratch.within({change.path})[0];
       if (path == scratch.path()) path = ".";

@@ -21,7 +21,7 @@ TEST_F(TreeWatcherLimits, LostEventsAreOneRescanForEachRoot) {
   scratch.folder("b");
   TreeWatcher watcher({scratch.at("a"), scratch.at("b"), scratch.at("missing")}, {});
   scratch.file("a/f");
-  watcher.loseEvents();
+  watcher.forceRescan();
   EXPECT_THAT(take(watcher), ElementsAre("rescan a/", "rescan b/", "rescan missing/"));
   EXPECT_THAT(take(watcher), IsEmpty());
 }
@@ -35,7 +35,7 @@ TEST_F(TreeWatcherLimits, FoldersWhoseAppearanceWasLostAreFollowed) {
   scratch.file("late/f");
   rename("a/renamed", "a/r");
   rename("a/gone", "gone");
-  watcher.loseEvents();
+  watcher.forceRescan();
   take(watcher);
   EXPECT_EQ(watchesOf(watcher), watches + 2);
   append("a/new/deep/f");
@@ -73,7 +73,7 @@ TEST_F(TreeWatcherLimits, AWatcherWithoutAnInstanceIsDeadAndSaysWhy) {
   EXPECT_EQ(watcher.descriptor(), -1);
   EXPECT_THAT(watcher.reason(), HasSubstr("fs.inotify.max_user_instances"));
   scratch.file("f");
-  watcher.loseEvents();
+  watcher.forceRescan();
   EXPECT_THAT(take(watcher), IsEmpty());
 }
 
@@ -97,10 +97,10 @@ TEST_F(TreeWatcherLimits, FoldersBeyondTheLimitOfWatchesAreRescannedWithAReason)
     std::ofstream limit("/proc/sys/user/max_inotify_watches");
     if (!(limit << above + 2).flush()) GTEST_SKIP();  // "/" and the others above, the root, and one in it
     TreeWatcher watcher({scratch.path()}, {});
-    const std::vector<TreeWatcher::Change> changes = watcher.take();
+    const std::vector<TreeChange> changes = watcher.take();
     ASSERT_EQ(changes.size(), 2u);
-    EXPECT_EQ(changes[0].kind, TreeWatcher::Change::Rescan);
-    EXPECT_EQ(changes[1].kind, TreeWatcher::Change::Rescan);
+    EXPECT_EQ(changes[0].kind, TreeChange::Rescan);
+    EXPECT_EQ(changes[1].kind, TreeChange::Rescan);
     EXPECT_EQ(watcher.reason(), "can't follow the changes in " + changes[0].path +
                                     ": the system has no watches left (raise fs.inotify.max_user_watches)");
     EXPECT_EQ(watcher.reason(), "");

@@ -24,11 +24,11 @@ class Model {
  public:
   explicit Model(std::string root) : root_(std::move(root)) { look(root_); }
 
-  void apply(const std::vector<TreeWatcher::Change>& changes) {
-    for (const TreeWatcher::Change& change : changes) {
-      if (change.kind != TreeWatcher::Change::Touched) forget(change.path);
-      if (change.kind == TreeWatcher::Change::Rescan) look(change.path);
-      if (change.kind != TreeWatcher::Change::Touched) continue;
+  void apply(const std::vector<TreeChange>& changes) {
+    for (const TreeChange& change : changes) {
+      if (change.kind != TreeChange::Touched) forget(change.path);
+      if (change.kind == TreeChange::Rescan) look(change.path);
+      if (change.kind != TreeChange::Touched) continue;
       struct stat info;
       if (::lstat(change.path.c_str(), &info) == 0) {
         paths_.insert(change.path);
@@ -74,7 +74,7 @@ TEST_P(TreeWatcherModel, KnowsWhatIsThereAfterTwoThousandRandomOperations) {
   for (int i = 0; i < 2000 && !HasFailure(); ++i) {
     SCOPED_TRACE(i);
     operations.doOne();
-    if (operations.upTo(200) == 0) watcher.loseEvents();
+    if (operations.upTo(200) == 0) watcher.forceRescan();
     if (operations.upTo(10) == 0) compare();
   }
   compare();

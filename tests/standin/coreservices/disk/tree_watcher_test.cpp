@@ -184,7 +184,7 @@ TEST_F(TreeWatcherTest, NothingIsLostOfTreesThatAreMadeMeanwhile) {
   });
   std::set<std::string> files;
   while (files.size() < kTrees && isReadable(*watcher, 60'000)) {
-    for (const TreeWatcher::Change& change : watcher->take()) {
+    for (const TreeChange& change : watcher->take()) {
       if (change.path.ends_with("/a/b/f")) files.insert(change.path);
     }
   }

@@ -60,7 +60,7 @@ TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
   for (int i = 0; i < 1000 && !HasFailure(); ++i) {
     SCOPED_TRACE(i);
     operations.doOne();
-    if (operations.upTo(100) == 0) standin::loseEvents();
+    if (operations.upTo(100) == 0) standin::forceRescan();
     if (operations.upTo(2) == 0) run(0.05);  // some changes are told while others of the same batch come
     if (operations.upTo(20) != 0) continue;
     run(10);

@@ -441,7 +441,7 @@ TEST_F(Updates, CountAFileOnceThatChangedBeforeEventsWereLost) {
     scratch.file("a.txt", "changed");
     scratch.file("new.txt");
     run(0.1);
-    standin::loseEvents();
+    standin::forceRescan();
     run(10);
     EXPECT_EQ(MDQueryGetResultCount(query.get()), 2);
     expectSameAsNewQuery();
@@ -532,7 +532,7 @@ TEST_F(Updates, AreMadeUpForAfterEventsWereLost) {
   fs::remove_all(scratch.at("folder"));
   scratch.file("comes.txt");
   scratch.file("new/comes.txt");
-  standin::loseEvents();
+  standin::forceRescan();
   run();
   EXPECT_THAT(results(query), UnorderedElementsAre("stays.txt", "comes.txt", "new/comes.txt"));
   listener->notices.clear();
@@ -567,7 +567,7 @@ TEST_F(Updates, LeaveOutExcludedFolders) {
   start();
   scratch.file("out/a.txt");
   expectNoUpdate();
-  standin::loseEvents();
+  standin::forceRescan();
   run();
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 0);
 }
@@ -616,7 +616,7 @@ TEST_F(Updates, ThatCannotBeFollowedAreReportedAndTheQueryGathersAllTheSame) {
   EXPECT_THAT(results(query), ElementsAre("a.txt"));
   MDQueryDisableUpdates(query.get());
   MDQueryEnableUpdates(query.get());
-  standin::loseEvents();
+  standin::forceRescan();
   EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, false), kCFRunLoopRunFinished);
   start();
   EXPECT_EQ(standin::liveUpdateProblem(), "");

@@ -1,5 +1,5 @@
 // Values of attributes that may have several, which a column of values takes apart.
-#include "standin/coreservices/search/value_column.h"
+#include "standin/coreservices/metadata/value_column.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "standin/coreservices/search/value_column.h"
+#include "standin/coreservices/metadata/value_column.h"
 
 #include <utility>
 
