@@ -4,7 +4,7 @@
 #include <numeric>
 #include <utility>
 
-#include "standin/coreservices/metadata/cf_text.h"
+#include "standin/coreservices/metadata/cf_values.h"
 #include "standin/coreservices/metadata/item.h"
 
 namespace standin::metadata {
@@ -25,33 +25,6 @@ void setArray(CFMutableDictionaryRef dictionary, CFStringRef key, CFArrayRef arr
   if (array) CFRelease(array);
 }
 
-// Of several values, the first counts.
-Rank rankOf(const Ranker& ranker, CFTypeRef value) {
-  const CFTypeID type = CFGetTypeID(value);
-  if (type == CFStringGetTypeID()) return ranker.rankOf(textOf(static_cast<CFStringRef>(value)));
-  if (type == CFBooleanGetTypeID()) return CFBooleanGetValue(static_cast<CFBooleanRef>(value)) != 0;
-  if (type == CFDateGetTypeID()) return Ranker::rankOf(CFDateGetAbsoluteTime(static_cast<CFDateRef>(value)));
-  if (type == CFDataGetTypeID()) {
-    const auto data = static_cast<CFDataRef>(value);
-    const auto* const bytes = reinterpret_cast<const char*>(CFDataGetBytePtr(data));
-    return DataRank{std::string(bytes, static_cast<size_t>(CFDataGetLength(data)))};
-  }
-  if (type == CFNumberGetTypeID()) {
-    const auto number = static_cast<CFNumberRef>(value);
-    double real = 0;
-    int64_t integer = 0;
-    if (CFNumberIsFloatType(number) && CFNumberGetValue(number, kCFNumberFloat64Type, &real)) {
-      return Ranker::rankOf(real);
-    }
-    CFNumberGetValue(number, kCFNumberSInt64Type, &integer);
-    return Ranker::rankOf(integer);
-  }
-  if (type == CFArrayGetTypeID() && CFArrayGetCount(static_cast<CFArrayRef>(value)) > 0) {
-    return rankOf(ranker, CFArrayGetValueAtIndex(static_cast<CFArrayRef>(value), 0));
-  }
-  return {};
-}
-
 }  // namespace
 
 QueryResults::QueryResults(CFArrayRef valueListAttributes, CFArrayRef sortingAttributes)
@@ -60,7 +33,7 @@ QueryResults::QueryResults(CFArrayRef valueListAttributes, CFArrayRef sortingAtt
   addColumns(sortingAttributes, false);
   for (CFIndex i = 0; i < countOf(sortingAttributes); ++i) {
     const CFStringRef name = columnOf(stringAt(sortingAttributes, i))->name();
-    sortable_.push_back({name, fileAttributeNamed(utf8Of(name))});
+    sortable_.push_back({name, attributeNamed(name)});
   }
   sortOrder_.resize(sortable_.size());
   std::iota(sortOrder_.begin(), sortOrder_.end(), size_t{0});
@@ -195,23 +168,11 @@ std::vector<SortKey> QueryResults::sortKeys() const {
   return keys;
 }
 
-Rank QueryResults::rankOfObject(ResultStore::File file, CFStringRef attribute) const {
-  const CFTypeRef value = copyValue(file, attribute);
-  if (!value) return {};
-  Rank rank = rankOf(*ranker_, value);
-  CFRelease(value);
-  return rank;
-}
-
-// Attributes of the file itself are at hand, others are asked of an item.
+// Of several values, the first counts. An attribute that the schema doesn't know is missing from every file.
 void QueryResults::rank(ResultStore::File file, FileRecord& record) {
   for (size_t i = 0; i < sortable_.size(); ++i) {
-    if (sortable_[i].file == FileAttribute::None) {
-      ranks_.set(file, i, rankOfObject(file, sortable_[i].name));
-    } else {
-      const std::optional<Value> value = record.value(sortable_[i].file);
-      ranks_.set(file, i, value ? ranker_->rankOf(*value) : Rank());
-    }
+    const std::optional<Value> value = record.value(sortable_[i].file);
+    ranks_.set(file, i, value ? ranker_->rankOf(*value) : Rank());
   }
 }
 

@@ -2,8 +2,6 @@
 // them all.
 #pragma once
 
-#include <CoreServices/CoreServices.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -12,9 +10,10 @@
 
 #include "standin/coreservices/attributes/attributes.h"
 #include "standin/coreservices/files/file_attributes.h"
+#include "standin/coreservices/metadata/value_column.h"
 #include "standin/coreservices/search/result_store.h"
 #include "standin/coreservices/search/sorting.h"
-#include "standin/coreservices/metadata/value_column.h"
+#include "standin/coreservices/services.h"
 
 namespace standin::metadata {
 
@@ -72,7 +71,6 @@ class QueryResults {
   MDItemRef itemOf(ResultStore::File file);
   CFArrayRef itemsLookedAt(const std::vector<ResultStore::File>& files) const;
   CFTypeRef copyValue(ResultStore::File file, CFStringRef attribute) const;
-  Rank rankOfObject(ResultStore::File file, CFStringRef attribute) const;
   void rank(ResultStore::File file, FileRecord& record);
   void rankAgain(ResultStore::File file);
   void forget(ResultStore::File file);

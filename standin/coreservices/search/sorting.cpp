@@ -12,7 +12,16 @@
 
 namespace standin::metadata {
 
+namespace {
+
 static_assert(std::numeric_limits<long double>::digits >= 64);
+
+// NaN comes before all other numbers.
+long double rankOfNumber(long double number) {
+  return std::isnan(number) ? -std::numeric_limits<long double>::infinity() : number;
+}
+
+}  // namespace
 
 void Ranker::CloseCollator::operator()(UCollator* collator) const {
   ucol_close(collator);
@@ -31,24 +40,19 @@ Ranker::Ranker() {
 
 Ranker::~Ranker() = default;
 
-// NaN comes before all other numbers.
-Rank Ranker::rankOf(long double number) {
-  return std::isnan(number) ? -std::numeric_limits<long double>::infinity() : number;
-}
-
-Rank Ranker::rankOf(std::u16string_view text) const {
+TextRank Ranker::rankOfText(std::u16string_view text) const {
   if (!collator_) {
-    return TextRank{std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t))};
+    return {std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t))};
   }
   const auto length = static_cast<int32_t>(text.size());
   uint8_t buffer[256];
   int32_t size = ucol_getSortKey(collator_.get(), text.data(), length, buffer, sizeof buffer);
   if (size <= static_cast<int32_t>(sizeof buffer)) {
-    return TextRank{std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size))};
+    return {std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size))};
   }
   std::string bytes(static_cast<size_t>(size), '\0');
   ucol_getSortKey(collator_.get(), text.data(), length, reinterpret_cast<uint8_t*>(bytes.data()), size);
-  return TextRank{std::move(bytes)};
+  return {std::move(bytes)};
 }
 
 Rank Ranker::rankOf(const Value& value) const {
@@ -58,11 +62,11 @@ Rank Ranker::rankOf(const Value& value) const {
         if constexpr (std::is_same_v<T, bool>) {
           return v;
         } else if constexpr (std::is_same_v<T, Date>) {
-          return rankOf(static_cast<long double>(v.seconds));
+          return rankOfNumber(v.seconds);
         } else if constexpr (std::is_arithmetic_v<T>) {
-          return rankOf(static_cast<long double>(v));
+          return rankOfNumber(v);
         } else {
-          return rankOf(std::u16string_view(utf16(readableText(v))));
+          return rankOfText(utf16(readableText(v)));
         }
       },
       value);

@@ -25,14 +25,9 @@ struct TextRank {
   auto operator<=>(const TextRank&) const = default;
 };
 
-struct DataRank {
-  std::string bytes;
-  auto operator<=>(const DataRank&) const = default;
-};
-
 // What a value is sorted by; the order of the alternatives is the order of values of different types. A long
 // double holds every integer of 64 bits exactly.
-using Rank = std::variant<std::monostate, bool, long double, TextRank, DataRank>;
+using Rank = std::variant<std::monostate, bool, long double, TextRank>;
 
 class Ranker {
  public:
@@ -42,11 +37,10 @@ class Ranker {
   Ranker& operator=(const Ranker&) = delete;
 
   Rank rankOf(const Value& value) const;
-  Rank rankOf(std::u16string_view text) const;
-
-  static Rank rankOf(long double number);
 
  private:
+  TextRank rankOfText(std::u16string_view text) const;
+
   struct CloseCollator {
     void operator()(UCollator* collator) const;
   };

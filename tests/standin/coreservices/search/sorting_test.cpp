@@ -67,13 +67,6 @@ TEST_F(Sorting, ComparesTextThatIsLong) {
   EXPECT_FALSE(before(text(shared + "b"), text(shared + "a")));
 }
 
-TEST_F(Sorting, ComparesDataByItsBytes) {
-  const auto data = [](std::string bytes) { return Rank(DataRank{std::move(bytes)}); };
-  EXPECT_LT(data({"\x01\x00", 2}), data({"\x01\x01", 2}));
-  EXPECT_LT(data("\x7F"), data("\x80"));
-  EXPECT_LT(data("\x01"), data({"\x01\x00", 2}));
-}
-
 TEST_F(Sorting, PutsMissingValuesFirst) {
   for (const Value& value : {Value(false), Value(std::numeric_limits<int64_t>::min()), text("")}) {
     EXPECT_LT(Rank(), ranker.rankOf(value));
@@ -83,8 +76,8 @@ TEST_F(Sorting, PutsMissingValuesFirst) {
 TEST(Ranks, AreComparedKeyByKeyEachInItsDirection) {
   Ranks ranks(2);
   const auto set = [&](ResultStore::File file, long double first, long double second) {
-    ranks.set(file, 0, Ranker::rankOf(first));
-    ranks.set(file, 1, Ranker::rankOf(second));
+    ranks.set(file, 0, Rank(first));
+    ranks.set(file, 1, Rank(second));
   };
   set(0, 1, 5);
   set(1, 1, 7);
