@@ -375,6 +375,19 @@ TEST_F(Media, DatesWithoutAZoneAreOfThisSystemsZone) {
   EXPECT_EQ(date(make(path), kMDItemContentCreationDate), noon + 5400.25);
 }
 
+TEST_F(Media, DatesInAnHourThatClocksShowTwiceAreBeforeTheChange) {
+  const LocalZone zone("EST5EDT,M3.2.0,M11.1.0");
+  const double before = 1320557400.0 - 978307200.0;  // 2011-11-06 05:30 GMT, 01:30 in summer time
+  for (const char* month : {"07", "01"}) {           // whatever date is read before it
+    const std::string earlier = scratch.file(std::string("earlier") + month + ".jpg", sample::jpeg());
+    const std::string path = scratch.file(std::string("photo") + month + ".jpg", sample::jpeg());
+    writeTags(earlier, {std::string("-EXIF:DateTimeOriginal=2011:") + month + ":15 12:00:00"});
+    writeTags(path, {"-EXIF:DateTimeOriginal=2011:11:06 01:30:00"});
+    EXPECT_NE(date(make(earlier), kMDItemContentCreationDate), -1);
+    EXPECT_EQ(date(make(path), kMDItemContentCreationDate), before) << month;
+  }
+}
+
 TEST_F(Media, WithoutADateOfItsOwnHasTheFiles) {
   const auto item = make(scratch.file("photo.jpg", sample::jpeg()));
   EXPECT_EQ(date(item, kMDItemContentCreationDate), date(item, kMDItemFSCreationDate));
