@@ -22,9 +22,6 @@ enum class FileAttribute : uint8_t {
 #undef ATTRIBUTE
 };
 
-// None for a key that the schema doesn't know. Keys are case-sensitive.
-FileAttribute fileAttributeNamed(std::string_view key);
-
 // Text is UTF-8 and borrowed: good until the source is asked again or dies. It may hold bytes that aren't
 // UTF-8, because a name on disk may; see text.h for how those read.
 using Value = std::variant<bool, int64_t, double, Date, std::string_view>;

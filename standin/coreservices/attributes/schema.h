@@ -26,6 +26,9 @@ struct AttributeInfo {
 // Every attribute, in the order of FileAttribute after None.
 std::span<const AttributeInfo> schema();
 
+// None for a key that the schema doesn't know. Keys are case-sensitive.
+FileAttribute fileAttributeNamed(std::string_view key);
+
 // `attribute` isn't None.
 const AttributeInfo& infoOf(FileAttribute attribute);
 

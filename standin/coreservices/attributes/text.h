@@ -2,8 +2,8 @@
 //
 // A name on disk is bytes. Where they are UTF-8 they are read so; a byte that isn't part of any character
 // reads as a percent sign and two capital hexadecimal digits ("%FF"), so that every name can be shown and
-// searched for. The way back from shown text to bytes isn't always open: whoever needs the file keeps the
-// bytes.
+// searched for. Shown text can't always be turned back into the bytes: whoever needs the file keeps
+// the bytes.
 #pragma once
 
 #include <string>

@@ -9,8 +9,8 @@ namespace standin::metadata {
 
 // Borrows everything.
 struct FileLocation {
-  int folder;         // open, or AT_FDCWD
-  const char* reach;  // leads to the file from there
+  int folder;                  // open, or AT_FDCWD
+  const char* pathFromFolder;  // to the file
   const char* name;
   std::string_view path;  // absolute
   const struct statx& info;

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "standin/coreservices/disk/descriptor.h"
 #include "standin/coreservices/disk/watch_changes.h"
 #include "standin/coreservices/disk/watch_nodes.h"
 #include "standin/coreservices/disk/watch_scope.h"
@@ -18,7 +19,7 @@
 // when the event of their appearance is read. So a folder that appeared is looked at as it is now (first
 // watched, then read), the system tells by its watch whether it is one that is known already, and whatever
 // happened later follows as an event, which then may repeat what is known. An event that comes too late, of
-// an entry that isn't there any more, is followed by the one of its going.
+// an entry that isn't there any more, is followed by the event of its removal.
 
 namespace standin::metadata {
 namespace {
@@ -48,23 +49,14 @@ bool isSameFile(const std::string& left, const std::string& right) {
          a.st_ino == b.st_ino;
 }
 
-// Gone again, replaced by something else, not ours to read, or too long: no reason to worry.
+// Gone again, replaced by something else, unreadable for this user, or too long: nothing that is worth a
+// message.
 bool isHarmless(int error) {
   return error == ENOENT || error == ENOTDIR || error == ELOOP || error == EACCES || error == ENAMETOOLONG;
 }
 
 struct FolderCloser {
   void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
-struct Instance {
-  Instance() : descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {}
-  Instance(const Instance&) = delete;
-  Instance& operator=(const Instance&) = delete;
-  ~Instance() {
-    if (descriptor >= 0) ::close(descriptor);
-  }
-  const int descriptor;
 };
 
 }  // namespace
@@ -81,7 +73,7 @@ class TreeWatcher::Implementation {
     }
   }
 
-  int descriptor() const { return instance_.descriptor; }
+  int descriptor() const { return instance_.get(); }
   std::string reason() { return std::exchange(reason_, {}); }
 
   std::vector<TreeChange> take() {
@@ -125,7 +117,7 @@ class TreeWatcher::Implementation {
   bool mustRescan_ = false;
   std::string reason_;
   std::vector<char> buffer_;
-  const Instance instance_;  // last: errno still tells why there is none
+  const Descriptor instance_{::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)};  // last: errno still tells why none
 };
 
 // Handles what is pending now, not what comes meanwhile: that might never end.

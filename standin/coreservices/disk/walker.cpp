@@ -3,7 +3,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,33 +10,14 @@
 #include <optional>
 #include <utility>
 
+#include "standin/coreservices/disk/descriptor.h"
+
 namespace standin::metadata {
 namespace {
 
-// Folders above the current one that stay open. Beyond that the walk closes them and finds its way back
-// through
+// Folders above the current one that stay open. Beyond that the walk closes them and finds its way back by
 // "..", so that depth isn't limited by the number of files that a process may have open.
 constexpr size_t kFoldersKeptOpen = 64;
-
-class Descriptor {
- public:
-  explicit Descriptor(int fd = -1) : fd_(fd) {}
-  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(fd_, other.fd_);
-    return *this;
-  }
-  ~Descriptor() { close(); }
-  int get() const { return fd_; }
-  explicit operator bool() const { return fd_ >= 0; }
-  void close() {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = -1;
-  }
-
- private:
-  int fd_;
-};
 
 Descriptor openFolder(int parent, const char* name, bool follow = false) {
   return Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | (follow ? 0 : O_NOFOLLOW)));
@@ -63,7 +43,7 @@ struct Folder {
   size_t next = 0;
 };
 
-// Vanished, or replaced by something that isn't a folder: nothing to walk through, and nobody's fault.
+// Vanished, or replaced by something that isn't a folder: nothing to walk through, and no error.
 bool isHarmless(int error) {
   return error == ENOENT || error == ENOTDIR || error == ELOOP;
 }

@@ -27,7 +27,7 @@ class WalkVisitor {
  public:
   virtual ~WalkVisitor() = default;
   // A folder (the first one included) is about to be walked through; `path` is the whole path of it. The walk
-  // calls left() for it when it is done, unless the walk isn't gone on with.
+  // calls left() for it when it is done; not when the walk is given up before.
   virtual void entered(const std::string& path, size_t nameLength) = 0;
   virtual void left() = 0;
   // One entry of the folder that is open as `folder` at `path`.
@@ -39,7 +39,7 @@ struct WalkReport {
   size_t unreadableFolders = 0;  // skipped: no permission, or an error of the disk
 };
 
-// A walk goes step by step, so that it may be left off and gone on with.
+// A walk goes step by step, so that it can be paused.
 class Walk {
  public:
   // `root` is an absolute path without a slash at its end (except "/"). Folders named in `excluded` are

@@ -12,7 +12,7 @@
 namespace standin::metadata {
 
 enum class WatchRole {
-  Outside,  // nobody's business
+  Outside,  // not followed
   Passage,  // a root lies below it: only the entry that leads there matters
   Inside    // a root or in one, and not excluded: every entry matters
 };

@@ -18,14 +18,14 @@ Date dateOf(const statx_timestamp& time) {
 }
 
 Date creationDate(const struct statx& info) {
-  // Not every file system keeps the time of birth; the oldest time that it keeps comes nearest.
+  // Not every file system keeps the time of birth; the older of the others comes nearest.
   if (info.stx_mask & STATX_BTIME) return dateOf(info.stx_btime);
   const Date changed = dateOf(info.stx_mtime);
   const Date moved = dateOf(info.stx_ctime);
   return changed.seconds < moved.seconds ? changed : moved;
 }
 
-// A file that was made or written counts as read at that moment: only a later time tells of a use.
+// Making and writing a file count as reading it: only a later time means that it was used.
 std::optional<Value> lastUsedDate(const struct statx& info) {
   const Date used = dateOf(info.stx_atime);
   if (used.seconds <= dateOf(info.stx_mtime).seconds) return {};
@@ -40,17 +40,20 @@ const char* nameIn(const std::string& path) {
   return path.c_str() + path.rfind('/') + 1;
 }
 
-// Opens the folder at an absolute path, piece by piece where the path is longer than one call takes.
-int openLongPath(const std::string& path) {
-  int folder = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC);
-  for (size_t start = 1; start < path.size() && folder >= 0;) {
+// Longer than the system takes in one call.
+bool isLong(const std::string& path) {
+  return path.size() >= PATH_MAX;
+}
+
+// The folder at an absolute path, opened piece by piece where the path is long.
+Descriptor openLongPath(const std::string& path) {
+  Descriptor folder(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  for (size_t start = 1; start < path.size() && folder;) {
     size_t end = path.size();
     if (end - start >= PATH_MAX) end = path.rfind('/', start + PATH_MAX - 1);
     if (end == std::string::npos || end <= start) break;
     const std::string piece = path.substr(start, end - start);
-    const int next = ::openat(folder, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    ::close(folder);
-    folder = next;
+    folder = Descriptor(::openat(folder.get(), piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     start = end + 1;
   }
   return folder;
@@ -58,15 +61,17 @@ int openLongPath(const std::string& path) {
 
 }  // namespace
 
-FileRecord::FileRecord(int folder, const std::string& folderPath, const char* name, const char* reach)
-    : folder_(folder), folderPath_(folderPath), name_(name), reach_(reach) {}
+FileRecord::FileRecord(int folder, const std::string& folderPath, const char* name,
+                       const char* pathFromFolder)
+    : folder_(folder), folderPath_(folderPath), name_(name), pathFromFolder_(pathFromFolder) {}
 
 FileRecord::~FileRecord() = default;
 
 const struct statx* FileRecord::info() {
   if (state_ == NotAsked) {
     const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_SYNC_AS_STAT;
-    state_ = ::statx(folder_, reach_, flags, STATX_BASIC_STATS | STATX_BTIME, &info_) == 0 ? Known : Gone;
+    state_ =
+        ::statx(folder_, pathFromFolder_, flags, STATX_BASIC_STATS | STATX_BTIME, &info_) == 0 ? Known : Gone;
   }
   return state_ == Known ? &info_ : nullptr;
 }
@@ -85,12 +90,12 @@ std::string_view FileRecord::path() {
 }
 
 FileContent* FileRecord::content() {
-  if (!content_ && info()) content_.reset(new FileContent({folder_, reach_, name_, path(), info_}));
+  if (!content_ && info()) content_.reset(new FileContent({folder_, pathFromFolder_, name_, path(), info_}));
   return content_.get();
 }
 
 std::optional<Value> FileRecord::nodeCount() {
-  const int fd = ::openat(folder_, reach_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  const int fd = ::openat(folder_, pathFromFolder_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
   if (fd < 0) return {};
   DIR* const folder = ::fdopendir(fd);
   if (!folder) {
@@ -127,7 +132,7 @@ std::optional<Value> FileRecord::valueByRecord(FileAttribute attribute) {
   const struct statx* const file = info();
   if (!file) return {};
   const auto access = [&](int mode) {
-    return ::faccessat(folder_, reach_, mode, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
+    return ::faccessat(folder_, pathFromFolder_, mode, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0;
   };
   switch (attribute) {
     case FileAttribute::FSSize:
@@ -194,7 +199,7 @@ std::optional<Value> FileRecord::value(FileAttribute attribute) {
 
 void FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
   if (key.file == FileAttribute::TextContent) {
-    if (const auto text = text_.read(folder_, reach_)) values.emplace_back(*text);
+    if (const auto text = text_.read(folder_, pathFromFolder_)) values.emplace_back(*text);
     return;
   }
   if (!key.any) {
@@ -207,13 +212,9 @@ void FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
 }
 
 FileByPath::FileByPath(const std::string& path)
-    : path_(path),
-      folderPath_(parentPath(path)),
-      folder_(path.size() < PATH_MAX ? AT_FDCWD : openLongPath(folderPath_)),
-      record_(folder_, folderPath_, nameIn(path_), folder_ == AT_FDCWD ? path_.c_str() : nameIn(path_)) {}
-
-FileByPath::~FileByPath() {
-  if (folder_ >= 0) ::close(folder_);
-}
+    : folderPath_(parentPath(path)),
+      folder_(isLong(path) ? openLongPath(folderPath_) : Descriptor()),
+      record_(isLong(path) ? folder_.get() : AT_FDCWD, folderPath_, nameIn(path),
+              isLong(path) ? nameIn(path) : path.c_str()) {}
 
 }  // namespace standin::metadata

@@ -1,5 +1,9 @@
-// The attributes of one file, read when they are asked for and not before: a search by name never touches the
-// files themselves, one by size or date never their content.
+// files/: one file as a source of attributes: from its path, the file system's record, its type, its text and
+// what its content says of itself. It includes attributes/, disk/ and media/, and standin/system/paths.h;
+// neither the query language nor Core Foundation.
+//
+// Here: the attributes of one file, read when they are asked for and not before: a search by name never
+// touches the files themselves, one by size or date never their content.
 #pragma once
 
 #include <sys/stat.h>
@@ -10,6 +14,7 @@
 #include <string_view>
 
 #include "standin/coreservices/attributes/attribute_source.h"
+#include "standin/coreservices/disk/descriptor.h"
 #include "standin/coreservices/files/text_content.h"
 
 namespace standin::metadata {
@@ -19,9 +24,9 @@ class FileContent;
 // Borrows everything that it is made of. A symbolic link is an item of its own: nothing here follows it.
 class FileRecord : public AttributeSource {
  public:
-  // The entry `name` of the folder at `folderPath`; `reach` leads to it from the folder that is open as
-  // `folder`.
-  FileRecord(int folder, const std::string& folderPath, const char* name, const char* reach);
+  // The entry `name` of the folder at `folderPath`; `pathFromFolder` leads to it from the folder that is
+  // open as `folder`.
+  FileRecord(int folder, const std::string& folderPath, const char* name, const char* pathFromFolder);
 
   ~FileRecord() override;
 
@@ -49,7 +54,7 @@ class FileRecord : public AttributeSource {
   int folder_;
   const std::string& folderPath_;
   const char* name_;
-  const char* reach_;
+  const char* pathFromFolder_;
   std::string path_;
   TextContent text_;
   struct statx info_;
@@ -61,15 +66,13 @@ class FileRecord : public AttributeSource {
 class FileByPath {
  public:
   explicit FileByPath(const std::string& path);
-  ~FileByPath();
   FileByPath(const FileByPath&) = delete;
   FileByPath& operator=(const FileByPath&) = delete;
   FileRecord& record() { return record_; }
 
  private:
-  const std::string& path_;
-  std::string folderPath_;
-  int folder_;  // AT_FDCWD where the path is short enough to be used whole
+  const std::string folderPath_;
+  const Descriptor folder_;  // empty where the path is short enough to be used whole
   FileRecord record_;
 };
 

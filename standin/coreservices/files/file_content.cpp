@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "standin/coreservices/disk/descriptor.h"
 #include "standin/coreservices/media/media_attributes.h"
 #include "standin/coreservices/media/media_reader.h"
 #include "standin/coreservices/media/media_table.h"
@@ -19,8 +20,8 @@ constexpr size_t kLongestExtendedAttribute = 65536;
 
 // A path of any length, by the folder that is open.
 std::string reachablePath(const FileLocation& file) {
-  if (file.folder == AT_FDCWD) return file.reach;
-  return "/proc/self/fd/" + std::to_string(file.folder) + '/' + file.reach;
+  if (file.folder == AT_FDCWD) return file.pathFromFolder;
+  return "/proc/self/fd/" + std::to_string(file.folder) + '/' + file.pathFromFolder;
 }
 
 // Empty when there is none, as on a file system that keeps none.
@@ -41,21 +42,20 @@ std::string readExtendedAttribute(const FileLocation& file, const char* name) {
 }
 
 // Reading a file's type leaves no trace in it where the system allows that.
-int openToLook(const FileLocation& file) {
+Descriptor openToLook(const FileLocation& file) {
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  const int fd = ::openat(file.folder, file.reach, kFlags | O_NOATIME);
-  return fd >= 0 ? fd : ::openat(file.folder, file.reach, kFlags);
+  const int fd = ::openat(file.folder, file.pathFromFolder, kFlags | O_NOATIME);
+  return Descriptor(fd >= 0 ? fd : ::openat(file.folder, file.pathFromFolder, kFlags));
 }
 
 std::string firstBytes(const FileLocation& file) {
   std::string bytes;
   if (file.info.stx_size == 0) return bytes;
-  const int fd = openToLook(file);
-  if (fd < 0) return bytes;
+  const Descriptor descriptor = openToLook(file);
+  if (!descriptor) return bytes;
   bytes.resize(kSignatureLength);
-  const ssize_t size = ::read(fd, bytes.data(), bytes.size());
+  const ssize_t size = ::read(descriptor.get(), bytes.data(), bytes.size());
   bytes.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
-  ::close(fd);
   return bytes;
 }
 

@@ -11,26 +11,13 @@
 #include <cerrno>
 #include <cstdint>
 
+#include "standin/coreservices/disk/descriptor.h"
+
 namespace standin::metadata {
 namespace {
 
 // Enough to tell most files that hold no text.
 constexpr size_t kFirstLook = 4096;
-
-class OpenFile {
- public:
-  explicit OpenFile(int descriptor) : descriptor_(descriptor) {}
-  ~OpenFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  int descriptor() const { return descriptor_; }
-  explicit operator bool() const { return descriptor_ >= 0; }
-
- private:
-  const int descriptor_;
-};
 
 bool mayHoldText(const struct stat& info) {
   return S_ISREG(info.st_mode) && info.st_size <= static_cast<off_t>(kLargestText);
@@ -66,16 +53,16 @@ bool readMore(int descriptor, size_t count, std::string& bytes) {
 }
 
 std::optional<std::string> readText(int folder, const char* name) {
-  const OpenFile file(openRegularFile(folder, name));
+  const Descriptor file(openRegularFile(folder, name));
   struct stat info;
-  if (!file || ::fstat(file.descriptor(), &info) != 0 || !mayHoldText(info)) return {};
+  if (!file || ::fstat(file.get(), &info) != 0 || !mayHoldText(info)) return {};
   const auto size = static_cast<size_t>(info.st_size);
   const size_t first = std::min(size, kFirstLook);
   std::string bytes;
-  if (!readMore(file.descriptor(), first, bytes)) return {};
+  if (!readMore(file.get(), first, bytes)) return {};
   if (!hasUtf16Mark(bytes) && bytes.find('\0') != std::string::npos) return {};
   bytes.reserve(size);
-  if (!readMore(file.descriptor(), size - first, bytes)) return {};
+  if (!readMore(file.get(), size - first, bytes)) return {};
   return textOfBytes(bytes);
 }
 

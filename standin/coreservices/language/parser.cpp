@@ -6,6 +6,7 @@
 #include <charconv>
 #include <utility>
 
+#include "standin/coreservices/attributes/schema.h"
 #include "standin/coreservices/attributes/text.h"
 
 namespace standin::metadata {
@@ -36,7 +37,7 @@ char lower(char16_t c) {
 
 struct ReadNumber {
   std::optional<Number> number;
-  bool outOfRange = false;  // a number all the same
+  bool outOfRange = false;  // then it is a number, too
 };
 
 ReadNumber readNumber(std::string_view text) {
@@ -314,7 +315,7 @@ class Parser {
     return readNumber(plainText(elements)).outOfRange;
   }
 
-  // What was read from `start` on, once more, without a meaning of its own.
+  // Reads from `start` up to here once more, every character as a literal.
   std::vector<PatternElement> takeLiterally(size_t start) {
     const size_t end = std::exchange(position_, start);
     std::vector<PatternElement> elements;

@@ -1,4 +1,8 @@
-// From a query string to an expression.
+// language/: the query language: from a query string to an expression, and whether something that has
+// attributes matches it. It includes attributes/ and no other room: whose attributes they are, and where they
+// come from, it doesn't know.
+//
+// Here: from a query string to an expression.
 //
 //   query      := conjunction ('||' conjunction)*
 //   conjunction:= primary ('&&' primary)*

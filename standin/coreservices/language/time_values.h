@@ -1,4 +1,4 @@
-// Times as queries name them, and what they come to.
+// Times as queries name them, and the periods that they stand for.
 //
 //   time := '$time.' unit ('(' NUMBER ')')? | '$time.iso' '(' DATE ('T' CLOCK ZONE?)? ')'
 //   unit := 'now' | 'today' | 'yesterday' | 'this_week' | 'this_month' | 'this_year'
@@ -20,7 +20,7 @@
 
 namespace standin::metadata {
 
-// From its start up to, but without, its end. An instant is a period that ends where it starts.
+// From its start up to, but not including, its end. An instant is a period that ends where it starts.
 struct Period {
   double start;
   double end;

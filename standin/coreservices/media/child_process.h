@@ -22,7 +22,7 @@ class ChildProcess {
  public:
   using Deadline = std::chrono::steady_clock::time_point;
 
-  // Null when no process can be had. A program that can't be run shows as one that ends at once.
+  // Null when no process can be had. A program that can't be run ends at once.
   static std::unique_ptr<ChildProcess> start(const std::string& path,
                                              const std::vector<std::string>& arguments);
   // Ends the program, with all that it has started, and waits for it.

@@ -1,4 +1,4 @@
-// From what exiftool prints to values: one function for each way of meaning it.
+// From what exiftool prints to values: one function for each kind of meaning.
 #pragma once
 
 #include <string>

@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 
+#include "standin/coreservices/disk/descriptor.h"
 #include "standin/coreservices/media/media_table.h"
 
 namespace standin::metadata {
@@ -35,21 +36,17 @@ class PathForExiftool {
       path_ = file.path;
       return;
     }
-    fd_ = ::openat(file.folder, file.reach, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (fd_ < 0) return;
-    path_ = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(fd_);
+    descriptor_ = Descriptor(
+        ::openat(file.folder, file.pathFromFolder, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor_) return;
+    path_ = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(descriptor_.get());
   }
-  ~PathForExiftool() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  PathForExiftool(const PathForExiftool&) = delete;
-  PathForExiftool& operator=(const PathForExiftool&) = delete;
 
   const std::string& get() const { return path_; }  // empty when there is none
 
  private:
   std::string path_;
-  int fd_ = -1;
+  Descriptor descriptor_;
 };
 
 }  // namespace

@@ -1,4 +1,8 @@
-// Reads what the content of files says about itself, and remembers it for the files that were read last.
+// media/: what photos, sound, movies and documents say of themselves: exiftool, which runs beside this
+// process, and the table of which of its tags mean which attribute. It includes attributes/ and disk/, and
+// nothing of files/, which asks it.
+//
+// Here: the reader, which remembers the answers for the files that were read last.
 #pragma once
 
 #include <sys/stat.h>
@@ -31,7 +35,7 @@ class MediaReader {
   std::shared_ptr<const MediaAttributes> read(const FileLocation& file);
 
   int starts() const { return exiftool_.starts(); }
-  int filesRead() const { return filesRead_; }  // the remembered ones aside
+  int filesRead() const { return filesRead_; }  // without those that were remembered
 
  private:
   // What changes with a file's content.
@@ -49,7 +53,7 @@ class MediaReader {
   ExifTool exiftool_;
   size_t filesKept_;
   int filesRead_ = 0;
-  std::list<Kept> kept_;  // used last, first
+  std::list<Kept> kept_;  // the one used last comes first
   std::unordered_map<std::string_view, std::list<Kept>::iterator> byPath_;
 };
 

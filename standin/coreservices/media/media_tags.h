@@ -1,4 +1,4 @@
-// What exiftool prints about one file: tags with their values, all as the text that stands there.
+// What exiftool prints about one file: tags with their values, all as text, unchanged.
 #pragma once
 
 #include <map>

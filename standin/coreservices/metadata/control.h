@@ -1,5 +1,10 @@
-// What a host program or a test sets and asks about the metadata stand-in, beside its public functions. The
-// clock that batches of results are timed by is that of the run loops: standin/system/clock.h.
+// metadata/: the public functions of queries, items and the schema, with a query's scope, run, results and
+// value lists. It may include every other room but filemanager/, the gate, Core Foundation's public headers
+// and CFRuntime.h, and standin/system; nothing outside includes more of it than this header and
+// planned_answers.h.
+//
+// Here: what a host program or a test sets and asks about the metadata stand-in, beside its public functions.
+// The clock that batches of results are timed by is that of the run loops: standin/system/clock.h.
 #pragma once
 
 #include <cstddef>
@@ -44,8 +49,8 @@ struct SearchScope {
 // What was given since the last call.
 STANDIN_API SearchScope takeSearchScope();
 
-// Why live updates are incomplete, for people: of the last query that wanted them, or of any that lost its
-// hold on a folder since. Empty when all is well.
+// Why live updates are incomplete, for people: of the last query that wanted them, or of any that could no
+// longer follow a folder since. Empty when all is well.
 STANDIN_API std::string liveUpdateProblem();
 
 // Every query with live updates has to rescan its folders: what it wasn't told yet of the changes of files is

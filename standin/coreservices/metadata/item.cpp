@@ -143,7 +143,7 @@ CFDictionaryRef MDItemCopyAttributes(MDItemRef item, CFArrayRef names) {
   return attributes;
 }
 
-// The path is left out: it is where the item is, rather than what it is like.
+// The path is left out: it says where the item is, not what it is like.
 CFArrayRef MDItemCopyAttributeNames(MDItemRef item) {
   const Gate gate(__func__);
   checkItem(__func__, item);

@@ -131,8 +131,8 @@ void QueryRun::work() {
 
 // Gathering
 
-// Looks on until there is a batch: so many results, or one at least, or those of so much time. Answers
-// whether there is more to come.
+// Goes on searching until there is a batch: so many results, but one at least, or those that were found in so
+// much time. Answers whether there is more to come.
 bool QueryRun::searchOn(size_t maximum, double seconds) {
   constexpr unsigned kStepsBetweenLooksAtTheClock = 16;
   const size_t enough = search_->found() + std::max<size_t>(maximum, 1);
@@ -177,8 +177,8 @@ void QueryRun::finishGathering() {
   post(query_, kMDQueryDidFinishNotification, nullptr);
 }
 
-// What happened to results that are gathered already. All that happened is looked at again at the end, when
-// nothing is added any more by having been read before it changed.
+// The changes of results that are gathered already. When gathering is over, all changes are looked at again:
+// a file may have been read before it changed, and added after.
 ResultChanges QueryRun::lookAtKnown() {
   ResultChanges changes;
   if (state_.updatesDisabled > 0) return changes;

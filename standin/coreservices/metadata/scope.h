@@ -26,8 +26,8 @@ void noteScope(CFArrayRef array, OptionBits options);
 // The folders whose contents no query looks at, unless its scope names them: set with setIndexedFolders().
 const std::vector<std::string>& excludedFolders();
 
-// The folders that a scope means now; without one, those that count as indexed. There is no network. What
-// lies in the scopes around it is all that counts of them.
+// The folders that a scope means now; without one, those that count as indexed. There is no network. Only
+// what lies in the scopes around it, too, counts.
 std::vector<std::string> foldersOf(const std::optional<Scope>& scope, const std::vector<Scope>& around = {});
 
 }  // namespace standin::metadata

@@ -71,7 +71,8 @@ std::string LiveChanges::take(const ResultStore& known) {
   return path;
 }
 
-// What a symbolic link has come to lead to isn't below the folder that used to be there.
+// False where a symbolic link has taken the place of a folder on the path: what the link leads to isn't below
+// it.
 bool LiveChanges::isReached(const std::string& path) {
   std::string folder = parentPath(path);
   if (folder == reachedFolder_) return true;

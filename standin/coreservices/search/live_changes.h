@@ -1,7 +1,7 @@
-// What the file system has told and nobody has looked at yet, and how to look at it.
+// The changes that the file system has told of and that are still to be looked at, and how to look at them.
 //
-// A change says that something happened at a path, and what is there now is what counts: the order of changes
-// makes no difference, and several of one path are one.
+// A change says only that something happened at a path; what counts is what is there now. So the order of
+// changes makes no difference, and several of one path are one.
 #pragma once
 
 #include <deque>
@@ -17,7 +17,7 @@ namespace standin::metadata {
 
 class LiveChanges {
  public:
-  // Folders are real paths. What lies in one of them may be a result; a folder itself does only by lying in
+  // Folders are real paths. What lies in one of them may be a result; a folder itself only where it lies in
   // another.
   LiveChanges(ExpressionRef expression, std::vector<std::string> folders, std::vector<std::string> excluded);
 
@@ -35,7 +35,7 @@ class LiveChanges {
   bool isResult(const std::string& path);
 
  private:
-  enum class Extent { Entry, KnownBelow, Rescan };  // what has to be looked at, growing
+  enum class Extent { Entry, KnownBelow, Rescan };  // what has to be looked at, each more than the one before
 
   void add(const std::string& path, Extent extent);
   bool isReached(const std::string& path);
@@ -45,7 +45,7 @@ class LiveChanges {
   const std::vector<std::string> excluded_;
   std::deque<std::string> queue_;
   std::unordered_map<std::string, Extent> extents_;  // of the paths in the queue
-  // The last folder that was found to be where its path says, until there are news.
+  // The last folder that was found to be where its path says, until the next changes.
   std::string reachedFolder_;
 };
 

@@ -84,7 +84,7 @@ void ResultStore::compact() {
   }
 }
 
-// Written from the end: two ways up, and no list of the folders on them.
+// Written from the end, after one way up for the length: no list of the folders is needed.
 std::string ResultStore::pathOf(const Entry& entry) const {
   const auto nameOf = [&](const Entry& e) { return std::string_view(names_.data() + e.name); };
   size_t length = nameOf(entry).size();

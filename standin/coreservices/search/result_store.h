@@ -27,8 +27,8 @@ class ResultStore {
   File add(Folder folder, std::string_view name);
   File add(std::string_view path);  // absolute, of a file that isn't there yet
   void remove(File file);
-  void shrink();  // gives back what growing kept in reserve
-  // Gives back what removed files left behind, once that is worth it. Numbers of folders change.
+  void shrink();  // gives back spare memory
+  // Gives back the memory of removed files, once that is worth it. Numbers of folders change.
   void compact();
 
   size_t fileLimit() const { return files_.size(); }
@@ -72,7 +72,7 @@ class ResultStore {
   std::vector<Entry> folders_;
   std::vector<Entry> files_;
   std::vector<File> free_;
-  // Made when they are asked, and kept up to date from then on.
+  // Filled when they are first needed, and kept up to date from then on.
   mutable bool filesIndexed_ = false;
   mutable ByPath filesByPath_{0, PathHash{this, &files_}, SamePath{this, &files_}};
   ByPath foldersByPath_{0, PathHash{this, &folders_}, SamePath{this, &folders_}};

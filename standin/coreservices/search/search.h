@@ -1,9 +1,9 @@
 // search/: from folders and an expression to results: the search, its live changes, the store of results and
 // what they are sorted by, all without Core Foundation. It includes the rooms attributes/, disk/, files/ and
-// language/, and nothing of metadata/.
+// language/, and standin/system/paths.h; nothing of metadata/.
 //
-// Here: one search: folders looked through for what an expression describes, entry by entry, so that it may
-// be left off and gone on with.
+// Here: one search: folders looked through for what an expression describes, entry by entry, so that it
+// can be paused.
 #pragma once
 
 #include <functional>
