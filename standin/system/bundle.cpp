@@ -2,7 +2,6 @@
 // loaded stays loaded after the bundle is gone, because the pointers that were looked up in it stay in use.
 #include <CoreFoundation/CoreFoundation.h>
 #include <dlfcn.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <new>
@@ -14,6 +13,7 @@
 #include "standin/gate/gate.h"
 #include "standin/system/control.h"
 #include "standin/system/file_urls.h"
+#include "standin/system/paths.h"
 
 namespace {
 
@@ -101,8 +101,7 @@ CFTypeID CFBundleGetTypeID(void) {
 CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL) {
   Gate gate{"CFBundleCreate"};
   const std::optional<std::string> path = standin::pathOfURL("CFBundleCreate", bundleURL);
-  struct stat info;
-  if (gate.fails() || !path || ::stat(path->c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return nullptr;
+  if (gate.fails() || !path || !standin::isFolder(*path)) return nullptr;
   const CFIndex extraBytes = sizeof(__CFBundle) - sizeof(CFRuntimeBase);
   const CFTypeRef made = _CFRuntimeCreateInstance(allocator, bundleType(), extraBytes, nullptr);
   if (!made) return nullptr;

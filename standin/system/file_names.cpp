@@ -4,9 +4,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 #include <vector>
+
+#include "standin/system/paths.h"
 
 namespace standin {
 namespace {
@@ -52,12 +53,6 @@ std::optional<std::string> entryIn(const std::string& folder, const std::string&
   return {};
 }
 
-std::optional<std::string> realPath(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-  if (!real) return {};
-  return std::string(real.get());
-}
-
 }  // namespace
 
 std::optional<std::string> existingPath(const std::string& path) {
@@ -77,10 +72,9 @@ std::optional<std::string> existingPath(const std::string& path) {
 std::string canonicalPath(const std::string& path) {
   std::string plain = path;
   while (plain.size() > 1 && plain.back() == '/') plain.pop_back();
-  const size_t slash = plain.rfind('/');
-  const std::string name = plain.substr(slash + 1);
+  const std::string name = plain.substr(plain.rfind('/') + 1);
   if (name.empty() || name == "." || name == "..") return realPath(plain).value_or(plain);
-  const std::optional<std::string> folder = realPath(slash == 0 ? "/" : plain.substr(0, slash));
+  const std::optional<std::string> folder = realPath(parentPath(plain));
   if (!folder) return plain;
   return (*folder == "/" ? "" : *folder) + '/' + name;
 }

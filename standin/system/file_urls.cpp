@@ -6,6 +6,7 @@
 
 #include "standin/system/file_names.h"
 #include "standin/system/fsref_table.h"
+#include "standin/system/paths.h"
 
 namespace standin {
 namespace {
@@ -25,11 +26,6 @@ bool isFileURL(CFURLRef url) {
 bool isThere(const std::string& path) {
   struct stat info;
   return ::lstat(path.c_str(), &info) == 0;
-}
-
-bool isFolder(const std::string& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 }  // namespace

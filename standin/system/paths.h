@@ -1,32 +1,31 @@
-// Paths of files: the few questions that several stand-ins ask. For libraries that link nothing of this
-// folder, too: everything is in the header.
+// Paths on the file system that the stand-ins run on, as bytes. Libraries that link nothing of this folder use them, too:
+// everything is in the header.
 #pragma once
 
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace standin {
 
-// The path without links, "." and ".."; of a relative one, from the current folder. Nothing where no file is,
-// or where it can't be told: errno says why.
+// The absolute path with no symbolic link, no `.` and no `..` in it; nothing when no file is there.
 inline std::optional<std::string> realPath(const std::string& path) {
-  const std::unique_ptr<char, decltype(&::free)> real(::realpath(path.c_str(), nullptr), &::free);
-  if (!real) return {};
-  return real.get();
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+  if (!real) return std::nullopt;
+  return std::string(real.get());
 }
 
-// Also for a link that leads to a folder.
+// A symbolic link that leads to a folder is one.
 inline bool isFolder(const std::string& path) {
   struct stat info;
   return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// Of an absolute path, without a slash at its end. That of "/" is "/".
+// The folder that an absolute path, without a slash at its end, lies in; of "/" the path itself.
 inline std::string parentPath(const std::string& path) {
   return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
 }
