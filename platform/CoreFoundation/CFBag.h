@@ -25,6 +25,3 @@ CF_EXPORT const CFBagCallBacks kCFTypeBagCallBacks;
 CF_EXPORT CFTypeID CFBagGetTypeID(void);
 CF_EXPORT CFBagRef CFBagCreate(CFAllocatorRef allocator, const void** values, CFIndex numValues,
                                const CFBagCallBacks* callBacks);
-CF_EXPORT CFIndex CFBagGetCount(CFBagRef theBag);
-CF_EXPORT CFIndex CFBagGetCountOfValue(CFBagRef theBag, const void* value);
-CF_EXPORT Boolean CFBagContainsValue(CFBagRef theBag, const void* value);

@@ -6,4 +6,3 @@ typedef const struct __CFCharacterSet* CFCharacterSetRef;
 
 CF_EXPORT CFTypeID CFCharacterSetGetTypeID(void);
 CF_EXPORT CFCharacterSetRef CFCharacterSetCreateWithCharactersInRange(CFAllocatorRef alloc, CFRange theRange);
-CF_EXPORT Boolean CFCharacterSetIsCharacterMember(CFCharacterSetRef theSet, UniChar theChar);

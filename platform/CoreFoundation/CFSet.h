@@ -25,6 +25,3 @@ CF_EXPORT const CFSetCallBacks kCFTypeSetCallBacks;
 CF_EXPORT CFTypeID CFSetGetTypeID(void);
 CF_EXPORT CFSetRef CFSetCreate(CFAllocatorRef allocator, const void** values, CFIndex numValues,
                                const CFSetCallBacks* callBacks);
-CF_EXPORT CFIndex CFSetGetCount(CFSetRef theSet);
-CF_EXPORT Boolean CFSetContainsValue(CFSetRef theSet, const void* value);
-CF_EXPORT void CFSetGetValues(CFSetRef theSet, const void** values);

@@ -1,5 +1,8 @@
 #include "standin/corefoundation/collection.h"
 
+#include <CoreFoundation/CFBag.h>
+#include <CoreFoundation/CFSet.h>
+
 #include <new>
 
 namespace cf {
@@ -53,16 +56,6 @@ ValueRules rulesOf(const CFDictionaryKeyCallBacks* callBacks) {
 ValueRules rulesOf(const CFDictionaryValueCallBacks* callBacks) {
   if (callBacks == nullptr) return pointerRules;
   return {callBacks->retain, callBacks->release, callBacks->equal, nullptr};
-}
-
-ValueRules rulesOf(const CFSetCallBacks* callBacks) {
-  if (callBacks == nullptr) return pointerRules;
-  return {callBacks->retain, callBacks->release, callBacks->equal, callBacks->hash};
-}
-
-ValueRules rulesOf(const CFBagCallBacks* callBacks) {
-  if (callBacks == nullptr) return pointerRules;
-  return {callBacks->retain, callBacks->release, callBacks->equal, callBacks->hash};
 }
 
 const void* takeValue(const ValueRules* rules, const void* value, const char* call) {

@@ -1,10 +1,8 @@
-// What arrays, dictionaries, sets and bags share: holding callbacks and running them.
+// What arrays and dictionaries share: holding callbacks and running them.
 #pragma once
 
 #include <CoreFoundation/CFArray.h>
-#include <CoreFoundation/CFBag.h>
 #include <CoreFoundation/CFDictionary.h>
-#include <CoreFoundation/CFSet.h>
 
 #include "standin/corefoundation/object.h"
 
@@ -33,8 +31,6 @@ void dropRules(const ValueRules* rules);
 ValueRules rulesOf(const CFArrayCallBacks* callBacks);
 ValueRules rulesOf(const CFDictionaryKeyCallBacks* callBacks);
 ValueRules rulesOf(const CFDictionaryValueCallBacks* callBacks);
-ValueRules rulesOf(const CFSetCallBacks* callBacks);
-ValueRules rulesOf(const CFBagCallBacks* callBacks);
 
 // What the callbacks do to one value; a null value in a collection of CFType values ends the process.
 const void* takeValue(const ValueRules* rules, const void* value, const char* call);
