@@ -15,13 +15,13 @@ std::vector<std::string_view> graphicsTypes() {
 }
 
 CFTypeRef makeInstance(std::string_view typeName) {
-  const Gate gate{"makeInstance"};
+  const Gate gate(__func__);
   for (int i = 0; i < graphics::kKinds; ++i) {
     const auto kind = static_cast<Kind>(i);
     if (typeName != graphics::nameOf(kind)) continue;
     return kind == Kind::CGColor ? CGColorCreateGenericRGB(0, 0, 0, 1) : graphics::makeObject(kind);
   }
-  die("makeInstance", "no type is called " + std::string(typeName));
+  die(__func__, "no type is called " + std::string(typeName));
 }
 
 }  // namespace standin

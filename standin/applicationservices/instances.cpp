@@ -3,28 +3,24 @@
 #include <array>
 #include <string>
 
-#include "standin/applicationservices/color.h"
+#include "standin/applicationservices/color_class.h"
 
 namespace standin::graphics {
 namespace {
 
-constexpr CFRuntimeClass emptyClass(const char* name) {
-  return {0, name, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
-}
-
 // In the order of Kind.
 constexpr CFRuntimeClass kClasses[] = {
-    emptyClass("CGColorSpace"),     kColorClass,
-    emptyClass("CGImage"),          emptyClass("CGLayer"),
-    emptyClass("CGPath"),           emptyClass("CGDataConsumer"),
-    emptyClass("CGDataProvider"),   emptyClass("CGPSConverter"),
-    emptyClass("CGContext"),        emptyClass("CGEvent"),
-    emptyClass("CGEventSource"),    emptyClass("CGFont"),
-    emptyClass("CTFont"),           emptyClass("CTFontCollection"),
-    emptyClass("CTFrame"),          emptyClass("CTFramesetter"),
-    emptyClass("CTGlyphInfo"),      emptyClass("CTLine"),
-    emptyClass("CTParagraphStyle"), emptyClass("CTRun"),
-    emptyClass("CTTypesetter"),     emptyClass("CTRunDelegate"),
+    {.className = "CGColorSpace"},     kColorClass,
+    {.className = "CGImage"},          {.className = "CGLayer"},
+    {.className = "CGPath"},           {.className = "CGDataConsumer"},
+    {.className = "CGDataProvider"},   {.className = "CGPSConverter"},
+    {.className = "CGContext"},        {.className = "CGEvent"},
+    {.className = "CGEventSource"},    {.className = "CGFont"},
+    {.className = "CTFont"},           {.className = "CTFontCollection"},
+    {.className = "CTFrame"},          {.className = "CTFramesetter"},
+    {.className = "CTGlyphInfo"},      {.className = "CTLine"},
+    {.className = "CTParagraphStyle"}, {.className = "CTRun"},
+    {.className = "CTTypesetter"},     {.className = "CTRunDelegate"},
 };
 static_assert(std::size(kClasses) == kKinds);
 

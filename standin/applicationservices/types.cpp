@@ -8,16 +8,16 @@ using standin::graphics::makeObject;
 
 #define TYPE(type)                                                   \
   CFTypeID type##GetTypeID(void) {                                   \
-    const Gate gate{#type "GetTypeID"};                              \
+    const Gate gate(__func__);                                       \
     return gate.fails() ? 0 : standin::graphics::typeOf(Kind::type); \
   }
 
-#define TYPE_WITH_RETAIN(type)                                     \
-  TYPE(type)                                                       \
-  type##Ref type##Retain(type##Ref object) {                       \
-    const Gate gate{#type "Retain"};                               \
-    standin::graphics::retain(#type "Retain", object, Kind::type); \
-    return object;                                                 \
+#define TYPE_WITH_RETAIN(type)                               \
+  TYPE(type)                                                 \
+  type##Ref type##Retain(type##Ref object) {                 \
+    const Gate gate(__func__);                               \
+    standin::graphics::retain(__func__, object, Kind::type); \
+    return object;                                           \
   }
 
 TYPE_WITH_RETAIN(CGColorSpace)
@@ -44,11 +44,11 @@ TYPE(CTTypesetter)
 TYPE(CTRunDelegate)
 
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB(void) {
-  const Gate gate{"CGColorSpaceCreateDeviceRGB"};
+  const Gate gate(__func__);
   return gate.fails() ? nullptr : static_cast<CGColorSpaceRef>(makeObject(Kind::CGColorSpace));
 }
 
 CGMutablePathRef CGPathCreateMutable(void) {
-  const Gate gate{"CGPathCreateMutable"};
+  const Gate gate(__func__);
   return gate.fails() ? nullptr : static_cast<CGMutablePathRef>(makeObject(Kind::CGPath));
 }

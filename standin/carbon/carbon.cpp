@@ -1,31 +1,24 @@
+#include "standin/carbon/control.h"
+
 #include <Carbon/Carbon.h>
 
-#include <string>
 #include <utility>
 
-#include "standin/carbon/control.h"
+#include "standin/system/utf8.h"
 
 namespace {
 
 standin::SearchWindow window;
 OSStatus nextStatus = noErr;
 
-std::string utf8(CFStringRef text) {
-  const CFIndex size = CFStringGetMaximumSizeForEncoding(CFStringGetLength(text), kCFStringEncodingUTF8) + 1;
-  std::string bytes(static_cast<size_t>(size), '\0');
-  if (!CFStringGetCString(text, bytes.data(), size, kCFStringEncodingUTF8)) return {};
-  bytes.resize(bytes.find('\0'));
-  return bytes;
-}
-
 }  // namespace
 
 OSStatus HISearchWindowShow(CFStringRef inSearchString, OptionBits inFlags) {
-  const standin::Gate gate{"HISearchWindowShow"};
-  const OSStatus failed = -50;  // paramErr, as the Mac's managers answer what they can't do
-  if (gate.fails()) return failed;
+  const standin::Gate gate(__func__);
+  constexpr OSStatus kParamErr = -50;  // what the Mac's managers answer when they can't do it
+  if (gate.fails()) return kParamErr;
   ++window.shown;
-  window.text = inSearchString ? std::optional(utf8(inSearchString)) : std::nullopt;
+  window.text = inSearchString ? std::optional(standin::utf8Of(inSearchString).value_or("")) : std::nullopt;
   window.flags = inFlags;
   return nextStatus;
 }

@@ -11,18 +11,19 @@ struct CFRuntimeBase {
 };
 static_assert(sizeof(CFRuntimeBase) == 8, "CFRuntimeBase");
 
+// Objects of a class without `equal` are equal to themselves only.
 struct CFRuntimeClass {
-  CFIndex version;  // 0
-  const char* className;
-  void (*init)(CFTypeRef cf);
-  CFTypeRef (*copy)(CFAllocatorRef allocator, CFTypeRef cf);
-  void (*finalize)(CFTypeRef cf);  // sees a retain count of 1; the memory is freed after it
-  Boolean (*equal)(CFTypeRef cf1, CFTypeRef cf2);
-  CFHashCode (*hash)(CFTypeRef cf);
-  CFStringRef (*copyFormattingDesc)(CFTypeRef cf, const void* formatOptions);
-  CFStringRef (*copyDebugDesc)(CFTypeRef cf);
-  void (*reclaim)(CFTypeRef cf);
-  uint32_t (*refcount)(intptr_t op, CFTypeRef cf);
+  CFIndex version = 0;
+  const char* className = nullptr;
+  void (*init)(CFTypeRef cf) = nullptr;
+  CFTypeRef (*copy)(CFAllocatorRef allocator, CFTypeRef cf) = nullptr;
+  void (*finalize)(CFTypeRef cf) = nullptr;  // sees a retain count of 1; the memory is freed after it
+  Boolean (*equal)(CFTypeRef cf1, CFTypeRef cf2) = nullptr;
+  CFHashCode (*hash)(CFTypeRef cf) = nullptr;
+  CFStringRef (*copyFormattingDesc)(CFTypeRef cf, const void* formatOptions) = nullptr;
+  CFStringRef (*copyDebugDesc)(CFTypeRef cf) = nullptr;
+  void (*reclaim)(CFTypeRef cf) = nullptr;
+  uint32_t (*refcount)(intptr_t op, CFTypeRef cf) = nullptr;
 };
 static_assert(sizeof(CFRuntimeClass) == 44, "CFRuntimeClass");
 

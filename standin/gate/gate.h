@@ -25,8 +25,8 @@ struct STANDIN_API PlannedException {};
 
 class STANDIN_API Gate {
  public:
-  // `name` must outlive the process's log: a string literal. Throws a PlannedException when this call was
-  // chosen to throw.
+  // `name` must live as long as the process: `__func__` of a C function, or a string literal. Throws a
+  // PlannedException when this call was chosen to throw.
   explicit Gate(const char* name);
   ~Gate();
   Gate(const Gate&) = delete;
@@ -55,8 +55,8 @@ class STANDIN_API Callout {
   const char* outermost_;
 };
 
-// The opposite: a stand-in that runs without having been called (when a run loop or a timer calls it back) opens
-// an Inside for that time, so that the calls it makes to others stay out of the log.
+// The opposite: a stand-in that runs without having been called (when a run loop or a timer calls it back)
+// opens an Inside for that time, so that the calls it makes to others stay out of the log.
 class STANDIN_API Inside {
  public:
   // `name` stands for the call in messages: a string literal.

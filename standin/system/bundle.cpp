@@ -9,11 +9,12 @@
 #include <utility>
 #include <vector>
 
-#include "standin/corefoundation/CFRuntime.h"
 #include "standin/gate/gate.h"
 #include "standin/system/control.h"
 #include "standin/system/file_urls.h"
+#include "standin/system/objects.h"
 #include "standin/system/paths.h"
+#include "standin/system/utf8.h"
 
 namespace {
 
@@ -33,16 +34,11 @@ namespace {
 
 using standin::Gate;
 
-CFBundleRef mutableBundle(CFTypeRef cf) {
-  return const_cast<CFBundleRef>(static_cast<const __CFBundle*>(cf));
-}
-
 void finalizeBundle(CFTypeRef cf) {
-  mutableBundle(cf)->state.~BundleState();
+  static_cast<const __CFBundle*>(cf)->state.~BundleState();
 }
 
-const CFRuntimeClass kBundleClass = {0,       "CFBundle", nullptr, nullptr, finalizeBundle, nullptr,
-                                     nullptr, nullptr,    nullptr, nullptr, nullptr};
+const CFRuntimeClass kBundleClass = {.className = "CFBundle", .finalize = finalizeBundle};
 
 CFTypeID bundleType() {
   static const CFTypeID type = _CFRuntimeRegisterClass(&kBundleClass);
@@ -50,8 +46,7 @@ CFTypeID bundleType() {
 }
 
 BundleState& stateOf(const char* call, CFBundleRef bundle) {
-  if (!bundle) standin::die(call, "the bundle is null");
-  if (CFGetTypeID(bundle) != bundleType()) standin::die(call, "this is no bundle");
+  standin::checkObject(call, bundle, bundleType(), "bundle");
   return bundle->state;
 }
 
@@ -76,15 +71,10 @@ void* find(const char* call, CFBundleRef bundle, CFStringRef name, bool fails) {
   if (!name) standin::die(call, "the name is null");
   if (CFGetTypeID(name) != CFStringGetTypeID()) standin::die(call, "the name is no string");
   if (fails || !load(state)) return nullptr;
-  std::vector<char> text(
-      static_cast<size_t>(CFStringGetMaximumSizeForEncoding(CFStringGetLength(name), kCFStringEncodingUTF8)) +
-      1);
-  if (!CFStringGetCString(name, text.data(), static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8)) {
-    return nullptr;
-  }
+  const std::optional<std::string> symbol = standin::utf8Of(name);
   const std::vector<std::string>& hidden = hiddenSymbols();
-  if (std::find(hidden.begin(), hidden.end(), text.data()) != hidden.end()) return nullptr;
-  return ::dlsym(state.library, text.data());
+  if (!symbol || std::find(hidden.begin(), hidden.end(), *symbol) != hidden.end()) return nullptr;
+  return ::dlsym(state.library, symbol->c_str());
 }
 
 }  // namespace
@@ -94,36 +84,31 @@ void standin::hideSymbols(std::vector<std::string> names) {
 }
 
 CFTypeID CFBundleGetTypeID(void) {
-  Gate gate{"CFBundleGetTypeID"};
+  const Gate gate(__func__);
   return bundleType();
 }
 
 CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL) {
-  Gate gate{"CFBundleCreate"};
-  const std::optional<std::string> path = standin::pathOfURL("CFBundleCreate", bundleURL);
+  const Gate gate(__func__);
+  const std::optional<std::string> path = standin::pathOfURL(__func__, bundleURL);
   if (gate.fails() || !path || !standin::isFolder(*path)) return nullptr;
-  const CFIndex extraBytes = sizeof(__CFBundle) - sizeof(CFRuntimeBase);
-  const CFTypeRef made = _CFRuntimeCreateInstance(allocator, bundleType(), extraBytes, nullptr);
-  if (!made) return nullptr;
-  const CFBundleRef bundle = mutableBundle(made);
-  new (&bundle->state) BundleState{*path, nullptr};
+  const CFBundleRef bundle = standin::makeObject<__CFBundle>(allocator, bundleType());
+  if (bundle) new (&bundle->state) BundleState{*path, nullptr};
   return bundle;
 }
 
 Boolean CFBundleLoadExecutable(CFBundleRef bundle) {
-  Gate gate{"CFBundleLoadExecutable"};
-  BundleState& state = stateOf("CFBundleLoadExecutable", bundle);
+  const Gate gate(__func__);
+  BundleState& state = stateOf(__func__, bundle);
   return !gate.fails() && load(state);
 }
 
 void* CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef functionName) {
-  constexpr const char* kCall = "CFBundleGetFunctionPointerForName";
-  Gate gate{kCall};
-  return find(kCall, bundle, functionName, gate.fails());
+  const Gate gate(__func__);
+  return find(__func__, bundle, functionName, gate.fails());
 }
 
 void* CFBundleGetDataPointerForName(CFBundleRef bundle, CFStringRef symbolName) {
-  constexpr const char* kCall = "CFBundleGetDataPointerForName";
-  Gate gate{kCall};
-  return find(kCall, bundle, symbolName, gate.fails());
+  const Gate gate(__func__);
+  return find(__func__, bundle, symbolName, gate.fails());
 }

@@ -38,7 +38,7 @@ void holdClock() {
 }
 
 void advanceClock(double seconds) {
-  if (!held) die("advanceClock", "the clock isn't held; call holdClock first");
+  if (!held) die(__func__, "the clock isn't held; call holdClock first");
   heldTime += std::max(seconds, 0.0);
 }
 

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <memory>
-#include <vector>
 
 #include "standin/system/paths.h"
+#include "standin/system/utf8.h"
 
 namespace standin {
 namespace {
@@ -18,11 +18,6 @@ struct ReleaseCF {
 using OwnedString = std::unique_ptr<const __CFString, ReleaseCF>;
 using OwnedMutableString = std::unique_ptr<__CFString, ReleaseCF>;
 
-bool exists(const std::string& path) {
-  struct stat info;
-  return ::lstat(path.c_str(), &info) == 0;
-}
-
 // Nothing for a name that is no text.
 std::optional<std::string> normalized(const std::string& name, CFStringNormalizationForm form) {
   const OwnedString text(
@@ -32,32 +27,30 @@ std::optional<std::string> normalized(const std::string& name, CFStringNormaliza
   const OwnedMutableString changed(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text.get()));
   if (!changed) return {};
   CFStringNormalize(changed.get(), form);
-  std::vector<char> bytes(static_cast<size_t>(CFStringGetMaximumSizeForEncoding(
-                              CFStringGetLength(changed.get()), kCFStringEncodingUTF8)) +
-                          1);
-  if (!CFStringGetCString(changed.get(), bytes.data(), static_cast<CFIndex>(bytes.size()),
-                          kCFStringEncodingUTF8)) {
-    return {};
-  }
-  return std::string(bytes.data());
+  return utf8Of(changed.get());
 }
 
 // The path of the entry that `folder` (without a slash at its end) has under one of the forms of `name`.
 std::optional<std::string> entryIn(const std::string& folder, const std::string& name) {
-  if (std::string path = folder + '/' + name; exists(path)) return path;
+  if (std::string path = folder + '/' + name; isThere(path)) return path;
   for (const CFStringNormalizationForm form : {kCFStringNormalizationFormC, kCFStringNormalizationFormD}) {
     const std::optional<std::string> other = normalized(name, form);
     if (!other || *other == name) continue;
-    if (std::string path = folder + '/' + *other; exists(path)) return path;
+    if (std::string path = folder + '/' + *other; isThere(path)) return path;
   }
   return {};
 }
 
 }  // namespace
 
+bool isThere(const std::string& path) {
+  struct stat info;
+  return ::lstat(path.c_str(), &info) == 0;
+}
+
 std::optional<std::string> existingPath(const std::string& path) {
   if (path.empty() || path.front() != '/') return {};
-  if (exists(path)) return path;
+  if (isThere(path)) return path;
   std::string found;
   for (size_t start = 1; start < path.size();) {
     const size_t end = std::min(path.find('/', start), path.size());

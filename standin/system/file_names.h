@@ -8,6 +8,9 @@
 
 namespace standin {
 
+// Whether there is an entry of that path; a link that leads nowhere is one.
+bool isThere(const std::string& path);
+
 // The path by which the file at the absolute `path` is found: the same bytes where they name a file; else,
 // name by name, the composed or the decomposed form of what the path says, as the Mac's file systems find
 // both under either. Nothing when no file is there.

@@ -1,11 +1,10 @@
 #include "standin/system/file_urls.h"
 
-#include <sys/stat.h>
-
 #include <vector>
 
 #include "standin/system/file_names.h"
 #include "standin/system/fsref_table.h"
+#include "standin/system/objects.h"
 #include "standin/system/paths.h"
 
 namespace standin {
@@ -22,17 +21,10 @@ bool isFileURL(CFURLRef url) {
   return isFile;
 }
 
-// A link that leads nowhere is there.
-bool isThere(const std::string& path) {
-  struct stat info;
-  return ::lstat(path.c_str(), &info) == 0;
-}
-
 }  // namespace
 
 std::optional<std::string> pathOfURL(const char* call, CFURLRef url) {
-  if (!url) die(call, "the URL is null");
-  if (CFGetTypeID(url) != CFURLGetTypeID()) die(call, "this is no URL");
+  checkObject(call, url, CFURLGetTypeID(), "URL");
   if (!isFileURL(url)) return {};
   std::vector<UInt8> buffer(64 * 1024);  // far beyond the longest path of one system call
   if (!CFURLGetFileSystemRepresentation(url, true, buffer.data(), static_cast<CFIndex>(buffer.size()))) {
@@ -49,10 +41,10 @@ std::optional<std::string> pathOfURL(const char* call, CFURLRef url) {
 using standin::Gate;
 
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* fsRef) {
-  Gate gate{"CFURLCreateFromFSRef"};
-  if (!fsRef) standin::die("CFURLCreateFromFSRef", "the FSRef is null");
+  const Gate gate(__func__);
+  if (!fsRef) standin::die(__func__, "the FSRef is null");
   const std::string* const path = standin::pathOfFSRef(*fsRef);
-  if (!path) standin::die("CFURLCreateFromFSRef", "no call of this process has filled this FSRef");
+  if (!path) standin::die(__func__, "no call of this process has filled this FSRef");
   if (gate.fails() || !standin::isThere(*path)) return nullptr;
   return CFURLCreateFromFileSystemRepresentation(allocator, reinterpret_cast<const UInt8*>(path->data()),
                                                  static_cast<CFIndex>(path->size()),
@@ -60,9 +52,9 @@ CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* fsRef) {
 }
 
 Boolean CFURLGetFSRef(CFURLRef url, FSRef* fsRef) {
-  Gate gate{"CFURLGetFSRef"};
-  if (!fsRef) standin::die("CFURLGetFSRef", "the FSRef is null");
-  const std::optional<std::string> path = standin::pathOfURL("CFURLGetFSRef", url);
+  const Gate gate(__func__);
+  if (!fsRef) standin::die(__func__, "the FSRef is null");
+  const std::optional<std::string> path = standin::pathOfURL(__func__, url);
   if (gate.fails() || !path) return false;
   const std::optional<std::string> found = standin::existingPath(*path);
   return found && standin::makeFSRef(*found, *fsRef);

@@ -1,7 +1,5 @@
 #include "standin/system/fsref_table.h"
 
-#include <sys/stat.h>
-
 #include <cstring>
 #include <deque>
 #include <unordered_map>
@@ -45,8 +43,7 @@ Content contentOf(const FSRef& ref) {
 }  // namespace
 
 bool makeFSRef(const std::string& path, FSRef& ref) {
-  struct stat info;
-  if (path.empty() || path.front() != '/' || ::lstat(path.c_str(), &info) != 0) return false;
+  if (path.empty() || path.front() != '/' || !isThere(path)) return false;
   Content content{{}, table().indexOf(canonicalPath(path))};
   std::memcpy(content.mark, kMark, sizeof kMark);
   std::memset(ref.hidden, 0, sizeof ref.hidden);
@@ -68,8 +65,8 @@ uint32_t nodeOfFSRef(const FSRef& ref) {
 }
 
 const std::string* pathOfNode(uint32_t node) {
-  static const std::string root = "/";
-  if (node == fsRtDirID) return &root;
+  static const std::string kRoot = "/";
+  if (node == fsRtDirID) return &kRoot;
   if (node < kFirstNode || node - kFirstNode >= table().paths.size()) return nullptr;
   return &table().paths[node - kFirstNode];
 }

@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include "standin/corefoundation/CFRuntime.h"
 #include "standin/gate/gate.h"
+#include "standin/system/objects.h"
 
 struct __CFNotificationCenter {
   CFRuntimeBase base;
@@ -48,9 +48,7 @@ Registrations& registrations() {
   return *all;
 }
 
-const CFRuntimeClass kCenterClass = {
-    0,      "CFNotificationCenter", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-    nullptr};
+const CFRuntimeClass kCenterClass = {.className = "CFNotificationCenter"};
 
 CFTypeID centerType() {
   static const CFTypeID type = _CFRuntimeRegisterClass(&kCenterClass);
@@ -63,9 +61,7 @@ CFNotificationCenterRef localCenter() {
     // The centre lives as long as the process, so it is nobody's leak and stays out of the ledger.
     long& line = standin::ledgerLine("CFNotificationCenter");
     const long before = line;
-    const CFIndex extraBytes = sizeof(__CFNotificationCenter) - sizeof(CFRuntimeBase);
-    center = const_cast<CFNotificationCenterRef>(static_cast<const __CFNotificationCenter*>(
-        _CFRuntimeCreateInstance(kCFAllocatorDefault, centerType(), extraBytes, nullptr)));
+    center = standin::makeObject<__CFNotificationCenter>(kCFAllocatorDefault, centerType());
     line = before;
   }
   return center;
@@ -82,31 +78,30 @@ void checkName(const char* call, CFStringRef name) {
 }  // namespace
 
 CFTypeID CFNotificationCenterGetTypeID(void) {
-  Gate gate{"CFNotificationCenterGetTypeID"};
+  const Gate gate(__func__);
   return centerType();
 }
 
 CFNotificationCenterRef CFNotificationCenterGetLocalCenter(void) {
-  Gate gate{"CFNotificationCenterGetLocalCenter"};  // every process has one: it never fails
+  const Gate gate(__func__);  // never fails: every process has one
   return localCenter();
 }
 
 void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void* observer,
                                      CFNotificationCallback callBack, CFStringRef name, const void* object,
                                      CFNotificationSuspensionBehavior) {
-  constexpr const char* kCall = "CFNotificationCenterAddObserver";
-  Gate gate{kCall};
-  checkCenter(kCall, center);
-  if (!callBack) standin::die(kCall, "the callback is null");
-  if (name) checkName(kCall, name);
+  const Gate gate(__func__);
+  checkCenter(__func__, center);
+  if (!callBack) standin::die(__func__, "the callback is null");
+  if (name) checkName(__func__, name);
   if (gate.fails()) return;
   registrations().push_back(std::make_shared<Registration>(observer, callBack, name, object));
 }
 
 void CFNotificationCenterRemoveEveryObserver(CFNotificationCenterRef center, const void* observer) {
-  constexpr const char* kCall = "CFNotificationCenterRemoveEveryObserver";
-  Gate gate{kCall};  // a removal that were left out would call an observer that is gone: it never fails
-  checkCenter(kCall, center);
+  const Gate gate(
+      __func__);  // never fails: if a removal were left out, an observer that is gone would be called
+  checkCenter(__func__, center);
   std::erase_if(registrations(), [&](const std::shared_ptr<Registration>& registration) {
     if (registration->observer != observer) return false;
     registration->active = false;
@@ -116,11 +111,10 @@ void CFNotificationCenterRemoveEveryObserver(CFNotificationCenterRef center, con
 
 void CFNotificationCenterPostNotification(CFNotificationCenterRef center, CFStringRef name,
                                           const void* object, CFDictionaryRef userInfo, Boolean) {
-  constexpr const char* kCall = "CFNotificationCenterPostNotification";
-  Gate gate{kCall};
-  checkCenter(kCall, center);
-  if (!name) standin::die(kCall, "the name is null");
-  checkName(kCall, name);
+  const Gate gate(__func__);
+  checkCenter(__func__, center);
+  if (!name) standin::die(__func__, "the name is null");
+  checkName(__func__, name);
   if (gate.fails()) return;
   Registrations interested;
   for (const auto& registration : registrations()) {

@@ -124,7 +124,8 @@ void insert(__CFArray* a, size_t index, const void* value, const char* call) {
 
 }  // namespace
 
-const CFRuntimeClass kArrayClass = classRecord("CFArray", finalizeArray, equalArrays, hashArray);
+const CFRuntimeClass kArrayClass = {
+    .className = "CFArray", .finalize = finalizeArray, .equal = equalArrays, .hash = hashArray};
 
 }  // namespace cf
 

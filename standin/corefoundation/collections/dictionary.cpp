@@ -193,8 +193,10 @@ __CFDictionary* checkedMutable(CFMutableDictionaryRef d, const char* call) {
 
 }  // namespace
 
-const CFRuntimeClass kDictionaryClass =
-    classRecord("CFDictionary", finalizeDictionary, equalDictionaries, hashDictionary);
+const CFRuntimeClass kDictionaryClass = {.className = "CFDictionary",
+                                         .finalize = finalizeDictionary,
+                                         .equal = equalDictionaries,
+                                         .hash = hashDictionary};
 
 }  // namespace cf
 

@@ -16,8 +16,8 @@ struct __CFBag : cf::Header {
 
 namespace cf {
 
-const CFRuntimeClass kSetClass = classRecord("CFSet", nullptr, nullptr, nullptr);
-const CFRuntimeClass kBagClass = classRecord("CFBag", nullptr, nullptr, nullptr);
+const CFRuntimeClass kSetClass = {.className = "CFSet"};
+const CFRuntimeClass kBagClass = {.className = "CFBag"};
 
 }  // namespace cf
 

@@ -12,7 +12,7 @@ struct __CFAllocator : cf::Header {
 
 namespace cf {
 
-const CFRuntimeClass kAllocatorClass = classRecord("CFAllocator", nullptr, nullptr, nullptr);
+const CFRuntimeClass kAllocatorClass = {.className = "CFAllocator"};
 
 namespace {
 constinit __CFAllocator systemDefault{{&classTable[kAllocatorType], kConstantCount}};

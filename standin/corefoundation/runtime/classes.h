@@ -23,10 +23,4 @@ extern const CFRuntimeClass kTimeZoneClass;
 extern const CFRuntimeClass kCharacterSetClass;
 extern const CFRuntimeClass kErrorClass;
 
-// A record as the library's own classes need it.
-constexpr CFRuntimeClass classRecord(const char* name, void (*finalize)(CFTypeRef),
-                                     Boolean (*equal)(CFTypeRef, CFTypeRef), CFHashCode (*hash)(CFTypeRef)) {
-  return {0, name, nullptr, nullptr, finalize, equal, hash, nullptr, nullptr, nullptr, nullptr};
-}
-
 }  // namespace cf

@@ -55,7 +55,8 @@ CFStringRef substring(Text text, CFRange range) {
 
 }  // namespace
 
-const CFRuntimeClass kStringClass = classRecord("CFString", finalizeString, equalStrings, hashString);
+const CFRuntimeClass kStringClass = {
+    .className = "CFString", .finalize = finalizeString, .equal = equalStrings, .hash = hashString};
 
 bool isASCII(const void* bytes, size_t length) {
   const unsigned char* const p = static_cast<const unsigned char*>(bytes);

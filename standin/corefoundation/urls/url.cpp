@@ -55,7 +55,8 @@ std::string_view schemeOf(CFURLRef url) {
 
 }  // namespace
 
-const CFRuntimeClass kURLClass = classRecord("CFURL", finalizeURL, equalURLs, hashURL);
+const CFRuntimeClass kURLClass = {
+    .className = "CFURL", .finalize = finalizeURL, .equal = equalURLs, .hash = hashURL};
 
 CFURLRef makeURL(std::string_view text, CFURLRef base, bool isPathOnly, const char* call) {
   return adopt(makeNarrowString(text), base, isPathOnly, call);

@@ -9,7 +9,7 @@ struct __CFBoolean : cf::Header {
 
 namespace cf {
 
-const CFRuntimeClass kBooleanClass = classRecord("CFBoolean", nullptr, nullptr, nullptr);
+const CFRuntimeClass kBooleanClass = {.className = "CFBoolean"};
 
 namespace {
 constinit __CFBoolean trueObject{{&classTable[kBooleanType], kConstantCount}};

@@ -11,7 +11,7 @@ struct __CFCharacterSet : cf::Header {
 
 namespace cf {
 
-const CFRuntimeClass kCharacterSetClass = classRecord("CFCharacterSet", nullptr, nullptr, nullptr);
+const CFRuntimeClass kCharacterSetClass = {.className = "CFCharacterSet"};
 
 }  // namespace cf
 

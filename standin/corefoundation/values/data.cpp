@@ -31,7 +31,7 @@ CFHashCode hashData(CFTypeRef cf) {
 
 }  // namespace
 
-const CFRuntimeClass kDataClass = classRecord("CFData", nullptr, equalData, hashData);
+const CFRuntimeClass kDataClass = {.className = "CFData", .equal = equalData, .hash = hashData};
 
 }  // namespace cf
 

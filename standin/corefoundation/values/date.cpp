@@ -107,7 +107,7 @@ CFAbsoluteTime absoluteFrom(const CFGregorianDate& date) {
 
 }  // namespace
 
-const CFRuntimeClass kDateClass = classRecord("CFDate", nullptr, equalDates, hashDate);
+const CFRuntimeClass kDateClass = {.className = "CFDate", .equal = equalDates, .hash = hashDate};
 
 }  // namespace cf
 

@@ -44,7 +44,8 @@ CFDictionaryRef copyInfo(CFDictionaryRef userInfo) {
 
 }  // namespace
 
-const CFRuntimeClass kErrorClass = classRecord("CFError", finalizeError, equalErrors, hashError);
+const CFRuntimeClass kErrorClass = {
+    .className = "CFError", .finalize = finalizeError, .equal = equalErrors, .hash = hashError};
 
 }  // namespace cf
 

@@ -5,7 +5,7 @@ struct __CFNull : cf::Header {};
 
 namespace cf {
 
-const CFRuntimeClass kNullClass = classRecord("CFNull", nullptr, nullptr, nullptr);
+const CFRuntimeClass kNullClass = {.className = "CFNull"};
 
 namespace {
 constinit __CFNull theNull{{&classTable[kNullType], kConstantCount}};

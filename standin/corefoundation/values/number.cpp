@@ -225,7 +225,7 @@ CFHashCode hashNumber(CFTypeRef cf) {
 
 }  // namespace
 
-const CFRuntimeClass kNumberClass = classRecord("CFNumber", nullptr, equalNumbers, hashNumber);
+const CFRuntimeClass kNumberClass = {.className = "CFNumber", .equal = equalNumbers, .hash = hashNumber};
 
 }  // namespace cf
 

@@ -27,7 +27,8 @@ CFHashCode hashTimeZone(CFTypeRef cf) {
 
 }  // namespace
 
-const CFRuntimeClass kTimeZoneClass = classRecord("CFTimeZone", nullptr, equalTimeZones, hashTimeZone);
+const CFRuntimeClass kTimeZoneClass = {
+    .className = "CFTimeZone", .equal = equalTimeZones, .hash = hashTimeZone};
 
 CFTimeInterval secondsFromGMT(CFTimeZoneRef zone, const char* call) {
   return checked(zone, call)->offset;

@@ -34,7 +34,7 @@ CFUUIDRef makeUUID(const CFUUIDBytes& bytes) {
 
 }  // namespace
 
-const CFRuntimeClass kUUIDClass = classRecord("CFUUID", nullptr, equalUUIDs, hashUUID);
+const CFRuntimeClass kUUIDClass = {.className = "CFUUID", .equal = equalUUIDs, .hash = hashUUID};
 
 }  // namespace cf
 

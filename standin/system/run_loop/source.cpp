@@ -1,5 +1,8 @@
-// Sources that fire because someone signalled them.
-#include "standin/system/run_loop.h"
+// Sources that fire because someone signalled them, and what all sources share.
+#include "standin/system/run_loop/source.h"
+
+#include "standin/gate/gate.h"
+#include "standin/system/objects.h"
 
 namespace {
 
@@ -38,17 +41,11 @@ void finalizeSource(CFTypeRef cf) {
   delete sourceOf(cf)->input;
 }
 
-const CFRuntimeClass kSourceClass = {0,       "CFRunLoopSource", nullptr, nullptr, finalizeSource, nullptr,
-                                     nullptr, nullptr,           nullptr, nullptr, nullptr};
+const CFRuntimeClass kSourceClass = {.className = "CFRunLoopSource", .finalize = finalizeSource};
 
 CFTypeID sourceType() {
   static const CFTypeID type = _CFRuntimeRegisterClass(&kSourceClass);
   return type;
-}
-
-RunLoopInput& checkedSource(const char* call, CFRunLoopSourceRef source) {
-  standin::checkObject(call, source, sourceType(), "source");
-  return *source->input;
 }
 
 }  // namespace
@@ -57,42 +54,44 @@ CFRunLoopSourceRef standin::makeSource(CFAllocatorRef allocator) {
   return makeObject<__CFRunLoopSource>(allocator, sourceType());
 }
 
+RunLoopInput& standin::checkedSource(const char* call, CFRunLoopSourceRef source) {
+  checkObject(call, source, sourceType(), "source");
+  return *source->input;
+}
+
 CFTypeID CFRunLoopSourceGetTypeID(void) {
-  Gate gate{"CFRunLoopSourceGetTypeID"};
+  const Gate gate(__func__);
   return sourceType();
 }
 
 CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef allocator, CFIndex order,
                                          CFRunLoopSourceContext* context) {
-  constexpr const char* kCall = "CFRunLoopSourceCreate";
-  Gate gate{kCall};
-  if (!context) standin::die(kCall, "the context is null");
-  if (context->version != 0) standin::die(kCall, "the context's version isn't 0");
-  if (!context->perform) standin::die(kCall, "the context's perform callback is null");
-  if (context->schedule || context->cancel) standin::die(kCall, "schedule and cancel are never called here");
+  const Gate gate(__func__);
+  if (!context) standin::die(__func__, "the context is null");
+  if (context->version != 0) standin::die(__func__, "the context's version isn't 0");
+  if (!context->perform) standin::die(__func__, "the context's perform callback is null");
+  if (context->schedule || context->cancel)
+    standin::die(__func__, "schedule and cancel are never called here");
   const CFRunLoopSourceRef source = gate.fails() ? nullptr : standin::makeSource(allocator);
   if (source) source->input = new SignalledSource(source, order, *context);
   return source;
 }
 
 void CFRunLoopSourceSignal(CFRunLoopSourceRef source) {
-  constexpr const char* kCall = "CFRunLoopSourceSignal";
-  Gate gate{kCall};
-  RunLoopInput& input = checkedSource(kCall, source);
+  const Gate gate(__func__);
+  RunLoopInput& input = standin::checkedSource(__func__, source);
   if (!gate.fails()) input.signal();
 }
 
 void CFRunLoopSourceInvalidate(CFRunLoopSourceRef source) {
-  constexpr const char* kCall = "CFRunLoopSourceInvalidate";
-  Gate gate{kCall};  // it never fails, for the same reason as a removal
-  checkedSource(kCall, source);
+  const Gate gate(__func__);  // never fails, for the same reason as a removal
+  standin::checkedSource(__func__, source);
   CFRetain(source);
   source->input->invalidate();
   CFRelease(source);
 }
 
 Boolean CFRunLoopSourceIsValid(CFRunLoopSourceRef source) {
-  constexpr const char* kCall = "CFRunLoopSourceIsValid";
-  Gate gate{kCall};
-  return checkedSource(kCall, source).valid() && !gate.fails();
+  const Gate gate(__func__);
+  return standin::checkedSource(__func__, source).valid() && !gate.fails();
 }

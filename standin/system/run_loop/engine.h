@@ -1,5 +1,9 @@
 // What a run loop waits for and fires, and the loop itself, behind the public functions.
 //
+// This room has run loops with all that they wait for: the engine, above it the inputs (sources, timers, file
+// descriptors), above these the public functions of the loops. It includes the files of standin/system
+// itself, and none of them includes it.
+//
 // A thread has one run loop, which goes away with the thread and forgets what was added to it. Like all
 // stand-ins, run loops are used from one thread at a time: none can be woken from another.
 #pragma once
@@ -9,9 +13,6 @@
 
 #include <limits>
 #include <vector>
-
-#include "standin/corefoundation/CFRuntime.h"
-#include "standin/gate/gate.h"
 
 namespace standin {
 
@@ -76,31 +77,5 @@ class RunLoop {
   std::vector<Entry> entries_;  // by order
   bool stopped_ = false;        // the innermost run
 };
-
-// Registers one of the classes of this library, whose objects hold one pointer, and makes its objects.
-template <typename Object>
-Object* makeObject(CFAllocatorRef allocator, CFTypeID type) {
-  const CFIndex extraBytes = sizeof(Object) - sizeof(CFRuntimeBase);
-  return const_cast<Object*>(
-      static_cast<const Object*>(_CFRuntimeCreateInstance(allocator, type, extraBytes, nullptr)));
-}
-
-// Ends the process in the name of `call` unless `cf` is an object of that type.
-void checkObject(const char* call, CFTypeRef cf, CFTypeID type, const char* what);
-
-}  // namespace standin
-
-struct __CFRunLoopSource {
-  CFRuntimeBase base;
-  standin::RunLoopInput* input;
-};
-
-namespace standin {
-
-// A source without its input, the caller's; null when there is no memory.
-CFRunLoopSourceRef makeSource(CFAllocatorRef allocator);
-
-// `timer` is known to be one.
-RunLoopInput& inputOf(CFRunLoopTimerRef timer);
 
 }  // namespace standin

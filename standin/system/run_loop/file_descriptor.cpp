@@ -3,7 +3,9 @@
 
 #include <utility>
 
-#include "standin/system/run_loop.h"
+#include "standin/gate/gate.h"
+#include "standin/system/objects.h"
+#include "standin/system/run_loop/source.h"
 
 namespace {
 
@@ -78,17 +80,8 @@ void finalizeFileDescriptor(CFTypeRef cf) {
   delete watched;
 }
 
-const CFRuntimeClass kFileDescriptorClass = {0,
-                                             "CFFileDescriptor",
-                                             nullptr,
-                                             nullptr,
-                                             finalizeFileDescriptor,
-                                             nullptr,
-                                             nullptr,
-                                             nullptr,
-                                             nullptr,
-                                             nullptr,
-                                             nullptr};
+const CFRuntimeClass kFileDescriptorClass = {.className = "CFFileDescriptor",
+                                             .finalize = finalizeFileDescriptor};
 
 CFTypeID fileDescriptorType() {
   static const CFTypeID type = _CFRuntimeRegisterClass(&kFileDescriptorClass);
@@ -103,18 +96,17 @@ Watched& checkedFileDescriptor(const char* call, CFFileDescriptorRef file) {
 }  // namespace
 
 CFTypeID CFFileDescriptorGetTypeID(void) {
-  Gate gate{"CFFileDescriptorGetTypeID"};
+  const Gate gate(__func__);
   return fileDescriptorType();
 }
 
 CFFileDescriptorRef CFFileDescriptorCreate(CFAllocatorRef allocator, CFFileDescriptorNativeDescriptor fd,
                                            Boolean closeOnInvalidate, CFFileDescriptorCallBack callout,
                                            const CFFileDescriptorContext* context) {
-  constexpr const char* kCall = "CFFileDescriptorCreate";
-  Gate gate{kCall};
-  if (fd < 0) standin::die(kCall, "the descriptor is below 0");
-  if (!callout) standin::die(kCall, "the callback is null");
-  if (context && context->version != 0) standin::die(kCall, "the context's version isn't 0");
+  const Gate gate(__func__);
+  if (fd < 0) standin::die(__func__, "the descriptor is below 0");
+  if (!callout) standin::die(__func__, "the callback is null");
+  if (context && context->version != 0) standin::die(__func__, "the context's version isn't 0");
   if (gate.fails()) return nullptr;
   const CFFileDescriptorRef file = standin::makeObject<__CFFileDescriptor>(allocator, fileDescriptorType());
   if (!file) return nullptr;
@@ -126,16 +118,14 @@ CFFileDescriptorRef CFFileDescriptorCreate(CFAllocatorRef allocator, CFFileDescr
 }
 
 void CFFileDescriptorEnableCallBacks(CFFileDescriptorRef f, CFOptionFlags callBackTypes) {
-  constexpr const char* kCall = "CFFileDescriptorEnableCallBacks";
-  Gate gate{kCall};
-  Watched& watched = checkedFileDescriptor(kCall, f);
+  const Gate gate(__func__);
+  Watched& watched = checkedFileDescriptor(__func__, f);
   if (!gate.fails() && watched.valid) watched.enabled |= callBackTypes;
 }
 
 void CFFileDescriptorInvalidate(CFFileDescriptorRef f) {
-  constexpr const char* kCall = "CFFileDescriptorInvalidate";
-  Gate gate{kCall};  // it never fails: a callback that went on would be called for what is gone
-  Watched& watched = checkedFileDescriptor(kCall, f);
+  const Gate gate(__func__);  // never fails: a callback that went on would be called for what is gone
+  Watched& watched = checkedFileDescriptor(__func__, f);
   CFRetain(f);
   invalidate(watched);
   CFRelease(f);
@@ -144,9 +134,8 @@ void CFFileDescriptorInvalidate(CFFileDescriptorRef f) {
 // One source for a descriptor: asked again, the same.
 CFRunLoopSourceRef CFFileDescriptorCreateRunLoopSource(CFAllocatorRef allocator, CFFileDescriptorRef f,
                                                        CFIndex order) {
-  constexpr const char* kCall = "CFFileDescriptorCreateRunLoopSource";
-  Gate gate{kCall};
-  Watched& watched = checkedFileDescriptor(kCall, f);
+  const Gate gate(__func__);
+  Watched& watched = checkedFileDescriptor(__func__, f);
   if (gate.fails() || !watched.valid) return nullptr;
   if (watched.source) {
     CFRetain(watched.source);

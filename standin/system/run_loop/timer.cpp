@@ -1,19 +1,29 @@
-// Timers. Fire dates are absolute times, on which the system's clock may be set anew; a timer waits for the
-// time that lies between now and its date when it is told the date.
+// Timers. A fire date is an absolute time. When a timer is given one, it works out how long that is from now
+// and waits for so long on the run loops' clock, even if the system's clock is changed meanwhile.
+#include "standin/system/run_loop/timer.h"
+
+#include <algorithm>
 #include <cmath>
 
+#include "standin/gate/gate.h"
 #include "standin/system/clock.h"
-#include "standin/system/run_loop.h"
-
-struct __CFRunLoopTimer {
-  CFRuntimeBase base;
-  standin::RunLoopInput* input;
-};
-
-namespace {
+#include "standin/system/objects.h"
 
 using standin::Gate;
 using standin::RunLoopInput;
+
+namespace {
+
+class Timer;
+
+}  // namespace
+
+struct __CFRunLoopTimer {
+  CFRuntimeBase base;
+  Timer* input;  // the timer's own
+};
+
+namespace {
 
 CFRunLoopTimerRef timerOf(CFTypeRef cf) {
   return const_cast<CFRunLoopTimerRef>(static_cast<const __CFRunLoopTimer*>(cf));
@@ -32,7 +42,7 @@ class Timer : public RunLoopInput {
 
   void setDate(CFAbsoluteTime date) { next_ = standin::clockTime() + (date - CFAbsoluteTimeGetCurrent()); }
   double due() const override { return next_; }
-  // The caller keeps the owner alive. What was missed is not made up for.
+  // The caller keeps the owner alive. Times that were missed are left out.
   void fire(short) override {
     if (interval_ > 0) {
       const double late = std::max(standin::clockTime() - next_, 0.0);
@@ -55,38 +65,32 @@ void finalizeTimer(CFTypeRef cf) {
   delete timerOf(cf)->input;
 }
 
-const CFRuntimeClass kTimerClass = {0,       "CFRunLoopTimer", nullptr, nullptr, finalizeTimer, nullptr,
-                                    nullptr, nullptr,          nullptr, nullptr, nullptr};
+const CFRuntimeClass kTimerClass = {.className = "CFRunLoopTimer", .finalize = finalizeTimer};
 
 CFTypeID timerType() {
   static const CFTypeID type = _CFRuntimeRegisterClass(&kTimerClass);
   return type;
 }
 
-Timer& checkedTimer(const char* call, CFRunLoopTimerRef timer) {
-  standin::checkObject(call, timer, timerType(), "timer");
-  return *static_cast<Timer*>(timer->input);
-}
-
 }  // namespace
 
-standin::RunLoopInput& standin::inputOf(CFRunLoopTimerRef timer) {
+RunLoopInput& standin::checkedTimer(const char* call, CFRunLoopTimerRef timer) {
+  checkObject(call, timer, timerType(), "timer");
   return *timer->input;
 }
 
 CFTypeID CFRunLoopTimerGetTypeID(void) {
-  Gate gate{"CFRunLoopTimerGetTypeID"};
+  const Gate gate(__func__);
   return timerType();
 }
 
 CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef allocator, CFAbsoluteTime fireDate,
                                        CFTimeInterval interval, CFOptionFlags, CFIndex order,
                                        CFRunLoopTimerCallBack callout, CFRunLoopTimerContext* context) {
-  constexpr const char* kCall = "CFRunLoopTimerCreate";
-  Gate gate{kCall};
-  if (!callout) standin::die(kCall, "the callback is null");
-  if (std::isnan(fireDate) || std::isnan(interval)) standin::die(kCall, "a time is no number");
-  if (context && context->version != 0) standin::die(kCall, "the context's version isn't 0");
+  const Gate gate(__func__);
+  if (!callout) standin::die(__func__, "the callback is null");
+  if (std::isnan(fireDate) || std::isnan(interval)) standin::die(__func__, "a time is no number");
+  if (context && context->version != 0) standin::die(__func__, "the context's version isn't 0");
   if (gate.fails()) return nullptr;
   const CFRunLoopTimerRef timer = standin::makeObject<__CFRunLoopTimer>(allocator, timerType());
   if (!timer) return nullptr;
@@ -98,24 +102,21 @@ CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef allocator, CFAbsoluteTime 
 }
 
 void CFRunLoopTimerSetNextFireDate(CFRunLoopTimerRef timer, CFAbsoluteTime fireDate) {
-  constexpr const char* kCall = "CFRunLoopTimerSetNextFireDate";
-  Gate gate{kCall};
-  Timer& input = checkedTimer(kCall, timer);
-  if (std::isnan(fireDate)) standin::die(kCall, "the date is no number");
-  if (!gate.fails()) input.setDate(fireDate);
+  const Gate gate(__func__);
+  standin::checkedTimer(__func__, timer);
+  if (std::isnan(fireDate)) standin::die(__func__, "the date is no number");
+  if (!gate.fails()) timer->input->setDate(fireDate);
 }
 
 void CFRunLoopTimerInvalidate(CFRunLoopTimerRef timer) {
-  constexpr const char* kCall = "CFRunLoopTimerInvalidate";
-  Gate gate{kCall};  // it never fails: a timer that went on would call what is gone
-  checkedTimer(kCall, timer);
+  const Gate gate(__func__);  // never fails: a timer that went on would call what is gone
+  standin::checkedTimer(__func__, timer);
   CFRetain(timer);
   timer->input->invalidate();
   CFRelease(timer);
 }
 
 Boolean CFRunLoopTimerIsValid(CFRunLoopTimerRef timer) {
-  constexpr const char* kCall = "CFRunLoopTimerIsValid";
-  Gate gate{kCall};
-  return checkedTimer(kCall, timer).valid() && !gate.fails();
+  const Gate gate(__func__);
+  return standin::checkedTimer(__func__, timer).valid() && !gate.fails();
 }
