@@ -9,7 +9,7 @@ namespace {
 
 bool held = false;
 double heldTime = 0;
-double ahead = 0;  // of the system's clock, by what a held clock was advanced
+double ahead = 0;  // how far this clock is ahead of the system's, since it was advanced while held
 
 double systemTime() {
   timespec now;
@@ -18,7 +18,7 @@ double systemTime() {
 }
 
 timespec timespecOf(double seconds) {
-  constexpr double kLongestWait = 1e6;  // the caller comes back when less time has passed than it wanted
+  constexpr double kLongestWait = 1e6;  // run loops wait again when less time has passed than they wanted
   seconds = std::clamp(seconds, 0.0, kLongestWait);
   timespec time;
   time.tv_sec = static_cast<time_t>(seconds);

@@ -1,8 +1,9 @@
 // What a test asks of the system stand-in, beside its public functions.
 //
 // This folder has what only the Mac's own Core Foundation adds to a plain one: the notification centre, run
-// loops, bundles, file references. The other stand-ins and the tests include the headers in it, of paths,
-// files and the clock, but none of run_loop/. It includes the gate and Core Foundation's public headers.
+// loops, bundles, attributed strings, file references. The other stand-ins and the tests include the headers
+// in it, of paths, files and the clock, but none of run_loop/. It includes the gate and Core Foundation's
+// public headers.
 #pragma once
 
 #include <string>

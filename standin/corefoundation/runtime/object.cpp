@@ -89,8 +89,7 @@ CFTypeID CFGetTypeID(CFTypeRef cf) {
   return cf::classOf(cf, __func__)->id;
 }
 
-// A retain can't fail where the platform has none that does: the reference is taken even when the call was
-// chosen.
+// The platform's retain can't fail: the reference is taken even when this call was chosen to.
 CFTypeRef CFRetain(CFTypeRef cf) {
   const Gate gate(__func__);
   return cf::retain(cf, __func__);

@@ -129,8 +129,8 @@ Encoded encode(Text text, CFStringEncoding encoding, UInt8 lossByte, bool extern
     size_t length = put(c, encoding, form);
     if (length == 0) {
       if (lossByte == 0) return {at, sink.used()};
-      const Character stand{lossByte, 1, true};
-      length = put(stand, encoding, form);
+      const Character substitute{lossByte, 1, true};
+      length = put(substitute, encoding, form);
     }
     if (!sink.add(form, length)) return {at, sink.used()};
     at += c.units;

@@ -12,7 +12,7 @@ void RunLoopInput::invalidate() {
   while (!loops_.empty()) loops_.back()->removeFromAllModes(*this);
 }
 
-// An input that a pass of the loop has to do with: kept alive for as long.
+// An input that a pass of the loop looks at, kept alive until the pass is over.
 struct RunLoop::Ready {
   explicit Ready(RunLoopInput* input) : input(input), owner(CFRetain(input->owner)) {}
   Ready(Ready&& other) noexcept

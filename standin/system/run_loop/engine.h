@@ -33,7 +33,7 @@ class RunLoopInput {
   virtual double due() const = 0;  // on the clock; kNever while nothing but its descriptor can make it fire
   virtual pollfd interest() const { return {-1, 0, 0}; }
   virtual void fire(short events) = 0;  // `events`: those of the descriptor
-  virtual void signal() {}              // sources: asks to be fired, where that is for others to ask
+  virtual void signal() {}              // asks to be fired; without effect on what fires by itself
 
   bool valid() const { return valid_; }
   // It never fires again, and leaves the loops that it is in: the caller keeps the owner alive meanwhile.

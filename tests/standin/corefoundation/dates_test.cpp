@@ -21,8 +21,8 @@ TEST_F(Dates, AreComparedByTheirTime) {
 }
 
 TEST_F(Dates, TheCurrentTimeIsThatOfTheSystem) {
-  const double unixEpoch = -978307200;
-  const double before = static_cast<double>(std::time(nullptr)) + unixEpoch;
+  constexpr double kUnixEpoch = -978307200;
+  const double before = static_cast<double>(std::time(nullptr)) + kUnixEpoch;
   const double now = CFAbsoluteTimeGetCurrent();
   EXPECT_GE(now, before);
   EXPECT_LE(now, before + 5);
@@ -40,8 +40,8 @@ TEST_F(Dates, EveryDayOfEightCenturiesComesBackFromItsGregorianDate) {
 }
 
 TEST_F(Dates, TimesBeyondAllYearsGiveSomeDateAndNoCrash) {
-  constexpr double infinity = std::numeric_limits<double>::infinity();
-  for (const double at : {infinity, -infinity, std::nan(""), 1e300, -1e300, 1e18, -1e18}) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double at : {kInfinity, -kInfinity, std::nan(""), 1e300, -1e300, 1e18, -1e18}) {
     const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(at, nullptr);
     EXPECT_GE(date.month, 1) << at;
     EXPECT_LE(date.month, 12) << at;

@@ -36,8 +36,11 @@ CFHashCode hashPair(CFTypeRef cf) {
   return static_cast<CFHashCode>(static_cast<const Pair*>(cf)->a);
 }
 
-constexpr CFRuntimeClass pairClass = {0,        "TestPair", initPair, nullptr, finalizePair, equalPairs,
-                                      hashPair, nullptr,    nullptr,  nullptr, nullptr};
+constexpr CFRuntimeClass kPairClass = {.className = "TestPair",
+                                       .init = initPair,
+                                       .finalize = finalizePair,
+                                       .equal = equalPairs,
+                                       .hash = hashPair};
 
 void retainInFinalize(CFTypeRef cf) {
   CFRetain(cf);
@@ -45,15 +48,11 @@ void retainInFinalize(CFTypeRef cf) {
 void releaseInFinalize(CFTypeRef cf) {
   CFRelease(cf);
 }
-constexpr CFRuntimeClass clingingClass = {0,       "TestClinging", nullptr, nullptr, retainInFinalize,
-                                          nullptr, nullptr,        nullptr, nullptr, nullptr,
-                                          nullptr};
-constexpr CFRuntimeClass eagerClass = {0,       "TestEager", nullptr, nullptr, releaseInFinalize,
-                                       nullptr, nullptr,     nullptr, nullptr, nullptr,
-                                       nullptr};
+constexpr CFRuntimeClass kClingingClass = {.className = "TestClinging", .finalize = retainInFinalize};
+constexpr CFRuntimeClass kEagerClass = {.className = "TestEager", .finalize = releaseInFinalize};
 
 CFTypeID pairType() {
-  static const CFTypeID type = _CFRuntimeRegisterClass(&pairClass);
+  static const CFTypeID type = _CFRuntimeRegisterClass(&kPairClass);
   return type;
 }
 
@@ -137,8 +136,8 @@ TEST_F(Runtime, UseAfterFreeNamesTheClass) {
 }
 
 TEST_F(Runtime, AFinalizerThatRetainsOrReleasesItsObjectIsCaught) {
-  const CFTypeID clinging = _CFRuntimeRegisterClass(&clingingClass);
-  const CFTypeID eager = _CFRuntimeRegisterClass(&eagerClass);
+  const CFTypeID clinging = _CFRuntimeRegisterClass(&kClingingClass);
+  const CFTypeID eager = _CFRuntimeRegisterClass(&kEagerClass);
   EXPECT_DEATH(CFRelease(_CFRuntimeCreateInstance(nullptr, clinging, 0, nullptr)),
                "TestClinging left a reference");
   EXPECT_DEATH(CFRelease(_CFRuntimeCreateInstance(nullptr, eager, 0, nullptr)),

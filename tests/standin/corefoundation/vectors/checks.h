@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/standin/corefoundation/vectors/table.h"
+#include "tests/support/owned.h"
 
 struct Check {
   const char* file;
@@ -17,22 +18,6 @@ std::vector<Check> stringChecks();
 std::vector<Check> numberChecks();
 std::vector<Check> dateChecks();
 std::vector<Check> urlChecks();
-
-// Releases a reference at the end of its block; null is allowed.
-template <class T>
-class Owned {
- public:
-  explicit Owned(T ref) : ref_(ref) {}
-  ~Owned() {
-    if (ref_) CFRelease(ref_);
-  }
-  Owned(const Owned&) = delete;
-  Owned& operator=(const Owned&) = delete;
-  T get() const { return ref_; }
-
- private:
-  T ref_;
-};
 
 // "name: got X" when the two differ.
 inline std::string difference(const std::string& name, const std::string& got, const std::string& expected) {

@@ -10,9 +10,9 @@ constexpr size_t kLargestValue = 16;
 constexpr size_t kFirstConversion = 5;  // column of as_type_1
 
 size_t sizeOfType(long long type) {
-  constexpr size_t sizes[] = {0, 1, 2, 4, 8, 4, 8, 1, 2, 4, 4, 8, 4, 8, 4, 4, 4};
+  constexpr size_t kSizes[] = {0, 1, 2, 4, 8, 4, 8, 1, 2, 4, 4, 8, 4, 8, 4, 4, 4};
   if (type < 1 || type > kCFNumberMaxType) throw BadTable("number type " + std::to_string(type));
-  return sizes[type];
+  return kSizes[type];
 }
 
 CFNumberRef make(const std::string& typeCell, const std::string& bytesCell) {
