@@ -55,7 +55,7 @@ Form formOf(const host::Value& value) {
     case host::Kind::boolean:
       return Form::boolean;
     case host::Kind::string:
-      return value.encoding() == host::encodingUnknown ? Form::bytes : Form::text;
+      return value.encoding() == host::kEncodingUnknown ? Form::bytes : Form::text;
     case host::Kind::array:
       return Form::list;
     case host::Kind::object:

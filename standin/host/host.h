@@ -12,6 +12,10 @@
 // ("host object lock", "host string lock") when the call is over.
 //
 // One host per process, used from one thread.
+//
+// This header is the contract; it includes language/ alone. It is carried out by the rooms around it, of
+// which each may include those before it, and none those behind it: machine/, language/, state/, things/,
+// program/, entry/.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +29,8 @@
 #include <utility>
 #include <vector>
 
-#include "standin/host/value.h"
+#include "standin/host/language/encodings.h"
+#include "standin/host/language/value.h"
 
 namespace standin::host {
 

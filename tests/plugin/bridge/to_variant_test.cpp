@@ -71,11 +71,11 @@ TEST_F(ToVariant, DataIsAStringOfItsBytes) {
   const UInt8 plain[] = {'a', 'b', 0, 'c'};
   const host::Value ascii = toVariant(own(CFDataCreate(nullptr, plain, 4)).get());
   EXPECT_EQ(std::string("ab\0c", 4), ascii.bytes());
-  EXPECT_EQ(host::encodingAscii, ascii.encoding());
+  EXPECT_EQ(host::kEncodingAscii, ascii.encoding());
   const UInt8 high[] = {0xFF, 0x00, 0x80};
   const host::Value raw = toVariant(own(CFDataCreate(nullptr, high, 3)).get());
   EXPECT_EQ(std::string("\xFF\0\x80", 3), raw.bytes());
-  EXPECT_EQ(host::encodingUnknown, raw.encoding());
+  EXPECT_EQ(host::kEncodingUnknown, raw.encoding());
 }
 
 TEST_F(ToVariant, DatesAreInGMTWithoutFractions) {

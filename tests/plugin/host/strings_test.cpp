@@ -79,12 +79,12 @@ struct TextCase {
   std::string utf8;
 };
 const TextCase kTexts[] = {
-    {"MacRoman", host::encodingMacRoman, "caf\x8E", "caf\xC3\xA9"},
-    {"Windows Latin 1", host::encodingWindowsLatin1, "caf\xE9 \x80", "caf\xC3\xA9 \xE2\x82\xAC"},
-    {"ASCII", host::encodingAscii, "cafe", "cafe"},
-    {"UTF-8", host::encodingUtf8, "caf\xC3\xA9 \xF0\x9F\x98\x80", "caf\xC3\xA9 \xF0\x9F\x98\x80"},
-    {"UTF-16", host::encodingUtf16, utf16(u"caf\u00E9 \U0001F600"), "caf\xC3\xA9 \xF0\x9F\x98\x80"},
-    {"unknown, taken as MacRoman", host::encodingUnknown, "caf\x8E", "caf\xC3\xA9"},
+    {"MacRoman", host::kEncodingMacRoman, "caf\x8E", "caf\xC3\xA9"},
+    {"Windows Latin 1", host::kEncodingWindowsLatin1, "caf\xE9 \x80", "caf\xC3\xA9 \xE2\x82\xAC"},
+    {"ASCII", host::kEncodingAscii, "cafe", "cafe"},
+    {"UTF-8", host::kEncodingUtf8, "caf\xC3\xA9 \xF0\x9F\x98\x80", "caf\xC3\xA9 \xF0\x9F\x98\x80"},
+    {"UTF-16", host::kEncodingUtf16, utf16(u"caf\u00E9 \U0001F600"), "caf\xC3\xA9 \xF0\x9F\x98\x80"},
+    {"unknown, taken as MacRoman", host::kEncodingUnknown, "caf\x8E", "caf\xC3\xA9"},
 };
 
 TEST_P(ToThePlatform, TextsArriveInEveryEncoding) {
@@ -95,7 +95,7 @@ TEST_P(ToThePlatform, TextsArriveInEveryEncoding) {
 }
 
 TEST_P(ToThePlatform, BytesThatAreNoTextAreNull) {
-  EXPECT_EQ(std::nullopt, given(host::Value::string("caf\xE9", host::encodingUtf8)));
+  EXPECT_EQ(std::nullopt, given(host::Value::string("caf\xE9", host::kEncodingUtf8)));
 }
 
 TEST_P(ToThePlatform, WithoutMemoryATextIsNull) {
@@ -165,7 +165,7 @@ TEST_F(Strings, OnAnOldHostWithoutALockAreNull) {
 TEST_F(Strings, OfTheBytesPathEndAtAZeroByte) {
   start(hosts(2014.1, {"REALGetStringCFString"}));
   standin::takeSearchWindow();
-  host::callGlobal("ShotlightZNK", host::Value::string(std::string("one\0two", 7), host::encodingUtf8));
+  host::callGlobal("ShotlightZNK", host::Value::string(std::string("one\0two", 7), host::kEncodingUtf8));
   EXPECT_EQ("one", standin::takeSearchWindow().text);
 }
 
@@ -175,7 +175,7 @@ TEST_F(Strings, InUTF32ArriveWhereTheHostConverts) {
   standin::takeSearchWindow();
   const uint32_t units[] = {'a', 0xE9, 0x1F600};
   const std::string bytes(reinterpret_cast<const char*>(units), sizeof units);
-  host::callGlobal("ShotlightZNK", host::Value::string(bytes, host::encodingUtf32));
+  host::callGlobal("ShotlightZNK", host::Value::string(bytes, host::kEncodingUtf32));
   EXPECT_EQ("a\xC3\xA9\xF0\x9F\x98\x80", standin::takeSearchWindow().text);
 }
 
@@ -196,7 +196,7 @@ TEST_F(Strings, FromThePlatformArriveInEveryLength) {
     const host::Value query = host::construct("MDQueryZNK", queryOfLength(length));
     const host::Value text = host::call(query, "QueryString");
     EXPECT_EQ(queryOfLength(length), text.text());
-    EXPECT_EQ(host::encodingUtf8, text.encoding());
+    EXPECT_EQ(host::kEncodingUtf8, text.encoding());
   }
 }
 
@@ -216,7 +216,7 @@ TEST_F(Strings, OfUnpairedSurrogatesAreNilOnTheWayBack) {
   for (const size_t length : {1u, 200u}) {
     const std::u16string text = u"kMDItemFSName == \"" + std::u16string(length, u'x') + u"\xD800\"";
     const host::Value query =
-        host::construct("MDQueryZNK", host::Value::string(utf16(text), host::encodingUtf16));
+        host::construct("MDQueryZNK", host::Value::string(utf16(text), host::kEncodingUtf16));
     ASSERT_NE(0, host::get(query, "Handle").integer());
     EXPECT_TRUE(host::call(query, "QueryString").isNil());
   }

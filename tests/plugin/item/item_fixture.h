@@ -19,5 +19,5 @@ class ItemTest : public PluginTest {
 
 // A string whose bytes are no text in its encoding.
 inline host::Value unconvertible() {
-  return host::Value::string("\xC3\x28", host::encodingUtf8);
+  return host::Value::string("\xC3\x28", host::kEncodingUtf8);
 }

@@ -108,7 +108,7 @@ TEST_P(TypeWord, DependsOnTheTypeIdentifierAlone) {
     return;
   }
   EXPECT_EQ(GetParam().word, word.text());
-  EXPECT_EQ(host::encodingAscii, word.encoding());
+  EXPECT_EQ(host::kEncodingAscii, word.encoding());
 }
 
 INSTANTIATE_TEST_SUITE_P(

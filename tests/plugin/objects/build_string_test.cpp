@@ -79,7 +79,7 @@ TEST_F(BuildString, InUTF8IsOneStringAndItsEncoding) {
 TEST_F(BuildString, FromUTF16IsStoredAsUTF8) {
   const auto string = build(utf16(u"caf\u00E9 \U0001F600"), kCFStringEncodingUnicode);
   EXPECT_EQ("caf\xC3\xA9 \xF0\x9F\x98\x80", stringOf(string.get()).bytes());
-  EXPECT_EQ(host::encodingUtf8, stringOf(string.get()).encoding());
+  EXPECT_EQ(host::kEncodingUtf8, stringOf(string.get()).encoding());
 }
 
 TEST_F(BuildString, FromUTF16BuildsMarksConvertsAndReleasesTheTemporaryString) {
@@ -95,7 +95,7 @@ TEST_F(BuildString, FromUTF16BuildsMarksConvertsAndReleasesTheTemporaryString) {
 TEST_F(BuildString, FromUTF32IsStoredAsUTF8) {
   const auto string = build(utf32({'a', 0xE9, 0x6771}), kCFStringEncodingUTF32);
   EXPECT_EQ("a\xC3\xA9\xE6\x9D\xB1", stringOf(string.get()).bytes());
-  EXPECT_EQ(host::encodingUtf8, stringOf(string.get()).encoding());
+  EXPECT_EQ(host::kEncodingUtf8, stringOf(string.get()).encoding());
 }
 
 TEST_F(BuildString, FromUTF32CutsUnitsTo16Bits) {
@@ -131,7 +131,7 @@ TEST_P(MissingService, GivesNullOrAStringOfTheHostsOwnEncoding) {
   const auto string = build(utf32({'t', 'e'}), encoding);
   EXPECT_EQ(given, static_cast<bool>(string));
   if (given) {
-    EXPECT_EQ(host::encodingUnknown, stringOf(string.get()).encoding());
+    EXPECT_EQ(host::kEncodingUnknown, stringOf(string.get()).encoding());
   }
 }
 

@@ -34,7 +34,7 @@ TEST_P(Length, IsKeptThereAndBack) {
     const std::u16string units(GetParam(), unit);
     const auto string = CFString2RBString(cfString(units).get());
     ASSERT_TRUE(string);
-    EXPECT_EQ(host::encodingUtf8, stringOf(string.get()).encoding());
+    EXPECT_EQ(host::kEncodingUtf8, stringOf(string.get()).encoding());
     const auto back = RBString2CFString(string.get());
     ASSERT_TRUE(back);
     EXPECT_TRUE(CFEqual(cfString(units).get(), back.get()));
@@ -89,7 +89,7 @@ class EmptyString : public CFStrings, public testing::WithParamInterface<HostCas
 TEST_P(EmptyString, IsTheEmptyText) {
   start(GetParam().settings);
   for (const uint32_t encoding :
-       {host::encodingUtf8, host::encodingUtf16, host::encodingMacRoman, host::encodingUnknown}) {
+       {host::kEncodingUtf8, host::kEncodingUtf16, host::kEncodingMacRoman, host::kEncodingUnknown}) {
     const auto string = host::Value::string("", encoding);
     const auto text = RBString2CFString(handle(string));
     ASSERT_TRUE(text) << encoding;
@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Hosts, EmptyString,
 
 TEST_F(CFStrings, OfOddUTF16BytesLeaveOutTheLast) {
   start(without({}, {"REALGetStringCFString"}));
-  const auto string = host::Value::string(std::string("a\0b\0c", 5), host::encodingUtf16);
+  const auto string = host::Value::string(std::string("a\0b\0c", 5), host::kEncodingUtf16);
   const auto text = RBString2CFString(handle(string));
   ASSERT_TRUE(text);
   EXPECT_TRUE(CFEqual(CFSTR("ab"), text.get()));
@@ -116,7 +116,7 @@ TEST_F(CFStrings, OfOddUTF16BytesLeaveOutTheLast) {
 
 TEST_F(CFStrings, WithoutTheEncodingsServiceAreMacRoman) {
   start(without({}, {"REALGetStringCFString", "REALGetStringEncoding"}));
-  const auto string = host::Value::string("caf\x8E", host::encodingUtf8);
+  const auto string = host::Value::string("caf\x8E", host::kEncodingUtf8);
   const auto text = RBString2CFString(handle(string));
   ASSERT_TRUE(text);
   EXPECT_TRUE(CFEqual(cfString(u"caf\u00E9").get(), text.get()));

@@ -64,7 +64,7 @@ TEST_F(OutOfMemory, LeavesStringDataUnfilled) {
   host::Settings settings;
   settings.hidden = {"PluginGetStringData", "PluginDisposeStringData"};
   start(settings);
-  const auto string = host::Value::string("text", host::encodingUtf8);
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
   outOfMemory = true;
   REALstringData data = {nullptr, 4, 0};
   EXPECT_FALSE(REALGetStringData(handle(string), kUnknownEncoding, &data));

@@ -23,19 +23,19 @@ const char kCafeLatin1[] = "caf\xE9";
 
 TEST_F(StringData, IsTheServicesAnswerWhereTheHostHasIt) {
   start();
-  const auto string = host::Value::string(kCafeUTF8, host::encodingUtf8);
+  const auto string = host::Value::string(kCafeUTF8, host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_EQ((std::vector<std::string>{"resolve PluginGetStringData", "PluginGetStringData"}), callsOf([&] {
               EXPECT_TRUE(REALGetStringData(handle(string), kCFStringEncodingWindowsLatin1, &data));
             }));
   EXPECT_EQ(kCafeLatin1, std::string(data.data, static_cast<size_t>(data.length)));
-  EXPECT_EQ(host::encodingWindowsLatin1, data.encoding);
+  EXPECT_EQ(host::kEncodingWindowsLatin1, data.encoding);
   REALDisposeStringData(&data);
 }
 
 TEST_F(StringData, WithoutTheServiceIsConvertedWhenAnotherEncodingIsAskedFor) {
   startWithoutService();
-  const auto string = host::Value::string(kCafeUTF8, host::encodingUtf8);
+  const auto string = host::Value::string(kCafeUTF8, host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_EQ((std::vector<std::string>{"resolve PluginGetStringData", "resolve StringGetCString",
                                       "resolve REALLoadGlobalMethod", "REALLoadGlobalMethod",
@@ -46,25 +46,25 @@ TEST_F(StringData, WithoutTheServiceIsConvertedWhenAnotherEncodingIsAskedFor) {
               EXPECT_TRUE(REALGetStringData(handle(string), kCFStringEncodingWindowsLatin1, &data));
             }));
   EXPECT_EQ(4, data.length);
-  EXPECT_EQ(host::encodingWindowsLatin1, data.encoding);
+  EXPECT_EQ(host::kEncodingWindowsLatin1, data.encoding);
   EXPECT_EQ(0, memcmp(data.data, "caf\xE9\0\0\0\0", 8));  // four zero bytes end the text
   free(data.data);
 }
 
 TEST_F(StringData, WithoutTheServiceIsCopiedWhenItsOwnEncodingIsAskedForByNumber) {
   startWithoutService();
-  const auto string = host::Value::string(kCafeUTF8, host::encodingUtf8);
+  const auto string = host::Value::string(kCafeUTF8, host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_TRUE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
   EXPECT_EQ(5, data.length);
-  EXPECT_EQ(host::encodingUtf8, data.encoding);
+  EXPECT_EQ(host::kEncodingUtf8, data.encoding);
   EXPECT_EQ(0, memcmp(data.data, "caf\xC3\xA9\0\0\0\0", 9));
   free(data.data);
 }
 
 TEST_F(StringData, WithoutTheServiceSizesTheBlockForTheOwnEncodingFromTheRecord) {
   startWithoutService();
-  const auto string = host::Value::string(kCafeUTF8, host::encodingUtf8);
+  const auto string = host::Value::string(kCafeUTF8, host::kEncodingUtf8);
   REALstringData data = {nullptr, 100, 0};
   blocks.clear();
   EXPECT_TRUE(REALGetStringData(handle(string), kUnknownEncoding, &data));
@@ -77,7 +77,7 @@ TEST_F(StringData, WithoutTheServiceSizesTheBlockForTheOwnEncodingFromTheRecord)
 TEST_F(StringData, OfItsOwnEncodingGetsABlockOfItsLengthAnd4) {
   startWithoutService();
   for (const size_t length : {size_t{1}, size_t{4}, size_t{5}, size_t{1000}, size_t{100000}}) {
-    const auto string = host::Value::string(std::string(length, 'x'), host::encodingUtf8);
+    const auto string = host::Value::string(std::string(length, 'x'), host::kEncodingUtf8);
     blocks.clear();
     const OwnStringData data(handle(string));
     EXPECT_EQ(std::vector<size_t>{length + 4}, blocks);
@@ -90,7 +90,7 @@ TEST_F(StringData, OfItsOwnEncodingGetsABlockOfItsLengthAnd4) {
 
 TEST_F(StringData, OfItsOwnEncodingIsSizedFirstAndThenCopied) {
   startWithoutService();
-  const auto string = host::Value::string("text", host::encodingUtf8);
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
   EXPECT_EQ((std::vector<std::string>{
                 "resolve PluginGetStringData", "resolve StringGetCString", "resolve REALLoadGlobalMethod",
                 "REALLoadGlobalMethod", "LenB",                             // the record is sized
@@ -108,7 +108,7 @@ TEST_F(StringData, IsFalseForNullWithoutTheService) {
 
 TEST_F(StringData, IsFalseWithoutTheBytes) {
   startWithoutService({"StringGetCString"});
-  const auto string = host::Value::string("text", host::encodingUtf8);
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
   EXPECT_FALSE(OwnStringData(handle(string)).bytes());
@@ -116,7 +116,7 @@ TEST_F(StringData, IsFalseWithoutTheBytes) {
 
 TEST_F(StringData, IsFalseWithoutTheLength) {
   startWithoutService({"REALLoadGlobalMethod"});
-  const auto string = host::Value::string("text", host::encodingUtf8);
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
   EXPECT_FALSE(OwnStringData(handle(string)).bytes());
@@ -124,14 +124,14 @@ TEST_F(StringData, IsFalseWithoutTheLength) {
 
 TEST_F(StringData, IsFalseWhenItCantBeConverted) {
   startWithoutService({"REALConvertString"});
-  const auto string = host::Value::string("text", host::encodingUtf8);
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingWindowsLatin1, &data));
 }
 
 TEST_F(StringData, GoesBackToTheHostWhereItCameFromTheHost) {
   start();
-  const auto string = host::Value::string("text", host::encodingUtf8);
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
   EXPECT_EQ((std::vector<std::string>{"resolve PluginGetStringData", "PluginGetStringData",
                                       "resolve PluginDisposeStringData", "PluginDisposeStringData"}),
             callsOf([&] { const OwnStringData data(handle(string)); }));

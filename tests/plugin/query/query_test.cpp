@@ -396,7 +396,7 @@ TEST_F(Query, KnowsItsStringAndAttributes) {
   start();
   const host::Value query = host::construct("MDQueryZNK", kAnything, lists(), sorting());
   EXPECT_EQ(kAnything, host::call(query, "QueryString").text());
-  EXPECT_EQ(host::encodingUtf8, host::call(query, "QueryString").encoding());
+  EXPECT_EQ(host::kEncodingUtf8, host::call(query, "QueryString").encoding());
   EXPECT_THAT(host::texts(host::call(query, "ValueListAttributes")), ElementsAre("kMDItemFSSize"));
   EXPECT_THAT(host::texts(host::call(query, "SortingAttributes")),
               ElementsAre("kMDItemFSName", "kMDItemFSSize"));

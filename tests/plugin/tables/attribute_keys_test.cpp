@@ -42,14 +42,14 @@ TEST_F(AttributeKeys, AreBuiltAnewAtEveryCall) {
   EXPECT_NE(first.handle(), second.handle());
   EXPECT_EQ((Calls{"CFStringGetLength", "CFStringGetCString", "REALBuildString", "REALSetStringEncoding"}),
             callsOf([] { host::callShared("MDItemZNK", "kMDItemTitle"); }));
-  EXPECT_EQ(host::encodingUtf8, first.encoding());
+  EXPECT_EQ(host::kEncodingUtf8, first.encoding());
 }
 
 TEST_F(AttributeKeys, OfTheDateAddedIsSpelledByThePlugInItself) {
   start();
   host::Value added = host::callShared("MDItemZNK", "kMDItemDateAdded");
   EXPECT_EQ("kMDItemDateAdded", added.text());
-  EXPECT_EQ(host::encodingAscii, added.encoding());
+  EXPECT_EQ(host::kEncodingAscii, added.encoding());
   EXPECT_EQ((Calls{"REALBuildString", "REALSetStringEncoding"}),
             callsOf([&] { added = host::callShared("MDItemZNK", "kMDItemDateAdded"); }));
 }

@@ -1,4 +1,4 @@
-#include "standin/host/declarations.h"
+#include "standin/host/language/declarations.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

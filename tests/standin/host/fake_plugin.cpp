@@ -241,7 +241,7 @@ void insertString(Object array, int32_t index, String value) {
 }
 
 void raise(const char* className, const char* message) {
-  const String text = build(message, host::encodingAscii);
+  const String text = build(message, host::kEncodingAscii);
   const Object exception = newInstance(className);
   entry<bool(Object, const char*, String)>("REALSetPropValueString")(exception, "Message", text);
   entry<bool(Object, const char*, int32_t)>("REALSetPropValueInt")(exception, "ErrorNumber", 7);

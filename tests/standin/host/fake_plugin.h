@@ -28,7 +28,7 @@ Function* entry(const char* name) {
 }
 
 // Host services as a plug-in uses them.
-String build(const std::string& bytes, uint32_t encoding = host::encodingUtf8);
+String build(const std::string& bytes, uint32_t encoding = host::kEncodingUtf8);
 std::string content(String string);
 void lockObject(Object object);
 void unlockObject(Object object);

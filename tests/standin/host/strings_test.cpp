@@ -1,6 +1,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 
-#include "standin/host/encodings.h"
+#include "standin/host/language/encodings.h"
 #include "tests/standin/host/fake_plugin.h"
 
 namespace fake {
@@ -18,9 +18,9 @@ String converted(String string, uint32_t encoding) {
 
 TEST_F(HostTest, AStringKeepsItsBytesAndItsEncoding) {
   const String string = fake::entry<String(const char*, int32_t)>("REALBuildString")("a\0b", 3);
-  EXPECT_EQ(encodingOf(string), host::encodingUnknown);
-  fake::entry<void(String, uint32_t)>("REALSetStringEncoding")(string, host::encodingAscii);
-  EXPECT_EQ(encodingOf(string), host::encodingAscii);
+  EXPECT_EQ(encodingOf(string), host::kEncodingUnknown);
+  fake::entry<void(String, uint32_t)>("REALSetStringEncoding")(string, host::kEncodingAscii);
+  EXPECT_EQ(encodingOf(string), host::kEncodingAscii);
   EXPECT_EQ(content(string), "a\0b"s);
   EXPECT_STREQ(fake::entry<const char*(String)>("StringGetCString")(string), "a");
   unlockString(string);
@@ -44,36 +44,36 @@ TEST_P(Encodings, ConvertThereAndBack) {
   ASSERT_NE(there, nullptr);
   EXPECT_EQ(content(there), GetParam().bytes);
   EXPECT_EQ(encodingOf(there), GetParam().encoding);
-  const String back = converted(there, host::encodingUtf8);
+  const String back = converted(there, host::kEncodingUtf8);
   EXPECT_EQ(content(back), GetParam().utf8);
   for (const String string : {utf8, there, back}) unlockString(string);
 }
 
 INSTANTIATE_TEST_SUITE_P(, Encodings,
-                         testing::Values(Conversion{"Aé€", host::encodingMacRoman, "A\x8E\xDB"},
-                                         Conversion{"Aé€", host::encodingWindowsLatin1, "A\xE9\x80"},
-                                         Conversion{"Az", host::encodingAscii, "Az"},
-                                         Conversion{"A€😀", host::encodingUtf16,
+                         testing::Values(Conversion{"Aé€", host::kEncodingMacRoman, "A\x8E\xDB"},
+                                         Conversion{"Aé€", host::kEncodingWindowsLatin1, "A\xE9\x80"},
+                                         Conversion{"Az", host::kEncodingAscii, "Az"},
+                                         Conversion{"A€😀", host::kEncodingUtf16,
                                                     "A\0\xAC\x20\x3D\xD8\x00\xDE"s},
-                                         Conversion{"A😀", host::encodingUtf32, "A\0\0\0\x00\xF6\x01\x00"s},
-                                         Conversion{"A€😀", host::encodingUtf8, "A€😀"}));
+                                         Conversion{"A😀", host::kEncodingUtf32, "A\0\0\0\x00\xF6\x01\x00"s},
+                                         Conversion{"A€😀", host::kEncodingUtf8, "A€😀"}));
 
 TEST(Conversions, WhatIsNoTextOrHasNoPlaceIsNotConverted) {
-  EXPECT_FALSE(host::convert("\xFF", host::encodingUtf8, host::encodingUtf16));
-  EXPECT_FALSE(host::convert("\xC0\x80", host::encodingUtf8, host::encodingUtf16));      // overlong
-  EXPECT_FALSE(host::convert("\xE0\x80\x80", host::encodingUtf8, host::encodingUtf16));  // overlong
-  EXPECT_FALSE(host::convert("\xED\xA0\x80", host::encodingUtf8, host::encodingUtf16));  // a surrogate
-  EXPECT_FALSE(host::convert("\xE2\x82", host::encodingUtf8, host::encodingUtf16));      // cut off
-  EXPECT_FALSE(host::convert("\x3D\xD8", host::encodingUtf16, host::encodingUtf8));      // half a pair
-  EXPECT_FALSE(host::convert("abc", host::encodingUtf16, host::encodingUtf8));           // half a unit
-  EXPECT_FALSE(host::convert("\x80", host::encodingAscii, host::encodingUtf8));
-  EXPECT_FALSE(host::convert("€", host::encodingUtf8, host::encodingAscii));
-  EXPECT_FALSE(host::convert("中", host::encodingUtf8, host::encodingMacRoman));
-  EXPECT_FALSE(host::convert("a", 0x1234, host::encodingUtf8));
+  EXPECT_FALSE(host::convert("\xFF", host::kEncodingUtf8, host::kEncodingUtf16));
+  EXPECT_FALSE(host::convert("\xC0\x80", host::kEncodingUtf8, host::kEncodingUtf16));      // overlong
+  EXPECT_FALSE(host::convert("\xE0\x80\x80", host::kEncodingUtf8, host::kEncodingUtf16));  // overlong
+  EXPECT_FALSE(host::convert("\xED\xA0\x80", host::kEncodingUtf8, host::kEncodingUtf16));  // a surrogate
+  EXPECT_FALSE(host::convert("\xE2\x82", host::kEncodingUtf8, host::kEncodingUtf16));      // cut off
+  EXPECT_FALSE(host::convert("\x3D\xD8", host::kEncodingUtf16, host::kEncodingUtf8));      // half a pair
+  EXPECT_FALSE(host::convert("abc", host::kEncodingUtf16, host::kEncodingUtf8));           // half a unit
+  EXPECT_FALSE(host::convert("\x80", host::kEncodingAscii, host::kEncodingUtf8));
+  EXPECT_FALSE(host::convert("€", host::kEncodingUtf8, host::kEncodingAscii));
+  EXPECT_FALSE(host::convert("中", host::kEncodingUtf8, host::kEncodingMacRoman));
+  EXPECT_FALSE(host::convert("a", 0x1234, host::kEncodingUtf8));
 }
 
 TEST_F(HostTest, AStringBecomesACoreFoundationString) {
-  const String string = build("na\xEFve", host::encodingWindowsLatin1);
+  const String string = build("na\xEFve", host::kEncodingWindowsLatin1);
   const auto copy = fake::entry<CFStringRef(String, bool)>("REALGetStringCFString");
   const CFStringRef text = copy(string, false);
   ASSERT_NE(text, nullptr);
@@ -81,7 +81,7 @@ TEST_F(HostTest, AStringBecomesACoreFoundationString) {
   EXPECT_EQ(CFStringGetCharacterAtIndex(text, 2), 0xEF);
   CFRelease(text);
   unlockString(string);
-  const String broken = build("\xFF", host::encodingUtf8);
+  const String broken = build("\xFF", host::kEncodingUtf8);
   EXPECT_EQ(copy(broken, false), nullptr);
   unlockString(broken);
 }
@@ -94,14 +94,14 @@ TEST_F(HostTest, StringDataComesInTheEncodingAskedFor) {
   } data{};
   const String string = build("é");
   const auto fill = fake::entry<bool(String, uint32_t, void*)>("PluginGetStringData");
-  ASSERT_TRUE(fill(string, host::encodingMacRoman, &data));
+  ASSERT_TRUE(fill(string, host::kEncodingMacRoman, &data));
   EXPECT_EQ(std::string(data.data, 1), "\x8E");
   EXPECT_EQ(data.length, 1);
-  EXPECT_EQ(data.encoding, host::encodingMacRoman);
+  EXPECT_EQ(data.encoding, host::kEncodingMacRoman);
   EXPECT_EQ(standin::ledgerLine("host string data"), 1);
   fake::entry<void(void*)>("PluginDisposeStringData")(&data);
   EXPECT_EQ(standin::ledgerLine("host string data"), 0);
-  EXPECT_FALSE(fill(string, host::encodingAscii, &data));
+  EXPECT_FALSE(fill(string, host::kEncodingAscii, &data));
   unlockString(string);
 }
 

@@ -1,0 +1,127 @@
+// Methods found by name and arguments, and called.
+#include <climits>
+
+#include "standin/host/host.h"
+#include "standin/host/program/conversions.h"
+#include "standin/host/program/fit.h"
+#include "standin/host/program/plugin_calls.h"
+#include "standin/host/state/runtime.h"
+#include "standin/host/things/objects.h"
+#include "standin/host/things/plain_values.h"
+
+namespace standin::host {
+namespace {
+
+using Arguments = std::vector<Value>;
+
+std::string describeArguments(const Arguments& arguments) {
+  std::string text;
+  for (const Value& argument : arguments) {
+    text += (text.empty() ? "" : ", ") + argument.describe();
+    if (!argument.isNil() && !argument.isReference()) text += std::string(" as ") + name(argument.kind());
+  }
+  return "(" + text + ")";
+}
+
+// Nothing when the arguments do not fit.
+std::optional<int> distanceOf(const Declaration& declaration, const Arguments& arguments) {
+  if (arguments.size() > declaration.parameters.size()) return {};
+  int sum = 0;
+  for (size_t i = 0; i < declaration.parameters.size(); ++i) {
+    const Parameter& parameter = declaration.parameters[i];
+    if (i >= arguments.size()) {
+      if (!parameter.preset) return {};
+      continue;
+    }
+    const auto one = distance(arguments[i], parameter.type);
+    if (!one) return {};
+    sum += *one;
+  }
+  return sum;
+}
+
+std::string candidates(const std::vector<Method>& methods, std::string_view name) {
+  std::string text;
+  for (const Method& method : methods) {
+    if (sameName(method.declaration.name, name)) text += "\n  " + method.text;
+  }
+  return text;
+}
+
+// The nearest overload; null when none fits.
+const Method* choose(const std::vector<Method>& methods, const std::string& where, std::string_view name,
+                     const Arguments& arguments) {
+  const Method* best = nullptr;
+  int least = INT_MAX;
+  bool tie = false;
+  for (const Method& method : methods) {
+    if (!sameName(method.declaration.name, name)) continue;
+    const auto distance = distanceOf(method.declaration, arguments);
+    if (!distance || *distance > least) continue;
+    tie = *distance == least;
+    least = *distance;
+    best = &method;
+  }
+  if (tie) {
+    throw CallError(where + "." + std::string(name) + describeArguments(arguments) +
+                    " could be any of:" + candidates(methods, name));
+  }
+  return best;
+}
+
+const Method& chooseOrThrow(const std::vector<Method>& methods, const std::string& where,
+                            std::string_view name, const Arguments& arguments) {
+  if (const Method* const method = choose(methods, where, name, arguments)) return *method;
+  const std::string known = candidates(methods, name);
+  if (known.empty()) throw CallError(where + " has no method " + std::string(name));
+  throw CallError(where + "." + std::string(name) + describeArguments(arguments) + " fits none of:" + known);
+}
+
+Value callMethod(const Method& method, Words words, const Arguments& arguments) {
+  std::vector<Ref> kept;
+  for (size_t i = 0; i < method.declaration.parameters.size(); ++i) {
+    const Parameter& parameter = method.declaration.parameters[i];
+    const Value value = i < arguments.size() ? arguments[i] : valueOf(*parameter.preset, parameter.type);
+    appendWords(words, parameter.type, value, kept);
+  }
+  return callPlugin(method.function, words, method.declaration.result, method.declaration.name.c_str());
+}
+
+}  // namespace
+
+Value constructWith(std::string_view className, const std::vector<Value>& arguments) {
+  const Class& cls = knownClass(className);
+  const Method* const constructor = choose(cls.methods, cls.name, "Constructor", arguments);
+  if (!constructor && !arguments.empty()) chooseOrThrow(cls.methods, cls.name, "Constructor", arguments);
+  Value object = newInstance(className);
+  if (constructor) callMethod(*constructor, {wordOf(object.handle())}, arguments);
+  return object;
+}
+
+Value callWith(const Value& object, std::string_view name, const std::vector<Value>& arguments) {
+  const HostObject& instance = instanceIn(object, std::string(name) + " called on");
+  const Method& method = chooseOrThrow(instance.cls.methods, instance.cls.name, name, arguments);
+  // Held for the call, whatever the method does to the variable that host code has the object in.
+  const Ref held = object.reference();
+  return callMethod(method, {wordOf(held.get())}, arguments);
+}
+
+Value callSharedWith(std::string_view className, std::string_view name, const std::vector<Value>& arguments) {
+  const Class& cls = knownClass(className);
+  return callMethod(chooseOrThrow(cls.sharedMethods, cls.name, name, arguments), {}, arguments);
+}
+
+Value callGlobalWith(std::string_view name, const std::vector<Value>& arguments) {
+  return callMethod(chooseOrThrow(runtime().globals, "the host", name, arguments), {}, arguments);
+}
+
+Value constant(std::string_view className, std::string_view name) {
+  const Class& cls = knownClass(className);
+  for (const Constant& constant : cls.constants) {
+    if (!sameName(constant.declaration.name, name)) continue;
+    return valueOf(constant.declaration.value, constant.declaration.type);
+  }
+  throw CallError(cls.name + " has no constant " + std::string(name));
+}
+
+}  // namespace standin::host

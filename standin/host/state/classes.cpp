@@ -1,0 +1,40 @@
+#include "standin/host/state/classes.h"
+
+#include <utility>
+
+namespace standin::host {
+
+bool Class::isOrDerivesFrom(const Class& other) const {
+  for (const Class* cls = this; cls; cls = cls->base) {
+    if (cls == &other) return true;
+  }
+  return false;
+}
+
+const Property* findProperty(const Class& start, std::string_view name) {
+  for (const Class* cls = &start; cls; cls = cls->base) {
+    for (const Property& property : cls->properties) {
+      if (sameName(property.name, name)) return &property;
+    }
+  }
+  return nullptr;
+}
+
+const Class* ClassTable::find(std::string_view name) const {
+  const auto found = classes_.find(lower(name));
+  return found == classes_.end() ? nullptr : found->second.get();
+}
+
+const Class* ClassTable::find(const ClassReference* reference) const {
+  for (const auto& [name, cls] : classes_) {
+    if (&cls->reference == reference) return cls.get();
+  }
+  return nullptr;
+}
+
+void ClassTable::add(std::unique_ptr<Class> cls) {
+  if (cls->isRegistered()) registered_.push_back(cls.get());
+  classes_[lower(cls->name)] = std::move(cls);
+}
+
+}  // namespace standin::host

@@ -1,0 +1,96 @@
+// The classes that the host knows: its own, and those that the plug-in registered.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "standin/host/language/declarations.h"
+
+namespace standin::host {
+
+class HostObject;  // see things/; here only named
+enum class Side;
+
+// What "pluginObjectType" gives out: its address stands for the class; there is nothing to read in it.
+struct ClassReference {
+  char unused;
+};
+
+struct Method {
+  Declaration declaration;
+  std::string text;
+  void* function = nullptr;
+  void* setter = nullptr;  // of an assignable method
+};
+
+struct Property {
+  std::string name;
+  Type type;
+  // Where the value is: a field of the instance data, functions of the plug-in, or (own classes) the host's
+  // own.
+  enum class Access { field, functions, own } access = Access::own;
+  uint32_t parameter = 0;  // the field's position, or what the functions are called with
+  void* getter = nullptr;
+  void* setter = nullptr;
+  bool readOnly = false;
+};
+
+struct Event {
+  Declaration declaration;
+  std::string text;
+  uint32_t index = 0;  // what the host wrote into the record
+};
+
+struct Constant {
+  ConstantDeclaration declaration;
+  std::string text;
+};
+
+struct Class {
+  std::string name;
+  const Class* base = nullptr;
+  ClassReference reference{};
+
+  // Of the host's own classes and the wrapper classes: makes an instance that is more than a block and
+  // properties. Null for all others.
+  HostObject* (*make)(const Class& cls, Side owner) = nullptr;
+  // Of the wrapper classes alone: what their instances have in the block, and whether they are tagged.
+  enum class Wraps { nothing, reference, geometry } wraps = Wraps::nothing;
+  bool genuine = false;
+
+  // Of the plug-in's classes alone.
+  const uint32_t* record = nullptr;
+  uint32_t dataOffset = 0;
+  uint32_t dataSize = 0;
+  void* constructor = nullptr;
+  void* destructor = nullptr;
+
+  std::vector<Property> properties;
+  std::vector<Method> methods;
+  std::vector<Method> sharedMethods;
+  std::vector<Event> events;
+  std::vector<Constant> constants;
+
+  bool isRegistered() const { return record != nullptr; }
+  bool isOrDerivesFrom(const Class& other) const;
+};
+
+const Property* findProperty(const Class& cls, std::string_view name);
+
+class ClassTable {
+ public:
+  const Class* find(std::string_view name) const;
+  const Class* find(const ClassReference* reference) const;
+  void add(std::unique_ptr<Class> cls);
+  const std::vector<const Class*>& registered() const { return registered_; }
+
+ private:
+  std::map<std::string, std::unique_ptr<Class>> classes_;  // by name in lower case
+  std::vector<const Class*> registered_;
+};
+
+}  // namespace standin::host

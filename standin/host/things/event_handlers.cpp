@@ -1,0 +1,45 @@
+#include "standin/host/things/event_handlers.h"
+
+#include <map>
+#include <utility>
+
+namespace standin::host {
+namespace {
+
+using Key = std::pair<ObjectHandle, const Event*>;
+
+std::map<Key, Handler>& handlers() {
+  static auto* const all = new std::map<Key, Handler>;
+  return *all;
+}
+
+}  // namespace
+
+void attachHandler(ObjectHandle object, const Event& event, Handler handler) {
+  handlers()[{object, &event}] = std::move(handler);
+}
+
+void detachHandler(ObjectHandle object, const Event& event) {
+  handlers().erase({object, &event});
+}
+
+const Handler* findHandler(ObjectHandle object, const Event& event) {
+  const auto found = handlers().find({object, &event});
+  return found == handlers().end() ? nullptr : &found->second;
+}
+
+// In both a handler is taken out before it goes: what it holds may go with it, and come back here.
+void forgetHandlers(ObjectHandle object) {
+  auto& all = handlers();
+  for (;;) {
+    const auto first = all.lower_bound({object, nullptr});
+    if (first == all.end() || first->first.first != object) return;
+    const auto gone = all.extract(first);
+  }
+}
+
+void forgetAllHandlers() {
+  const auto gone = std::exchange(handlers(), {});
+}
+
+}  // namespace standin::host

@@ -1,0 +1,58 @@
+// Instances of classes.
+//
+// The plug-in may rely on little: an instance's data stands at the offset that the class record tells, an
+// array's third word leads to its elements. All else in the block is the host's.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "standin/host/state/classes.h"
+#include "standin/host/things/handles.h"
+
+namespace standin::host {
+
+constexpr size_t kObjectHeadSize = 48;  // of a block without a plug-in's data
+// Writes into the head of a block what instances and variants have there.
+void markAsObject(const Counted& thing);
+
+class HostObject : public Counted {
+ public:
+  // The class's constructor function is not called yet.
+  HostObject(const Class& cls, Side owner);
+  HostObject(const Class& cls, Side owner, size_t blockSize);
+  std::string describe() const override { return "object " + cls.name; }
+  void end() override;
+
+  // A property that has no place in the block.
+  virtual Value ownProperty(const Property& property) const;
+
+  unsigned char* data() const { return static_cast<unsigned char*>(block()) + cls.dataOffset; }
+
+  const Class& cls;
+  std::map<std::string, Value> own;  // properties of the host's own classes, by lower-case name
+};
+
+// Ends the process when the handle is null, freed or a string's.
+Counted& objectThingAt(ObjectHandle handle);
+ObjectHandle handleOf(const Counted& thing);
+
+// Calls the class's constructor function. The reference is the owner's.
+ObjectHandle newObject(const Class& cls, Side owner);
+// Null when the value is no instance.
+HostObject* instanceOf(const Value& value);
+// The instance that the value is; when it is none CallError, whose text is `use` and what the value is
+// instead.
+HostObject& instanceIn(const Value& value, std::string_view use);
+// Throws CallError: "not a Date but 5", where `wanted` is "a Date".
+[[noreturn]] void throwMismatch(const Value& value, const char* wanted);
+// As instanceIn(), for an instance of a class that has a C++ class of its own; any other is a mismatch.
+template <class Instance>
+Instance& instanceAs(const Value& value, std::string_view use, const char* wanted) {
+  auto* const instance = dynamic_cast<Instance*>(&instanceIn(value, use));
+  if (!instance) throwMismatch(value, wanted);
+  return *instance;
+}
+
+}  // namespace standin::host

@@ -1,0 +1,109 @@
+#include "standin/host/things/variants.h"
+
+#include <limits>
+#include <utility>
+
+#include "standin/host/host.h"
+#include "standin/host/things/arrays.h"
+#include "standin/host/things/dates.h"
+#include "standin/host/things/objects.h"
+
+namespace standin::host {
+namespace {
+
+// The host's codes for what a variant holds. An array's is its element's and arrayCode.
+enum Code : int32_t {
+  int32Code = 2,
+  int64Code = 3,
+  singleCode = 4,
+  numberCode = 5,
+  dateCode = 7,
+  stringCode = 8,
+  objectCode = 9,
+  booleanCode = 11,
+  colorCode = 16,
+  arrayCode = 4096
+};
+
+int32_t codeOf(ElementKind kind) {
+  switch (kind) {
+    case ElementKind::int32:
+      return int32Code;
+    case ElementKind::int64:
+      return int64Code;
+    case ElementKind::single:
+      return singleCode;
+    case ElementKind::number:
+      return numberCode;
+    case ElementKind::boolean:
+      return booleanCode;
+    case ElementKind::string:
+      return stringCode;
+    case ElementKind::date:
+      return dateCode;
+    case ElementKind::object:
+      break;
+  }
+  return objectCode;
+}
+
+int32_t codeOf(Kind kind) {
+  switch (kind) {
+    case Kind::int32:
+      return int32Code;
+    case Kind::uint32:
+    case Kind::int64:
+      return int64Code;
+    case Kind::single:
+      return singleCode;
+    case Kind::number:
+      return numberCode;
+    case Kind::boolean:
+      return booleanCode;
+    case Kind::color:
+      return colorCode;
+    case Kind::string:
+      return stringCode;
+    default:
+      return objectCode;
+  }
+}
+
+}  // namespace
+
+HostVariant::HostVariant(Value content, Side owner, std::optional<int32_t> toldCode)
+    : Counted(kObjectHeadSize, owner), value(std::move(content)), code(toldCode) {
+  markAsObject(*this);
+}
+
+int32_t variantType(const Counted& thing) {
+  if (const auto* const variant = dynamic_cast<const HostVariant*>(&thing))
+    return variant->code.value_or(codeOf(variant->value.kind()));
+  if (const auto* const array = dynamic_cast<const HostArray*>(&thing))
+    return arrayCode + codeOf(array->kind());
+  return isDate(thing) ? dateCode : objectCode;
+}
+
+Ref boxed(const Value& value) {
+  if (value.kind() == Kind::nil) return {};
+  if (value.kind() == Kind::object || value.kind() == Kind::array) return value.reference();
+  // The variant kinds have no unsigned number: one that fits is an Int32, any other an Int64.
+  if (value.kind() == Kind::uint32) {
+    const int64_t whole = value.integer();
+    const bool fits = whole <= std::numeric_limits<int32_t>::max();
+    return boxed(fits ? Value(static_cast<int32_t>(whole)) : Value(whole));
+  }
+  return Ref::adopt(added(new HostVariant(value, Side::host)).block());
+}
+
+ObjectHandle handOver(const Value& value) {
+  Ref reference = boxed(value);
+  giveToPlugin(reference.get());
+  return static_cast<ObjectHandle>(reference.leak());
+}
+
+Value variantOfType(int32_t code, std::string_view text) {
+  return Value::object(Ref::adopt(added(new HostVariant(text, Side::host, code)).block()));
+}
+
+}  // namespace standin::host

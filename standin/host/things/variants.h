@@ -1,0 +1,28 @@
+// Variants: what an array of variants, a dictionary or an argument "as variant" refers to.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "standin/host/things/handles.h"
+
+namespace standin::host {
+
+// A boxed number, truth value, colour or string. Objects and arrays are their own variants.
+class HostVariant : public Counted {
+ public:
+  HostVariant(Value content, Side owner, std::optional<int32_t> code = {});
+  std::string describe() const override { return "variant " + value.describe(); }
+
+  const Value value;
+  const std::optional<int32_t> code;  // told instead of the value's own
+};
+
+// A reference of the host's side to the value as a variant: null for nil.
+Ref boxed(const Value& value);
+// The same for the plug-in, with a reference of its side.
+ObjectHandle handOver(const Value& value);
+// The code by which variants tell what they hold.
+int32_t variantType(const Counted& thing);
+
+}  // namespace standin::host
