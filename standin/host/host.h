@@ -52,7 +52,7 @@ struct Settings {
   bool raiseByUnwinding = false;
   // Answers of memory blocks.
   bool nullMemoryBlockPointers = false;
-  std::optional<int32_t> memoryBlockSize;  // told instead of the true one
+  std::optional<int32_t> memoryBlockSize;  // reported instead of the true one
   // Answers of folder items. A real host gives a reference of every item that is there, of its parent when
   // that is there, and the older FSSpec of the root folder only.
   bool itemReferences = true;

@@ -1,6 +1,5 @@
 // The entry points of memory blocks.
 #include "standin/host/things/memory_blocks.h"
-
 #include "standin/gate/gate.h"
 #include "standin/host/entry/entry_points.h"
 #include "standin/host/host.h"

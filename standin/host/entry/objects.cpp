@@ -32,7 +32,7 @@ bool RuntimeObjectIsa(ObjectHandle object, const ClassReference* reference) {
   return !gate.fails() && instance && instance->cls.isOrDerivesFrom(*wanted);
 }
 
-// Locks and unlocks can't fail; a null object is nobody's.
+// Locks and unlocks can't fail; a null object is ignored.
 void REALLockObject(ObjectHandle object) {
   const Gate gate(__func__);
   if (!object) return;

@@ -1,6 +1,6 @@
 // Takes the plug-in's class records. What is wrong with one is written down, and the class refused.
 //
-// Records are read by word numbers, from the description of the two layouts alone, so that a plug-in that
+// Records are read by word numbers and not through structures shared with the plug-in, so that a plug-in that
 // lays out its structures wrongly is found out.
 #include <cstdint>
 #include <memory>
@@ -51,7 +51,7 @@ constexpr int32_t kMostRows = 10000;  // a count beyond this is a pointer or gar
 // Never 24, where the wrapper classes of other plug-ins keep what they wrap, and another one for every class.
 constexpr uint32_t kFirstDataOffset = 48;
 constexpr uint32_t kDataOffsetStep = 16;
-// Far from any index that a careless caller would count itself, and no address.
+// No index that a caller would arrive at by counting, and no address.
 constexpr uint32_t kFirstEventIndex = 0x00E70001;
 
 const Layout& layoutOf(int32_t controlVersion) {

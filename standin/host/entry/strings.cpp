@@ -35,7 +35,7 @@ long& blockLine() {
 
 namespace entry {
 
-// Locks and unlocks can't fail; a null string is nobody's.
+// Locks and unlocks can't fail; a null string is ignored.
 void REALLockString(StringHandle string) {
   const Gate gate(__func__);
   if (!string) return;
@@ -83,7 +83,7 @@ const void* REALGetStringCFString(StringHandle string, bool external) {
   if (external) die(__func__, "the second argument must be false");
   const HostString& read = stringAt(string);
   if (gate.fails()) return nullptr;
-  // By way of UTF-16, so that what the host takes for a text is what arrives.
+  // Made of the host's own UTF-16, so that both sides take the bytes for the same text.
   const auto units = convert(read.bytes, read.encoding, kEncodingUtf16);
   if (!units) return nullptr;
   return CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(units->data()),
@@ -120,7 +120,7 @@ void PluginDisposeStringData(StringData* data) {
   const Gate gate(__func__);
   if (!data) die(__func__, "a null record");
   if (!data->data) return;
-  // A block that the plug-in made itself is given back here as well, and is no business of the ledger.
+  // A block that the plug-in made itself is given back here as well, and is not in the ledger.
   if (blocksGivenOut().erase(data->data) != 0) --blockLine();
   std::free(data->data);
   *data = {nullptr, 0, 0};

@@ -14,7 +14,7 @@
 namespace standin::host {
 namespace {
 
-// What an object holds as a number or a text: nothing. Neither has a variant when the call was chosen to
+// The value in a variant. Nil for an object, which is no number and no text, and when the call was chosen to
 // fail.
 const Value& contentOf(const Gate& gate, ObjectHandle handle) {
   static const Value nothing;

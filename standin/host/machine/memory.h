@@ -1,5 +1,6 @@
-// machine/: what the plug-in sees of the host as plain memory and plain calls. Here stands nothing that knows
-// of strings, objects or settings; beyond the gate these files include nothing of the project.
+// machine/: what the plug-in sees of the host as plain memory and plain calls.
+// Nothing here knows of strings, objects or settings.
+// May include nothing of the project but the gate.
 //
 // The memory that the host's handles point at. A freed block is filled with a pattern and kept for a while,
 // so that its address is not given out again and a later use of it can be recognised.

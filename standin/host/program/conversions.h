@@ -1,5 +1,6 @@
-// program/: what host code does: it starts and stops the host, calls methods, reads and sets properties, and
-// handles events. May include all rooms but entry/; here the plug-in's functions are called.
+// program/: what host code does: starts and stops the host, calls methods, uses properties, handles events.
+// Here the plug-in's functions are called.
+// May include all rooms but entry/.
 //
 // Between values of host code and the argument words and fields that the plug-in's functions deal in.
 #pragma once

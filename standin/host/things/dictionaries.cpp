@@ -100,7 +100,7 @@ void HostDictionary::set(const Value& key, const Value& value) {
   if (isNew) {
     entries_.emplace_back(key, value);
   } else {
-    // The old value goes last: its end may reach back here.
+    // The old value is released last: what ends with it may use this dictionary.
     const Value before = std::exchange(entries_[place->second].second, value);
   }
 }

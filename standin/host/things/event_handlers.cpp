@@ -28,7 +28,7 @@ const Handler* findHandler(ObjectHandle object, const Event& event) {
   return found == handlers().end() ? nullptr : &found->second;
 }
 
-// In both a handler is taken out before it goes: what it holds may go with it, and come back here.
+// Both take a handler out of the table before it is destroyed: objects that end with it come back here.
 void forgetHandlers(ObjectHandle object) {
   auto& all = handlers();
   for (;;) {

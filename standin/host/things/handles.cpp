@@ -44,7 +44,7 @@ void add(Counted& thing, Side side, long count) {
   if (side == Side::plugin) lockLine(thing) += count;
 }
 
-// The plug-in may release an element of an array before it writes another one in its place.
+// The plug-in may release an element of an array before it writes another one over it; see Counted::giveUp().
 bool givenUpByHolder(Counted& thing) {
   for (const auto& [handle, holder] : state().alive) {
     if (!holder->giveUp(thing.block())) continue;
@@ -63,7 +63,7 @@ void endThing(Counted& thing) {
   }
   --aliveLine(thing);
   retireBlock(thing.block(), thing.size(), thing.describe());
-  // Taken out first: what the thing holds is released as it goes, and may be the last reference again.
+  // Out of the table before it is destroyed: destroying it releases what it holds, which can end more things.
   const auto gone = state().alive.extract(thing.block());
 }
 

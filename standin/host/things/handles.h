@@ -1,7 +1,6 @@
-// things/: what host code and the plug-in hold by handles: strings, objects, arrays, variants, and what host
-// code makes and reads of each. May include machine/, language/, host.h and state/. The plug-in's calls don't
-// arrive here but in entry/; the only code of the plug-in that is called are its instances' constructors and
-// destructors.
+// things/: what host code and the plug-in hold by handles, and how host code makes and reads it.
+// The plug-in's calls arrive in entry/; the plug-in's own code runs from here only in constructors and
+// destructors. May include machine/, language/, host.h and state/.
 //
 // What the host's handles stand for, and who holds references to it.
 #pragma once
@@ -30,9 +29,9 @@ class Counted {
   virtual std::string describe() const = 0;  // "string", "object MDQueryZNK"
   // The last reference has gone; the block is still in place.
   virtual void end() {}
-  // The plug-in releases a thing that it may be about to replace here itself, because it can write to the
-  // place where this holds it. True when that is so: this has forgotten the thing, and its reference goes to
-  // the plug-in.
+  // For things whose storage the plug-in can write to: it may release an element first, and write another one
+  // over it afterwards. True when this holds the element; its reference is then not this thing's any more,
+  // but the plug-in's.
   virtual bool giveUp(const void*) { return false; }
 
   void* block() const { return block_; }

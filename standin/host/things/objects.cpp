@@ -30,7 +30,8 @@ bool headIsIntact(const HostObject& object) {
 
 void markAsObject(const Counted& thing) {
   thing.words()[0] = kObjectMark;
-  // Where an array's word leads to its elements: who takes this object for an array stops at the first look.
+  // An array has the address of its elements here: reading elements of something that is no array ends the
+  // process.
   thing.words()[2] = wordOf(unreadableAddress());
 }
 

@@ -71,8 +71,8 @@ int32_t codeOf(Kind kind) {
 
 }  // namespace
 
-HostVariant::HostVariant(Value content, Side owner, std::optional<int32_t> toldCode)
-    : Counted(kObjectHeadSize, owner), value(std::move(content)), code(toldCode) {
+HostVariant::HostVariant(Value content, Side owner, std::optional<int32_t> reportedCode)
+    : Counted(kObjectHeadSize, owner), value(std::move(content)), code(reportedCode) {
   markAsObject(*this);
 }
 

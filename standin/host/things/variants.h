@@ -11,11 +11,11 @@ namespace standin::host {
 // A boxed number, truth value, colour or string. Objects and arrays are their own variants.
 class HostVariant : public Counted {
  public:
-  HostVariant(Value content, Side owner, std::optional<int32_t> code = {});
+  HostVariant(Value content, Side owner, std::optional<int32_t> reportedCode = {});
   std::string describe() const override { return "variant " + value.describe(); }
 
   const Value value;
-  const std::optional<int32_t> code;  // told instead of the value's own
+  const std::optional<int32_t> code;  // reported instead of the value's own
 };
 
 // A reference of the host's side to the value as a variant: null for nil.
