@@ -18,6 +18,12 @@ State& state() {
   return *s;
 }
 
+// The version by which plug-in and host agree on layouts.
+double agreedVersion() {
+  const Settings& set = settings();
+  return runtime().versionTold.value_or(set.hasVersion ? set.version : 0);
+}
+
 }  // namespace
 
 Runtime& runtime() {
@@ -43,11 +49,6 @@ bool running() {
 
 Settings& settings() {
   return runtime().settings;
-}
-
-double agreedVersion() {
-  const Settings& set = settings();
-  return runtime().versionTold.value_or(set.hasVersion ? set.version : 0);
 }
 
 bool hasOldStrings() {

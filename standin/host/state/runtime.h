@@ -35,8 +35,7 @@ Runtime& runtime();
 Runtime& beginRuntime(Settings settings);
 void endRuntime();
 
-// The version by which plug-in and host agree on layouts.
-double agreedVersion();
+// Both by the version that the plug-in was told.
 bool hasOldStrings();
 bool hidesArrayStorage();
 // False also when no host is running.

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <utility>
 
-#include "standin/gate/gate.h"
 #include "standin/host/machine/machine_call.h"
 #include "standin/host/machine/memory.h"
 #include "standin/host/state/runtime.h"

@@ -26,6 +26,11 @@ bool headIsIntact(const HostObject& object) {
   return true;
 }
 
+// Null when the value is no instance.
+HostObject* instanceOf(const Value& value) {
+  return value.kind() == Kind::object ? dynamic_cast<HostObject*>(&thingAt(value.handle())) : nullptr;
+}
+
 }  // namespace
 
 void markAsObject(const Counted& thing) {
@@ -74,10 +79,6 @@ ObjectHandle newObject(const Class& cls, Side owner) {
     callMachine<void>(cls.constructor, {wordOf(handle)});
   }
   return handle;
-}
-
-HostObject* instanceOf(const Value& value) {
-  return value.kind() == Kind::object ? dynamic_cast<HostObject*>(&thingAt(value.handle())) : nullptr;
 }
 
 HostObject& instanceIn(const Value& value, std::string_view use) {

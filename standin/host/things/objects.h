@@ -5,8 +5,8 @@
 #pragma once
 
 #include <map>
-#include <optional>
 #include <string>
+#include <string_view>
 
 #include "standin/host/state/classes.h"
 #include "standin/host/things/handles.h"
@@ -40,8 +40,6 @@ ObjectHandle handleOf(const Counted& thing);
 
 // Calls the class's constructor function. The reference is the owner's.
 ObjectHandle newObject(const Class& cls, Side owner);
-// Null when the value is no instance.
-HostObject* instanceOf(const Value& value);
 // The instance that the value is; when it is none CallError, whose text is `use` and what the value is
 // instead.
 HostObject& instanceIn(const Value& value, std::string_view use);

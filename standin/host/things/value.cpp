@@ -2,7 +2,6 @@
 
 #include <cstdio>
 
-#include "standin/gate/gate.h"
 #include "standin/host/host.h"
 #include "standin/host/language/encodings.h"
 #include "standin/host/things/arrays.h"

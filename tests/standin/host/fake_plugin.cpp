@@ -207,6 +207,10 @@ std::string content(String string) {
   return text;
 }
 
+uint32_t encodingOf(String string) {
+  return entry<uint32_t(String)>("REALGetStringEncoding")(string);
+}
+
 void lockObject(Object object) {
   entry<void(Object)>("REALLockObject")(object);
 }

@@ -30,6 +30,7 @@ Function* entry(const char* name) {
 // Host services as a plug-in uses them.
 String build(const std::string& bytes, uint32_t encoding = host::kEncodingUtf8);
 std::string content(String string);
+uint32_t encodingOf(String string);
 void lockObject(Object object);
 void unlockObject(Object object);
 void lockString(String string);

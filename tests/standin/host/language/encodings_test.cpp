@@ -7,10 +7,6 @@ namespace {
 
 using std::string_literals::operator""s;
 
-uint32_t encodingOf(String string) {
-  return entry<uint32_t(String)>("REALGetStringEncoding")(string);
-}
-
 String converted(String string, uint32_t encoding) {
   return entry<String(String, uint32_t)>("REALConvertString")(string, encoding);
 }

@@ -72,6 +72,29 @@ TEST_F(Events, AHandlerMayDetachItself) {
   EXPECT_EQ(calls, 1);
 }
 
+TEST_F(Events, AHandlerMayHoldTheLastReferenceToAnotherObjectWithAHandler) {
+  auto thing = host::newInstance("ThingZNK");
+  {
+    const auto other = host::newInstance("ThingZNK");
+    host::setEventHandler(other, "Done", [](const auto&) {});
+    host::setEventHandler(thing, "Done", [other](const auto&) {});
+  }
+  EXPECT_EQ(destroyedThings(), 0);
+  thing = nullptr;
+  EXPECT_EQ(destroyedThings(), 2);
+}
+
+TEST_F(Events, ObjectsThatOnlyHandlersHoldEndWithTheHost) {
+  for (int i = 0; i < 3; ++i) {
+    const auto thing = host::newInstance("ThingZNK");
+    host::setEventHandler(thing, "Done", [thing](const auto&) {});
+  }
+  EXPECT_EQ(destroyedThings(), 0);
+  EXPECT_TRUE(host::stop().empty());
+  EXPECT_EQ(destroyedThings(), 3);
+  host::start();
+}
+
 TEST_F(Events, WhatAHandlerThrowsIsThrownOnByTheCall) {
   const auto thing = host::newInstance("ThingZNK");
   host::setEventHandler(thing, "Changed", [](const auto&) { throw std::runtime_error("from the handler"); });

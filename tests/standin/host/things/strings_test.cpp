@@ -7,10 +7,6 @@ namespace {
 
 using std::string_literals::operator""s;
 
-uint32_t encodingOf(String string) {
-  return entry<uint32_t(String)>("REALGetStringEncoding")(string);
-}
-
 TEST_F(HostTest, AStringKeepsItsBytesAndItsEncoding) {
   const String string = fake::entry<String(const char*, int32_t)>("REALBuildString")("a\0b", 3);
   EXPECT_EQ(encodingOf(string), host::kEncodingUnknown);
