@@ -6,7 +6,7 @@
 #include "host/array_elements.h"
 #include "host/exceptions.h"
 #include "host/services.h"
-#include "string_data.h"
+#include "host/string_data.h"
 
 namespace {
 

@@ -2,11 +2,11 @@ set(PLUGIN_SOURCES
   host/main.cpp
   host/registration.cpp
   host/exceptions.cpp
+  host/string_data.cpp
   bridge/cf_to_variant.cpp
   bridge/dates.cpp
   bridge/dictionary_methods.cpp
   bridge/folder_items.cpp
-  bridge/string_data.cpp
   bridge/strings.cpp
   bridge/variant_to_cf.cpp
   query/batching.cpp

@@ -12,8 +12,7 @@ static_assert(sizeof(void*) == 4, "the host and its plug-ins are 32-bit programs
 typedef struct REALobjectRecord* REALobject;
 typedef struct REALstringRecord* REALstring;
 
-// The bytes of a string. Filled by REALGetStringData (bridge/string_data.h), which says how `data` is given
-// back.
+// The bytes of a string. Filled by REALGetStringData (string_data.h), which says how `data` is given back.
 struct REALstringData {
   char* data;
   int32_t length;     // in bytes, without a terminator

@@ -1,10 +1,10 @@
 // What the plug-in does when it gets no memory.
 #include <cstring>
 
-#include "bridge/string_data.h"
 #include "bridge/strings.h"
 #include "host/registration.h"
 #include "host/startup.h"
+#include "host/string_data.h"
 #include "tests/plugin/objects/fixture.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // REALGetStringData: the bytes of a string, by the host's service or without it.
-#include "bridge/string_data.h"
+#include "host/string_data.h"
 
 #include <cstring>
 

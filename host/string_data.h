@@ -1,7 +1,7 @@
 // The bytes of a host string, also on hosts from before the service that hands them out.
 #pragma once
 
-#include "host/records.h"
+#include "records.h"
 
 // Fills `data` with the string's bytes in that encoding, or in the string's own for kUnknownEncoding. False,
 // with the data pointer as it was, when they can't be had. What was filled in is given back to the host's

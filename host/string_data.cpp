@@ -1,9 +1,9 @@
-// The bytes of a host string, also on hosts from before the service that hands them out.
+#include "string_data.h"
+
 #include <string.h>
 
-#include "host/owned.h"
-#include "host/services.h"
-#include "string_data.h"
+#include "owned.h"
+#include "services.h"
 
 namespace {
 
