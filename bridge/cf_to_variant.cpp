@@ -6,13 +6,14 @@
 #include "dictionary_methods.h"
 #include "folder_items.h"
 #include "host/array_elements.h"
+#include "host/build_string.h"
 #include "host/services.h"
 #include "strings.h"
 #include "wrappers.h"
 
 namespace {
 
-// How values of one type look to host code.
+// How values of one type are converted.
 struct Conversion {
   CFTypeID (*typeID)();
   Owned<REALobject> (*convert)(const Conversion& row, CFTypeRef value);
@@ -105,8 +106,8 @@ Owned<REALobject> newWrapper(const char* className) {
   return adopt(REALnewInstance("CFObjectZNK"));
 }
 
-// Only an instance that says itself that it is a wrapper of CF values is written to. Any other is left alone,
-// also with its reference.
+// Writes only to an instance that its own class has tagged as a wrapper of CF values. Any other instance is
+// left as it is, and the reference to it is not given back.
 Owned<REALobject> checkedWrapper(const Conversion& row, CFTypeRef value) {
   auto wrapper = newWrapper(row.className);
   if (!wrapper) return {};
@@ -118,7 +119,7 @@ Owned<REALobject> checkedWrapper(const Conversion& row, CFTypeRef value) {
   return wrapper;
 }
 
-// The order of the rows is the order of the tests.
+// A value's type is compared with the rows in this order.
 // clang-format off
 constexpr Conversion kConversions[] = {
     {CFURLGetTypeID,            fromURL},
@@ -144,7 +145,7 @@ constexpr Conversion kConversions[] = {
     {CGFontGetTypeID,           plainWrapper,   "CGFontZNK",         retainBy<CGFontRef, CGFontRetain>},
 };
 
-// Asked when none of the above is the value's type. Those that stand above, too, are never reached.
+// Compared when no row above is of the value's type. Types that have a row above are never reached here.
 constexpr Conversion kCheckedWrappers[] = {
     {CFURLGetTypeID,              checkedWrapper, "CFURLZNK"},
     {CFDictionaryGetTypeID,       checkedWrapper, "CFDictionaryZNK"},
@@ -207,13 +208,13 @@ Owned<REALobject> CFDictionary2RBDictionary(CFDictionaryRef values) {
   return dictionary;
 }
 
-// Both conversions come before the methods are asked for: either may be at a dictionary of its own.
+// Key and value are converted before the methods are loaded: either conversion may load another dictionary's.
 void MyCFDictionaryApplierFunction(const void* key, const void* value, void* context) {
   const auto dictionary = static_cast<REALobject>(context);
   if (!key || !dictionary) return;
   auto valueVariant = GetCFTypeAsVariant(value);
   auto keyVariant = GetCFTypeAsVariant(key);
-  useDictionary(dictionary);
+  loadDictionaryMethods(dictionary);
   if (LastDictionarySetter) LastDictionarySetter(dictionary, keyVariant.get(), valueVariant.get());
   keyVariant.reset();
   valueVariant.reset();

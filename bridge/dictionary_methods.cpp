@@ -14,7 +14,7 @@ void load(Method*& method, const char* declaration) {
 
 }  // namespace
 
-void useDictionary(REALobject dictionary) {
+void loadDictionaryMethods(REALobject dictionary) {
   if (dictionary == LastDictionary) return;
   LastDictionary = dictionary;
   load(LastDictionarySetter, "Value(key As Variant, Assigns _value As Variant)");

@@ -43,23 +43,22 @@ Owned<CFURLRef> urlOfSpec(REALobject item) {
   return urlOf(file);
 }
 
-bool isThere(const FSRef& file) {
+bool exists(const FSRef& file) {
   return FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr) == noErr;
 }
 
 // The file's name and the folder that it is in. False for the root of a volume, which is in none.
-bool placeOf(const FSRef& file, FSRef* parent, HFSUniStr255* name) {
+bool findParentAndName(const FSRef& file, FSRef* parent, HFSUniStr255* name) {
   FSCatalogInfo info;
   if (FSGetCatalogInfo(&file, kFSCatInfoNodeID, &info, nullptr, nullptr, parent) != noErr) return false;
   if (info.nodeID == fsRtDirID) memset(parent, 0, sizeof *parent);
-  return FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, name, nullptr, nullptr) == noErr &&
-         isThere(*parent);
+  return FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, name, nullptr, nullptr) == noErr && exists(*parent);
 }
 
-Owned<REALobject> itemOfFile(const FSRef& file) {
+Owned<REALobject> folderItemOfFile(const FSRef& file) {
   FSRef parent;
   HFSUniStr255 name;
-  if (placeOf(file, &parent, &name)) return adopt(REALFolderItemFromParentFSRef(&parent, &name));
+  if (findParentAndName(file, &parent, &name)) return adopt(REALFolderItemFromParentFSRef(&parent, &name));
   FSSpec spec;
   if (FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr) != noErr) return {};
   return adopt(REALFolderItemFromFSSpec(&spec));
@@ -74,7 +73,7 @@ HFSUniStr255 fileName(CFStringRef text) {
 }
 
 // For a file that does not exist yet.
-Owned<REALobject> itemOfMissingFile(CFURLRef url) {
+Owned<REALobject> folderItemOfMissingFile(CFURLRef url) {
   const auto folder = adopt(CFURLCreateCopyDeletingLastPathComponent(kCFAllocatorDefault, url));
   FSRef parent;
   if (!folder || !CFURLGetFSRef(folder.get(), &parent)) return {};
@@ -90,7 +89,7 @@ Owned<REALobject> absoluteString(CFURLRef url) {
   if (!absolute) return {};
   auto string = CFString2RBString(CFURLGetString(absolute.get()));
   absolute.reset();
-  return variantOf(static_cast<Owned<REALstring>&&>(string));
+  return variantOf(adopt(string.leak()));
 }
 
 }  // namespace
@@ -103,18 +102,17 @@ Owned<CFURLRef> CreateCFURLfromFolderItem(REALobject item) {
     auto url = urlOf(file);
     if (url) return url;
   }
-  if (REALFSRefFromFolderItem(item, &file, &name)) {  // now the folder that it is to be in
+  if (REALFSRefFromFolderItem(item, &file, &name)) {  // with a name, `file` is the folder that it is in
     auto folder = urlOf(file);
     auto leaf = folder ? textOf(name) : Owned<CFStringRef>();
-    if (leaf)
-      return urlInFolder(static_cast<Owned<CFURLRef>&&>(folder), static_cast<Owned<CFStringRef>&&>(leaf));
+    if (leaf) return urlInFolder(adopt(folder.leak()), adopt(leaf.leak()));
   }
   return urlOfSpec(item);
 }
 
 Owned<REALobject> CFURL2RBVariant(CFURLRef url) {
   FSRef file;
-  auto item = CFURLGetFSRef(url, &file) ? itemOfFile(file) : itemOfMissingFile(url);
+  auto item = CFURLGetFSRef(url, &file) ? folderItemOfFile(file) : folderItemOfMissingFile(url);
   if (item) return item;
   return absoluteString(url);
 }

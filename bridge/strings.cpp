@@ -1,26 +1,24 @@
 #include "strings.h"
 
 #include <string.h>
-#include <new>
 
 #include "host/array_elements.h"
-#include "host/exceptions.h"
+#include "host/build_string.h"
 #include "host/services.h"
 #include "host/string_data.h"
 
 namespace {
 
-// A string of a host before 2012.0, as far as it is known.
+// The part that is known of a string on hosts before 2012.0.
 struct OldString {
   void* unknown0;
-  const char* buffer;  // the text starts one byte in; good while the string is locked
+  const char* buffer;  // the text starts at its second byte; valid while the string is locked
   void* unknown2;
   int32_t length;  // in bytes
 };
 
-const CFIndex kStackUnits = 99;          // a CFString up to this long is converted on the stack
-const CFIndex kMaxUTF8BytesPerUnit = 6;  // of a UTF-16 unit, at the worst
-const int32_t kStackUTF32Bytes = 799;    // UTF-32 up to this long is narrowed on the stack
+const CFIndex kMaxStackUnits = 99;  // a CFString up to this long, in UTF-16 units, is converted on the stack
+const CFIndex kMaxUTF8BytesPerUnit = 6;  // more than a UTF-16 unit takes: there is room for the final zero
 
 Owned<CFStringRef> createCFString(const char* bytes, int32_t length, uint32_t encoding) {
   if (!bytes) return {};
@@ -31,7 +29,6 @@ Owned<CFStringRef> createCFString(const char* bytes, int32_t length, uint32_t en
   return adopt(CFStringCreateWithCString(kCFAllocatorDefault, bytes, encoding));
 }
 
-// What was taken is given back before the text is returned: should the host throw then, the text is released.
 Owned<CFStringRef> createCFStringFromBytes(REALstring string) {
   uint32_t encoding = REALGetStringEncoding(string);
   if (encoding == kUnknownEncoding) encoding = kCFStringEncodingMacRoman;
@@ -43,79 +40,10 @@ Owned<CFStringRef> createCFStringFromBytes(REALstring string) {
     locked.reset();
     return text;
   }
-  OwnStringData data(string);
+  ScopedStringData data(string);
   auto text = createCFString(data.bytes(), data.length(), encoding);
   data.reset();
   return text;
-}
-
-bool isASCII(const char* bytes, int32_t length) {
-  for (int32_t i = 0; i < length; ++i) {
-    if (bytes[i] & 0x80) return false;
-  }
-  return true;
-}
-
-Owned<REALstring> buildString(const char* bytes, int32_t length, uint32_t encoding) {
-  auto string = adopt(REALBuildString(bytes, length));
-  if (string) REALSetStringEncoding(string.get(), encoding);
-  return string;
-}
-
-// Text of two-byte units is stored as UTF-8.
-Owned<REALstring> buildFromUTF16(const void* units, int32_t length) {
-  auto wide = buildString(static_cast<const char*>(units), length, kCFStringEncodingUnicode);
-  if (!wide) return {};
-  auto string = adopt(REALConvertString(wide.get(), kCFStringEncodingUTF8));
-  wide.reset();
-  return string;
-}
-
-// Units above 0xFFFF are cut, not made into surrogate pairs. The low half of a unit comes first: the machine
-// is little-endian.
-void narrowUTF32(const char* bytes, int32_t count, UniChar* units) {
-  for (int32_t i = 0; i < count; ++i) memcpy(&units[i], bytes + i * 4, sizeof units[i]);
-}
-
-Owned<REALstring> buildFromUTF32(const char* bytes, int32_t length) {
-  const int32_t count = length / 4;
-  if (length <= kStackUTF32Bytes) {
-    UniChar units[kStackUTF32Bytes / 4];
-    narrowUTF32(bytes, count, units);
-    return buildFromUTF16(units, count * 2);
-  }
-  const auto block = allocateZeroed(int64_t{count} * 2 + 4);
-  if (!block) return {};
-  narrowUTF32(bytes, count, reinterpret_cast<UniChar*>(block.get()));
-  return buildFromUTF16(block.get(), count * 2);
-}
-
-Owned<REALstring> build(const char* bytes, int32_t length, uint32_t encoding) {
-  switch (encoding) {
-    case kCFStringEncodingMacRoman:
-    case kCFStringEncodingWindowsLatin1:
-    case kUnknownEncoding:
-      if (isASCII(bytes, length)) encoding = kCFStringEncodingASCII;
-      return buildString(bytes, length, encoding);
-    case kCFStringEncodingUnicode:
-      return buildFromUTF16(bytes, length);
-    case kCFStringEncodingUTF32:
-      return buildFromUTF32(bytes, length);
-    default:
-      return buildString(bytes, length, encoding);
-  }
-}
-
-// The message of the exception is a string, too: while it is made, another lack of memory just leaves it out.
-void raiseOutOfMemory() {
-  static bool raising = false;
-  struct Raising {
-    Raising() { raising = true; }
-    ~Raising() { raising = false; }
-  };
-  if (raising) return;
-  const Raising now;
-  RaiseException("OutOfMemoryException", "Failed to allocate memory for a string.");
 }
 
 Owned<REALstring> buildFromBuffer(CFStringRef text, char* buffer, CFIndex size) {
@@ -131,7 +59,7 @@ Owned<CFStringRef> RBString2CFString(REALstring string) {
     auto text = adopt(REALCopyStringCFString(string, false));
     if (text) return text;
   }
-  // The same host service on purpose, through a cell of its own.
+  // The same host service on purpose; it is looked up again.
   auto text = adopt(REALGetStringCFString(string, false));
   if (text) return text;
   return createCFStringFromBytes(string);
@@ -140,8 +68,8 @@ Owned<CFStringRef> RBString2CFString(REALstring string) {
 Owned<REALstring> CFString2RBString(CFStringRef text) {
   const CFIndex length = text ? CFStringGetLength(text) : 0;
   if (length <= 0) return {};
-  if (length <= kStackUnits) {
-    char buffer[601] = {};
+  if (length <= kMaxStackUnits) {
+    char buffer[601] = {};  // the last byte stays 0, whatever is written
     return buildFromBuffer(text, buffer, 600);
   }
   const int64_t size = int64_t{length} * kMaxUTF8BytesPerUnit;
@@ -150,18 +78,6 @@ Owned<REALstring> CFString2RBString(CFStringRef text) {
   return buildFromBuffer(text, buffer.get(), static_cast<CFIndex>(size));
 }
 
-Owned<REALstring> REALBuildUnicodeString(const void* data, int64_t length, uint32_t encoding) {
-  if (!data || length <= 0 || length > INT32_MAX) return {};
-  try {
-    return build(static_cast<const char*>(data), static_cast<int32_t>(length), encoding);
-  } catch (const std::bad_alloc&) {
-    raiseOutOfMemory();
-    return {};
-  }
-}
-
-// The string is given back before the variant is returned: should the host throw then, the variant is
-// released.
 Owned<REALobject> variantOf(Owned<REALstring> string) {
   auto variant = adopt(REALNewVariantString(string.get()));
   string.reset();
@@ -185,7 +101,7 @@ Owned<CFMutableArrayRef> NewCFStringArray(REALobject array) {
   auto strings = adopt(CFArrayCreateMutable(kCFAllocatorDefault, upperBound + 2, &kCFTypeArrayCallBacks));
   if (!strings) return {};
   for (int32_t i = 0; i <= upperBound; ++i) {
-    const auto string = handleAt(array, i, REALGetArrayString);
+    const auto string = ownedElementAt(array, i, REALGetArrayString);
     const auto text = RBString2CFString(string.get());
     CFArrayAppendValue(strings.get(), text ? text.get() : CFSTR(""));
   }

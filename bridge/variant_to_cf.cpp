@@ -13,6 +13,7 @@
 
 namespace {
 
+// The same reference, as one to a value of any type.
 template <typename Reference>
 Owned<CFTypeRef> asValue(Owned<Reference> owned) {
   return adopt<CFTypeRef>(owned.leak());
@@ -26,10 +27,10 @@ CFBooleanRef booleanOf(bool value) {
   return value ? kCFBooleanTrue : kCFBooleanFalse;
 }
 
-// The empty text where there is none.
+// The string's text, or the empty one where there is none.
 Owned<CFTypeRef> textOf(REALstring string) {
   auto text = RBString2CFString(string);
-  return text ? asValue(static_cast<Owned<CFStringRef>&&>(text)) : retain<CFTypeRef>(CFSTR(""));
+  return text ? adopt<CFTypeRef>(text.leak()) : retain<CFTypeRef>(CFSTR(""));
 }
 
 // Scalars
@@ -52,7 +53,7 @@ Owned<CFTypeRef> fromBoolean(REALobject variant) {
   return retain<CFTypeRef>(booleanOf(static_cast<uint8_t>(GetVariantInt32(variant))));
 }
 
-// Every colour is fully opaque: the top byte is not looked at.
+// Every colour is fully opaque: the top byte is ignored.
 Owned<CFTypeRef> fromColor(REALobject variant) {
   const int32_t color = GetVariantInt32(variant);
   const auto component = [color](int shift) {
@@ -61,8 +62,6 @@ Owned<CFTypeRef> fromColor(REALobject variant) {
   return adopt<CFTypeRef>(CGColorCreateGenericRGB(component(16), component(8), component(0), 1.0f));
 }
 
-// What was taken is given back before the value is returned, here and for memory blocks: should the host
-// throw then, the value is released.
 Owned<CFTypeRef> fromText(REALobject variant) {
   auto string = adopt(GetVariantString(variant));
   auto text = textOf(string.get());
@@ -84,17 +83,17 @@ void appendNumber(CFMutableArrayRef values, REALobject array, int32_t index) {
 }
 
 void appendDate(CFMutableArrayRef values, REALobject array, int32_t index) {
-  const auto date = handleAt(array, index, REALGetArrayValueObject);
+  const auto date = ownedElementAt(array, index, REALGetArrayValueObject);
   append(values, asValue(RBDate2CFDate(date.get())));
 }
 
 void appendText(CFMutableArrayRef values, REALobject array, int32_t index) {
-  const auto string = handleAt(array, index, REALGetArrayValueString);
+  const auto string = ownedElementAt(array, index, REALGetArrayValueString);
   append(values, textOf(string.get()));
 }
 
 void appendObject(CFMutableArrayRef values, REALobject array, int32_t index) {
-  const auto object = handleAt(array, index, REALGetArrayValueObject);
+  const auto object = ownedElementAt(array, index, REALGetArrayValueObject);
   append(values, CopyVariantAsCFType(object.get()));
 }
 
@@ -108,7 +107,7 @@ Owned<CFTypeRef> fromArray(REALobject array) {
   auto values = adopt(CFArrayCreateMutable(kCFAllocatorDefault, upperBound + 1, &kCFTypeArrayCallBacks));
   if (!values) return {};
   for (int32_t i = 0; i <= upperBound; ++i) appendElement(values.get(), array, i);
-  return asValue(static_cast<Owned<CFMutableArrayRef>&&>(values));
+  return adopt<CFTypeRef>(values.leak());
 }
 
 // Objects
@@ -117,8 +116,8 @@ struct ObjectConversion {
   const char* className;
   bool (*matches)(const ObjectConversion& row, REALobject object);
   Owned<CFTypeRef> (*convert)(const ObjectConversion& row, REALobject object);
-  int fields;                            // of geometry
-  CFTypeRef (*retain)(CFTypeRef value);  // of wrappers
+  int fieldCount;                        // for geometry
+  CFTypeRef (*retain)(CFTypeRef value);  // for wrappers
 };
 
 bool isOfClass(const ObjectConversion& row, REALobject object) {
@@ -126,7 +125,7 @@ bool isOfClass(const ObjectConversion& row, REALobject object) {
   return classRef && REALObjectIsA(object, classRef);
 }
 
-// A folder item is what has a method of this declaration.
+// A folder item is an object that has a method with this declaration.
 bool isFolderItem(const ObjectConversion&, REALobject object) {
   return REALLoadObjectMethod(object, "TrueItem(Index as integer) as Folderitem");
 }
@@ -144,20 +143,20 @@ Owned<CFTypeRef> fromFolderItem(const ObjectConversion&, REALobject item) {
   return asValue(CreateCFURLfromFolderItem(item));
 }
 
-// Null stands for what can't be converted: a dictionary has no place for nothing.
-CFTypeRef orNull(const Owned<CFTypeRef>& value) {
+// In a dictionary, kCFNull stands for what can't be converted.
+CFTypeRef valueOrNull(const Owned<CFTypeRef>& value) {
   return value ? value.get() : kCFNull;
 }
 
 void copyEntry(REALobject dictionary, int32_t index, CFMutableDictionaryRef entries) {
-  useDictionary(dictionary);
+  loadDictionaryMethods(dictionary);
   auto key = adopt(LastDictionaryKeyGetter ? LastDictionaryKeyGetter(dictionary, index) : nullptr);
-  useDictionary(dictionary);
+  loadDictionaryMethods(dictionary);
   auto value = adopt(LastDictionaryGetter ? LastDictionaryGetter(dictionary, key.get()) : nullptr);
   if (key) {
-    const auto keyValue = CopyVariantAsCFType(key.get());
-    const auto valueValue = CopyVariantAsCFType(value.get());
-    CFDictionarySetValue(entries, orNull(keyValue), orNull(valueValue));
+    const auto convertedKey = CopyVariantAsCFType(key.get());
+    const auto convertedValue = CopyVariantAsCFType(value.get());
+    CFDictionarySetValue(entries, valueOrNull(convertedKey), valueOrNull(convertedValue));
   }
   key.reset();
   value.reset();
@@ -171,16 +170,16 @@ Owned<CFTypeRef> fromDictionary(const ObjectConversion&, REALobject dictionary) 
   if (!entries) return {};
   const DictionaryScope scope;
   for (int32_t i = 0; i < count; ++i) copyEntry(dictionary, i, entries.get());
-  return asValue(static_cast<Owned<CFMutableDictionaryRef>&&>(entries));
+  return adopt<CFTypeRef>(entries.leak());
 }
 
 // 32-bit floats, as the platform has its rectangles, sizes and points.
 Owned<CFTypeRef> fromGeometry(const ObjectConversion& row, REALobject object) {
   const double* const fields = reinterpret_cast<const FamilyGeometry*>(object)->fields;
   float values[4];
-  for (int i = 0; i < row.fields; ++i) values[i] = static_cast<float>(fields[i]);
+  for (int i = 0; i < row.fieldCount; ++i) values[i] = static_cast<float>(fields[i]);
   return adopt<CFTypeRef>(CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(values),
-                                       row.fields * static_cast<CFIndex>(sizeof(float))));
+                                       row.fieldCount * static_cast<CFIndex>(sizeof(float))));
 }
 
 Owned<CFTypeRef> fromWrapper(const ObjectConversion& row, REALobject object) {
@@ -192,11 +191,11 @@ Owned<CFTypeRef> fromWrapper(const ObjectConversion& row, REALobject object) {
 constexpr ObjectConversion wrapper(const char* className, CFTypeRef (*retainValue)(CFTypeRef) = CFRetain) {
   return {className, isOfClass, fromWrapper, 0, retainValue};
 }
-constexpr ObjectConversion geometry(const char* className, int fields) {
-  return {className, isOfClass, fromGeometry, fields, nullptr};
+constexpr ObjectConversion geometry(const char* className, int fieldCount) {
+  return {className, isOfClass, fromGeometry, fieldCount, nullptr};
 }
 
-// The order of the rows is the order of the tests.
+// An object is compared with the rows in this order.
 constexpr ObjectConversion kObjects[] = {
     {"MemoryBlock", isOfClass, fromMemoryBlock, 0, nullptr},
     {"FolderItem", isFolderItem, fromFolderItem, 0, nullptr},
@@ -235,9 +234,8 @@ Owned<CFTypeRef> fromObject(REALobject object) {
   return {};
 }
 
-// By the host's code of the variant's type; an array's is that of its elements and 4096.
 struct TypeConversion {
-  int32_t type;
+  int32_t type;  // the host's code; an array has the code of its elements plus 4096
   Owned<CFTypeRef> (*convert)(REALobject variant);
 };
 

@@ -5,6 +5,6 @@
 
 #include "host/owned.h"
 
-// A new value; the variant is borrowed. Null for nil, for objects of no known class, and where no value can
+// A new value; the variant is borrowed. Null for nil, for objects of unknown classes, and when no value can
 // be made.
 Owned<CFTypeRef> CopyVariantAsCFType(REALobject variant);

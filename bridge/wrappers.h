@@ -8,7 +8,7 @@
 
 struct FamilyWrapper {
   uint32_t hostWords[6];
-  CFTypeRef reference;  // one retain of it is the wrapper's own
+  CFTypeRef reference;  // owned by the wrapper
   uint32_t unknown;
   uint32_t tag;  // kFamilyTag from construction on, when the class is a genuine wrapper of CF values
 };
@@ -21,7 +21,7 @@ inline FamilyWrapper* familyWrapper(REALobject object) {
   return reinterpret_cast<FamilyWrapper*>(object);
 }
 
-// A type's own retain function in the shape that the tables of conversions take.
+// A type's own retain function, with the signature that the tables of conversions take.
 template <typename Reference, Reference (*retainReference)(Reference)>
 CFTypeRef retainBy(CFTypeRef value) {
   return retainReference(static_cast<Reference>(const_cast<void*>(value)));

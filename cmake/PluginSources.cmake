@@ -2,6 +2,7 @@ set(PLUGIN_SOURCES
   host/main.cpp
   host/registration.cpp
   host/exceptions.cpp
+  host/build_string.cpp
   host/string_data.cpp
   bridge/cf_to_variant.cpp
   bridge/dates.cpp

@@ -1,17 +1,17 @@
-// The elements of host arrays: read where they lie, on hosts up to 2013.9 when the array shows its storage,
-// and otherwise asked for one by one.
+// The elements of host arrays: read directly from the array's storage where a host up to 2013.9 exposes it,
+// otherwise fetched from the host one by one.
 #pragma once
 
 #include "owned.h"
 #include "services.h"
 
-// Null where the elements have to be asked for.
+// The array's storage. Null where the elements must be fetched.
 template <typename Element>
 Element* directElements(REALobject array) {
   return rbversion <= 2013.9 ? elementStorage<Element>(array) : nullptr;
 }
 
-// `get` is the service that is asked: an ArrayGet, or an entry of the same use.
+// `get` is the service that fetches an element: an ArrayGet, or an Entry that is called the same way.
 template <typename Get>
 auto elementAt(REALobject array, int32_t index, Get& get) {
   using Element = decltype(get(array, index));
@@ -19,9 +19,10 @@ auto elementAt(REALobject array, int32_t index, Get& get) {
   return elements ? elements[index] : get(array, index);
 }
 
-// An element that is a reference of its own: one read directly is locked, one that the host gives comes so.
+// An element that is a handle. The host has locked one that it returns; one read from the storage is locked
+// here.
 template <typename Get>
-auto handleAt(REALobject array, int32_t index, Get& get) {
+auto ownedElementAt(REALobject array, int32_t index, Get& get) {
   using Handle = decltype(get(array, index));
   const Handle* const elements = directElements<Handle>(array);
   return elements ? retain(elements[index]) : adopt(get(array, index));

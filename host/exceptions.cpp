@@ -2,7 +2,7 @@
 
 #include <string.h>
 
-#include "bridge/strings.h"
+#include "build_string.h"
 #include "owned.h"
 #include "services.h"
 

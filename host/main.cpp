@@ -55,17 +55,17 @@ void loadSortFunctions() {
 
 extern "C" __attribute__((visibility("default"))) void REALPluginMain(Resolver* resolver) {
   gResolver = resolver;
-  // A host without this service is not supported, so it is called untested.
+  // A host without this service is not supported, so its address is not checked.
   const auto registerPluginVersion = reinterpret_cast<void (*)(int32_t)>(resolver("RegisterPluginVersion"));
   if (const auto version = reinterpret_cast<double (*)()>(resolver("REALGetRBVersion")))
     rbversion = version();
   CurrentREALControlVersion = controlVersionOf(rbversion);
   registerPluginVersion(CurrentREALControlVersion);
 
-  // In the development environment the query's sort methods report that they are not there.
+  // In the development environment the query's sort methods answer as on a system without these functions.
   if (REALinRuntime()) loadSortFunctions();
 
-  // The query's declarations name the item class, so that comes first.
+  // The item class comes first: declarations of the query class name it.
   MyREALRegisterClass(&MDItemClass);
   MyREALRegisterClass(&MDQueryClass);
   MyREALRegisterClass(&MDQueryBatchingParamsClass);

@@ -1,7 +1,7 @@
-// Owners. A reference that the plug-in must give back lives in an Owned, which gives it back at the end of
-// its scope, on every way out. The verb tells where the reference comes from: `adopt` takes one that came
-// with ownership (Create, Copy, a handle returned by the host), `retain` makes one of its own, and `leak`
-// hands it over to whoever asked for it.
+// Ownership of references. Every reference that the plug-in must give back is held by an Owned, which gives
+// it back at the end of its scope, however that is left. `adopt` takes over a reference that came with
+// ownership (from Create, Copy, or a host service that returns a handle), `retain` takes an additional one,
+// and `leak` hands the reference over to the caller.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -12,13 +12,13 @@
 // Core Foundation references
 template <typename Reference>
 struct Ownership {
-  static bool take(Reference reference) { return CFRetain(reference); }
-  static void giveBack(Reference reference) { CFRelease(reference); }
+  static bool retain(Reference reference) { return CFRetain(reference); }
+  static void release(Reference reference) { CFRelease(reference); }
 };
 
-// A host that offers no lock gives no reference, and nothing may be given back to it then.
+// False on a host without the service: the handle is not locked then, and must not be unlocked.
 template <typename Handle>
-bool takeWith(Entry<void(Handle)>& service, Handle handle) {
+bool lockWith(Entry<void(Handle)>& service, Handle handle) {
   const auto lock = service.function();
   if (lock) lock(handle);
   return lock;
@@ -26,20 +26,20 @@ bool takeWith(Entry<void(Handle)>& service, Handle handle) {
 
 template <>
 struct Ownership<REALobject> {
-  static bool take(REALobject object) { return takeWith(REALLockObject, object); }
-  static void giveBack(REALobject object) { REALUnlockObject(object); }
+  static bool retain(REALobject object) { return lockWith(REALLockObject, object); }
+  static void release(REALobject object) { REALUnlockObject(object); }
 };
 
 template <>
 struct Ownership<REALstring> {
-  static bool take(REALstring string) { return takeWith(REALLockString, string); }
-  static void giveBack(REALstring string) { REALUnlockString(string); }
+  static bool retain(REALstring string) { return lockWith(REALLockString, string); }
+  static void release(REALstring string) { REALUnlockString(string); }
 };
 
 // A heap block from allocateZeroed
 template <>
 struct Ownership<char*> {
-  static void giveBack(char* block) { free(block); }
+  static void release(char* block) { free(block); }
 };
 
 template <typename Reference>
@@ -48,10 +48,10 @@ class Owned {
   Owned() = default;  // owns nothing
   Owned(Owned&& other) noexcept : reference_(other.leak()) {}
   Owned& operator=(Owned&&) = delete;
-  // A host service may raise by throwing, also when something is given back to it. (If it does so while
-  // another exception is passing, the process ends, as C++ has it.)
+  // A host service may raise by throwing, also when something is given back to it. (If it throws while
+  // another exception unwinds, the process ends, as C++ requires.)
   ~Owned() noexcept(false) {
-    if (reference_) Ownership<Reference>::giveBack(reference_);
+    if (reference_) Ownership<Reference>::release(reference_);
   }
 
   Reference get() const { return reference_; }
@@ -63,7 +63,9 @@ class Owned {
     return reference;
   }
 
-  // Gives it back now, where the order of giving back matters.
+  // Gives the reference back now: where the order matters, and before a value is returned. If the host throws
+  // while something is given back, a value that is still a local is released; clang 14 doesn't destroy a
+  // returned value when the destructor of a local throws.
   void reset() { const Owned ended(leak()); }
 
  private:
@@ -79,15 +81,15 @@ Owned<Reference> adopt(Reference reference) {
   return Owned<Reference>(reference);
 }
 
-// Owns nothing for null, and where no reference can be taken.
+// Empty for null, and on a host without the service that locks.
 template <typename Reference>
 Owned<Reference> retain(Reference reference) {
-  if (!reference || !Ownership<Reference>::take(reference)) return {};
+  if (!reference || !Ownership<Reference>::retain(reference)) return {};
   return adopt(reference);
 }
 
-// Gives back what a field of instance data owns. The field is cleared first, so that re-entry finds nothing
-// in it.
+// Gives back what a field of instance data owns. The field is cleared first: host code that runs meanwhile
+// finds it empty.
 template <typename Reference>
 void releaseField(Reference& field) {
   auto owned = adopt(field);
@@ -95,7 +97,7 @@ void releaseField(Reference& field) {
   owned.reset();
 }
 
-// Null when there is no memory, and for a size of 0 or of 2^31 bytes or more.
+// A new block of `size` zero bytes. Empty when there is no memory, and for a size below 1 or from 2^31 on.
 inline Owned<char*> allocateZeroed(int64_t size) {
   void* const block = size > 0 && size <= INT32_MAX ? calloc(1, static_cast<size_t>(size)) : nullptr;
   return adopt(static_cast<char*>(block));

@@ -1,5 +1,6 @@
 // The host's records: what the plug-in hands over at start-up and what it shares with the host at run time.
-// Every layout here is read or written by the host, so each is pinned by static_assert.
+// Every layout here is read or written by the host, so each is pinned by static_assert. Words named `unused`
+// or `newer` stay 0; the `newer` ones are missing in the layout of control version 9 (registration.cpp).
 #pragma once
 
 #include <stddef.h>
@@ -27,24 +28,24 @@ enum : uint32_t { kUnknownEncoding = 0xFFFF };
 // Element kinds of host arrays.
 enum : int32_t { kStringElements = 3, kObjectElements = 4 };
 
-// A function of one of several shapes in the space of a pointer. A table row takes a function whose shape is
-// in the list and no other, and stays constant data, which a row with a reinterpret_cast would not.
-template <typename... Shapes>
+// A pointer to a function of one of several signatures. A table row takes functions of the listed signatures
+// and no others, and stays constant data, which it would not with a reinterpret_cast.
+template <typename... Signatures>
 union FunctionOf;
 
-template <typename Shape>
-union FunctionOf<Shape> {
-  constexpr FunctionOf(Shape* function) : function_(function) {}
-  Shape* function_;
+template <typename Signature>
+union FunctionOf<Signature> {
+  constexpr FunctionOf(Signature* pointer) : function(pointer) {}
+  Signature* function;
 };
 
-template <typename Shape, typename... Others>
-union FunctionOf<Shape, Others...> {
-  constexpr FunctionOf(Shape* function) : function_(function) {}
+template <typename Signature, typename... Others>
+union FunctionOf<Signature, Others...> {
+  constexpr FunctionOf(Signature* pointer) : function(pointer) {}
   template <typename Other>
-  constexpr FunctionOf(Other* function) : others_(function) {}
-  Shape* function_;
-  FunctionOf<Others...> others_;
+  constexpr FunctionOf(Other* pointer) : others(pointer) {}
+  Signature* function;
+  FunctionOf<Others...> others;
 };
 
 // clang-format off
@@ -93,12 +94,12 @@ union PropertyAccessor {
   typedef REALstring StringGetter(REALobject, int32_t parameter);
   typedef int64_t Int64Getter(REALobject, int32_t parameter);
 
-  constexpr PropertyAccessor(HostAccess access) : access_(access) {}
-  constexpr PropertyAccessor(StringGetter* function) : string_(function) {}
-  constexpr PropertyAccessor(Int64Getter* function) : int64_(function) {}
-  HostAccess access_;
-  StringGetter* string_;
-  Int64Getter* int64_;
+  constexpr PropertyAccessor(HostAccess access) : hostAccess(access) {}
+  constexpr PropertyAccessor(StringGetter* getter) : stringGetter(getter) {}
+  constexpr PropertyAccessor(Int64Getter* getter) : int64Getter(getter) {}
+  HostAccess hostAccess;
+  StringGetter* stringGetter;
+  Int64Getter* int64Getter;
 };
 
 struct REALmethodDefinition {
@@ -106,7 +107,7 @@ struct REALmethodDefinition {
 
   constexpr REALmethodDefinition(MethodFunction method, const char* text)
       : function(method), declaration(text) {}
-  // A computed property: what the host reads with the one function and writes with the other.
+  // A computed property: the host reads it with one function and writes it with the other.
   constexpr REALmethodDefinition(MethodFunction get, Setter* set, const char* text)
       : function(get), setter(set), declaration(text) {}
 
@@ -135,7 +136,7 @@ struct REALproperty {
   uint32_t flags = 6;
   PropertyAccessor getter;
   PropertyAccessor setter;
-  uint32_t parameter;  // for a field its position in bytes
+  uint32_t parameter;  // of a field: its position in the instance data, in bytes
   uint32_t unused[3] = {};
   uint32_t newer[2] = {};
 
@@ -206,9 +207,8 @@ struct REALclassDefinition {
   int32_t version = 12;
   const char* name;
   const char* superclassName = nullptr;
-  uint32_t dataSize;  // of the instance data, in bytes
-  uint32_t dataOffset =
-      0;  // of the instance data within an object, in bytes; written by the host at registration
+  uint32_t dataSize;        // of the instance data, in bytes
+  uint32_t dataOffset = 0;  // from an object to its instance data, in bytes; set by the host at registration
   void (*constructor)(REALobject) = nullptr;
   void (*destructor)(REALobject);
   const REALproperty* properties = nullptr;
@@ -243,7 +243,7 @@ Data* instanceData(REALobject object, const REALclassDefinition& definition) {
   return reinterpret_cast<Data*>(reinterpret_cast<char*>(object) + definition.dataOffset);
 }
 
-// Where an array's elements lie, or null when the host offers no such access.
+// The storage of an array's elements, or null when the host doesn't expose it.
 template <typename Element>
 Element* elementStorage(REALobject array) {
   return reinterpret_cast<Element* const*>(array)[2];

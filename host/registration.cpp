@@ -25,11 +25,11 @@ static_assert(sizeof(OldProperty) == 40 && sizeof(OldMethod) == 16 && sizeof(Old
                   sizeof(OldConstant) == 12,
               "the layouts of control version 9");
 
-// Words of a class record in the older layout; those it has are where they are today.
+// In the older layout a class record ends after its first 25 words.
 const size_t kOldClassSize = 25 * 4;
 
 template <typename OldRow, typename Row>
-OldRow* olderTable(const Row* table, int32_t count) {
+OldRow* tableInOldLayout(const Row* table, int32_t count) {
   static_assert(sizeof(OldRow) < sizeof(Row), "the older row is the beginning of today's");
   if (!table || count == 0) return nullptr;
   const auto older =
@@ -38,33 +38,33 @@ OldRow* olderTable(const Row* table, int32_t count) {
   return older;
 }
 
-// The host writes its system-use words into the copies; each of our own rows is made to point at its copy, so
-// that REALGetEventInstance finds the word.
-REALevent* olderEvents(REALevent* events, int32_t count) {
-  OldEvent* const older = olderTable<OldEvent>(events, count);
+// The host writes its system-use words into the copies. Each of our own rows points at its copy, where
+// REALGetEventInstance finds the word.
+REALevent* eventsInOldLayout(REALevent* events, int32_t count) {
+  OldEvent* const older = tableInOldLayout<OldEvent>(events, count);
   for (int32_t i = 0; older && i < count; ++i) events[i].systemUse = reinterpret_cast<uint32_t>(&older[i]);
   return reinterpret_cast<REALevent*>(older);
 }
 
-const REALmethodDefinition* olderMethods(const REALmethodDefinition* methods, int32_t count) {
-  return reinterpret_cast<REALmethodDefinition*>(olderTable<OldMethod>(methods, count));
+const REALmethodDefinition* methodsInOldLayout(const REALmethodDefinition* methods, int32_t count) {
+  return reinterpret_cast<REALmethodDefinition*>(tableInOldLayout<OldMethod>(methods, count));
 }
 
-const REALproperty* olderProperties(const REALproperty* properties, int32_t count) {
+const REALproperty* propertiesInOldLayout(const REALproperty* properties, int32_t count) {
   return static_cast<REALproperty*>(FixProperties(properties, count));
 }
 
 void convertToOldLayout(REALclassDefinition* definition) {
   REALclassDefinition older = *definition;
   older.version = CurrentREALControlVersion;
-  older.properties = olderProperties(older.properties, older.propertyCount);
-  older.methods = olderMethods(older.methods, older.methodCount);
-  older.events = olderEvents(older.events, older.eventCount);
+  older.properties = propertiesInOldLayout(older.properties, older.propertyCount);
+  older.methods = methodsInOldLayout(older.methods, older.methodCount);
+  older.events = eventsInOldLayout(older.events, older.eventCount);
   memset(older.unused, 0, sizeof older.unused);
   older.constants =
-      reinterpret_cast<REALconstant*>(olderTable<OldConstant>(older.constants, older.constantCount));
-  older.sharedProperties = olderProperties(older.sharedProperties, older.sharedPropertyCount);
-  older.sharedMethods = olderMethods(older.sharedMethods, older.sharedMethodCount);
+      reinterpret_cast<REALconstant*>(tableInOldLayout<OldConstant>(older.constants, older.constantCount));
+  older.sharedProperties = propertiesInOldLayout(older.sharedProperties, older.sharedPropertyCount);
+  older.sharedMethods = methodsInOldLayout(older.sharedMethods, older.sharedMethodCount);
   memcpy(static_cast<void*>(definition), &older, kOldClassSize);
 }
 
@@ -81,11 +81,12 @@ void MyREALRegisterClass(REALclassDefinition* definition) {
 }
 
 void* FixProperties(const REALproperty* properties, int32_t count) {
-  return olderTable<OldProperty>(properties, count);
+  return tableInOldLayout<OldProperty>(properties, count);
 }
 
 void* REALGetEventInstance(REALobject instance, const REALevent* event) {
   if (CurrentREALControlVersion > 9) return REALGetEventHandler(instance, event->systemUse);
   const auto copy = reinterpret_cast<const OldEvent*>(event->systemUse);
-  return copy ? REALGetEventHandler(instance, copy->systemUse) : nullptr;  // without memory there is no copy
+  // There is no copy if memory ran out at registration.
+  return copy ? REALGetEventHandler(instance, copy->systemUse) : nullptr;
 }

@@ -1,3 +1,4 @@
+// Registration of classes, and the records' older layout, which hosts of control version 9 take.
 #pragma once
 
 #include "records.h"
@@ -11,6 +12,5 @@ void MyREALRegisterClass(REALclassDefinition* definition);
 // a count of 0 or less, and when there is no memory.
 void* FixProperties(const REALproperty* properties, int32_t count);
 
-// The host code's handler of the event for this object, or null. The event is a row of a table that was
-// registered.
+// Host code's handler of the event for this object, or null. The event must be a row of a registered table.
 void* REALGetEventInstance(REALobject instance, const REALevent* event);

@@ -1,9 +1,13 @@
+// host/ holds start-up, and all that concerns the host alone: its services, the records that it is given, its
+// strings, arrays and exceptions. It includes the platform's headers, and nothing of bridge/, item/ and
+// query/, all of which include it.
+//
 // The host's services. The plug-in links against no host library: it asks the host's resolver for each
-// service by name when it is first used. Each object below is one service and callable like a function; a
-// service that the host lacks yields the neutral value (0, null, false) and is asked for again at the next
+// service by name when it is first used. Each object below is one service and is called like a function. A
+// service that the host lacks returns the neutral value (0, null, false) and is asked for again at the next
 // call.
 //
-// Handles that a service returns are owned by the plug-in (see owned.h).
+// The plug-in owns the handles that a service returns (see owned.h).
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -11,8 +15,8 @@
 #include "records.h"
 #include "startup.h"
 
-// A host function, found by `find` on first use and kept in a cell of its own. Services that share a host
-// name have a cell each.
+// A host function that `find` looks up by its name on first use. Each cell does so for itself, also when two
+// have the same name.
 template <typename Signature, void* (*find)(const char* name)>
 class ServiceCell;
 
@@ -47,8 +51,9 @@ inline void* findEntry(const char* name) {
 template <typename Signature>
 using Entry = ServiceCell<Signature, findEntry>;
 
-// The three services below hand out one array's procedures. The procedure is fetched anew for every element,
-// as the host may change it; without one, or without an array, the element operation is left out.
+// Each of the three services below returns the array's procedure for one operation on its elements. It is
+// fetched anew for every element, since the host may change it. Without a procedure, or for a null array, the
+// operation is left out, and reads return 0 or null.
 template <typename Value>
 class ArrayInsert {
  public:
@@ -125,7 +130,7 @@ inline Entry<bool(REALstring, uint32_t encoding, REALstringData*)>  PluginGetStr
 inline Entry<char*(REALstring)>                              StringGetCString{"StringGetCString"};
 inline Entry<void(REALstringData*)>                          REALDisposeStringData{"PluginDisposeStringData"};
 
-// Properties by name; the getters tell whether there is such a property
+// Properties by name; the getters return whether the object has such a property
 inline Entry<bool(REALobject, const char* name, int32_t*)>     REALGetPropValueInt32{"REALGetPropValueInt"};
 inline Entry<bool(REALobject, const char* name, int32_t)>      REALSetPropValueInt32{"REALSetPropValueInt"};
 inline Entry<bool(REALobject, const char* name, int64_t*)>     REALGetPropValueInt64{"REALGetPropValueInt64"};
@@ -166,7 +171,7 @@ inline Entry<REALobject(const FSRef* parent, const HFSUniStr255*)>  REALFolderIt
 inline Entry<bool(FSSpec*, REALobject folderItem)>                  REALFSSpecFromFolderItem{"REALFSSpecFromFolderItem"};
 inline Entry<REALobject(const FSSpec*)>                             REALFolderItemFromFSSpec{"FolderItemFromFSSpec"};
 
-// Functions of the host language, found by their declaration, whose text must be the host's to the letter
+// Functions of the host language, looked up by their declaration, letter for letter as the host spells it
 inline void* findFunction(const char* declaration) { return REALLoadFrameworkMethod(nullptr, declaration); }
 template <typename Signature>
 using HostFunction = ServiceCell<Signature, findFunction>;

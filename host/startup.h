@@ -1,4 +1,4 @@
-// What start-up settles, once, before any method of the plug-in can run; only read afterwards. Nothing is
+// What start-up sets, once, before any method of the plug-in can run. Afterwards it is only read; nothing is
 // torn down.
 #pragma once
 
@@ -8,12 +8,12 @@
 
 typedef void* Resolver(const char* name);
 
-extern Resolver* gResolver;                // the host's: the address of a service by name, or null
-extern double rbversion;                   // the host's version, such as 2013.03; 0 when it doesn't tell
+extern Resolver* gResolver;                // the host's: returns the address of a service by name, or null
+extern double rbversion;                   // the host's version, such as 2013.03; 0 if the host doesn't tell
 extern int32_t CurrentREALControlVersion;  // 9 to 12, chosen from rbversion
 
-// Query functions that not every system has, looked up by name in a built application; null elsewhere, and
-// where the system lacks them.
+// Query functions that not every system has, looked up by name in built applications only. Null in the
+// development environment, and on a system that lacks them.
 extern uint32_t (*myMDQueryGetSortOptionFlagsForAttribute)(MDQueryRef query, CFStringRef fieldName);
 extern Boolean (*myMDQuerySetSortOptionFlagsForAttribute)(MDQueryRef query, CFStringRef fieldName,
                                                           uint32_t flags);

@@ -7,10 +7,9 @@
 
 namespace {
 
-const int32_t kTerminatorSize = 4;  // enough zero bytes to end a text of any encoding
+const int32_t kTerminatorSize = 4;  // enough zero bytes to end a text in any encoding
 
-// A new block of `length` bytes of the string's, then the terminator. `blockLength` is what the block is
-// sized from.
+// Copies `length` bytes of the string to a new block, which has `blockLength` bytes and the terminator.
 bool copyBytes(REALstring string, int32_t length, int32_t blockLength, uint32_t encoding,
                REALstringData* data) {
   const char* const bytes = StringGetCString(string);
@@ -47,13 +46,13 @@ bool REALGetStringData(REALstring string, uint32_t encoding, REALstringData* dat
   return copyStringData(string, encoding, data);
 }
 
-OwnStringData::OwnStringData(REALstring string) {
-  // The block of the copy is sized from the record.
+ScopedStringData::ScopedStringData(REALstring string) {
+  // copyStringData sizes its block from data_.length.
   if (!PluginGetStringData.function() && canCopy(string)) data_.length = LenB(string);
   filled_ = REALGetStringData(string, kUnknownEncoding, &data_);
 }
 
-void OwnStringData::reset() {
+void ScopedStringData::reset() {
   if (!filled_) return;
   filled_ = false;
   if (const auto dispose = REALDisposeStringData.function()) {

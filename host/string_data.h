@@ -1,28 +1,28 @@
-// The bytes of a host string, also on hosts from before the service that hands them out.
+// The bytes of a host string, also on hosts that lack the service for them.
 #pragma once
 
 #include "records.h"
 
 // Fills `data` with the string's bytes in that encoding, or in the string's own for kUnknownEncoding. False,
-// with the data pointer as it was, when they can't be had. What was filled in is given back to the host's
-// "PluginDisposeStringData", or to `free` on a host without it.
+// with the data pointer unchanged, when the bytes can't be read or converted. The caller gives them back with
+// REALDisposeStringData, or with `free` on a host without that service.
 //
-// On a host without the service, and for kUnknownEncoding, data->length must hold at least the string's byte
-// length when the call is made: the block is sized from it.
+// For kUnknownEncoding, on a host without the service, the block is sized from data->length, which must be at
+// least the string's length in bytes.
 bool REALGetStringData(REALstring string, uint32_t encoding, REALstringData* data);
 
-// A string's bytes in its own encoding, for the time of a scope.
-class OwnStringData {
+// A string's bytes in its own encoding, given back at the end of a scope.
+class ScopedStringData {
  public:
-  explicit OwnStringData(REALstring string);
-  OwnStringData(const OwnStringData&) = delete;
-  OwnStringData& operator=(const OwnStringData&) = delete;
-  ~OwnStringData() noexcept(false) { reset(); }
+  explicit ScopedStringData(REALstring string);
+  ScopedStringData(const ScopedStringData&) = delete;
+  ScopedStringData& operator=(const ScopedStringData&) = delete;
+  ~ScopedStringData() noexcept(false) { reset(); }
 
-  const char* bytes() const { return filled_ ? data_.data : nullptr; }  // null when they can't be had
+  const char* bytes() const { return filled_ ? data_.data : nullptr; }  // null when they can't be read
   int32_t length() const { return data_.length; }
 
-  // Gives the bytes back now.
+  // Gives the bytes back now, for the reasons of Owned::reset.
   void reset();
 
  private:

@@ -1,4 +1,5 @@
-// Reading a value out of a host variant. Null variants, and hosts that offer no way to read, give 0.
+// Reads values from host variants. The result is 0 or null for a null variant, and on hosts that offer no way
+// to read it.
 #pragma once
 
 #include "services.h"

@@ -3,6 +3,7 @@
 #include <CoreServices/CoreServices.h>
 
 #include "bridge/strings.h"
+#include "host/build_string.h"
 
 // Declared once more, because the headers of an older system lack its newer keys.
 #define PLATFORM_KEY(key) extern "C" const CFStringRef key WEAK_IMPORT_ATTRIBUTE;

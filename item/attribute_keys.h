@@ -1,4 +1,4 @@
-// The shared methods that name metadata attributes: each answers its own name, as a new host string.
+// The shared methods that name metadata attributes: each returns its own name as a new host string.
 #pragma once
 
 #include "host/records.h"

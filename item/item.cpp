@@ -62,7 +62,8 @@ int64_t querykMDItemFSSize(REALobject self, int32_t) {
   return CFNumberGetValue(static_cast<CFNumberRef>(value.get()), kCFNumberSInt64Type, &size) ? size : 0;
 }
 
-// Nil where no names can be had; names that the item doesn't have are not in the dictionary.
+// Nil for a nil array of names, and when it can't be converted. Attributes that the item doesn't have are not
+// in the dictionary.
 REALobject rbMDItemCopyAttributes(REALobject self, REALobject names) {
   const MDItemRef item = itemOrRaise(self);
   if (!item) return nullptr;
@@ -81,15 +82,14 @@ REALobject rbMDItemCopyAttribute(REALobject self, REALstring name) {
   return GetCFTypeAsVariant(value.get()).leak();
 }
 
-// Only an instance that has an item already can be given another: a new one raises, as host programs know it.
-// The item that was there is not released.
+// Raises for an instance without an item, and so for every new one: host programs know it this way. In an
+// instance that has an item, the new one takes its place, and the old one is not released.
 void rbMDItemCreate(REALobject self, REALobject path) {
   if (!itemOrRaise(self)) return;
   const auto url = CreateCFURLfromFolderItem(path);
   if (url) itemData(self)->item = MDItemCreateWithURL(kCFAllocatorDefault, url.get());
 }
 
-// The array is made before the item is asked for, and stays behind, locked, when there is none.
 REALobject rbMDItemCopyAttributeNames(REALobject self) {
   const REALobject made = REALCreateArray(kStringElements, -1);
   const MDItemRef item = itemOrRaise(self);

@@ -7,8 +7,8 @@
 #include "host/startup.h"
 
 struct MDItemData {
-  MDItemRef item;  // owned by the instance; host code may write it, without a retain or release
-  REALobject tag;  // a variant of host code's, held by the host's field accessor, unlocked by the destructor
+  MDItemRef item;  // owned by the instance; host code may overwrite it, which retains and releases nothing
+  REALobject tag;  // a variant that host code stores here; the host locks it, the destructor unlocks it
 };
 static_assert(sizeof(MDItemData) == 8, "2 words");
 
@@ -19,11 +19,11 @@ inline MDItemData* itemData(REALobject item) {
 // Raises "NilObjectException" with "MDItem Reference is nil".
 void raiseNilItem();
 
-// The instance's item. Without one it raises as above and answers null: the caller returns its neutral value
-// at once.
+// The instance's item, borrowed. Without one it raises as above and returns null; the caller returns its
+// neutral value at once.
 MDItemRef itemOrRaise(REALobject self);
 
-// A new MDItemZNK that holds a reference of its own to the item. Nothing when the host makes no instance.
+// A new MDItemZNK with its own reference to the item. Empty when the host makes no instance.
 Owned<REALobject> newItem(MDItemRef item);
 
 void MDItemDestructor(REALobject self);

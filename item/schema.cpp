@@ -2,6 +2,7 @@
 #include <string.h>
 
 #include "bridge/strings.h"
+#include "host/build_string.h"
 #include "item.h"
 
 namespace {
@@ -14,12 +15,12 @@ REALstring schemaText(REALstring name, CFStringRef (*copyText)(CFStringRef name)
   return CFString2RBString(text.get()).leak();
 }
 
-// The order of the rows is the order of the tests.
+// A type is compared with the rows in this order.
 // clang-format off
 constexpr struct {
   CFTypeID (*typeID)();
-  const char* word;
-} kTypeWords[] = {
+  const char* name;
+} kTypeNames[] = {
     {CFBooleanGetTypeID, "Boolean"},
     {CFNumberGetTypeID,  "Number"},
     {CFDateGetTypeID,    "Date"},
@@ -29,10 +30,10 @@ constexpr struct {
 };
 // clang-format on
 
-Owned<REALstring> wordOfType(CFTypeID type) {
-  for (const auto& row : kTypeWords) {
+Owned<REALstring> typeName(CFTypeID type) {
+  for (const auto& row : kTypeNames) {
     if (row.typeID() != type) continue;
-    return REALBuildUnicodeString(row.word, static_cast<int64_t>(strlen(row.word)), kCFStringEncodingASCII);
+    return REALBuildUnicodeString(row.name, static_cast<int64_t>(strlen(row.name)), kCFStringEncodingASCII);
   }
   return {};
 }
@@ -54,7 +55,8 @@ REALobject rbMDSchemaCopyAllAttributes() {
   return array.leak();
 }
 
-// The word depends on the type in the schema alone: a list of strings is an "Array".
+// The name of the type in the schema. The type of an array's elements doesn't matter: a list of strings is an
+// "Array".
 REALstring GetAttributeType(REALstring name) {
   const auto key = RBString2CFString(name);
   if (!key) return nullptr;
@@ -63,7 +65,7 @@ REALstring GetAttributeType(REALstring name) {
   const auto type = static_cast<CFNumberRef>(CFDictionaryGetValue(attributes.get(), kMDAttributeType));
   int32_t typeID = 0;
   if (!type || !CFNumberGetValue(type, kCFNumberIntType, &typeID)) return nullptr;
-  return wordOfType(static_cast<CFTypeID>(typeID)).leak();
+  return typeName(static_cast<CFTypeID>(typeID)).leak();
 }
 
 bool GetAttributeMultiValued(REALstring name) {

@@ -5,8 +5,8 @@
 
 namespace {
 
-// The item's attribute when it has that type. Nothing, without an exception, for a null key, and when the
-// attribute is absent.
+// The item's attribute. Raises, with an empty result, when it has another type than this. Empty, without an
+// exception, for a null key, and when the attribute is absent.
 template <typename Reference>
 Owned<Reference> copyAttribute(MDItemRef item, CFStringRef key, CFTypeID (*typeID)()) {
   if (!key) return {};
@@ -46,8 +46,7 @@ double rbMDItemCopyAttributeDouble(REALobject self, REALstring name) {
   return number && CFNumberGetValue(number.get(), kCFNumberDoubleType, &value) ? value : 0;
 }
 
-// The array is made before the item is asked for, and stays behind, locked, when there is none. It is the
-// answer, empty, also when the attribute is absent or of another type.
+// An empty array when the attribute is absent or of another type.
 REALobject rbMDItemCopyAttributeStringArray(REALobject self, REALstring name) {
   const REALobject made = REALCreateArray(kStringElements, -1);
   const MDItemRef item = itemOrRaise(self);

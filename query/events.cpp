@@ -29,7 +29,7 @@ Owned<CFArrayRef> retainItems(CFDictionaryRef userInfo, CFStringRef key) {
                   : Owned<CFArrayRef>();
 }
 
-// A dense host array of item objects: what is null or can't be wrapped leaves no hole.
+// A new host array of item objects. An item that is null, or for which the host makes no object, is left out.
 Owned<REALobject> ConvertArray(CFArrayRef items) {
   auto array = adopt(REALCreateArray(kObjectElements, -1));
   const CFIndex count = items ? CFArrayGetCount(items) : 0;

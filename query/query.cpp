@@ -7,7 +7,7 @@
 
 namespace {
 
-// Observes this query's notifications only. The centre holds no lock on the instance: the destructor ends it.
+// Observes this query's notifications only. The centre doesn't lock the instance: the destructor removes it.
 void observe(REALobject self, MDQueryRef query) {
   const CFNotificationCenterRef center = CFNotificationCenterGetLocalCenter();
   const CFStringRef names[] = {kMDQueryProgressNotification, kMDQueryDidUpdateNotification,
@@ -18,7 +18,8 @@ void observe(REALobject self, MDQueryRef query) {
   }
 }
 
-// All six constructors; those without attribute arrays pass nil ones. A null parent makes a query of its own.
+// What all six constructors do. An attribute array that a constructor doesn't have is nil here; the parent is
+// null unless the query is a subset.
 void construct(REALobject self, MDQueryRef parent, REALstring queryString, REALobject valueListAttributes,
                REALobject sortingAttributes) {
   const auto text = RBString2CFString(queryString);
@@ -38,7 +39,6 @@ void constructSubset(REALobject self, REALobject parent, REALstring queryString,
   if (query) construct(self, query, queryString, valueListAttributes, sortingAttributes);
 }
 
-// The array is made before the query is asked for, and stays behind, locked, when there is none.
 REALobject attributeArray(REALobject self, CFArrayRef (*copyAttributes)(MDQueryRef)) {
   const REALobject made = REALCreateArray(kStringElements, -1);
   const MDQueryRef query = queryOrRaise(self);
@@ -86,7 +86,7 @@ void rbMDQueryCreateSubset5(REALobject self, REALobject parent, REALstring query
 
 void MDQueryDestructor(REALobject self) {
   MDQueryData* const data = queryData(self);
-  // No notification may reach the instance from here on; releasing the query ends it.
+  // No notification may reach the instance from here on. Releasing the query then stops it.
   if (data->query) CFNotificationCenterRemoveEveryObserver(CFNotificationCenterGetLocalCenter(), self);
   releaseField(data->query);
   releaseField(data->tag);

@@ -6,8 +6,8 @@
 #include "host/startup.h"
 
 struct MDQueryData {
-  MDQueryRef query;  // owned by the instance; host code may write it, without a retain or release
-  REALobject tag;  // a variant of host code's, held by the host's field accessor, unlocked by the destructor
+  MDQueryRef query;  // owned by the instance; host code may overwrite it, which retains and releases nothing
+  REALobject tag;    // a variant that host code stores here; the host locks it, the destructor unlocks it
 };
 static_assert(sizeof(MDQueryData) == 8, "2 words");
 
@@ -15,12 +15,13 @@ inline MDQueryData* queryData(REALobject query) {
   return instanceData<MDQueryData>(query, MDQueryClass);
 }
 
-// The instance's query. Without one it raises "NilObjectException" with "MDQuery Reference is nil" and
-// answers null: the caller returns its neutral value at once.
+// The instance's query, borrowed. Without one it raises "NilObjectException" with "MDQuery Reference is nil"
+// and returns null; the caller returns its neutral value at once.
 MDQueryRef queryOrRaise(REALobject self);
 
-// The constructors leave the instance without a query, silently, when the query string is empty or the
-// service rejects it, and when the parent of a subset has no query.
+// The constructors. The number counts the arguments, with the instance as the first. They leave the instance
+// without a query, silently, when the query string is empty or the service rejects it, and when the parent of
+// a subset has no query.
 void rbMDQueryCreate2(REALobject self, REALstring queryString);
 void rbMDQueryCreate3(REALobject self, REALstring queryString, REALobject valueListAttributes);
 void rbMDQueryCreate4(REALobject self, REALstring queryString, REALobject valueListAttributes,
@@ -58,7 +59,7 @@ void rbMDQuerySetBatchingParameters(REALobject self, REALobject value);
 // results.cpp
 REALobject rbMDQueryGetResultAtIndex(REALobject self, int32_t index);
 REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit);
-int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject it);
+int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject result);
 REALobject rbMDQueryGetAttributeValueOfResultAtIndex(REALobject self, REALstring name, uint32_t index);
 REALobject rbMDQueryCopyValuesOfAttribute(REALobject self, REALstring name);
 uint32_t rbMDQueryGetCountOfResultsWithAttributeValue(REALobject self, REALstring name, REALobject value);

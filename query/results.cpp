@@ -21,16 +21,15 @@ REALobject rbMDQueryGetResultAtIndex(REALobject self, int32_t index) {
   return item ? newItem(item).leak() : nullptr;
 }
 
-// A result that is missing, or can't be wrapped, keeps its place: an element's position is always its
-// result's index. The array is made before the query is asked for, and stays behind, locked, when there is
-// none.
+// A result that is missing, or for which the host makes no instance, is a nil element: an element's index is
+// always that of its result.
 REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit) {
   const REALobject made = REALCreateArray(kObjectElements, -1);
   const MDQueryRef query = queryOrRaise(self);
   if (!query) return nullptr;
   auto array = adopt(made);
-  const CFIndex all = MDQueryGetResultCount(query);
-  const CFIndex count = limit > 0 && limit < all ? limit : all;
+  const CFIndex total = MDQueryGetResultCount(query);
+  const CFIndex count = limit > 0 && limit < total ? limit : total;
   for (CFIndex i = 0; i < count; ++i) {
     const MDItemRef item = resultAt(query, i);
     const auto object = item ? newItem(item) : Owned<REALobject>();
@@ -39,8 +38,8 @@ REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit) {
   return array.leak();
 }
 
-int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject it) {
-  const MDItemRef item = it ? itemData(it)->item : nullptr;
+int32_t rbMDQueryGetIndexOfResult(REALobject self, REALobject result) {
+  const MDItemRef item = result ? itemData(result)->item : nullptr;
   const MDQueryRef query = queryOrRaise(self);
   if (!query) return 0;
   if (!item) {
@@ -60,8 +59,7 @@ REALobject rbMDQueryGetAttributeValueOfResultAtIndex(REALobject self, REALstring
   return GetCFTypeAsVariant(borrowed).leak();
 }
 
-// The array is made before the query is asked for, and stays behind, locked, when there is none. A null value
-// leaves no hole; one that becomes nil keeps its place.
+// A null value is left out; a value that converts to nil is a nil element.
 REALobject rbMDQueryCopyValuesOfAttribute(REALobject self, REALstring name) {
   const REALobject made = REALCreateArray(kObjectElements, -1);
   const MDQueryRef query = queryOrRaise(self);
@@ -88,6 +86,6 @@ uint32_t rbMDQueryGetCountOfResultsWithAttributeValue(REALobject self, REALstrin
   const auto wanted = CopyVariantAsCFType(value);
   const CFIndex count =
       key && wanted ? MDQueryGetCountOfResultsWithAttributeValue(query, key.get(), wanted.get()) : 0;
-  key.reset();  // before the value
+  key.reset();  // the key is given back before the value
   return static_cast<uint32_t>(count);
 }

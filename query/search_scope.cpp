@@ -6,17 +6,17 @@
 
 namespace {
 
-const CFIndex kExpectedPlaces = 20;
+const CFIndex kScopeCapacity = 20;
 
 template <typename Reference>
-void append(CFMutableArrayRef scope, const Owned<Reference>& place) {
-  if (place) CFArrayAppendValue(scope, place.get());
+void append(CFMutableArrayRef scope, const Owned<Reference>& entry) {
+  if (entry) CFArrayAppendValue(scope, entry.get());
 }
 
 void appendFolders(CFMutableArrayRef scope, REALobject paths) {
   const int32_t upperBound = REALGetArrayUBound(paths);
   for (int32_t i = 0; i <= upperBound; ++i) {
-    const auto item = handleAt(paths, i, REALGetArrayValueObject);
+    const auto item = ownedElementAt(paths, i, REALGetArrayValueObject);
     append(scope, CreateCFURLfromFolderItem(item.get()));
   }
 }
@@ -24,20 +24,19 @@ void appendFolders(CFMutableArrayRef scope, REALobject paths) {
 void appendOptions(CFMutableArrayRef scope, REALobject options) {
   const int32_t upperBound = REALGetArrayUBound(options);
   for (int32_t i = 0; i <= upperBound; ++i) {
-    const auto string = handleAt(options, i, REALGetArrayString);
+    const auto string = ownedElementAt(options, i, REALGetArrayString);
     append(scope, RBString2CFString(string.get()));
   }
 }
 
 }  // namespace
 
-// Folders first, then options, as they are. What can't be had or converted is left out, and if that is
-// everything, the scope is an empty one.
+// Folders first, then the options, unchanged. What can't be read or converted is left out; if nothing is
+// left, the query gets an empty scope.
 void rbMDQuerySetSearchScope(REALobject self, REALobject paths, REALobject options) {
   const MDQueryRef query = queryOrRaise(self);
   if (!query) return;
-  const auto scope =
-      adopt(CFArrayCreateMutable(kCFAllocatorDefault, kExpectedPlaces, &kCFTypeArrayCallBacks));
+  const auto scope = adopt(CFArrayCreateMutable(kCFAllocatorDefault, kScopeCapacity, &kCFTypeArrayCallBacks));
   if (!scope) return;
   if (paths) appendFolders(scope.get(), paths);
   if (options) appendOptions(scope.get(), options);

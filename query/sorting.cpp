@@ -10,7 +10,7 @@ int32_t rbMDQueryGetSortOptionFlagsForAttribute(REALobject self, REALstring fiel
   return static_cast<int32_t>(myMDQueryGetSortOptionFlagsForAttribute(query, name.get()));
 }
 
-// It is the getter that is tested for: a system has both functions or neither.
+// Looking for the getter is enough: a system has both functions or neither.
 bool rbMDQuerySetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName, uint32_t flags) {
   const MDQueryRef query = queryOrRaise(self);
   if (!query || !myMDQueryGetSortOptionFlagsForAttribute) return false;

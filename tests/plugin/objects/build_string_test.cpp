@@ -1,7 +1,8 @@
 // REALBuildUnicodeString: from bytes in an encoding to a host string.
+#include "host/build_string.h"
+
 #include <cstring>
 
-#include "bridge/strings.h"
 #include "tests/plugin/objects/fixture.h"
 
 namespace {

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "bridge/strings.h"
+#include "host/build_string.h"
 #include "host/registration.h"
 #include "host/startup.h"
 #include "host/string_data.h"

@@ -79,7 +79,7 @@ TEST_F(StringData, OfItsOwnEncodingGetsABlockOfItsLengthAnd4) {
   for (const size_t length : {size_t{1}, size_t{4}, size_t{5}, size_t{1000}, size_t{100000}}) {
     const auto string = host::Value::string(std::string(length, 'x'), host::kEncodingUtf8);
     blocks.clear();
-    const OwnStringData data(handle(string));
+    const ScopedStringData data(handle(string));
     EXPECT_EQ(std::vector<size_t>{length + 4}, blocks);
     ASSERT_TRUE(data.bytes());
     EXPECT_EQ(static_cast<int32_t>(length), data.length());
@@ -96,7 +96,7 @@ TEST_F(StringData, OfItsOwnEncodingIsSizedFirstAndThenCopied) {
                 "REALLoadGlobalMethod", "LenB",                             // the record is sized
                 "resolve PluginGetStringData", "LenB", "StringGetCString",  // the copy is made
                 "resolve PluginDisposeStringData"}),                        // and freed
-            callsOf([&] { const OwnStringData data(handle(string)); }));
+            callsOf([&] { const ScopedStringData data(handle(string)); }));
 }
 
 TEST_F(StringData, IsFalseForNullWithoutTheService) {
@@ -111,7 +111,7 @@ TEST_F(StringData, IsFalseWithoutTheBytes) {
   const auto string = host::Value::string("text", host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
-  EXPECT_FALSE(OwnStringData(handle(string)).bytes());
+  EXPECT_FALSE(ScopedStringData(handle(string)).bytes());
 }
 
 TEST_F(StringData, IsFalseWithoutTheLength) {
@@ -119,7 +119,7 @@ TEST_F(StringData, IsFalseWithoutTheLength) {
   const auto string = host::Value::string("text", host::kEncodingUtf8);
   REALstringData data = {};
   EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
-  EXPECT_FALSE(OwnStringData(handle(string)).bytes());
+  EXPECT_FALSE(ScopedStringData(handle(string)).bytes());
 }
 
 TEST_F(StringData, IsFalseWhenItCantBeConverted) {
@@ -134,7 +134,7 @@ TEST_F(StringData, GoesBackToTheHostWhereItCameFromTheHost) {
   const auto string = host::Value::string("text", host::kEncodingUtf8);
   EXPECT_EQ((std::vector<std::string>{"resolve PluginGetStringData", "PluginGetStringData",
                                       "resolve PluginDisposeStringData", "PluginDisposeStringData"}),
-            callsOf([&] { const OwnStringData data(handle(string)); }));
+            callsOf([&] { const ScopedStringData data(handle(string)); }));
 }
 
 }  // namespace
