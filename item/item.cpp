@@ -5,6 +5,7 @@
 #include "bridge/cf_to_variant.h"
 #include "bridge/folder_items.h"
 #include "bridge/strings.h"
+#include "host/array_before_guard.h"
 #include "host/exceptions.h"
 
 namespace {
@@ -91,8 +92,7 @@ void rbMDItemCreate(REALobject self, REALobject path) {
 }
 
 REALobject rbMDItemCopyAttributeNames(REALobject self) {
-  const REALobject made = REALCreateArray(kStringElements, -1);
-  const MDItemRef item = itemOrRaise(self);
+  const auto [made, item] = newArrayBeforeGuard(kStringElements, itemOrRaise, self);
   if (!item) return nullptr;
   auto array = adopt(made);
   const auto names = adopt(MDItemCopyAttributeNames(item));

@@ -1,5 +1,6 @@
 // One attribute of an item as a fixed host type: a value of another type is an exception, not converted.
 #include "bridge/strings.h"
+#include "host/array_before_guard.h"
 #include "host/exceptions.h"
 #include "item.h"
 
@@ -48,8 +49,7 @@ double rbMDItemCopyAttributeDouble(REALobject self, REALstring name) {
 
 // An empty array when the attribute is absent or of another type.
 REALobject rbMDItemCopyAttributeStringArray(REALobject self, REALstring name) {
-  const REALobject made = REALCreateArray(kStringElements, -1);
-  const MDItemRef item = itemOrRaise(self);
+  const auto [made, item] = newArrayBeforeGuard(kStringElements, itemOrRaise, self);
   if (!item) return nullptr;
   auto array = adopt(made);
   const auto key = RBString2CFString(name);

@@ -2,6 +2,7 @@
 #include "query.h"
 
 #include "bridge/strings.h"
+#include "host/array_before_guard.h"
 #include "host/exceptions.h"
 #include "host/owned.h"
 
@@ -40,8 +41,7 @@ void constructSubset(REALobject self, REALobject parent, REALstring queryString,
 }
 
 REALobject attributeArray(REALobject self, CFArrayRef (*copyAttributes)(MDQueryRef)) {
-  const REALobject made = REALCreateArray(kStringElements, -1);
-  const MDQueryRef query = queryOrRaise(self);
+  const auto [made, query] = newArrayBeforeGuard(kStringElements, queryOrRaise, self);
   if (!query) return nullptr;
   auto array = adopt(made);
   const auto attributes = adopt(copyAttributes(query));

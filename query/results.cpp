@@ -2,6 +2,7 @@
 #include "bridge/cf_to_variant.h"
 #include "bridge/strings.h"
 #include "bridge/variant_to_cf.h"
+#include "host/array_before_guard.h"
 #include "item/item.h"
 #include "query.h"
 
@@ -24,8 +25,7 @@ REALobject rbMDQueryGetResultAtIndex(REALobject self, int32_t index) {
 // A result that is missing, or for which the host makes no instance, is a nil element: an element's index is
 // always that of its result.
 REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit) {
-  const REALobject made = REALCreateArray(kObjectElements, -1);
-  const MDQueryRef query = queryOrRaise(self);
+  const auto [made, query] = newArrayBeforeGuard(kObjectElements, queryOrRaise, self);
   if (!query) return nullptr;
   auto array = adopt(made);
   const CFIndex total = MDQueryGetResultCount(query);
@@ -61,8 +61,7 @@ REALobject rbMDQueryGetAttributeValueOfResultAtIndex(REALobject self, REALstring
 
 // A null value is left out; a value that converts to nil is a nil element.
 REALobject rbMDQueryCopyValuesOfAttribute(REALobject self, REALstring name) {
-  const REALobject made = REALCreateArray(kObjectElements, -1);
-  const MDQueryRef query = queryOrRaise(self);
+  const auto [made, query] = newArrayBeforeGuard(kObjectElements, queryOrRaise, self);
   if (!query) return nullptr;
   auto array = adopt(made);
   const auto key = RBString2CFString(name);
