@@ -59,7 +59,7 @@ Owned<CFStringRef> RBString2CFString(REALstring string) {
     auto text = adopt(REALCopyStringCFString(string, false));
     if (text) return text;
   }
-  // The same host service on purpose; it is looked up again.
+  // The same host service once more on purpose, looked up on its own.
   auto text = adopt(REALGetStringCFString(string, false));
   if (text) return text;
   return createCFStringFromBytes(string);

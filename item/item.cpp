@@ -84,7 +84,7 @@ REALobject rbMDItemCopyAttribute(REALobject self, REALstring name) {
 }
 
 // Raises for an instance without an item, and so for every new one: host programs know it this way. In an
-// instance that has an item, the new one takes its place, and the old one is not released.
+// instance that has an item, the new item replaces it; the old one is not released.
 void rbMDItemCreate(REALobject self, REALobject path) {
   if (!itemOrRaise(self)) return;
   const auto url = CreateCFURLfromFolderItem(path);
