@@ -1,5 +1,10 @@
 # The test `tidy`: clang-tidy has nothing to say about the plug-in's sources, compiled as for the ELF library
 # (.clang-tidy lists the checks). Files are checked in parallel; a finding in any of them makes xargs fail.
+# Once is enough: the build with the sanitizers has the same sources.
+if(SANITIZE)
+  return()
+endif()
+
 find_program(CLANG_TIDY NAMES clang-tidy-14 REQUIRED)
 include(ProcessorCount)
 ProcessorCount(PROCESSORS)
