@@ -1,5 +1,6 @@
 # Builds an i386 Mach-O dylib on Linux, with clang's Apple target and macho-link.
 find_program(MACHO_CLANG NAMES clang++-14 clang++ REQUIRED)
+find_program(DSYMUTIL NAMES dsymutil-14 dsymutil REQUIRED)
 
 set(MACHO_COMPILE_FLAGS
   -target i386-apple-macosx10.6 -std=c++17 -O2
@@ -9,11 +10,26 @@ set(MACHO_COMPILE_FLAGS
   # This machine's headers describe another system.
   -nostdinc++ -nostdlibinc
   -Wall -Wextra -Werror)
+set(MACHO_DEBUG_FLAGS -gdwarf-4 -fforce-dwarf-frame)
+
+# macho_compile(SOURCE OBJECT DESCRIPTION flag...)
+function(macho_compile source object description)
+  cmake_path(GET object PARENT_PATH folder)
+  file(MAKE_DIRECTORY ${folder})
+  add_custom_command(OUTPUT ${object}
+    COMMAND ${MACHO_CLANG} ${ARGN} -MD -MF ${object}.d -MT ${object} -c ${source} -o ${object}
+    DEPENDS ${source}
+    DEPFILE ${object}.d
+    COMMENT "Compiling ${description} for i386 macOS"
+    VERBATIM)
+endfunction()
 
 # add_macho_dylib(NAME SOURCES source... IMPORTS list EXPORTED symbol... INSTALL_NAME name OUTPUT file
 #                 [INCLUDE_DIRS folder...] [HEADERS_ISYSTEM folder...])
 #
-# Makes the target NAME, built with everything, which produces OUTPUT. The path is also its MACHO_DYLIB property.
+# Makes the target NAME, built with everything, which produces OUTPUT. The path is also its MACHO_DYLIB property. The
+# target NAME-debug, built on request, makes OUTPUT.debug for gdb. Its debug information comes from objects of their own:
+# with it clang makes the same code, but orders some variables otherwise and describes more frames.
 function(add_macho_dylib name)
   cmake_parse_arguments(PARSE_ARGV 1 dylib "" "IMPORTS;INSTALL_NAME;OUTPUT"
     "SOURCES;EXPORTED;INCLUDE_DIRS;HEADERS_ISYSTEM")
@@ -31,35 +47,46 @@ function(add_macho_dylib name)
     list(APPEND flags -I${folder})
   endforeach()
 
+  set(objects_folder ${CMAKE_BINARY_DIR}/${name}.macho)
+  set(debug_folder ${CMAKE_BINARY_DIR}/${name}.macho-debug)
   set(objects "")
+  set(debug_objects "")
   foreach(source ${dylib_SOURCES})
     cmake_path(ABSOLUTE_PATH source NORMALIZE)
     cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${CMAKE_SOURCE_DIR} OUTPUT_VARIABLE relative)
     string(REPLACE "../" "up/" relative ${relative})
-    set(object ${CMAKE_BINARY_DIR}/${name}.macho/${relative}.o)
-    cmake_path(GET object PARENT_PATH folder)
-    file(MAKE_DIRECTORY ${folder})
-    add_custom_command(OUTPUT ${object}
-      COMMAND ${MACHO_CLANG} ${flags} -MD -MF ${object}.d -MT ${object} -c ${source} -o ${object}
-      DEPENDS ${source}
-      DEPFILE ${object}.d
-      COMMENT "Compiling ${relative} for i386 macOS"
-      VERBATIM)
-    list(APPEND objects ${object})
+    macho_compile(${source} ${objects_folder}/${relative}.o "${relative}" ${flags})
+    macho_compile(${source} ${debug_folder}/${relative}.o "${relative} with debug information"
+      ${flags} ${MACHO_DEBUG_FLAGS})
+    # Relative, so that the debug map fits both folders.
+    list(APPEND objects ${relative}.o)
+    list(APPEND debug_objects ${debug_folder}/${relative}.o)
   endforeach()
 
   set(exported "")
   foreach(symbol ${dylib_EXPORTED})
     list(APPEND exported -exported ${symbol})
   endforeach()
+  list(TRANSFORM objects PREPEND ${objects_folder}/ OUTPUT_VARIABLE object_files)
   cmake_path(GET dylib_OUTPUT PARENT_PATH folder)
   file(MAKE_DIRECTORY ${folder})
   add_custom_command(OUTPUT ${dylib_OUTPUT}
     COMMAND macho-link -o ${dylib_OUTPUT} -install_name ${dylib_INSTALL_NAME} -imports ${dylib_IMPORTS}
-            ${exported} -minimum-system 10.6 ${objects}
-    DEPENDS macho-link ${objects} ${dylib_IMPORTS}
+            ${exported} -minimum-system 10.6 -debug-map ${debug_folder}/map ${objects}
+    BYPRODUCTS ${debug_folder}/map
+    WORKING_DIRECTORY ${objects_folder}
+    DEPENDS macho-link ${object_files} ${dylib_IMPORTS}
     COMMENT "Linking ${dylib_OUTPUT}"
     VERBATIM)
+  add_custom_command(OUTPUT ${dylib_OUTPUT}.debug
+    COMMAND ${DSYMUTIL} --flat -y ${debug_folder}/map --oso-prepend-path ${debug_folder} -o ${debug_folder}/dwarf
+    COMMAND macho-debug-elf ${debug_folder}/dwarf ${dylib_OUTPUT}.debug
+    BYPRODUCTS ${debug_folder}/dwarf
+    DEPENDS macho-debug-elf ${dylib_OUTPUT} ${debug_objects}
+    COMMENT "Collecting the debug information of ${dylib_OUTPUT}"
+    VERBATIM)
   add_custom_target(${name} ALL DEPENDS ${dylib_OUTPUT})
+  add_custom_target(${name}-debug DEPENDS ${dylib_OUTPUT}.debug)
+  add_dependencies(${name}-debug ${name})
   set_target_properties(${name} PROPERTIES MACHO_DYLIB ${dylib_OUTPUT})
 endfunction()

@@ -18,13 +18,14 @@ as_root() {
   fi
 }
 
+# install_packages [PACKAGE...]: what the build needs, and these.
 install_packages() {
   command -v dpkg-query >/dev/null || {
     echo "$0: this machine has no dpkg; the project builds on Debian 12 (see README.md)" >&2
     exit 2
   }
   missing=
-  for package in $required_packages; do
+  for package in $required_packages "$@"; do
     is_installed "$package" || missing="$missing $package"
   done
   [ -n "$missing" ] || return 0

@@ -16,7 +16,7 @@ struct Header {
 };
 inline constexpr uint32_t kMagic32 = 0xFEEDFACE;
 inline constexpr uint32_t kCpuI386 = 7, kCpuSubtypeAll = 3;
-inline constexpr uint32_t kFileObject = 1, kFileDylib = 6;
+inline constexpr uint32_t kFileObject = 1, kFileDylib = 6, kFileDebug = 10;
 inline constexpr uint32_t kNoUndefined = 0x1, kForDynamicLinker = 0x4, kTwoLevel = 0x80,
                           kNoReexports = 0x100000;
 

@@ -7,6 +7,7 @@
 
 #include "macho/file_contents.h"
 #include "macho/loader/binder.h"
+#include "macho/loader/debugger.h"
 #include "macho/loader/export_trie.h"
 #include "macho/loader/file.h"
 #include "macho/loader/fixups.h"
@@ -37,13 +38,14 @@ class Assembly {
     }
   }
 
-  void slide() {
-    const uint32_t distance = reinterpret_cast<uintptr_t>(mapping_.base()) - dylib_.memory.address;
+  uint32_t slide() const { return reinterpret_cast<uintptr_t>(mapping_.base()) - dylib_.memory.address; }
+
+  void rebaseAll() {
     readRebases(dylib_.rebases, dylib_.memory.size, [&](FixupPlace place) {
       uint8_t* word = writableWord(place);
       uint32_t address;
       std::memcpy(&address, word, sizeof address);
-      address += distance;
+      address += slide();
       std::memcpy(word, &address, sizeof address);
     });
   }
@@ -102,7 +104,9 @@ struct Image::Parts {
 
   Mapping mapping;
   std::vector<uint8_t> exports;
-  std::optional<Frames> frames;  // after the mapping: gone before it
+  // After the mapping: gone before it.
+  std::optional<Frames> frames;
+  std::optional<DebuggerNotice> notice;
 };
 
 Image::Image(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
@@ -136,11 +140,12 @@ Image load(const std::string& path, const LoadOptions& options) {
     auto parts = std::make_unique<Image::Parts>(dylib.memory.size);
     Assembly assembly(dylib, parts->mapping);
     assembly.copySegments(file);
-    assembly.slide();
+    assembly.rebaseAll();
     assembly.bindAll(options);
     parts->exports.assign(dylib.exports.data(), dylib.exports.data() + dylib.exports.size());
     if (dylib.frames) parts->frames.emplace(assembly.frames(), parts->mapping.bytes());
     assembly.protect();
+    parts->notice.emplace(path, assembly.slide());
     return Image(std::move(parts));
   } catch (const FormatError& error) {
     throw LoadError(path + ": " + error.what() + "; build or copy the file again");

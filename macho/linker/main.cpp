@@ -3,6 +3,7 @@
 #include <iostream>
 #include <new>
 
+#include "macho/linker/debug_map.h"
 #include "macho/linker/error.h"
 #include "macho/linker/files.h"
 #include "macho/linker/image.h"
@@ -58,6 +59,10 @@ void link(const Options& options) {
     exports.push_back({name, address, sectionNumber(layout, address)});
   }
   writeWholeFile(options.output, makeImage(options, list, symbols, layout, work, exports));
+  if (!options.debugMap.empty()) {
+    const std::string map = makeDebugMap(options.output, objects, layout);
+    writeWholeFile(options.debugMap, {map.begin(), map.end()});
+  }
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ Links i386 Mach-O objects into a dylib for macOS. The same objects give the same
                              ...
                            It is to name all that is imported and nothing else.
   -exported SYMBOL         a symbol for others to use, such as _main; may be given again
+  -debug-map FILE          a debug map to write, for dsymutil -y
   -minimum-system VERSION  the oldest macOS that it runs on; 10.6 when not given
   --help                   this text
 
@@ -27,6 +28,7 @@ namespace {
 
 std::string* textOption(Options& options, const std::string& name) {
   if (name == "-o") return &options.output;
+  if (name == "-debug-map") return &options.debugMap;
   if (name == "-install_name") return &options.installName;
   if (name == "-imports") return &options.imports;
   return nullptr;

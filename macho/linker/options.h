@@ -9,7 +9,7 @@
 namespace macho {
 
 struct Options {
-  std::string output, installName, imports;
+  std::string output, debugMap, installName, imports;
   std::vector<std::string> exported, objects;
   uint32_t minimumSystem = 0x000A0600;  // 10.6
   bool help = false;

@@ -11,7 +11,8 @@ bool takeArgument(const std::string& argument) {
                                                         {"--elf=", &files.elf},
                                                         {"--empty-plugin=", &files.emptyPlugin},
                                                         {"--other-library=", &files.otherLibrary},
-                                                        {"--library=", &files.library}};
+                                                        {"--library=", &files.library},
+                                                        {"--gdb-script=", &files.gdbScript}};
   for (const auto& [prefix, value] : known) {
     if (!argument.starts_with(prefix)) continue;
     *value = argument.substr(std::string(prefix).size());
@@ -29,12 +30,12 @@ int main(int count, char** words) {
     std::fprintf(stderr, "%s: unknown argument '%s'\n", words[0], words[i]);
     return 2;
   }
-  for (const std::string* file :
-       {&files.program, &files.dylib, &files.elf, &files.emptyPlugin, &files.otherLibrary, &files.library}) {
+  for (const std::string* file : {&files.program, &files.dylib, &files.elf, &files.emptyPlugin,
+                                  &files.otherLibrary, &files.library, &files.gdbScript}) {
     if (!file->empty()) continue;
     std::fprintf(stderr,
                  "%s: name the files under test: --program=, --dylib=, --elf=, --empty-plugin=, "
-                 "--other-library=, --library= (ctest -R shotlight does)\n",
+                 "--other-library=, --library=, --gdb-script= (ctest -R shotlight does)\n",
                  words[0]);
     return 2;
   }

@@ -18,6 +18,7 @@ struct Files {
   std::string emptyPlugin;   // an ELF plug-in that registers nothing
   std::string otherLibrary;  // an ELF library that is no plug-in
   std::string library;       // the folder of examples
+  std::string gdbScript;     // what tells gdb of Mach-O images
 };
 extern Files files;
 

@@ -1,0 +1,97 @@
+// The dylib in gdb, as ./run --debug starts it.
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+#include "tests/shotlight/run.h"
+
+namespace {
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+
+// The lines of a function, from its first to the end of its body, numbered from 1; zeros when it isn't there.
+struct Lines {
+  int first = 0, last = 0;
+};
+Lines linesOf(const std::string& function, const std::string& path) {
+  std::ifstream source(path);
+  Lines found;
+  int number = 0;
+  for (std::string line; std::getline(source, line);) {
+    ++number;
+    if (!found.first && line.find(" " + function + "(") != std::string::npos && line.back() == '{')
+      found.first = number;
+    if (found.first && line == "}") {
+      found.last = number;
+      break;
+    }
+  }
+  return found;
+}
+
+Result gdb(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), {"gdb", "-nx", "-batch", "-iex", "set debuginfod enabled off"});
+  return run({.arguments = std::move(arguments), .program = "/usr/bin/env"});
+}
+
+// Why no program can be debugged on this machine; empty when it can.
+std::string obstacle() {
+  if (gdb({"--version"}).status != 0) return "gdb is not installed";
+  const Result result = gdb({"-ex", "run", "/bin/true"});
+  if (result.output.find("exited normally") != std::string::npos) return "";
+  return "gdb can't run a program here: " + result.errors;
+}
+
+TEST(Debugger, StopsInAMethodOfTheDylibAtItsSourceLine) {
+  if (const std::string why = obstacle(); !why.empty()) GTEST_SKIP() << why;
+  const std::string method = "rbMDQueryExecute";
+  const Result result =
+      gdb({"-x", files.gdbScript, "-ex", "break " + method, "-ex", "run", "-ex", "backtrace",
+           // Once the dylib is gone, nothing of it is known any more.
+           "-ex", "break exit", "-ex", "continue", "-ex", "info line " + method, "--args", files.program,
+           "find", "kMDItemFSName == \"*\"", "--in", files.library, "--plugin", files.dylib});
+
+  const std::regex top("#0  " + method +
+                       R"( \(self=0x[0-9a-f]+, flags=0\) at (/.*/query/query\.cpp):([0-9]+)\n)");
+  std::smatch frame;
+  ASSERT_TRUE(std::regex_search(result.output, frame, top)) << result;
+  const Lines expected = linesOf(method, frame[1]);
+  ASSERT_GT(expected.last, 0) << frame[1];
+  EXPECT_GT(std::stoi(frame[2]), expected.first);
+  EXPECT_LT(std::stoi(frame[2]), expected.last);
+
+  EXPECT_THAT(result.output, ContainsRegex("#[0-9]+ .*shotlight::find \\(\\) at .*find\\.cpp:"));
+  EXPECT_THAT(result.output, ContainsRegex("#[0-9]+ .*main \\(\\) at .*main\\.cpp:"));
+
+  EXPECT_THAT(result.output, HasSubstr("Breakpoint 2, "));
+  EXPECT_THAT(result.errors, HasSubstr("Function \"" + method + "\" not defined.\n")) << result;
+  EXPECT_THAT(result.output, Not(HasSubstr("Line "))) << result;
+}
+
+// Functions of an object's code with their addresses in it, in order.
+std::vector<std::string> functionsOf(const std::string& object) {
+  std::vector<std::string> functions;
+  for (const std::string& line : lines(run({.arguments = {"-n", object}, .program = LLVM_NM}).output)) {
+    if (line.find(" t ") != std::string::npos || line.find(" T ") != std::string::npos)
+      functions.push_back(line);
+  }
+  return functions;
+}
+
+TEST(Debugger, IsToldOfTheCodeThatTheDylibHas) {
+  namespace fs = std::filesystem;
+  const fs::path build = fs::path(files.dylib).parent_path().parent_path();
+  const fs::path shipped = build / "SpotlightDylib.macho", debugged = build / "SpotlightDylib.macho-debug";
+  size_t count = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(debugged)) {
+    if (entry.path().extension() != ".o") continue;
+    const auto functions = functionsOf(entry.path());
+    EXPECT_EQ(functionsOf(shipped / fs::relative(entry.path(), debugged)), functions) << entry.path();
+    count += functions.size();
+  }
+  EXPECT_GT(count, 200u);
+}
+
+}  // namespace
