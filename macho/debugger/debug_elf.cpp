@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 
 namespace macho {
 namespace {

@@ -2,8 +2,8 @@
 #include <iostream>
 #include <new>
 
-#include "macho/bytes.h"
 #include "macho/debugger/debug_elf.h"
+#include "macho/format/bytes.h"
 #include "macho/linker/error.h"
 #include "macho/linker/files.h"
 

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "macho/file_contents.h"
+#include "macho/format/file_contents.h"
 #include "macho/linker/error.h"
 
 namespace macho {

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "macho/eh_frame.h"
+#include "macho/format/eh_frame.h"
 
 namespace macho {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "macho/bytes.h"
-#include "macho/format.h"
+#include "macho/format/bytes.h"
+#include "macho/format/format.h"
 #include "macho/linker/object.h"
 
 namespace macho {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 
 namespace macho {
 namespace {

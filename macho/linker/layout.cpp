@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 #include "macho/linker/error.h"
 #include "macho/linker/section_rules.h"
 

@@ -1,6 +1,6 @@
 #include "macho/linker/linkedit.h"
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 
 namespace macho {
 namespace {

@@ -4,8 +4,8 @@
 #include <optional>
 #include <span>
 
-#include "macho/bytes.h"
-#include "macho/format.h"
+#include "macho/format/bytes.h"
+#include "macho/format/format.h"
 #include "macho/linker/error.h"
 #include "macho/linker/files.h"
 #include "macho/linker/fixup_reader.h"

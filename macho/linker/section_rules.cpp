@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "macho/bytes.h"
-#include "macho/format.h"
+#include "macho/format/bytes.h"
+#include "macho/format/format.h"
 
 namespace macho {
 namespace {

@@ -4,9 +4,9 @@
 #include <map>
 #include <string>
 
-#include "macho/loader.h"
 #include "macho/loader/file.h"
 #include "macho/loader/fixups.h"
+#include "macho/loader/loader.h"
 
 namespace macho {
 

@@ -1,6 +1,6 @@
 #include "macho/loader/export_trie.h"
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 
 namespace macho {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "macho/bytes.h"
+#include "macho/format/bytes.h"
 
 namespace macho {
 

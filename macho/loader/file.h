@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "macho/bytes.h"
-#include "macho/format.h"
+#include "macho/format/bytes.h"
+#include "macho/format/format.h"
 
 namespace macho {
 

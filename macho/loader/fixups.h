@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "macho/bytes.h"
+#include "macho/format/bytes.h"
 
 namespace macho {
 

@@ -1,6 +1,6 @@
 #include "macho/loader/frames.h"
 
-#include "macho/eh_frame.h"
+#include "macho/format/eh_frame.h"
 
 // The unwinder's own, in the compiler's run time.
 extern "C" void __register_frame(void* frames);

@@ -5,7 +5,7 @@
 #include <new>
 #include <system_error>
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 
 namespace macho {
 

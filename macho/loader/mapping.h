@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "macho/bytes.h"
+#include "macho/format/bytes.h"
 
 namespace macho {
 

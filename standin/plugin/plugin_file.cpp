@@ -10,7 +10,7 @@
 #include <fstream>
 #include <optional>
 
-#include "macho/loader.h"
+#include "macho/loader/loader.h"
 
 namespace standin {
 namespace {

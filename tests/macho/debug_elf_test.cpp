@@ -7,7 +7,7 @@
 #include <cstring>
 #include <map>
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 
 namespace {
 

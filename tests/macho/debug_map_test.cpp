@@ -10,8 +10,8 @@ class DebugMap : public toolbox::Workshop {
  protected:
   Outcome linkWithMap(const std::vector<std::string>& objects, const std::string& map) const {
     std::vector<std::string> command = {
-        MACHO_LINK,     "-o",        path("test.dylib"), "-install_name", "n", "-imports",
-        importList({}), "-exported", "_entry",           "-debug-map",    map};
+        toolbox::linker(), "-o",        path("test.dylib"), "-install_name", "n", "-imports",
+        importList({}),    "-exported", "_entry",           "-debug-map",    map};
     command.insert(command.end(), objects.begin(), objects.end());
     return toolbox::run(command);
   }
@@ -52,8 +52,8 @@ TEST_F(DebugMap, TellsWhereTheObjectHasASymbolAndWhereTheDylibHasIt) {
 TEST_F(DebugMap, LeavesTheDylibAsItIsWithout) {
   const std::string source = "EXPORT int entry(int i) { return i; }";
   const std::string plain = toolbox::readFile(build(source, {}));
-  ASSERT_EQ(0, toolbox::run({MACHO_LINK, "-o", path("again.dylib"), "-install_name", "@rpath/t", "-imports",
-                             importList({}), "-exported", "_entry", "-debug-map", path("map"),
+  ASSERT_EQ(0, toolbox::run({toolbox::linker(), "-o", path("again.dylib"), "-install_name", "@rpath/t",
+                             "-imports", importList({}), "-exported", "_entry", "-debug-map", path("map"),
                              compile("test", source, {"-gdwarf-4", "-fforce-dwarf-frame"})})
                    .status);
   EXPECT_EQ(plain, toolbox::readFile(path("again.dylib")));

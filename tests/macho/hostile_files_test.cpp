@@ -1,7 +1,7 @@
 // Damaged dylibs: each is refused with a reason, or loads; none brings the process down.
 #include <cstring>
 
-#include "macho/format.h"
+#include "macho/format/format.h"
 #include "tests/macho/toolbox.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "macho/loader.h"
+#include "macho/loader/loader.h"
 
 namespace toolbox {
 

@@ -1,11 +1,11 @@
-#include "macho/loader.h"
+#include "macho/loader/loader.h"
 
 #include <cstring>
 #include <optional>
 #include <system_error>
 #include <vector>
 
-#include "macho/file_contents.h"
+#include "macho/format/file_contents.h"
 #include "macho/loader/binder.h"
 #include "macho/loader/debugger.h"
 #include "macho/loader/export_trie.h"

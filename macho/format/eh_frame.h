@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "macho/bytes.h"
+#include "macho/format/bytes.h"
 
 namespace macho {
 

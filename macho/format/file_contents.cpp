@@ -1,4 +1,4 @@
-#include "macho/file_contents.h"
+#include "macho/format/file_contents.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "macho/eh_frame.h"
+#include "macho/format/eh_frame.h"
 
 #include <map>
 
