@@ -8,6 +8,12 @@ if(SANITIZE)
     execute_process(COMMAND ${CMAKE_COMMAND} --preset default -B ${PLAIN_BUILD} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
       COMMAND_ERROR_IS_FATAL ANY)
   endif()
+  foreach(library gtest gtest_main gmock)
+    add_library(${library} STATIC IMPORTED GLOBAL)
+    set_target_properties(${library} PROPERTIES IMPORTED_LOCATION ${PLAIN_BUILD}/lib/lib${library}.a)
+  endforeach()
+  target_link_libraries(gtest_main INTERFACE gtest)
+  target_link_libraries(gmock INTERFACE gtest)
 else()
   # What most tests include takes longer to compile than the tests themselves.
   add_library(test-headers OBJECT ${CMAKE_SOURCE_DIR}/tests/support/headers.cpp)
