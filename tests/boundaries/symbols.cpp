@@ -2,11 +2,11 @@
 
 #include <sys/wait.h>
 
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -21,6 +21,15 @@ std::string outputOf(const std::string& command) {
   const int status = ::pclose(pipe);
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw std::runtime_error(command + ": failed");
   return text;
+}
+
+// Empty where the text ends with something else.
+std::string lastWord(std::string text) {
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) text.pop_back();
+  size_t start = text.size();
+  while (start > 0 && (std::isalnum(static_cast<unsigned char>(text[start - 1])) || text[start - 1] == '_'))
+    --start;
+  return text.substr(start);
 }
 
 }  // namespace
@@ -46,10 +55,11 @@ Names declaredIn(const std::string& header) {
   std::ifstream file(header);
   if (!file) throw std::runtime_error(header + ": can't be read");
   const std::string text{std::istreambuf_iterator<char>(file), {}};
-  static const std::regex declaration(R"(\nCF_EXPORT\s[^;(]*?(\w+)\s*[;(])");
+  const std::string mark = "\nCF_EXPORT ";
   Names names;
-  for (std::sregex_iterator match(text.begin(), text.end(), declaration), end; match != end; ++match) {
-    names.insert((*match)[1]);
+  for (size_t start = text.find(mark); start != std::string::npos; start = text.find(mark, start + 1)) {
+    const std::string name = lastWord(text.substr(start, text.find_first_of(";(", start) - start));
+    if (!name.empty()) names.insert(name);
   }
   return names;
 }
