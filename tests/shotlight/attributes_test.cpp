@@ -11,10 +11,6 @@
 namespace {
 
 using nlohmann::json;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 Result attrs(std::vector<std::string> arguments, const std::string& folder = "") {
   arguments.insert(arguments.begin(), "attrs");
@@ -31,9 +27,11 @@ TEST(Attributes, AreOneLineEachSortedByKey) {
   EXPECT_EQ(result.status, 0) << result;
   EXPECT_EQ(result.errors, "");
   const auto all = lines(result.output);
-  EXPECT_THAT(all, Contains(testing::MatchesRegex("kMDItemFSName *= \"a.txt\"")));
-  EXPECT_THAT(all, Contains(testing::MatchesRegex("kMDItemFSSize *= 5")));
-  EXPECT_THAT(all, Contains(testing::MatchesRegex("kMDItemFSInvisible *= false")));
+  for (const char* row :
+       {"kMDItemFSName *= \"a.txt\"", "kMDItemFSSize *= 5", "kMDItemFSInvisible *= false"}) {
+    const auto isRow = [row](const std::string& line) { return bool(matches(line, row)); };
+    EXPECT_EQ(std::count_if(all.begin(), all.end(), isRow), 1) << row;
+  }
   std::vector<std::string> keys;
   size_t equals = std::string::npos;
   for (const std::string& line : all) {
@@ -56,10 +54,8 @@ TEST(Attributes, ThatAreAskedForComeInThatOrderAndMayBeMissing) {
 
 TEST(Attributes, OfSeveralValuesAreIndented) {
   const ScratchFolder folder;
-  EXPECT_THAT(
-      lines(attrs({folder.file("a.txt"), "--keys", "kMDItemContentTypeTree"}).output),
-      ElementsAre("kMDItemContentTypeTree = (", StartsWith("  \"public."), StartsWith("  \"public."),
-                  StartsWith("  \"public."), StartsWith("  \"public."), StartsWith("  \"public."), ")"));
+  EXPECT_TRUE(matches(attrs({folder.file("a.txt"), "--keys", "kMDItemContentTypeTree"}).output,
+                      "kMDItemContentTypeTree = \\(\n(  \"public\\.[^\n]*\n){5}\\)\n"));
 }
 
 TEST(Attributes, AreDatesInGMT) {
@@ -206,12 +202,12 @@ TEST(AttributesInJSON, AreAnEmptyArrayWhenNoFileIsThere) {
 }
 
 TEST(Attributes, AreTheSameWithTheELFLibrary) {
-  const std::string photo = files.library + "/Photos/Harbour at dawn.jpg";
+  const std::string photo = exampleLibrary() + "/Photos/Harbour at dawn.jpg";
   attrs({photo});  // the first reading of a file may change when it was last used
   for (const std::string form : {"--json", "--keys=kMDItemTitle,kMDItemKeywords,kMDItemLatitude"}) {
     const Result dylib = attrs({photo, form});
     EXPECT_EQ(dylib.status, 0) << dylib;
-    EXPECT_THAT(dylib.output, HasSubstr("Harbour at dawn"));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "Harbour at dawn", dylib.output);
     EXPECT_EQ(attrs({photo, form, "--plugin", files.elf}).output, dylib.output);
   }
 }

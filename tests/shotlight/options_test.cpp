@@ -4,10 +4,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::MatchesRegex;
-using testing::StartsWith;
-
 const char kEveryText[] = "kMDItemFSName == \"*.txt\"";
 
 class Options : public testing::Test {
@@ -32,16 +28,16 @@ TEST_F(Options, LimitPrintsTheFirstResultsAndSaysOfHowMany) {
   ASSERT_EQ(all.size(), 3u);
   const Result one = findWith({"--limit", "1"});
   EXPECT_EQ(one.status, 0);
-  EXPECT_THAT(lines(one.output), ElementsAre(all[0]));
-  EXPECT_THAT(one.errors, MatchesRegex("the first 1 of 3 results in [0-9.]+ s\n"));
-  EXPECT_THAT(lines(findWith({"--limit", "2"}).output), ElementsAre(all[0], all[1]));
+  EXPECT_EQ(lines(one.output), (Texts{all[0]}));
+  EXPECT_TRUE(matches(one.errors, "the first 1 of 3 results in [0-9.]+ s\n"));
+  EXPECT_EQ(lines(findWith({"--limit", "2"}).output), (Texts{all[0], all[1]}));
 }
 
 TEST_F(Options, LimitOfAsManyAsThereAreOrMorePrintsAll) {
   for (const char* limit : {"3", "4", "100000", "2147483647"}) {
     const Result result = findWith({"--limit", limit});
     EXPECT_EQ(lines(result.output).size(), 3u) << limit;
-    EXPECT_THAT(result.errors, StartsWith("3 results in ")) << limit;
+    EXPECT_TRUE(startsWith(result.errors, "3 results in ")) << limit;
   }
 }
 
@@ -175,8 +171,8 @@ TEST_F(Options, EndAtADoubleDash) {
   EXPECT_EQ(lines(find({"--in", folder_.path(), "--", kEveryText}).output).size(), 3u);
   expectError(find({"--", kEveryText, "--limit"}),
               "'--limit' is one argument too many; put the whole query in one pair of quotes");
-  EXPECT_THAT(find({"--in", folder_.path(), "--", "--help"}).errors,
-              StartsWith("shotlight: the query can't be understood: "));
+  EXPECT_TRUE(startsWith(find({"--in", folder_.path(), "--", "--help"}).errors,
+                         "shotlight: the query can't be understood: "));
   expectError(find({"--"}), "find needs a query, such as 'kMDItemFSName == \"*.txt\"'");
 }
 

@@ -12,10 +12,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-using testing::MatchesRegex;
-using testing::StartsWith;
-
 std::string contentOf(const std::string& path) {
   std::ostringstream content;
   content << std::ifstream(path, std::ios::binary).rdbuf();
@@ -39,8 +35,8 @@ class PluginFile : public testing::Test {
     EXPECT_EQ(result.output, "");
     const auto said = lines(result.errors);
     ASSERT_EQ(said.size(), 2u) << result;
-    EXPECT_THAT(said[0], StartsWith("shotlight: the plug-in " + plugin + ": "));
-    EXPECT_THAT(said[0], HasSubstr(why));
+    EXPECT_TRUE(startsWith(said[0], "shotlight: the plug-in " + plugin + ": "));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, why, said[0]);
     EXPECT_EQ(said[1], "a plug-in is a Mach-O dylib for i386, or an ELF library for 32-bit Linux");
   }
 
@@ -104,9 +100,9 @@ TEST_F(PluginFile, ThatIsAnELFLibraryCutShort) {
     const Result result = with(cut);
     EXPECT_EQ(result.status, 2) << result;
     EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.errors, StartsWith("shotlight: the plug-in '" + cut + "': cut short: "));
-    EXPECT_THAT(result.errors, MatchesRegex("[^\n]* [0-9]+ bytes are wanted of " + std::to_string(size) +
-                                            "; build or copy the file again\n"));
+    EXPECT_TRUE(startsWith(result.errors, "shotlight: the plug-in '" + cut + "': cut short: "));
+    EXPECT_TRUE(matches(result.errors, "[^\n]* [0-9]+ bytes are wanted of " + std::to_string(size) +
+                                           "; build or copy the file again\n"));
   }
 }
 

@@ -3,10 +3,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-using testing::MatchesRegex;
-using testing::StartsWith;
-
 const char kSeeHelp[] = "see shotlight find --help for the form of a query";
 
 // The query is shown, a caret is under the column, and nothing else is printed.
@@ -17,7 +13,7 @@ void expectCaret(const std::string& query, const std::string& shown, size_t colu
   EXPECT_EQ(result.output, "");
   const auto printed = lines(result.errors);
   ASSERT_EQ(printed.size(), 4u) << result;
-  EXPECT_THAT(printed[0], MatchesRegex("shotlight: the query can't be understood: ..*"));
+  EXPECT_TRUE(matches(printed[0], "shotlight: the query can't be understood: ..*"));
   EXPECT_EQ(printed[1], "  " + shown);
   EXPECT_EQ(printed[2], "  " + std::string(column, ' ') + "^");
   EXPECT_EQ(printed[3], kSeeHelp);
@@ -56,8 +52,8 @@ TEST(BadQuery, IsShownAsItWasTypedWhereItHasBackslashes) {
 TEST(BadQuery, WithoutTheEndOfItsTextSaysSo) {
   const Result result = find({"kMDItemFSName == \"abc"});
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.errors, StartsWith("shotlight: the query can't be understood: "));
-  EXPECT_THAT(result.errors, HasSubstr("\n  kMDItemFSName == \"abc\n"));
+  EXPECT_TRUE(startsWith(result.errors, "shotlight: the query can't be understood: "));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "\n  kMDItemFSName == \"abc\n", result.errors);
 }
 
 TEST(BadQuery, ThatIsNotUTF8SaysSo) {
@@ -76,7 +72,7 @@ TEST(BadQuery, OfWithinIsShown) {
   const Result result =
       find({"kMDItemFSSize == 1", "--in", "/dev", "--within", "kMDItemFSName == \"a\" || (kMDItemFSSize"});
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.errors, HasSubstr("\n  kMDItemFSName == \"a\" || (kMDItemFSSize\n"));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "\n  kMDItemFSName == \"a\" || (kMDItemFSSize\n", result.errors);
 }
 
 TEST(BadQuery, IsTheSameErrorWithTheELFLibrary) {
@@ -89,7 +85,7 @@ TEST(BadQuery, IsTheSameErrorWithTheELFLibrary) {
 TEST(BadQuery, OfManyParenthesesIsAnErrorAndNoCrash) {
   const Result result = find({std::string(100000, '(')});
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.errors, StartsWith("shotlight: the query can't be understood: "));
+  EXPECT_TRUE(startsWith(result.errors, "shotlight: the query can't be understood: "));
 }
 
 }  // namespace

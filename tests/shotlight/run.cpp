@@ -4,6 +4,7 @@
 #include <linux/capability.h>
 #include <poll.h>
 #include <pty.h>
+#include <regex.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -11,11 +12,16 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
 
 Files files;
+
+std::string exampleLibrary() {
+  return std::filesystem::canonical(files.library);
+}
 
 namespace {
 
@@ -192,4 +198,19 @@ void expectError(const Result& result, const std::string& message) {
   EXPECT_EQ(result.status, 2) << result;
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.errors, "shotlight: " + message + "\n");
+}
+
+testing::AssertionResult startsWith(const std::string& text, const std::string& start) {
+  if (text.starts_with(start)) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "'" << text << "' does not start with '" << start << "'";
+}
+
+testing::AssertionResult matches(const std::string& text, const std::string& pattern) {
+  regex_t whole;
+  if (regcomp(&whole, ("^(" + pattern + ")$").c_str(), REG_EXTENDED | REG_NOSUB) != 0)
+    return testing::AssertionFailure() << "'" << pattern << "' is no regular expression";
+  const bool found = regexec(&whole, text.c_str(), 0, nullptr, 0) == 0;
+  regfree(&whole);
+  if (found) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "'" << text << "' does not match '" << pattern << "'";
 }

@@ -1,14 +1,15 @@
 // Running the program, and what came of it.
 #pragma once
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <sys/types.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
+
+typedef std::vector<std::string> Texts;
 
 // The files that the tests are about, from the test program's own command line.
 struct Files {
@@ -21,6 +22,8 @@ struct Files {
   std::string gdbScript;     // what tells gdb of Mach-O images
 };
 extern Files files;
+
+std::string exampleLibrary();  // that folder, as shotlight names what is in it
 
 enum class Output { pipe, terminal, closed, full };
 
@@ -74,3 +77,13 @@ std::vector<std::string> lines(const std::string& text);
 
 // Status 2, nothing printed, and exactly this after "shotlight: " on standard error.
 void expectError(const Result& result, const std::string& message);
+
+// What a text is like. A pattern is a POSIX extended regular expression for the whole text.
+testing::AssertionResult startsWith(const std::string& text, const std::string& start);
+testing::AssertionResult matches(const std::string& text, const std::string& pattern);
+
+// For what may come in any order.
+inline Texts sorted(Texts texts) {
+  std::sort(texts.begin(), texts.end());
+  return texts;
+}

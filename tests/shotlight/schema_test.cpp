@@ -5,10 +5,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::MatchesRegex;
-using testing::StartsWith;
-
 Result shotlight(std::vector<std::string> arguments) {
   return run({.arguments = std::move(arguments)});
 }
@@ -19,7 +15,7 @@ TEST(Keys, AreThe169OfTheItemClassInItsOrder) {
   EXPECT_EQ(keys.front(), "kMDItemAttributeChangeDate");
   EXPECT_EQ(keys[1], "kMDItemContentType");
   EXPECT_EQ(keys.back(), "kMDItemDateAdded");
-  EXPECT_THAT(keys, testing::Contains("kMDItemGPSDifferental"));
+  EXPECT_EQ(std::count(keys.begin(), keys.end(), "kMDItemGPSDifferental"), 1);
   EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 169u);
 }
 
@@ -31,9 +27,10 @@ TEST(Keys, TakeNoArguments) {
 TEST(Schema, TellsTypeNameAndDescription) {
   const auto rows =
       lines(shotlight({"schema", "kMDItemFSSize", "kMDItemAuthors", "kMDItemFSInvisible"}).output);
-  EXPECT_THAT(rows, ElementsAre(MatchesRegex("kMDItemFSSize\tNumber\t\t[^\t]+\t[^\t]+"),
-                                MatchesRegex("kMDItemAuthors\t[A-Za-z]+\tseveral\t[^\t]+\t[^\t]+"),
-                                MatchesRegex("kMDItemFSInvisible\tBoolean\t\t[^\t]+\t[^\t]+")));
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_TRUE(matches(rows[0], "kMDItemFSSize\tNumber\t\t[^\t]+\t[^\t]+"));
+  EXPECT_TRUE(matches(rows[1], "kMDItemAuthors\t[A-Za-z]+\tseveral\t[^\t]+\t[^\t]+"));
+  EXPECT_TRUE(matches(rows[2], "kMDItemFSInvisible\tBoolean\t\t[^\t]+\t[^\t]+"));
 }
 
 TEST(Schema, OfNoKeysIsOfAllThatTheSystemKnows) {
@@ -41,7 +38,7 @@ TEST(Schema, OfNoKeysIsOfAllThatTheSystemKnows) {
   EXPECT_EQ(result.status, 0) << result;
   const auto rows = lines(result.output);
   EXPECT_EQ(rows.size(), 169u);
-  for (const std::string& row : rows) EXPECT_THAT(row, StartsWith("kMDItem"));
+  for (const std::string& row : rows) EXPECT_TRUE(startsWith(row, "kMDItem"));
 }
 
 TEST(Schema, OfAnUnknownKeyIsAnErrorThatNamesIt) {

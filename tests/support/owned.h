@@ -3,17 +3,19 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "standin/gate/gate.h"
+#include "tests/support/ledger.h"
 
 template <typename Ref>
 class Owned {
  public:
-  explicit Owned(Ref ref = nullptr) : ref_(ref) {}  // takes over the caller's reference
+  Owned() = default;
+  explicit Owned(Ref ref) : ref_(ref) {}  // takes over the caller's reference
   Owned(Owned&& other) noexcept : ref_(std::exchange(other.ref_, nullptr)) {}
   Owned& operator=(Owned&& other) noexcept {
     std::swap(ref_, other.ref_);
@@ -25,10 +27,17 @@ class Owned {
   Ref get() const { return ref_; }
   Ref leak() { return std::exchange(ref_, nullptr); }
   explicit operator bool() const { return ref_ != nullptr; }
+  friend bool operator==(const Owned& owned, std::nullptr_t) { return !owned; }
 
  private:
-  Ref ref_;
+  Ref ref_ = nullptr;
 };
+
+typedef Owned<CFTypeRef> CFOwner;  // of a reference to an object of any type
+
+inline CFOwner own(CFTypeRef object) {
+  return CFOwner(object);
+}
 
 inline Owned<CFStringRef> makeString(const std::string& text) {
   return Owned(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
@@ -53,13 +62,4 @@ inline std::string textOf(CFTypeRef string) {
   const bool fits =
       CFStringGetCString(static_cast<CFStringRef>(string), text.data(), size, kCFStringEncodingUTF8);
   return fits ? text.data() : "(too long)";
-}
-
-// The ledger in one line, for a failure's message: empty when nothing is alive.
-inline std::string alive() {
-  std::string lines;
-  for (const standin::LedgerLine& line : standin::ledger()) {
-    lines += line.kind + ": " + std::to_string(line.count) + "; ";
-  }
-  return lines;
 }

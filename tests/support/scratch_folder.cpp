@@ -9,8 +9,8 @@
 namespace fs = std::filesystem;
 
 ScratchFolder::ScratchFolder() {
-  std::string path = (fs::canonical(fs::temp_directory_path()) / "metadata-test-XXXXXX").string();
-  if (!::mkdtemp(path.data())) throw std::runtime_error("no temporary folder");
+  std::string path = (fs::canonical(fs::temp_directory_path()) / "scratch-XXXXXX").string();
+  if (!::mkdtemp(path.data())) throw std::runtime_error(path + ": can't be made; check the temporary folder");
   path_ = path;
 }
 
