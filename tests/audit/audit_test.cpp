@@ -1,25 +1,31 @@
 // The audit of the dylib, and the proof that the audit sees: altered copies, each with what must be found.
 #include "tests/audit/audit.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <string_view>
+
+#include "tests/support/main.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+typedef std::vector<std::string> Findings;
 
 std::string dylibPath, importsPath;
+
+// So many findings, of which these are parts.
+void expectFindings(const Findings& parts, const Findings& findings) {
+  ASSERT_EQ(parts.size(), findings.size()) << testing::PrintToString(findings);
+  for (size_t i = 0; i < parts.size(); ++i) {
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, parts[i], findings[i]);
+  }
+}
 
 std::string contents(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
@@ -29,24 +35,14 @@ std::string contents(const std::string& path) {
 
 class Audit : public testing::Test {
  protected:
-  Audit() : altered_((std::filesystem::temp_directory_path() / "audit-XXXXXX").string()) {
-    if (!mkdtemp(altered_.data())) throw std::runtime_error(altered_ + ": can't be made");
-  }
-  ~Audit() override { std::filesystem::remove_all(altered_); }
-
-  std::string write(const std::string& name, const std::string& text) const {
-    std::ofstream(altered_ + "/" + name, std::ios::binary) << text;
-    return altered_ + "/" + name;
-  }
-
   std::vector<std::string> ofDylib(const std::string& bytes) const {
-    return audit::findings(write("altered.dylib", bytes), importsPath);
+    return audit::findings(altered_.file("altered.dylib", bytes), importsPath);
   }
   std::vector<std::string> ofList(const std::string& text) const {
-    return audit::findings(dylibPath, write("altered.txt", text));
+    return audit::findings(dylibPath, altered_.file("altered.txt", text));
   }
 
-  std::string altered_;
+  ScratchFolder altered_;
 };
 
 uint32_t wordAt(const std::string& bytes, size_t offset) {
@@ -81,33 +77,33 @@ std::string replaced(std::string text, const std::string& old, const std::string
 }
 
 TEST_F(Audit, FindsNothingWrongWithTheDylib) {
-  EXPECT_THAT(audit::findings(dylibPath, importsPath), IsEmpty());
+  EXPECT_EQ(Findings(), audit::findings(dylibPath, importsPath));
 }
 
 TEST_F(Audit, FindsAnotherKindOfFile) {
   std::string bytes = contents(dylibPath);
   setWord(bytes, 12, 9);  // a stub of a dylib
-  EXPECT_THAT(ofDylib(bytes), Contains("it is not an i386 dylib but I386 DYLIB_STUB"));
+  const Findings findings = ofDylib(bytes);
+  EXPECT_EQ(1, std::count(findings.begin(), findings.end(), "it is not an i386 dylib but I386 DYLIB_STUB"));
 }
 
 TEST_F(Audit, FindsAnotherMinimumSystem) {
   std::string bytes = contents(dylibPath);
   setWord(bytes, command(bytes, kMinimumSystem) + 8, 0x000A0700);
-  EXPECT_THAT(ofDylib(bytes), ElementsAre("its minimum system is not 10.6 but 10.7"));
+  EXPECT_EQ(Findings{"its minimum system is not 10.6 but 10.7"}, ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsAStronglyLoadedCoreServices) {
   std::string bytes = contents(dylibPath);
   setWord(bytes, command(bytes, kLoadWeakDylib, "/CoreServices"), kLoadDylib);
-  EXPECT_THAT(ofDylib(bytes), ElementsAre("CoreServices is not loaded weakly",
-                                          HasSubstr("CoreServices 41.0.0 1.0.0 LC_LOAD_DYLIB,")));
+  expectFindings({"CoreServices is not loaded weakly", "CoreServices 41.0.0 1.0.0 LC_LOAD_DYLIB,"},
+                 ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsAnotherVersionOfALibrary) {
   std::string bytes = contents(dylibPath);
   setWord(bytes, command(bytes, kLoadDylib, "/CoreFoundation") + 16, 0x02000000);
-  EXPECT_THAT(ofDylib(bytes),
-              ElementsAre(HasSubstr("CoreFoundation 512.0.0 150.0.0 LC_LOAD_DYLIB, listed is")));
+  expectFindings({"CoreFoundation 512.0.0 150.0.0 LC_LOAD_DYLIB, listed is"}, ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsAStronglyImportedConstant) {
@@ -118,15 +114,15 @@ TEST_F(Audit, FindsAStronglyImportedConstant) {
   ASSERT_NE(std::string::npos, name);
   ASSERT_EQ(0x41, bytes[name - 1]);
   bytes[name - 1] = 0x40;
-  EXPECT_THAT(ofDylib(bytes), ElementsAre(std::string(&bytes[name]) + " is not a weak import"));
+  EXPECT_EQ(Findings{std::string(&bytes[name]) + " is not a weak import"}, ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsAnotherExport) {
   const std::string bytes = contents(dylibPath);
   const uint32_t trie = wordAt(bytes, command(bytes, kDyldInfo) + 40);
-  EXPECT_THAT(
-      ofDylib(bytes.substr(0, trie) + replaced(bytes.substr(trie), "_REALPluginMain", "_REALPluginMine")),
-      ElementsAre("it does not export _REALPluginMain", "it exports _REALPluginMine"));
+  EXPECT_EQ(
+      (Findings{"it does not export _REALPluginMain", "it exports _REALPluginMine"}),
+      ofDylib(bytes.substr(0, trie) + replaced(bytes.substr(trie), "_REALPluginMain", "_REALPluginMine")));
 }
 
 TEST_F(Audit, FindsAStaticInitialiser) {
@@ -136,7 +132,7 @@ TEST_F(Audit, FindsAStaticInitialiser) {
   const size_t name = bytes.find("__const", data);
   ASSERT_NE(std::string::npos, name);
   std::memcpy(&bytes[name], "__mod_init_func\0", 16);
-  EXPECT_THAT(ofDylib(bytes), ElementsAre("it has the section __mod_init_func"));
+  EXPECT_EQ(Findings{"it has the section __mod_init_func"}, ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsATextThatChangesAtLoadTime) {
@@ -145,7 +141,7 @@ TEST_F(Audit, FindsATextThatChangesAtLoadTime) {
   // Set the type; segment 0, offset 0x1000; once; done.
   const uint8_t stream[] = {0x11, 0x20, 0x80, 0x20, 0x51, 0x00};
   std::memcpy(&bytes[rebases], stream, sizeof stream);
-  EXPECT_THAT(ofDylib(bytes), ElementsAre(HasSubstr("at load time its text changes at 0x")));
+  expectFindings({"at load time its text changes at 0x"}, ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsRelocationsOfTheOldKind) {
@@ -156,32 +152,19 @@ TEST_F(Audit, FindsRelocationsOfTheOldKind) {
   setWord(bytes, command(bytes, kDyldInfo) + 12, 0);
   setWord(bytes, dynamic + 72, rebases);
   setWord(bytes, dynamic + 76, 1);
-  EXPECT_THAT(ofDylib(bytes), ElementsAre("it has relocations of the old kind: nlocrel"));
+  EXPECT_EQ(Findings{"it has relocations of the old kind: nlocrel"}, ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsWhatTheListHasNotAndWhatTheListAloneHas) {
   const std::string list = contents(importsPath);
-  EXPECT_THAT(ofList(replaced(list, "\n_CFRelease\n", "\n")),
-              ElementsAre("it imports CoreFoundation _CFRelease, which is not listed"));
-  EXPECT_THAT(ofList(replaced(list, "\n_CFRelease\n", "\n_CFRelease\n_CFUnheardOf\n")),
-              ElementsAre("it does not import CoreFoundation _CFUnheardOf, which is listed"));
-  EXPECT_THAT(
-      ofList(list + "library /usr/lib/libz.1.dylib 1.2.3 1\n"),
-      ElementsAre(HasSubstr("is nothing, listed is /usr/lib/libz.1.dylib 1.2.3 1.0.0 LC_LOAD_DYLIB")));
+  EXPECT_EQ((Findings{"it imports CoreFoundation _CFRelease, which is not listed"}),
+            ofList(replaced(list, "\n_CFRelease\n", "\n")));
+  EXPECT_EQ((Findings{"it does not import CoreFoundation _CFUnheardOf, which is listed"}),
+            ofList(replaced(list, "\n_CFRelease\n", "\n_CFRelease\n_CFUnheardOf\n")));
+  expectFindings({"is nothing, listed is /usr/lib/libz.1.dylib 1.2.3 1.0.0 LC_LOAD_DYLIB"},
+                 ofList(list + "library /usr/lib/libz.1.dylib 1.2.3 1\n"));
 }
 
 }  // namespace
 
-int main(int count, char** words) {
-  testing::InitGoogleTest(&count, words);
-  for (int i = 1; i < count; ++i) {
-    const std::string_view word = words[i];
-    if (word.starts_with("--dylib=")) dylibPath = word.substr(8);
-    if (word.starts_with("--imports=")) importsPath = word.substr(10);
-  }
-  if (dylibPath.empty() || importsPath.empty()) {
-    std::fprintf(stderr, "usage: %s --dylib=FILE --imports=LIST [GoogleTest's options]\n", words[0]);
-    return 2;
-  }
-  return RUN_ALL_TESTS();
-}
+const std::vector<FileOption> fileOptions = {{"dylib", &dylibPath}, {"imports", &importsPath}};

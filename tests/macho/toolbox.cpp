@@ -3,7 +3,6 @@
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -52,17 +51,6 @@ void writeFile(const std::string& path, const std::string& contents) {
   std::ofstream stream(path, std::ios::binary);
   stream << contents;
   ASSERT_TRUE(stream.flush()) << path;
-}
-
-Workshop::Workshop() {
-  std::string name = (std::filesystem::temp_directory_path() / "macho-test-XXXXXX").string();
-  if (!mkdtemp(name.data())) throw std::runtime_error(name + ": can't be made; check the temporary folder");
-  folder_ = name;
-}
-
-Workshop::~Workshop() {
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
 }
 
 std::string Workshop::write(const std::string& name, const std::string& contents) const {

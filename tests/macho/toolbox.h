@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "macho/loader/loader.h"
+#include "tests/support/scratch_folder.h"
 
 namespace toolbox {
 
@@ -26,10 +27,7 @@ void writeFile(const std::string& path, const std::string& contents);
 // A folder for one test's files, and what is done in it.
 class Workshop : public testing::Test {
  protected:
-  Workshop();
-  ~Workshop() override;
-
-  std::string path(const std::string& name) const { return folder_ + "/" + name; }
+  std::string path(const std::string& name) const { return folder_.at(name); }
   std::string write(const std::string& name, const std::string& contents) const;
 
   // An object of this C++ source; fails the test when it does not compile.
@@ -48,7 +46,7 @@ class Workshop : public testing::Test {
                     const std::vector<std::string>& exported = {"_entry"}) const;
 
  private:
-  std::string folder_;
+  ScratchFolder folder_;
 };
 
 template <typename Function>

@@ -8,4 +8,4 @@ const std::vector<FileOption> fileOptions = {{"program", &files.program},
                                              {"empty-plugin", &files.emptyPlugin},
                                              {"other-library", &files.otherLibrary},
                                              {"library", &files.library},
-                                              {"gdb-script", &files.gdbScript}};
+                                             {"gdb-script", &files.gdbScript}};
