@@ -4,14 +4,18 @@
 #include "standin/gate/gate.h"
 
 CFOwner cfText(const std::string& utf8) {
-  return own(CFStringCreateWithCString(kCFAllocatorDefault, utf8.c_str(), kCFStringEncodingUTF8));
+  return own(makeString(utf8).leak());
 }
 
 CFOwner cfNumber(CFNumberType type, const void* value) {
   return own(CFNumberCreate(kCFAllocatorDefault, type, value));
 }
 
-CFOwner cfInteger(int64_t value) {
+CFOwner cfInt32(int32_t value) {
+  return cfNumber(kCFNumberSInt32Type, &value);
+}
+
+CFOwner cfInt64(int64_t value) {
   return cfNumber(kCFNumberSInt64Type, &value);
 }
 
@@ -19,10 +23,22 @@ CFOwner cfReal(double value) {
   return cfNumber(kCFNumberDoubleType, &value);
 }
 
-CFOwner cfArray(const std::vector<CFTypeRef>& values) {
-  const CFMutableArrayRef array = CFArrayCreateMutable(kCFAllocatorDefault, 0, nullptr);
+namespace {
+
+CFOwner arrayOf(const std::vector<CFTypeRef>& values, const CFArrayCallBacks* callBacks) {
+  const CFMutableArrayRef array = CFArrayCreateMutable(kCFAllocatorDefault, 0, callBacks);
   for (const CFTypeRef value : values) CFArrayAppendValue(array, value);
   return own(array);
+}
+
+}  // namespace
+
+CFOwner cfArray(const std::vector<CFTypeRef>& values) {
+  return arrayOf(values, &kCFTypeArrayCallBacks);
+}
+
+CFOwner cfUnretainedArray(const std::vector<CFTypeRef>& values) {
+  return arrayOf(values, nullptr);
 }
 
 CFOwner cfDictionary(const std::vector<std::pair<CFTypeRef, CFTypeRef>>& pairs) {

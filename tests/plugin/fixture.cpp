@@ -2,8 +2,22 @@
 
 #include "standin/coreservices/metadata/planned_answers.h"
 
+std::string pluginPath;
+
+// An old host's tables are kept for the life of the process on purpose; once the plug-in is unloaded the leak
+// sanitizer loses sight of them.
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:PluginTest::startWith\n";
+}
+
 bool isMachO() {
   return pluginPath.ends_with(".dylib");
+}
+
+host::Settings settingsOf(double version) {
+  host::Settings settings = version < 2012.0 ? host::oldHost(version) : host::Settings();
+  settings.version = version;
+  return settings;
 }
 
 void PluginTest::start(const host::Settings& settings, const std::set<std::string>& absent) {
@@ -27,11 +41,15 @@ void PluginTest::TearDown() {
   auto left = host::stop();
   std::erase(left, allowed_);
   EXPECT_EQ(leftBehind_, left);
+  expectLedgerOfStart();
+}
+
+void PluginTest::expectLedgerOfStart() const {
   EXPECT_EQ(afterStart_, standin::ledger());
 }
 
-std::vector<standin::LedgerLine> ledgerWithoutFramework() {
-  auto lines = standin::ledger();
+LedgerLines ledgerWithoutFramework() {
+  LedgerLines lines = standin::ledger();
   std::erase_if(lines, [](const standin::LedgerLine& line) { return line.kind == "CFBundle"; });
   return lines;
 }

@@ -10,21 +10,15 @@
 #include <string>
 #include <vector>
 
-#include "standin/gate/gate.h"
+#include "standin/coreservices/metadata/control.h"
 #include "standin/host/host.h"
 #include "standin/plugin/plugin_file.h"
-#include "tests/plugin/temp_tree.h"
+#include "tests/support/calls.h"
+#include "tests/support/ledger.h"
+#include "tests/support/sanitizers.h"
+#include "tests/support/scratch_folder.h"
 
 namespace host = standin::host;
-
-namespace standin {
-inline bool operator==(const LedgerLine& a, const LedgerLine& b) {
-  return a.kind == b.kind && a.count == b.count;
-}
-inline void PrintTo(const LedgerLine& line, std::ostream* out) {
-  *out << line.count << " " << line.kind;
-}
-}  // namespace standin
 
 namespace standin::host {
 inline bool operator==(const Exception& a, const Exception& b) {
@@ -38,11 +32,29 @@ inline void PrintTo(const Exception& exception, std::ostream* out) {
 extern std::string pluginPath;  // what --plugin named
 bool isMachO();                 // whether that is the dylib
 
+// A host of this version; one before 2012 lacks the services that came with 2012.
+host::Settings settingsOf(double version);
+
+// The parameters of a test that takes something away from every call or service in its turn: none for the
+// dylib under the address sanitizer. It is no part of what is instrumented, and the build without sanitizers
+// sweeps it. A suite that uses this may have no instance (GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST).
+template <typename Case>
+std::vector<Case> swept(std::vector<Case> cases) {
+  return isMachO() && underAddressSanitizer() ? std::vector<Case>() : cases;
+}
+
 const host::Exception kNilQuery = {"NilObjectException", "MDQuery Reference is nil", 0};
 const host::Exception kNilItem = {"NilObjectException", "MDItem Reference is nil", 0};
 
 typedef std::vector<host::Exception> Exceptions;
-typedef std::vector<std::string> Calls;
+typedef std::vector<std::string> Texts;
+
+// For what may come in any order.
+template <typename Element>
+std::vector<Element> sorted(std::vector<Element> elements) {
+  std::sort(elements.begin(), elements.end());
+  return elements;
+}
 
 class PluginTest : public testing::Test {
  protected:
@@ -60,35 +72,19 @@ class PluginTest : public testing::Test {
   // The same for any number of objects of this description.
   void allowLeftBehind(const std::string& object) { allowed_ = object; }
 
+  // A test that has stopped the host itself has nothing more to show.
   void TearDown() override;
+  void expectLedgerOfStart() const;
+
+  // Null before the first start.
+  const standin::PluginFile* plugin() const { return plugin_ ? &*plugin_ : nullptr; }
 
  private:
   std::optional<standin::PluginFile> plugin_;
-  std::vector<standin::LedgerLine> afterStart_;
+  LedgerLines afterStart_;
   std::vector<std::string> leftBehind_;
   std::string allowed_;
 };
 
-// The calls that reached the platform and the host while `act` ran, in order.
-template <typename Act>
-Calls callsOf(Act act) {
-  standin::startLog();
-  act();
-  return standin::stopLog();
-}
-
-// The same, with the type of what is released: "CFRelease CFString".
-template <typename Act>
-Calls detailedCallsOf(Act act) {
-  standin::startDetailedLog();
-  act();
-  return standin::stopLog();
-}
-
 // The ledger without the framework that start-up keeps when it could be loaded.
-std::vector<standin::LedgerLine> ledgerWithoutFramework();
-
-// The last calls of those.
-inline Calls lastOf(const Calls& calls, size_t count) {
-  return Calls(calls.end() - static_cast<ptrdiff_t>(std::min(count, calls.size())), calls.end());
-}
+LedgerLines ledgerWithoutFramework();

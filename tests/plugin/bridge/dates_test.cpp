@@ -96,7 +96,7 @@ TEST_F(Dates, AreInGMTWhateverTheLocalTimeZone) {
 }
 
 TEST_F(Dates, AreReadAndSetFieldByField) {
-  start({}, {}, listening);
+  startWith(listening);
   const std::vector<std::string> all = {"Year", "Month", "Day", "Hour", "Minute", "Second"};
   touched.clear();
   const CFOwner date = toDate(host::date(2001, 1, 1));
@@ -109,7 +109,7 @@ TEST_F(Dates, AreReadAndSetFieldByField) {
 TEST_F(Dates, ThatHaveNoSecondAreNullThoughTheOtherFieldsWereRead) {
   host::Settings settings;
   settings.unreadableProperties = {"Second"};
-  start(settings, {}, listening);
+  startWith(listening, settings);
   touched.clear();
   EXPECT_EQ(nullptr, toDate(host::date(2001, 1, 1)));
   EXPECT_EQ(6u, touched.size());
@@ -118,7 +118,7 @@ TEST_F(Dates, ThatHaveNoSecondAreNullThoughTheOtherFieldsWereRead) {
 TEST_F(Dates, AreNotReadBeyondAFieldThatTheyLack) {
   host::Settings settings;
   settings.unreadableProperties = {"Day"};
-  start(settings, {}, listening);
+  startWith(listening, settings);
   touched.clear();
   EXPECT_EQ(nullptr, toDate(host::date(2001, 1, 1)));
   EXPECT_EQ((std::vector<std::string>{"Year", "Month", "Day"}), touched);

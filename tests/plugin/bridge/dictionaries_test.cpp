@@ -8,8 +8,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 const char* const kSetter = "Value(key As Variant, Assigns _value As Variant)";
 const char* const kGetter = "Value(key As Variant) As Variant";
 const char* const kKeyGetter = "Key(index As Integer) As Variant";
@@ -80,7 +78,7 @@ class Dictionaries : public BridgeTest {
   void startListening() {
     host::Settings settings;
     settings.reusesAddresses = true;
-    start(settings, {}, listening);
+    startWith(listening, settings);
     loaded.clear();
     events.clear();
     parts.clear();
@@ -105,7 +103,7 @@ double doubleOf(const void* value) {
 
 TEST_F(DictionariesToVariant, DictionariesHaveTheirEntries) {
   start();
-  const auto one = text("one"), two = text("two"), five = number(5);
+  const auto one = cfText("one"), two = cfText("two"), five = cfInt32(5);
   const host::Value dictionary =
       toVariant(cfDictionary({{one.get(), five.get()}, {two.get(), kCFNull}, {five.get(), one.get()}}).get());
   EXPECT_EQ(3u, host::entries(dictionary).size());
@@ -120,10 +118,10 @@ TEST_F(DictionariesToVariant, ANestedDictionaryIsItsOwnAndTheOuterOneGetsItsOthe
   start(settings);
   std::vector<CFOwner> keys;
   std::vector<std::pair<const void*, const void*>> pairs;
-  const auto name = text("name");
+  const auto name = cfText("name");
   const auto inner = cfDictionary({{name.get(), kCFBooleanTrue}});
   for (int i = 0; i < 20; ++i) {
-    keys.push_back(number(i));
+    keys.push_back(cfInt32(i));
     pairs.emplace_back(keys.back().get(),
                        i % 2 == 0 ? inner.get() : static_cast<const void*>(kCFBooleanFalse));
   }
@@ -143,7 +141,7 @@ TEST_F(DictionariesToVariant, DictionariesOneAfterTheOtherAtTheSameAddressLoadTh
   host::Settings settings;
   settings.reusesAddresses = true;
   start(settings);
-  const auto name = text("name");
+  const auto name = cfText("name");
   for (int i = 0; i < 5; ++i) {
     const host::Value dictionary = toVariant(cfDictionary({{name.get(), kCFBooleanTrue}}).get());
     EXPECT_EQ(1u, host::entries(dictionary).size());
@@ -152,7 +150,7 @@ TEST_F(DictionariesToVariant, DictionariesOneAfterTheOtherAtTheSameAddressLoadTh
 
 TEST_F(DictionariesToVariant, ADictionaryAsKeyIsConvertedBeforeTheOuterOnesMethodsAreAskedFor) {
   start();
-  const auto name = text("name");
+  const auto name = cfText("name");
   const auto key = cfDictionary({{name.get(), kCFBooleanTrue}});
   const host::Value dictionary = toVariant(cfDictionary({{key.get(), key.get()}}).get());
   ASSERT_EQ(1u, host::entries(dictionary).size());
@@ -171,7 +169,7 @@ TEST_F(DictionariesToVariant, ADictionaryWithoutASetterStaysEmpty) {
   host::Settings settings;
   settings.unloadableMethods = {"Value(key As Variant, Assigns _value As Variant)"};
   start(settings);
-  const auto name = text("name");
+  const auto name = cfText("name");
   EXPECT_EQ(0u, host::entries(toVariant(cfDictionary({{name.get(), name.get()}}).get())).size());
 }
 
@@ -180,7 +178,7 @@ TEST_F(DictionariesToVariant, WithoutADictionaryClassAreNilAndMakeNothing) {
   host::settings().unknownClasses = {"Dictionary"};
   const auto inner = cfDictionary({{CFSTR("name"), kCFBooleanTrue}});
   EXPECT_TRUE(toVariant(inner.get()).isNil());
-  EXPECT_THAT(loaded, ElementsAre());
+  EXPECT_EQ(Texts(), loaded);
   const host::Value array = toVariant(cfArray({inner.get(), kCFBooleanTrue}).get());
   EXPECT_TRUE(host::elements(array)[0].isNil());
   EXPECT_TRUE(host::elements(array)[1].boolean());
@@ -189,16 +187,16 @@ TEST_F(DictionariesToVariant, WithoutADictionaryClassAreNilAndMakeNothing) {
 TEST_F(DictionariesToVariant, OfNothingAreEmptyAndAskForNoMethods) {
   startListening();
   EXPECT_EQ(0u, host::entries(toVariant(cfDictionary({}).get())).size());
-  EXPECT_THAT(loaded, ElementsAre());
+  EXPECT_EQ(Texts(), loaded);
 }
 
 TEST_F(DictionariesToVariant, LoadTheirThreeMethodsOnceForAllEntries) {
   startListening();
-  const auto one = number(1), two = number(2), three = number(3);
+  const auto one = cfInt32(1), two = cfInt32(2), three = cfInt32(3);
   const auto pairs =
       cfDictionary({{one.get(), two.get()}, {two.get(), three.get()}, {three.get(), one.get()}});
   EXPECT_EQ(3u, host::entries(toVariant(pairs.get())).size());
-  EXPECT_THAT(loaded, ElementsAre(kSetter, kGetter, kKeyGetter));
+  EXPECT_EQ((Texts{kSetter, kGetter, kKeyGetter}), loaded);
 }
 
 TEST_F(DictionariesToVariant, LoadTheirMethodsAgainAfterEachDictionaryInThem) {
@@ -227,9 +225,9 @@ TEST_F(DictionariesToVariant, ADictionaryInAKeyInAKeyIsConverted) {
 
 TEST_F(DictionariesToVariant, ConvertTheValueThenTheKeyAndGiveBackTheKeyFirst) {
   startListening();
-  const auto key = number(5);
+  const auto key = cfInt32(5);
   toVariant(cfDictionary({{key.get(), kCFBooleanTrue}}).get());
-  EXPECT_THAT(events, ElementsAre("value", "key", "key unlocked", "value unlocked"));
+  EXPECT_EQ((Texts{"value", "key", "key unlocked", "value unlocked"}), events);
 }
 
 // To the platform
@@ -241,8 +239,8 @@ TEST_F(DictionariesToCF, DictionariesHaveTheirEntriesWithNullForNil) {
   ASSERT_EQ(3, CFDictionaryGetCount(dictionary));
   EXPECT_EQ(5, doubleOf(CFDictionaryGetValue(dictionary, CFSTR("a"))));
   EXPECT_EQ(kCFNull, CFDictionaryGetValue(dictionary, CFSTR("b")));
-  const CFOwner seven = number(7);
-  EXPECT_EQ("text", utf8(CFDictionaryGetValue(dictionary, seven.get())));
+  const CFOwner seven = cfInt32(7);
+  EXPECT_EQ("text", textOf(CFDictionaryGetValue(dictionary, seven.get())));
 }
 
 TEST_F(DictionariesToCF, NestedDictionariesDoNotMixUpTheirMethods) {
@@ -255,7 +253,7 @@ TEST_F(DictionariesToCF, NestedDictionariesDoNotMixUpTheirMethods) {
   const auto dictionary = static_cast<CFDictionaryRef>(result.get());
   ASSERT_EQ(10, CFDictionaryGetCount(dictionary));
   for (int i = 0; i < 10; ++i) {
-    const CFOwner key = number(i);
+    const CFOwner key = cfInt32(i);
     const auto inner = static_cast<CFDictionaryRef>(CFDictionaryGetValue(dictionary, key.get()));
     EXPECT_EQ(i, doubleOf(CFDictionaryGetValue(inner, CFSTR("inner"))));
   }
@@ -289,7 +287,7 @@ TEST_F(DictionariesToCF, LoadTheirThreeMethodsOnceForAllEntries) {
   startListening();
   EXPECT_EQ(3, count(toCF(host::dictionary({{1, 2}, {2, 3}, {3, 1}}))));
   // The first is not the dictionary's: it is how a folder item is known.
-  EXPECT_THAT(loaded, ElementsAre("TrueItem(Index as integer) as Folderitem", kSetter, kGetter, kKeyGetter));
+  EXPECT_EQ((Texts{"TrueItem(Index as integer) as Folderitem", kSetter, kGetter, kKeyGetter}), loaded);
 }
 
 TEST_F(DictionariesToCF, ADictionaryAsKeyIsConvertedAndTheOuterOnesOtherEntriesAreThere) {
@@ -309,7 +307,7 @@ TEST_F(DictionariesToCF, ADictionaryAsKeyIsConvertedAndTheOuterOnesOtherEntriesA
 TEST_F(DictionariesToCF, FetchTheKeyThenTheValueAndGiveBackTheKeyFirst) {
   startListening();
   toCF(host::dictionary({{5, true}}));
-  EXPECT_THAT(events, ElementsAre("key", "value", "key unlocked", "value unlocked"));
+  EXPECT_EQ((Texts{"key", "value", "key unlocked", "value unlocked"}), events);
 }
 
 // As host code would that runs when a key is asked for.

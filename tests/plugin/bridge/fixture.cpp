@@ -2,14 +2,11 @@
 
 namespace {
 
-std::vector<std::string> ledgerLines() {
-  std::vector<std::string> lines;
-  for (const auto& line : standin::ledger()) lines.push_back(std::to_string(line.count) + " " + line.kind);
-  return lines;
+// On the plug-in's side, and no call of its own: none that is logged, or made to fail.
+void unlockObject(void* object) {
+  const standin::Inside test("the test");
+  reinterpret_cast<void (*)(void*)>(host::resolve("REALUnlockObject"))(object);
 }
-
-// The plug-in's own entry, found before any failure is planned.
-void (*unlockObject)(void*) = nullptr;
 
 }  // namespace
 
@@ -23,32 +20,21 @@ Variant::~Variant() {
   if (handle_) unlockObject(handle_);
 }
 
-void BridgeTest::start(const host::Settings& settings, const std::set<std::string>& absent,
-                       standin::PluginFile::Resolver* resolver) {
-  host::start(settings);
-  unlockObject = reinterpret_cast<void (*)(void*)>(host::resolve("REALUnlockObject"));
-  plugin_.emplace(bridgePath, absent);
-  plugin_->main()(resolver);
-  afterStart_ = ledgerLines();
-}
-
 void BridgeTest::TearDown() {
   standin::clearFailures();
-  if (!plugin_) return;
-  EXPECT_EQ(nullptr, lastDictionary()) << "a dictionary is remembered after its conversion";
-  if (host::running()) {
-    EXPECT_EQ(0u, host::takeExceptions().size()) << "raised, and nobody looked";
-    EXPECT_EQ(leftBehind_, host::stop());
+  if (plugin()) {
+    EXPECT_EQ(nullptr, lastDictionary()) << "a dictionary is remembered after its conversion";
   }
-  EXPECT_EQ(afterStart_, ledgerLines());
+  PluginTest::TearDown();
+  if (plugin()) expectLedgerOfStart();
 }
 
 void* BridgeTest::toVariantAlone(const void* value) {
-  return reinterpret_cast<void* (*)(const void*)>(plugin_->symbol("toVariant"))(value);
+  return reinterpret_cast<void* (*)(const void*)>(plugin()->symbol("toVariant"))(value);
 }
 
 const void* BridgeTest::toCFAlone(const Variant& variant) {
-  return reinterpret_cast<const void* (*)(void*)>(plugin_->symbol("toCF"))(variant.handle());
+  return reinterpret_cast<const void* (*)(void*)>(plugin()->symbol("toCF"))(variant.handle());
 }
 
 host::Value BridgeTest::fromPlugin(void* handle) {
@@ -66,10 +52,6 @@ CFOwner BridgeTest::toCF(const host::Value& value) {
   return own(toCFAlone(Variant(value)));
 }
 
-bool isMachO() {
-  return bridgePath.ends_with(".dylib");
-}
-
 bool BridgeTest::toCFFails(const host::Value& value, int n) {
   const Variant variant(value);
   standin::failCall(n);
@@ -80,55 +62,18 @@ bool BridgeTest::toCFFails(const host::Value& value, int n) {
 }
 
 CFOwner BridgeTest::toDate(const host::Value& date) {
-  return own(reinterpret_cast<const void* (*)(void*)>(plugin_->symbol("toDate"))(date.handle()));
+  return own(reinterpret_cast<const void* (*)(void*)>(plugin()->symbol("toDate"))(date.handle()));
 }
 
 CFOwner BridgeTest::toURL(const host::Value& item) {
-  return own(reinterpret_cast<const void* (*)(void*)>(plugin_->symbol("toURL"))(item.handle()));
+  return own(reinterpret_cast<const void* (*)(void*)>(plugin()->symbol("toURL"))(item.handle()));
 }
 
 void BridgeTest::addPair(const void* key, const void* value, const host::Value& dictionary) {
-  const auto function = plugin_->symbol("addPair");
+  const auto function = plugin()->symbol("addPair");
   reinterpret_cast<void (*)(const void*, const void*, void*)>(function)(key, value, dictionary.handle());
 }
 
 void* BridgeTest::lastDictionary() {
-  return reinterpret_cast<void* (*)()>(plugin_->symbol("lastDictionary"))();
-}
-
-CFOwner number(int32_t value) {
-  return own(CFNumberCreate(nullptr, kCFNumberSInt32Type, &value));
-}
-
-CFOwner number64(int64_t value) {
-  return own(CFNumberCreate(nullptr, kCFNumberSInt64Type, &value));
-}
-
-CFOwner real(double value) {
-  return own(CFNumberCreate(nullptr, kCFNumberFloat64Type, &value));
-}
-
-CFOwner text(const std::string& utf8) {
-  return own(CFStringCreateWithCString(nullptr, utf8.c_str(), kCFStringEncodingUTF8));
-}
-
-CFOwner cfArray(const std::vector<const void*>& values) {
-  const auto array = CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks);
-  for (const void* value : values) CFArrayAppendValue(array, value);
-  return own(array);
-}
-
-CFOwner cfDictionary(const std::vector<std::pair<const void*, const void*>>& pairs) {
-  const auto dictionary =
-      CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
-  for (const auto& [key, value] : pairs) CFDictionarySetValue(dictionary, key, value);
-  return own(dictionary);
-}
-
-std::string utf8(const void* string) {
-  const auto text = static_cast<CFStringRef>(string);
-  std::string bytes(static_cast<size_t>(CFStringGetLength(text)) * 3 + 1, '\0');
-  EXPECT_TRUE(
-      CFStringGetCString(text, bytes.data(), static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8));
-  return bytes.c_str();
+  return reinterpret_cast<void* (*)()>(plugin()->symbol("lastDictionary"))();
 }

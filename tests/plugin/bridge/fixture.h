@@ -1,34 +1,12 @@
 // The value bridge of either binary, in a stand-in host.
 #pragma once
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "standin/gate/gate.h"
-#include "standin/host/host.h"
-#include "standin/plugin/plugin_file.h"
-
-namespace host = standin::host;
-
-extern std::string bridgePath;  // what --bridge named
-
-struct CFReleaser {
-  void operator()(const void* value) const { CFRelease(value); }
-};
-typedef std::unique_ptr<const void, CFReleaser> CFOwner;  // of one reference
-
-bool isMachO();  // whether the binary is the dylib
-
-inline CFOwner own(const void* value) {
-  return CFOwner(value);
-}
+#include "tests/plugin/cf_values.h"
+#include "tests/plugin/fixture.h"
 
 // A value as the plug-in gets it from host code, for the time of a scope: locked by the plug-in's side.
 class Variant {
@@ -44,24 +22,18 @@ class Variant {
   void* handle_ = nullptr;
 };
 
-typedef std::vector<std::string> Calls;
-
 // The calls that reached the host and the platform while `act` ran, in order, without the requests for
 // services; what is released comes with its type.
 template <typename Act>
-Calls detailedCallsOf(Act act) {
-  standin::startDetailedLog();
-  act();
-  Calls calls = standin::stopLog();
+Calls conversionCallsOf(Act act) {
+  Calls calls = detailedCallsOf(act);
   std::erase_if(calls, [](const std::string& call) { return call.starts_with("resolve "); });
   return calls;
 }
 
-class BridgeTest : public testing::Test {
+class BridgeTest : public PluginTest {
  protected:
-  // `absent` names platform functions that this plug-in does not find (dylib only).
-  void start(const host::Settings& settings = {}, const std::set<std::string>& absent = {},
-             standin::PluginFile::Resolver* resolver = host::resolve);
+  // The ledger is where it was after start-up, also when the test has stopped the host.
   void TearDown() override;
 
   // GetCFTypeAsVariant; what it returned has gone to the host's side.
@@ -81,21 +53,4 @@ class BridgeTest : public testing::Test {
   const void* toCFAlone(const Variant& variant);
   // What toVariantAlone returned, gone to the host's side.
   static host::Value fromPlugin(void* handle);
-
-  // What the plug-in abandons on purpose.
-  void expectLeftBehind(std::vector<std::string> objects) { leftBehind_ = std::move(objects); }
-
- private:
-  std::optional<standin::PluginFile> plugin_;
-  std::vector<std::string> afterStart_;
-  std::vector<std::string> leftBehind_;
 };
-
-// Core Foundation values for tests.
-CFOwner number(int32_t value);
-CFOwner number64(int64_t value);
-CFOwner real(double value);
-CFOwner text(const std::string& utf8);
-CFOwner cfArray(const std::vector<const void*>& values);
-CFOwner cfDictionary(const std::vector<std::pair<const void*, const void*>>& pairs);
-std::string utf8(const void* string);

@@ -6,8 +6,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 // What the plug-in asked of the host, in order: the tests of an object, or locks.
 Calls noted;
 void* former;  // the object that stands in new arrays
@@ -66,62 +64,60 @@ class Order : public BridgeTest {
   void startListening(double version) {
     host::Settings settings;
     settings.version = version;
-    start(settings, {}, listening);
+    startWith(listening, settings);
     noted.clear();
   }
   Calls callsToCF(const host::Value& value) {
     const Variant variant(value);
     CFOwner result;
-    return detailedCallsOf([&] { result = own(toCFAlone(variant)); });
+    return conversionCallsOf([&] { result = own(toCFAlone(variant)); });
   }
 };
 
 TEST_F(Order, OfConstantsEndsWithTheirRetain) {
   startOn(2014.1);
-  EXPECT_THAT(callsToCF(true), ElementsAre("VarType", "VariantToInt32", "CFRetain"));
-  EXPECT_THAT(callsToCF(false), ElementsAre("VarType", "VariantToInt32", "CFRetain"));
-  EXPECT_THAT(callsToCF(host::Value::nullString()), ElementsAre("VarType", "VariantToString", "CFRetain"));
+  EXPECT_EQ((Calls{"VarType", "VariantToInt32", "CFRetain"}), callsToCF(true));
+  EXPECT_EQ((Calls{"VarType", "VariantToInt32", "CFRetain"}), callsToCF(false));
+  EXPECT_EQ((Calls{"VarType", "VariantToString", "CFRetain"}), callsToCF(host::Value::nullString()));
 }
 
 TEST_F(Order, OfMemoryBlocksIsTheSizeThenThePointerBetweenLocks) {
   startOn(2014.1);
-  EXPECT_THAT(callsToCF(host::memoryBlock("bytes")),
-              ElementsAre("VarType", "pluginObjectType", "RuntimeObjectIsa", "REALLockObject",
-                          "memoryBlockGetSize", "memoryBlockGetPtr", "CFDataCreate", "REALUnlockObject"));
+  EXPECT_EQ((Calls{"VarType", "pluginObjectType", "RuntimeObjectIsa", "REALLockObject", "memoryBlockGetSize",
+                   "memoryBlockGetPtr", "CFDataCreate", "REALUnlockObject"}),
+            callsToCF(host::memoryBlock("bytes")));
 }
 
 // Elements that are read where they lie.
 
 TEST_F(Order, OfAnArrayOfObjectsIsLockConvertAppendUnlock) {
   startOn(2013.9);
-  EXPECT_THAT(callsToCF(host::objectArray({7})),
-              ElementsAre("VarType", "RuntimeUBound", "CFArrayCreateMutable", "REALLockObject", "VarType",
-                          "VariantToInt32", "CFNumberCreate", "CFArrayAppendValue", "CFRelease CFNumber",
-                          "REALUnlockObject"));
+  EXPECT_EQ((Calls{"VarType", "RuntimeUBound", "CFArrayCreateMutable", "REALLockObject", "VarType",
+                   "VariantToInt32", "CFNumberCreate", "CFArrayAppendValue", "CFRelease CFNumber",
+                   "REALUnlockObject"}),
+            callsToCF(host::objectArray({7})));
 }
 
 TEST_F(Order, OfAnArrayOfDatesIsLockConvertAppendUnlock) {
   startOn(2013.9);
-  EXPECT_THAT(
-      callsToCF(host::dateArray({host::date(2001, 1, 1)})),
-      ElementsAre("VarType", "RuntimeUBound", "CFArrayCreateMutable", "REALLockObject", "REALGetPropValueInt",
-                  "REALGetPropValueInt", "REALGetPropValueInt", "REALGetPropValueInt", "REALGetPropValueInt",
-                  "REALGetPropValueInt", "CFGregorianDateGetAbsoluteTime", "CFDateCreate",
-                  "CFArrayAppendValue", "CFRelease CFDate", "REALUnlockObject"));
+  EXPECT_EQ((Calls{"VarType", "RuntimeUBound", "CFArrayCreateMutable", "REALLockObject",
+                   "REALGetPropValueInt", "REALGetPropValueInt", "REALGetPropValueInt", "REALGetPropValueInt",
+                   "REALGetPropValueInt", "REALGetPropValueInt", "CFGregorianDateGetAbsoluteTime",
+                   "CFDateCreate", "CFArrayAppendValue", "CFRelease CFDate", "REALUnlockObject"}),
+            callsToCF(host::dateArray({host::date(2001, 1, 1)})));
 }
 
 TEST_F(Order, OfAnArrayOfStringsIsLockConvertAppendUnlock) {
   startOn(2013.9);
-  EXPECT_THAT(
-      callsToCF(host::stringArray({"text"})),
-      ElementsAre("VarType", "RuntimeUBound", "CFArrayCreateMutable", "REALLockString",
-                  "REALGetStringCFString", "CFArrayAppendValue", "CFRelease CFString", "REALUnlockString"));
+  EXPECT_EQ((Calls{"VarType", "RuntimeUBound", "CFArrayCreateMutable", "REALLockString",
+                   "REALGetStringCFString", "CFArrayAppendValue", "CFRelease CFString", "REALUnlockString"}),
+            callsToCF(host::stringArray({"text"})));
 }
 
 TEST_F(Order, OfStoringAnElementIsItsLockBeforeTheUnlockOfTheFormerOne) {
   startListening(2013.9);
   const host::Value array = toVariant(cfArray({kCFBooleanTrue}).get());
-  EXPECT_THAT(noted, ElementsAre("element locked", "former unlocked", "element unlocked"));
+  EXPECT_EQ((Texts{"element locked", "former unlocked", "element unlocked"}), noted);
   EXPECT_TRUE(host::elements(array)[0].boolean());
 }
 
@@ -129,13 +125,21 @@ TEST_F(Order, OfTheTestsOfAnObjectIsThatOfTheTable) {
   startListening(2014.1);
   const Variant object(host::newInstance("MDItemZNK"));
   EXPECT_EQ(nullptr, toCFAlone(object));
-  EXPECT_THAT(
-      noted, ElementsAre("MemoryBlock", "TrueItem(Index as integer) as Folderitem", "Dictionary", "CGRectZNK",
-                         "CGSizeZNK", "CGPointZNK", "CGImageZNK", "CGColorSpaceZNK", "CGColorZNK",
-                         "CGDataProviderZNK", "CGDataConsumerZNK", "CGFontZNK", "CGContextZNK", "CGEventZNK",
-                         "CGEventSourceZNK", "CGLayerZNK", "CGPathZNK", "CGPSConverterZNK", "KeychainZNK",
-                         "KeychainItemZNK", "CFObjectZNK", "NSAttributedStringZNK", "NSTimerZNK",
-                         "NSCalendarZNK", "NSCharacterSetZNK", "NSErrorZNK", "NSLocaleZNK", "NSTimeZoneZNK"));
+  EXPECT_EQ((Texts{"MemoryBlock",       "TrueItem(Index as integer) as Folderitem",
+                   "Dictionary",        "CGRectZNK",
+                   "CGSizeZNK",         "CGPointZNK",
+                   "CGImageZNK",        "CGColorSpaceZNK",
+                   "CGColorZNK",        "CGDataProviderZNK",
+                   "CGDataConsumerZNK", "CGFontZNK",
+                   "CGContextZNK",      "CGEventZNK",
+                   "CGEventSourceZNK",  "CGLayerZNK",
+                   "CGPathZNK",         "CGPSConverterZNK",
+                   "KeychainZNK",       "KeychainItemZNK",
+                   "CFObjectZNK",       "NSAttributedStringZNK",
+                   "NSTimerZNK",        "NSCalendarZNK",
+                   "NSCharacterSetZNK", "NSErrorZNK",
+                   "NSLocaleZNK",       "NSTimeZoneZNK"}),
+            noted);
 }
 
 // The function by which the reference in a wrapper of the class is retained.
@@ -170,7 +174,7 @@ const Retain kRetains[] = {
 
 CFOwner instanceFor(const std::string& className) {
   const std::string type = className.substr(0, className.size() - strlen("ZNK"));
-  return type.starts_with("CG") ? own(standin::makeInstance(type)) : text("any value");
+  return type.starts_with("CG") ? own(standin::makeInstance(type)) : cfText("any value");
 }
 
 TEST_F(Order, OfAWrapperEndsWithTheRetainOfItsRow) {
@@ -178,7 +182,7 @@ TEST_F(Order, OfAWrapperEndsWithTheRetainOfItsRow) {
   for (const auto& [className, function] : kRetains) {
     host::addWrapperClass(className, true);
     const host::Value wrapper = host::newInstance(className);
-    host::setWrapped(wrapper, instanceFor(className).release());
+    host::setWrapped(wrapper, instanceFor(className).leak());
     const Calls calls = callsToCF(wrapper);
     ASSERT_GE(calls.size(), 2u);
     EXPECT_EQ("RuntimeObjectIsa", calls.end()[-2]) << className;

@@ -26,15 +26,15 @@ class Trees {
     const int kinds = depth > 0 ? 8 : 6;
     switch (below(kinds)) {
       case 0:
-        return number(static_cast<int32_t>(random_()));
+        return cfInt32(static_cast<int32_t>(random_()));
       case 1:
-        return number64(static_cast<int64_t>(random_()) << 20);
+        return cfInt64(static_cast<int64_t>(random_()) << 20);
       case 2:
-        return real(static_cast<double>(random_()) / 7);
+        return cfReal(static_cast<double>(random_()) / 7);
       case 3:
         return own(CFRetain(below(2) ? kCFBooleanTrue : kCFBooleanFalse));
       case 4:
-        return text(word());
+        return cfText(word());
       case 5:
         return own(CFDateCreate(nullptr, static_cast<double>(below(2000000000)) - 1000000000));
       case 6:
@@ -70,7 +70,7 @@ class Trees {
     std::vector<std::pair<const void*, const void*>> pairs;
     for (int i = below(5); i > 0; --i) {
       // Host code tells keys apart whatever their letter case, so they differ by number.
-      owners.push_back(text(std::to_string(i) + word()));
+      owners.push_back(cfText(std::to_string(i) + word()));
       const void* const key = owners.back().get();
       owners.push_back(next(depth - 1));
       pairs.emplace_back(key, owners.back().get());
@@ -131,7 +131,7 @@ const int kLevels = underAddressSanitizer() ? 50 : 1000;
 
 TEST_F(RoundTrip, OfAThousandLevelsOfArraysFitsInASmallStack) {
   start();
-  CFOwner tree = number(1);
+  CFOwner tree = cfInt32(1);
   for (int i = 0; i < kLevels; ++i) tree = cfArray({tree.get()});
   host::Value value;
   CFOwner back;
@@ -144,8 +144,8 @@ TEST_F(RoundTrip, OfAThousandLevelsOfArraysFitsInASmallStack) {
 
 TEST_F(RoundTrip, OfAThousandLevelsOfDictionariesFitsInASmallStack) {
   start();
-  const CFOwner key = text("key");
-  CFOwner tree = number(1);
+  const CFOwner key = cfText("key");
+  CFOwner tree = cfInt32(1);
   for (int i = 0; i < kLevels; ++i) tree = cfDictionary({{key.get(), tree.get()}});
   host::Value value;
   CFOwner back;
@@ -161,7 +161,7 @@ TEST_F(RoundTrip, OfAThousandLevelsOfDictionariesFitsInASmallStack) {
 class Faults : public BridgeTest, public testing::WithParamInterface<double> {
  protected:
   CFOwner makeTree() {
-    const CFOwner one = number(1), name = text("name"), half = real(0.5),
+    const CFOwner one = cfInt32(1), name = cfText("name"), half = cfReal(0.5),
                   date = own(CFDateCreate(nullptr, 5));
     const CFOwner list = cfArray({one.get(), name.get(), half.get(), date.get(), kCFBooleanTrue});
     return cfDictionary({{name.get(), list.get()}, {one.get(), date.get()}});

@@ -19,7 +19,7 @@ CFOwner truth() {
   return own(CFRetain(kCFBooleanTrue));
 }
 CFOwner seven() {
-  return number(7);
+  return cfInt32(7);
 }
 CFOwner arrayOfOne() {
   return cfArray({kCFBooleanTrue});
@@ -34,7 +34,7 @@ CFOwner dictionaryOfOne() {
   return cfDictionary({{CFSTR("key"), kCFBooleanTrue}});
 }
 CFOwner word() {
-  return text("word");
+  return cfText("word");
 }
 CFOwner bytes() {
   return own(CFDataCreate(nullptr, reinterpret_cast<const UInt8*>("bytes"), 5));

@@ -7,9 +7,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-
 const uint32_t kTag = 0x52424346;
 const char* const kAny = "CFObjectZNK";
 
@@ -44,7 +41,7 @@ Calls typeTestsUpTo(const Row& last) {
 class Rows : public BridgeTest, public testing::WithParamInterface<Row> {
  protected:
   void SetUp() override {
-    start({}, {}, listening);
+    startWith(listening);
     asked.clear();
   }
 
@@ -55,7 +52,7 @@ class Rows : public BridgeTest, public testing::WithParamInterface<Row> {
   Calls callsOfConversion() {
     const CFOwner value = GetParam().make();
     void* result = nullptr;
-    const Calls calls = detailedCallsOf([&] { result = toVariantAlone(value.get()); });
+    const Calls calls = conversionCallsOf([&] { result = toVariantAlone(value.get()); });
     fromPlugin(result);
     return calls;
   }
@@ -116,13 +113,13 @@ TEST_P(NativeRows, AreNilWithoutTheHostsClassWhereTheyNeedOne) {
   if (!className()) return expectNative();
   host::settings().unknownClasses = {className()};
   expectNil();
-  EXPECT_THAT(asked, ElementsAre(className()));
+  EXPECT_EQ(Texts{className()}, asked);
 }
 
 TEST_P(NativeRows, AreTestedForAfterAllRowsBefore) {
   Calls calls = callsOfConversion();
   calls.erase(std::find_if_not(calls.begin(), calls.end(), isTypeTest), calls.end());
-  EXPECT_THAT(calls, ElementsAreArray(typeTests()));
+  EXPECT_EQ(typeTests(), calls);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, NativeRows, testing::ValuesIn(rowsOf(Treatment::native)));
@@ -156,7 +153,7 @@ TEST_P(ShadowedRows, AreReachedWhenTheEarlierRowsTestFails) {
   const CFOwner value = GetParam().make();
   standin::failCall((std::string(GetParam().type) + "GetTypeID").c_str(), 1);
   EXPECT_EQ(value.get(), host::wrapped(toVariant(value.get())));
-  EXPECT_THAT(asked, ElementsAre(className()));
+  EXPECT_EQ(Texts{className()}, asked);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ShadowedRows, testing::ValuesIn(rowsOf(Treatment::shadowed)));
@@ -168,18 +165,18 @@ class PlainRows : public Rows {};
 TEST_P(PlainRows, BecomeWrappersOfTheirClass) {
   host::addWrapperClass(className(), true);
   expectWrapper(className());
-  EXPECT_THAT(asked, ElementsAre(className()));
+  EXPECT_EQ(Texts{className()}, asked);
 }
 
 TEST_P(PlainRows, AreNilWithoutTheirClassEvenWhenCFObjectIsThere) {
   host::addWrapperClass(kAny, true);
   expectNil();
-  EXPECT_THAT(asked, ElementsAre(className()));
+  EXPECT_EQ(Texts{className()}, asked);
 }
 
 TEST_P(PlainRows, AreNilWithoutAnyClass) {
   expectNil();
-  EXPECT_THAT(asked, ElementsAre(className()));
+  EXPECT_EQ(Texts{className()}, asked);
 }
 
 TEST_P(PlainRows, GetTheTagWhenTheirClassDoesNotGiveIt) {
@@ -203,7 +200,7 @@ class CheckedRows : public Rows {};
 TEST_P(CheckedRows, BecomeWrappersOfTheirClass) {
   host::addWrapperClass(className(), true);
   expectWrapper(className());
-  EXPECT_THAT(asked, ElementsAre(className()));
+  EXPECT_EQ(Texts{className()}, asked);
 }
 
 TEST_P(CheckedRows, BecomeCFObjectsWithoutTheirClass) {
@@ -215,14 +212,14 @@ TEST_P(CheckedRows, BecomeCFObjectsWithoutTheirClass) {
 // For the last row that is the same name twice.
 TEST_P(CheckedRows, AreNilWithoutAnyClassAfterAskingForTwo) {
   expectNil();
-  EXPECT_THAT(asked, ElementsAre(className(), kAny));
+  EXPECT_EQ((Texts{className(), kAny}), asked);
 }
 
 TEST_P(CheckedRows, AreNilWhenTheirClassDoesNotGiveTheTagEvenWhenCFObjectIsThere) {
   if (!isAnyOther()) host::addWrapperClass(kAny, true);
   host::addWrapperClass(className(), false);
   expectNil();
-  EXPECT_THAT(asked, ElementsAre(className()));
+  EXPECT_EQ(Texts{className()}, asked);
   expectInstanceLeftBehind();
 }
 

@@ -4,11 +4,10 @@
 #include <cstring>
 
 #include "standin/applicationservices/control.h"
+#include "tests/plugin/array_access.h"
 #include "tests/plugin/bridge/fixture.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 class ToCF : public BridgeTest {};
 
@@ -69,8 +68,8 @@ TEST_F(ToCF, ColoursAreOpaqueWhateverTheirTopByte) {
 
 TEST_F(ToCF, StringsAreTextsAndNeverNull) {
   start();
-  EXPECT_EQ("caf\xC3\xA9", utf8(toCF("caf\xC3\xA9").get()));
-  EXPECT_EQ("", utf8(toCF("").get()));
+  EXPECT_EQ("caf\xC3\xA9", textOf(toCF("caf\xC3\xA9").get()));
+  EXPECT_EQ("", textOf(toCF("").get()));
 }
 
 TEST_F(ToCF, DatesAreTakenAsGMT) {
@@ -105,22 +104,8 @@ TEST_F(ToCF, ADateOfAMonth13IsWhatThePlatformMakesOfIt) {
 
 // Arrays, on both sides of 2013.9, with and without storage.
 
-struct ArrayCase {
-  double version;
-  bool storage;
-};
-void PrintTo(const ArrayCase& row, std::ostream* out) {
-  *out << "host " << row.version << (row.storage ? ", storage" : ", no storage");
-}
-class ArrayToCF : public BridgeTest, public testing::WithParamInterface<ArrayCase> {
+class ArrayToCF : public WithArrayAccess<BridgeTest> {
  protected:
-  void SetUp() override {
-    host::Settings settings;
-    settings.version = GetParam().version;
-    settings.directArrayStorage = GetParam().storage;
-    start(settings);
-  }
-
   std::vector<const void*> valuesOf(const CFOwner& array) {
     std::vector<const void*> values;
     const auto reference = static_cast<CFArrayRef>(array.get());
@@ -139,26 +124,26 @@ class ArrayToCF : public BridgeTest, public testing::WithParamInterface<ArrayCas
 };
 
 TEST_P(ArrayToCF, OfNumbersCarriesThem) {
-  EXPECT_THAT(numbersOf(toCF(host::int32Array({100, -200, 300})), kCFNumberSInt32Type),
-              ElementsAre(100, -200, 300));
-  EXPECT_THAT(numbersOf(toCF(host::int64Array({int64_t{1} << 40, -5})), kCFNumberSInt64Type),
-              ElementsAre(1099511627776.0, -5));
-  EXPECT_THAT(numbersOf(toCF(host::singleArray({0.5f, 2.25f})), kCFNumberFloat32Type),
-              ElementsAre(0.5, 2.25));
-  EXPECT_THAT(numbersOf(toCF(host::doubleArray({1.0 / 3, -1e300})), kCFNumberFloat64Type),
-              ElementsAre(1.0 / 3, -1e300));
+  EXPECT_EQ((std::vector<double>{100, -200, 300}),
+            numbersOf(toCF(host::int32Array({100, -200, 300})), kCFNumberSInt32Type));
+  EXPECT_EQ((std::vector<double>{1099511627776.0, -5}),
+            numbersOf(toCF(host::int64Array({int64_t{1} << 40, -5})), kCFNumberSInt64Type));
+  EXPECT_EQ((std::vector<double>{0.5, 2.25}),
+            numbersOf(toCF(host::singleArray({0.5f, 2.25f})), kCFNumberFloat32Type));
+  EXPECT_EQ((std::vector<double>{1.0 / 3, -1e300}),
+            numbersOf(toCF(host::doubleArray({1.0 / 3, -1e300})), kCFNumberFloat64Type));
 }
 
 TEST_P(ArrayToCF, OfBooleansHasTheConstants) {
-  EXPECT_THAT(valuesOf(toCF(host::booleanArray({true, false, true}))),
-              ElementsAre(kCFBooleanTrue, kCFBooleanFalse, kCFBooleanTrue));
+  EXPECT_EQ((std::vector<const void*>{kCFBooleanTrue, kCFBooleanFalse, kCFBooleanTrue}),
+            valuesOf(toCF(host::booleanArray({true, false, true}))));
 }
 
 TEST_P(ArrayToCF, OfStringsHasTheEmptyTextForANullOne) {
   const CFOwner array = toCF(host::stringArrayOf({host::Value("a"), host::Value(), host::Value("c")}));
   std::vector<std::string> texts;
-  for (const void* value : valuesOf(array)) texts.push_back(utf8(value));
-  EXPECT_THAT(texts, ElementsAre("a", "", "c"));
+  for (const void* value : valuesOf(array)) texts.push_back(textOf(value));
+  EXPECT_EQ((Texts{"a", "", "c"}), texts);
 }
 
 TEST_P(ArrayToCF, OfDatesLeavesOutNilOnes) {
@@ -167,7 +152,7 @@ TEST_P(ArrayToCF, OfDatesLeavesOutNilOnes) {
   std::vector<double> times;
   for (const void* value : valuesOf(array))
     times.push_back(CFDateGetAbsoluteTime(static_cast<CFDateRef>(value)));
-  EXPECT_THAT(times, ElementsAre(0, 86400));
+  EXPECT_EQ((std::vector<double>{0, 86400}), times);
 }
 
 TEST_P(ArrayToCF, OfObjectsConvertsEachAndLeavesOutNilOnes) {
@@ -176,7 +161,7 @@ TEST_P(ArrayToCF, OfObjectsConvertsEachAndLeavesOutNilOnes) {
   const auto values = valuesOf(array);
   ASSERT_EQ(3u, values.size());
   EXPECT_EQ(5, doubleOf(values[0]));
-  EXPECT_EQ("text", utf8(values[1]));
+  EXPECT_EQ("text", textOf(values[1]));
   EXPECT_EQ(1, CFArrayGetCount(static_cast<CFArrayRef>(values[2])));
 }
 
@@ -188,10 +173,7 @@ TEST_P(ArrayToCF, OfNothingIsEmptyNotNull) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Hosts, ArrayToCF,
-                         testing::Values(ArrayCase{2012.0, true}, ArrayCase{2013.9, true},
-                                         ArrayCase{2013.9, false}, ArrayCase{2013.91, false},
-                                         ArrayCase{2014.1, false}));
+INSTANTIATE_TEST_SUITE_P(Hosts, ArrayToCF, testing::ValuesIn(kArrayAccesses));
 
 TEST_F(ToCF, AnArrayThatCantBeMadeIsNull) {
   start();
@@ -220,7 +202,7 @@ TEST_F(ToCF, WithoutGetProceduresElementsAreEmpty) {
   };
   EXPECT_EQ(0, doubleOf(first(convert(host::int32Array({7})))));
   EXPECT_EQ(kCFBooleanFalse, first(convert(host::booleanArray({true}))));
-  EXPECT_EQ("", utf8(first(convert(host::stringArray({"text"})))));
+  EXPECT_EQ("", textOf(first(convert(host::stringArray({"text"})))));
   EXPECT_EQ(0, CFArrayGetCount(static_cast<CFArrayRef>(convert(host::objectArray({1, 2})).get())));
 }
 
@@ -296,7 +278,7 @@ TEST_P(WrapperToCF, IsTheReferenceItHoldsRetained) {
   const std::string type(GetParam(), strlen(GetParam()) - 3);
   const auto types = standin::graphicsTypes();
   const bool graphics = std::find(types.begin(), types.end(), type) != types.end();
-  const CFOwner reference = graphics ? own(standin::makeInstance(type)) : text("any value");
+  const CFOwner reference = graphics ? own(standin::makeInstance(type)) : cfText("any value");
   const CFIndex count = CFGetRetainCount(reference.get());
   const host::Value wrapper = host::newInstance(GetParam());
   host::setWrapped(wrapper, CFRetain(reference.get()));

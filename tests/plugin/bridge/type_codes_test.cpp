@@ -85,7 +85,7 @@ std::string describe(const void* value) {
   const CFTypeID type = CFGetTypeID(value);
   if (type == CFBooleanGetTypeID()) return value == kCFBooleanTrue ? "true" : "false";
   if (type == CFNumberGetTypeID()) return describeNumber(static_cast<CFNumberRef>(value));
-  if (type == CFStringGetTypeID()) return "text " + utf8(value);
+  if (type == CFStringGetTypeID()) return "text " + textOf(value);
   if (type == CFArrayGetTypeID()) return describeArray(static_cast<CFArrayRef>(value));
   if (type == CGColorGetTypeID()) return describeColor(value);
   std::ostringstream text;

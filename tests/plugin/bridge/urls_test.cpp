@@ -23,20 +23,9 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which, FSCatalogInf
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
 
 class Files : public BridgeTest {
  protected:
-  void SetUp() override {
-    std::string name = (fs::temp_directory_path() / "bridge-test-XXXXXX").string();
-    ASSERT_TRUE(mkdtemp(name.data()));
-    folder_ = fs::canonical(name).string();
-  }
-  void TearDown() override {
-    BridgeTest::TearDown();
-    fs::remove_all(folder_);
-  }
-
   // The older way's answer for every item is the root, which no other way gives.
   void startWithFSSpecOfRoot() {
     host::Settings settings;
@@ -45,21 +34,15 @@ class Files : public BridgeTest {
   }
   Calls callsToURL(const host::Value& item) {
     CFOwner url;
-    return detailedCallsOf([&] { url = toURL(item); });
+    return conversionCallsOf([&] { url = toURL(item); });
   }
 
-  std::string path(const std::string& name) const { return folder_ + "/" + name; }
-  std::string touch(const std::string& name) const {
-    std::ofstream(path(name)) << "x";
-    return path(name);
-  }
+  std::string path(const std::string& name) const { return folder_.at(name); }
+  std::string touch(const std::string& name) const { return folder_.file(name, "x"); }
 
-  static CFOwner fileURL(const std::string& path) {
-    return own(CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8*>(path.data()),
-                                                       static_cast<CFIndex>(path.size()), false));
-  }
+  static CFOwner fileURL(const std::string& path) { return own(makeURL(path).leak()); }
   static CFOwner stringURL(const char* text) {
-    return own(CFURLCreateWithString(nullptr, static_cast<CFStringRef>(::text(text).get()), nullptr));
+    return own(CFURLCreateWithString(nullptr, makeString(text).get(), nullptr));
   }
   static std::string pathOf(const CFOwner& url) {
     if (!url) return "(null)";
@@ -70,7 +53,7 @@ class Files : public BridgeTest {
   }
 
  private:
-  std::string folder_;
+  ScratchFolder folder_;
 };
 
 TEST_F(Files, AnExistingFilesURLIsAFolderItem) {
@@ -118,7 +101,7 @@ TEST_F(Files, ARelativeFileURLIsTheFolderItemOfItsPlace) {
   touch("file.txt");
   const CFOwner base = fileURL(path("other.txt"));
   for (const char* name : {"file.txt", "new.txt"}) {
-    const CFOwner relative = text(name);
+    const CFOwner relative = cfText(name);
     const CFOwner url = own(CFURLCreateWithString(nullptr, static_cast<CFStringRef>(relative.get()),
                                                   static_cast<CFURLRef>(base.get())));
     EXPECT_EQ(path(name), host::path(toVariant(url.get())));
@@ -337,27 +320,27 @@ TEST_F(Files, AnFSSpecOfNoFileIsNullAndNoURLIsMade) {
   host::settings().itemReferences = host::settings().parentReferences = false;
   const host::Value item = host::folderItem(path("new.txt"));
   standin::failCall("FSpMakeFSRef", 1);
-  EXPECT_THAT(callsToURL(item), ElementsAre("REALFSRefFromFolderItem", "REALFSRefFromFolderItem",
-                                            "REALFSSpecFromFolderItem", "FSpMakeFSRef"));
+  EXPECT_EQ((Calls{"REALFSRefFromFolderItem", "REALFSRefFromFolderItem", "REALFSSpecFromFolderItem",
+                   "FSpMakeFSRef"}),
+            callsToURL(item));
 }
 
 // The last two are the name as it is decomposed, and as it came.
 TEST_F(Files, TheParentsURLIsReleasedBeforeTheName) {
   start();
-  EXPECT_THAT(callsToURL(host::folderItem(path("new.txt"))),
-              ElementsAre("REALFSRefFromFolderItem", "REALFSRefFromFolderItem", "CFURLCreateFromFSRef",
-                          "CFStringCreateWithCharacters", "CFStringCreateMutableCopy", "CFStringNormalize",
-                          "CFURLCreateCopyAppendingPathComponent", "CFRelease CFURL", "CFRelease CFString",
-                          "CFRelease CFString"));
+  EXPECT_EQ((Calls{"REALFSRefFromFolderItem", "REALFSRefFromFolderItem", "CFURLCreateFromFSRef",
+                   "CFStringCreateWithCharacters", "CFStringCreateMutableCopy", "CFStringNormalize",
+                   "CFURLCreateCopyAppendingPathComponent", "CFRelease CFURL", "CFRelease CFString",
+                   "CFRelease CFString"}),
+            callsToURL(host::folderItem(path("new.txt"))));
 }
 
 TEST_F(Files, TheParentsURLIsReleasedBeforeTheOlderWay) {
   startWithFSSpecOfRoot();
   host::settings().leafNames = false;
-  EXPECT_THAT(
-      callsToURL(host::folderItem(path("new.txt"))),
-      ElementsAre("REALFSRefFromFolderItem", "REALFSRefFromFolderItem", "CFURLCreateFromFSRef",
-                  "CFRelease CFURL", "REALFSSpecFromFolderItem", "FSpMakeFSRef", "CFURLCreateFromFSRef"));
+  EXPECT_EQ((Calls{"REALFSRefFromFolderItem", "REALFSRefFromFolderItem", "CFURLCreateFromFSRef",
+                   "CFRelease CFURL", "REALFSSpecFromFolderItem", "FSpMakeFSRef", "CFURLCreateFromFSRef"}),
+            callsToURL(host::folderItem(path("new.txt"))));
 }
 
 TEST_F(Files, ANilFolderItemIsNull) {

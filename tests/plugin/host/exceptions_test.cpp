@@ -1,13 +1,7 @@
 // How exceptions are raised, and how those of others pass through.
-#include <gmock/gmock.h>
-
 #include "tests/plugin/sweeps/everything.h"
-#include "tests/support/tier.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Raising : public PluginTest {
  protected:
@@ -22,7 +16,7 @@ TEST_F(Raising, MakesTheMessageThenTheExceptionAndGivesBothBack) {
   EXPECT_EQ((Calls{"REALBuildString", "REALSetStringEncoding", "PluginNewInstance", "REALSetPropValueString",
                    "REALSetPropValueInt", "RuntimeRaiseException", "REALUnlockObject", "REALUnlockString"}),
             callsOf(raise));
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+  EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
 }
 
 TEST_F(Raising, AClassThatTheHostDoesNotKnowRaisesARuntimeExceptionOfTheSameMessage) {
@@ -30,8 +24,8 @@ TEST_F(Raising, AClassThatTheHostDoesNotKnowRaisesARuntimeExceptionOfTheSameMess
   settings.unknownClasses = {"NilObjectException"};
   start(settings);
   raise();
-  EXPECT_THAT(host::takeExceptions(),
-              ElementsAre(host::Exception{"RuntimeException", "MDQuery Reference is nil", 0}));
+  EXPECT_EQ((Exceptions{host::Exception{"RuntimeException", "MDQuery Reference is nil", 0}}),
+            host::takeExceptions());
 }
 
 TEST_F(Raising, WithoutAnyExceptionClassRaisesNothing) {
@@ -39,14 +33,14 @@ TEST_F(Raising, WithoutAnyExceptionClassRaisesNothing) {
   settings.unknownClasses = {"NilObjectException", "RuntimeException"};
   start(settings);
   raise();
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Raising, WithoutAMessageStringRaisesAnEmptyMessage) {
   start();
   standin::failCall("REALBuildString", 1);
   raise();
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(host::Exception{"NilObjectException", "", 0}));
+  EXPECT_EQ((Exceptions{host::Exception{"NilObjectException", "", 0}}), host::takeExceptions());
 }
 
 struct MissingCase {
@@ -82,7 +76,7 @@ TEST_F(Raising, AtOnceGivesBackTheExceptionAndItsMessageWhileUnwinding) {
   start(settings);
   for (int i = 0; i < 100; ++i) {
     raise();
-    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+    EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
   }
 }
 
@@ -114,7 +108,7 @@ struct Host {
   bool conversion;  // whether it converts strings itself
 
   host::Settings settings() const {
-    host::Settings settings = version < 2012.0 ? host::oldHost(version) : host::Settings();
+    host::Settings settings = settingsOf(version);
     if (!conversion) settings.hidden.insert("REALGetStringCFString");
     return settings;
   }
@@ -141,22 +135,22 @@ std::vector<std::string> passingServices() {
 class ThrowingService : public PluginTest {
  protected:
   ThrowingService() {
-    for (const char* name : {"f1", "f2"}) tree_.add(name, 3);
-    tree_.index();
+    for (const char* name : {"f1", "f2"}) tree_.file(name, "xxx");
+    standin::setIndexedFolders({tree_.path()});
     allowLeftBehind("host array of 0");  // of the methods that make their array before they find no query
   }
 
-  TempTree tree_;
+  ScratchFolder tree_;
 };
 
 class PassingThrough : public ThrowingService, public testing::WithParamInterface<std::string> {
  protected:
   // Makes each call of the service throw in its turn, and tells how many did.
-  int throwFromEachCall() const {
+  int throwFromEachCall(const Scenario& scenario) const {
     for (int n = 1;; ++n) {
       standin::throwFromCall(GetParam().c_str(), n);
       try {
-        useEverything(tree_.path());
+        play(scenario, tree_.path());
         return n - 1;
       } catch (const standin::PlannedException&) {
         host::takeExceptions();
@@ -170,14 +164,14 @@ TEST_P(PassingThrough, AnExceptionOfAServiceComesOutAsItWasThrownAndEverythingIs
   for (const Host& host : kHosts) {
     SCOPED_TRACE("host " + std::to_string(host.version) + (host.conversion ? "" : " without conversion"));
     start(host.settings());
-    thrown += throwFromEachCall();
+    for (const Scenario& scenario : scenarios()) thrown += throwFromEachCall(scenario);
     TearDown();
-    if (sweepsFewerHosts() && thrown > 0) break;
   }
   EXPECT_EQ(kUnused.count(GetParam()) == 0, thrown > 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Services, PassingThrough, testing::ValuesIn(passingServices()));
+INSTANTIATE_TEST_SUITE_P(Services, PassingThrough, testing::ValuesIn(swept(passingServices())));
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(PassingThrough);
 
 // A service that gives back, and then throws, once.
 struct Thrown {};
@@ -200,33 +194,45 @@ void PrintTo(const GivingBackCase& row, std::ostream* out) {
   *out << row.service << " of host " << row.host.version
        << (row.host.conversion ? "" : " without conversion");
 }
-class GivingBack : public ThrowingService, public testing::WithParamInterface<GivingBackCase> {};
+class GivingBack : public ThrowingService, public testing::WithParamInterface<GivingBackCase> {
+ protected:
+  // The same, once it has given back.
+  int throwFromEachCall(const Scenario& scenario) const {
+    int throws = 0;
+    for (bool thrown = true; thrown;) {
+      callsUntilItThrows = throws + 1;
+      thrown = false;
+      try {
+        play(scenario, tree_.path());
+      } catch (const Thrown&) {
+        thrown = true;
+        ++throws;
+      }
+      callsUntilItThrows = 0;
+      host::takeExceptions();
+    }
+    return throws;
+  }
+};
 
 TEST_P(GivingBack, ThatThrowsWhenItIsDoneLeavesNothingElseBehind) {
   throwingName = GetParam().service;
   startWith(resolveWithThrower, GetParam().host.settings());
   int throws = 0;
-  for (bool thrown = true; thrown;) {
-    callsUntilItThrows = throws + 1;
-    thrown = false;
-    try {
-      useMethods(tree_.path());
-    } catch (const Thrown&) {
-      thrown = true;
-      ++throws;
-    }
-    callsUntilItThrows = 0;
-    host::takeExceptions();
+  for (const Scenario& scenario : scenarios()) {
+    if (!scenario.hasTag) throws += throwFromEachCall(scenario);
   }
   EXPECT_GT(throws, 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Services, GivingBack,
-                         testing::Values(GivingBackCase{"REALUnlockObject", kHosts[0]},
-                                         GivingBackCase{"REALUnlockString", kHosts[0]},
-                                         GivingBackCase{"REALUnlockString", kHosts[1]},
-                                         GivingBackCase{"PluginDisposeStringData", kHosts[1]},
-                                         GivingBackCase{"REALUnlockObject", kHosts[2]},
-                                         GivingBackCase{"REALUnlockString", kHosts[2]}));
+                         testing::ValuesIn(swept(std::vector<GivingBackCase>{
+                             {"REALUnlockObject", kHosts[0]},
+                             {"REALUnlockString", kHosts[0]},
+                             {"REALUnlockString", kHosts[1]},
+                             {"PluginDisposeStringData", kHosts[1]},
+                             {"REALUnlockObject", kHosts[2]},
+                             {"REALUnlockString", kHosts[2]}})));
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(GivingBack);
 
 }  // namespace

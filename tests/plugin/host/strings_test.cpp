@@ -1,15 +1,11 @@
 // Texts on their way from host code to the platform and back, seen from both ends: the search window shows
 // what the platform was given, a query's own string shows what host code gets.
-#include <gmock/gmock.h>
-
 #include <cmath>
 
 #include "standin/carbon/control.h"
 #include "tests/plugin/fixture.h"
 
 namespace {
-
-using testing::IsEmpty;
 
 struct HostCase {
   const char* what;
@@ -20,8 +16,7 @@ void PrintTo(const HostCase& row, std::ostream* out) {
 }
 
 host::Settings hosts(double version, std::set<std::string> hidden) {
-  host::Settings settings = version < 2012.0 ? host::oldHost(version) : host::Settings();
-  settings.version = version;
+  host::Settings settings = settingsOf(version);
   settings.hidden.insert(hidden.begin(), hidden.end());
   return settings;
 }

@@ -7,14 +7,14 @@ class ItemTest : public PluginTest {
  protected:
   // Of the file "f", which has 5 bytes.
   host::Value item() {
-    tree_.add("f", 5);
-    tree_.index();
+    tree_.file("f", "xxxxx");
+    standin::setIndexedFolders({tree_.path()});
     const host::Value query = host::construct("MDQueryZNK", "kMDItemFSName == \"f\"");
     EXPECT_TRUE(host::call(query, "Execute", 1).boolean());
     return host::call(query, "ResultAtIndex", 0);
   }
 
-  TempTree tree_;
+  ScratchFolder tree_;
 };
 
 // A string whose bytes are no text in its encoding.

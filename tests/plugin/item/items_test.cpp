@@ -1,6 +1,4 @@
 // The general methods of items: attributes as variants and as a dictionary, their names, and Constructor.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include "standin/coreservices/metadata/planned_answers.h"
@@ -8,9 +6,6 @@
 #include "tests/plugin/item/item_fixture.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class ItemMethods : public ItemTest {};
 
@@ -52,7 +47,7 @@ TEST_P(ItemGuard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
   const auto arguments = row.arguments();
   host::Value result;
   const Calls calls = callsOf([&] { result = host::callWith(item, row.name, arguments); });
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilItem));
+  EXPECT_EQ(Exceptions{kNilItem}, host::takeExceptions());
   for (const std::string& call : calls) EXPECT_EQ(std::string::npos, call.find("MDItemC")) << call;
   for (const std::string& call : calls) EXPECT_EQ(std::string::npos, call.find("CFString")) << call;
   if (row.leavesArray) expectLeftBehind({"host array of 0"});
@@ -87,20 +82,20 @@ INSTANTIATE_TEST_SUITE_P(
 // Constructor
 
 TEST_F(ItemMethods, ConstructorOnANewInstanceRaisesAndLeavesTheReferenceNil) {
-  tree_.add("f");
+  tree_.file("f");
   start();
-  const host::Value item = host::construct("MDItemZNK", host::folderItem(tree_.path("f")));
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilItem));
+  const host::Value item = host::construct("MDItemZNK", host::folderItem(tree_.at("f")));
+  EXPECT_EQ(Exceptions{kNilItem}, host::takeExceptions());
   EXPECT_EQ(0, host::get(item, "Handle").integer());
 }
 
 TEST_F(ItemMethods, ConstructorOnAnInstanceWithAnItemStoresAnotherWithoutReleasingTheFirst) {
   start();
   const host::Value item = this->item();
-  tree_.add("other", 7);
+  tree_.file("other", "xxxxxxx");
   const CFOwner first = own(itemOf(item));  // the instance's own reference, which it forgets
   const CFIndex count = CFGetRetainCount(first.get());
-  host::call(item, "Constructor", host::folderItem(tree_.path("other")));
+  host::call(item, "Constructor", host::folderItem(tree_.at("other")));
   EXPECT_EQ(count, CFGetRetainCount(first.get()));
   EXPECT_EQ("other", host::get(item, "FSName").text());
   EXPECT_EQ(7, host::get(item, "FSSize").integer());
@@ -112,25 +107,25 @@ TEST_F(ItemMethods, ConstructorWithAFolderItemThatNamesNothingLeavesTheItem) {
   const host::Value item = this->item();
   const MDItemRef before = itemOf(item);
   host::call(item, "Constructor", nullptr);
-  host::call(item, "Constructor", host::folderItem(tree_.path("no such folder/f")));
+  host::call(item, "Constructor", host::folderItem(tree_.at("no such folder/f")));
   EXPECT_EQ(before, itemOf(item));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(ItemMethods, ConstructorForAFileThatIsNotThereLeavesNoItemAndRaisesNothing) {
   start();
   const host::Value item = this->item();
   const CFOwner first = own(itemOf(item));
-  host::call(item, "Constructor", host::folderItem(tree_.path("missing")));
+  host::call(item, "Constructor", host::folderItem(tree_.at("missing")));
   EXPECT_EQ(0, host::get(item, "Handle").integer());
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(ItemMethods, ConstructorReleasesTheURLAfterTheItemIsMade) {
   start();
   const host::Value item = this->item();
   const CFOwner first = own(itemOf(item));
-  const host::Value folder = host::folderItem(tree_.path("f"));
+  const host::Value folder = host::folderItem(tree_.at("f"));
   const Calls calls = callsOf([&] { host::call(item, "Constructor", folder); });
   ASSERT_GE(calls.size(), 2u);
   EXPECT_EQ("MDItemCreateWithURL", calls[calls.size() - 2]);
@@ -144,11 +139,11 @@ TEST_F(ItemMethods, GetAttributeGivesEachValueAsItsHostType) {
   const host::Value item = this->item();
   EXPECT_EQ("f", host::call(item, "GetAttribute", "kMDItemFSName").text());
   EXPECT_EQ(5, host::call(item, "GetAttribute", "kMDItemFSSize").integer());
-  EXPECT_EQ(tree_.path("f"), host::call(item, "GetAttribute", "kMDItemPath").text());
+  EXPECT_EQ(tree_.at("f"), host::call(item, "GetAttribute", "kMDItemPath").text());
   EXPECT_FALSE(host::call(item, "GetAttribute", "kMDItemFSInvisible").boolean());
   EXPECT_TRUE(host::isA(host::call(item, "GetAttribute", "kMDItemFSContentChangeDate"), "Date"));
   const CFOwner one = cfText("one"), two = cfText("two");
-  standin::planAnswer("MDItemCopyAttribute", cfArray({one.get(), two.get()}).release());
+  standin::planAnswer("MDItemCopyAttribute", cfUnretainedArray({one.get(), two.get()}).leak());
   const auto elements = host::elements(host::call(item, "GetAttribute", "kMDItemAuthors"));
   ASSERT_EQ(2u, elements.size());
   EXPECT_EQ("one", elements[0].text());
@@ -163,8 +158,8 @@ TEST_F(ItemMethods, GetAttributeOfAnAbsentAttributeOrAnUnconvertibleNameIsNilWit
     EXPECT_TRUE(host::call(item, "GetAttribute", host::Value::nullString()).isNil());
     EXPECT_TRUE(host::call(item, "GetAttribute", unconvertible()).isNil());
   });
-  EXPECT_THAT(calls, testing::Not(testing::Contains("MDItemCopyAttribute")));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(0, std::count(calls.begin(), calls.end(), "MDItemCopyAttribute"));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(ItemMethods, GetAttributeReleasesTheValueThenTheKey) {
@@ -177,7 +172,7 @@ TEST_F(ItemMethods, GetAttributeReleasesTheValueThenTheKey) {
                    "CFBooleanGetTypeID", "CFNumberGetTypeID", "CFNumberIsFloatType", "CFNumberGetByteSize",
                    "CFNumberGetValue", "Int32ToVariant", "CFRelease", "CFRelease"}),
             callsOf([&] { host::call(item, "GetAttribute", "kMDItemFSSize"); }));
-  standin::planAnswer("MDItemCopyAttribute", cfWitness().release());
+  standin::planAnswer("MDItemCopyAttribute", cfWitness().leak());
   const Calls calls = callsOf([&] { host::call(item, "GetAttribute", "key"); });
   EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), Calls(calls.end() - 3, calls.end()));
 }
@@ -201,14 +196,14 @@ TEST_F(ItemMethods, GetAttributesOfNamesThatTheItemLacksIsAnEmptyDictionary) {
   for (const auto& names : {host::stringArray({"kMDItemNoSuchKey"}), host::stringArray({})}) {
     const host::Value dictionary = host::call(item, "GetAttributes", names);
     EXPECT_FALSE(dictionary.isNil());
-    EXPECT_THAT(host::entries(dictionary), IsEmpty());
+    EXPECT_EQ(0u, host::entries(dictionary).size());
   }
 }
 
 TEST_F(ItemMethods, GetAttributesOfANilArrayIsNilWithoutAnException) {
   start();
   const host::Value item = this->item();
-  EXPECT_THAT(callsOf([&] { EXPECT_TRUE(host::call(item, "GetAttributes", nullptr).isNil()); }), IsEmpty());
+  EXPECT_EQ(Calls(), callsOf([&] { EXPECT_TRUE(host::call(item, "GetAttributes", nullptr).isNil()); }));
 }
 
 TEST_F(ItemMethods, GetAttributesIsNilWhenTheServiceHasNone) {
@@ -224,16 +219,16 @@ TEST_F(ItemMethods, GetAttributesIsNilOnAHostThatMakesNoDictionary) {
   start(settings);
   const host::Value item = this->item();
   EXPECT_TRUE(host::call(item, "GetAttributes", names()[0]).isNil());
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(ItemMethods, GetAttributesIsNilWithoutTheServiceThatMakesInstances) {
   host::Settings settings;
   settings.delayed = {{"PluginNewInstance", 1000}};
   start(settings);
-  tree_.add("f", 5);
+  tree_.file("f", "xxxxx");
   const host::Value item = host::newInstance("MDItemZNK");
-  const CFOwner path = cfText(tree_.path("f"));
+  const CFOwner path = cfText(tree_.at("f"));
   const CFOwner url = own(CFURLCreateWithFileSystemPath(
       kCFAllocatorDefault, static_cast<CFStringRef>(path.get()), kCFURLPOSIXPathStyle, false));
   const MDItemRef reference = MDItemCreateWithURL(kCFAllocatorDefault, static_cast<CFURLRef>(url.get()));
@@ -259,8 +254,8 @@ TEST_F(ItemMethods, GetAttributesReleasesTheDictionaryThenTheKeys) {
   // The dictionary's end is seen by the end of a value that it alone holds.
   const CFOwner key = cfText("key");
   CFOwner witness = cfWitness();
-  standin::planAnswer("MDItemCopyAttributes", cfDictionary({{key.get(), witness.get()}}).release());
-  witness.reset();
+  standin::planAnswer("MDItemCopyAttributes", cfDictionary({{key.get(), witness.get()}}).leak());
+  witness = {};
   const Calls calls = callsOf([&] { host::callWith(item, "GetAttributes", asked); });
   EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), Calls(calls.end() - 3, calls.end()));
   EXPECT_EQ((Calls{"CFRelease CFDictionary", "CFRelease CFArray"}),
@@ -291,7 +286,9 @@ TEST_F(ItemMethods, AttributeNamesAreThoseThatTheItemHas) {
   start();
   const host::Value item = this->item();
   const auto names = host::texts(host::call(item, "AttributeNames"));
-  EXPECT_THAT(names, testing::IsSupersetOf({"kMDItemFSName", "kMDItemFSSize", "kMDItemContentType"}));
+  for (const char* name : {"kMDItemFSName", "kMDItemFSSize", "kMDItemContentType"}) {
+    EXPECT_EQ(1, std::count(names.begin(), names.end(), name)) << name;
+  }
   for (const auto& name : names) {
     EXPECT_FALSE(host::call(item, "GetAttribute", name).isNil()) << name;
   }
@@ -300,14 +297,14 @@ TEST_F(ItemMethods, AttributeNamesAreThoseThatTheItemHas) {
 TEST_F(ItemMethods, AttributeNamesOfAnItemWithoutAttributesIsAnEmptyArrayNotNil) {
   start();
   const host::Value item = this->item();
-  standin::planAnswer("MDItemCopyAttributeNames", cfArray({}).release());
+  standin::planAnswer("MDItemCopyAttributeNames", cfUnretainedArray({}).leak());
   const host::Value empty = host::call(item, "AttributeNames");
   EXPECT_FALSE(empty.isNil());
-  EXPECT_THAT(host::elements(empty), IsEmpty());
+  EXPECT_EQ(0u, host::elements(empty).size());
   standin::failCall("MDItemCopyAttributeNames", 1);
   const host::Value none = host::call(item, "AttributeNames");
   EXPECT_FALSE(none.isNil());
-  EXPECT_THAT(host::elements(none), IsEmpty());
+  EXPECT_EQ(0u, host::elements(none).size());
 }
 
 TEST_F(ItemMethods, AttributeNamesIsNilWithoutTheServiceThatMakesArrays) {
@@ -316,7 +313,7 @@ TEST_F(ItemMethods, AttributeNamesIsNilWithoutTheServiceThatMakesArrays) {
   start(settings);
   const host::Value item = this->item();
   EXPECT_TRUE(host::call(item, "AttributeNames").isNil());
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(ItemMethods, GetAttributesTakesANullOrUnconvertibleNameAsTheEmptyOne) {
@@ -334,14 +331,14 @@ TEST_F(ItemMethods, AttributeNamesAreReadWithTheseCalls) {
   const host::Value item = this->item();
   const CFOwner name = cfText("kMDItemFSName");
   host::call(item, "AttributeNames");  // finds the services
-  standin::planAnswer("MDItemCopyAttributeNames", cfArray({name.get()}).release());
+  standin::planAnswer("MDItemCopyAttributeNames", cfUnretainedArray({name.get()}).leak());
   host::Value names;
   EXPECT_EQ((Calls{"RuntimeArrayCreateSingleDimBoundedArray", "MDItemCopyAttributeNames", "CFArrayGetCount",
                    "CFArrayGetValueAtIndex", "CFStringGetLength", "CFStringGetCString", "REALBuildString",
                    "REALSetStringEncoding", "RuntimeArrayDirectGetInsertProc", "array insert",
                    "REALUnlockString", "CFRelease"}),
             callsOf([&] { names = host::call(item, "AttributeNames"); }));
-  EXPECT_THAT(host::texts(names), ElementsAre("kMDItemFSName"));
+  EXPECT_EQ(Texts{"kMDItemFSName"}, host::texts(names));
 }
 
 }  // namespace

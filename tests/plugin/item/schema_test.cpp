@@ -1,6 +1,4 @@
 // What the class MDItemZNK says about attribute keys, without any item.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include "standin/coreservices/metadata/planned_answers.h"
@@ -8,11 +6,6 @@
 #include "tests/plugin/item/item_fixture.h"
 
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 
 const char kMeta[] = "MDSchemaCopyMetaAttributesForAttribute";
 
@@ -24,20 +17,20 @@ class Schema : public PluginTest {
 
   // A schema that says this of the next key that it is asked for.
   static void planMeta(const std::vector<std::pair<CFTypeRef, CFTypeRef>>& pairs) {
-    standin::planAnswer(kMeta, cfDictionary(pairs).release());
+    standin::planAnswer(kMeta, cfDictionary(pairs).leak());
   }
 
   static void planType(CFTypeID type) {
-    const CFOwner number = cfInteger(static_cast<int64_t>(type));
+    const CFOwner number = cfInt64(static_cast<int64_t>(type));
     planMeta({{kMDAttributeType, number.get()}});
   }
 };
 
 TEST_F(Schema, TellsDisplayNamesAndDescriptions) {
   start();
-  standin::planAnswer("MDSchemaCopyDisplayNameForAttribute", cfText("Größe").release());
+  standin::planAnswer("MDSchemaCopyDisplayNameForAttribute", cfText("Größe").leak());
   EXPECT_EQ("Größe", ask("DisplayNameForAttribute").text());
-  standin::planAnswer("MDSchemaCopyDisplayDescriptionForAttribute", cfText("How large it is").release());
+  standin::planAnswer("MDSchemaCopyDisplayDescriptionForAttribute", cfText("How large it is").leak());
   EXPECT_EQ("How large it is", ask("DisplayDescriptionForAttribute").text());
 }
 
@@ -47,7 +40,7 @@ TEST_F(Schema, HasNoTextForAnUnknownKey) {
   EXPECT_TRUE(ask("DisplayDescriptionForAttribute", "kMDItemNoSuchKey").isNil());
   EXPECT_TRUE(ask("AttributeType", "kMDItemNoSuchKey").isNil());
   EXPECT_FALSE(ask("AttributeMultiValued", "kMDItemNoSuchKey").boolean());
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Schema, IsNotAskedAboutANameThatCantBeConverted) {
@@ -60,17 +53,17 @@ TEST_F(Schema, IsNotAskedAboutANameThatCantBeConverted) {
       EXPECT_FALSE(ask("AttributeMultiValued", name).boolean());
     }
   });
-  EXPECT_THAT(calls, Not(Contains(testing::StartsWith("MDSchema"))));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Calls(), startingWith("MDSchema", calls));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Schema, ListsAllAttributes) {
   start();
   const CFOwner one = cfText("kMDItemOne"), two = cfText("kMDItemTwo");
-  standin::planAnswer("MDSchemaCopyAllAttributes", cfArray({one.get(), two.get()}).release());
-  EXPECT_THAT(host::texts(host::callShared("MDItemZNK", "AllAttributes")),
-              ElementsAre("kMDItemOne", "kMDItemTwo"));
-  EXPECT_THAT(host::texts(host::callShared("MDItemZNK", "AllAttributes")), Contains("kMDItemFSName"));
+  standin::planAnswer("MDSchemaCopyAllAttributes", cfUnretainedArray({one.get(), two.get()}).leak());
+  EXPECT_EQ((Texts{"kMDItemOne", "kMDItemTwo"}), host::texts(host::callShared("MDItemZNK", "AllAttributes")));
+  const Texts names = host::texts(host::callShared("MDItemZNK", "AllAttributes"));
+  EXPECT_EQ(1, std::count(names.begin(), names.end(), "kMDItemFSName"));
 }
 
 TEST_F(Schema, ThatGivesNothingListsAnEmptyArrayNotNil) {
@@ -78,7 +71,7 @@ TEST_F(Schema, ThatGivesNothingListsAnEmptyArrayNotNil) {
   standin::failCall("MDSchemaCopyAllAttributes", 1);
   const host::Value all = host::callShared("MDItemZNK", "AllAttributes");
   EXPECT_FALSE(all.isNil());
-  EXPECT_THAT(host::elements(all), IsEmpty());
+  EXPECT_EQ(0u, host::elements(all).size());
 }
 
 TEST_F(Schema, ListsNothingWithoutTheServiceThatMakesArrays) {
@@ -145,12 +138,12 @@ TEST_F(Schema, HasNoTypeWhereItSaysNoneOrANumberThatCantBeRead) {
   standin::failCall("CFNumberGetValue", 1);
   EXPECT_TRUE(ask("AttributeType").isNil());
   // The platform writes the low half of this one, which would be a type, and says that it failed.
-  const CFOwner tooWide = cfInteger((int64_t{1} << 32) + static_cast<int64_t>(CFStringGetTypeID()));
+  const CFOwner tooWide = cfInt64((int64_t{1} << 32) + static_cast<int64_t>(CFStringGetTypeID()));
   planMeta({{kMDAttributeType, tooWide.get()}});
   EXPECT_TRUE(ask("AttributeType").isNil());
   standin::failCall(kMeta, 1);
   EXPECT_TRUE(ask("AttributeType").isNil());
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Schema, ReleasesTheMetaAttributesThenTheKey) {
@@ -159,7 +152,7 @@ TEST_F(Schema, ReleasesTheMetaAttributesThenTheKey) {
     const CFOwner other = cfText("other");
     CFOwner witness = cfWitness();
     planMeta({{other.get(), witness.get()}});
-    witness.reset();
+    witness = {};
     const Calls calls = callsOf([&] { ask(method); });
     EXPECT_EQ((Calls{"CFDictionaryGetValue", "CFRelease", "value finalized", "CFRelease"}),
               Calls(calls.end() - 4, calls.end()))
@@ -183,7 +176,7 @@ TEST_F(Schema, TellsWhetherAKeyHoldsSeveralValues) {
 
 TEST_F(Schema, ReadsTextsAndFlagsWithTheseCalls) {
   start();
-  const auto text = [](const char* call) { standin::planAnswer(call, cfText("x").release()); };
+  const auto text = [](const char* call) { standin::planAnswer(call, cfText("x").leak()); };
   text("MDSchemaCopyDisplayNameForAttribute");
   ask("DisplayNameForAttribute");
   text("MDSchemaCopyDisplayNameForAttribute");

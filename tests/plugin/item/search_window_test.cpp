@@ -1,6 +1,4 @@
 // The global method.
-#include <gmock/gmock.h>
-
 #include "standin/carbon/control.h"
 #include "tests/plugin/item/item_fixture.h"
 

@@ -1,6 +1,4 @@
 // The values of attributes in a query's results.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include "standin/coreservices/metadata/planned_answers.h"
@@ -8,12 +6,6 @@
 #include "tests/plugin/item/item_fixture.h"
 
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-using testing::UnorderedElementsAre;
 
 const char kValueAt[] = "MDQueryGetAttributeValueOfResultAtIndex";
 const char kValues[] = "MDQueryCopyValuesOfAttribute";
@@ -23,8 +15,9 @@ class Values : public PluginTest {
  protected:
   // A query that found f0 to f3, of 0, 1, 0 and 1 bytes, with the size as a value list, sorted by name.
   host::Value found() {
-    for (int i = 0; i < 4; ++i) tree_.add("f" + std::to_string(i), static_cast<size_t>(i % 2));
-    tree_.index();
+    for (int i = 0; i < 4; ++i)
+      tree_.file("f" + std::to_string(i), std::string(static_cast<size_t>(i % 2), 'x'));
+    standin::setIndexedFolders({tree_.path()});
     const host::Value query =
         host::construct("MDQueryZNK", "kMDItemFSName == \"f*\"", host::stringArray({"kMDItemFSSize"}),
                         host::stringArray({"kMDItemFSName"}));
@@ -37,7 +30,7 @@ class Values : public PluginTest {
   }
 
  private:
-  TempTree tree_;
+  ScratchFolder tree_;
 };
 
 TEST_F(Values, OfAResultAreThoseOfValueListAndSortingAttributes) {
@@ -88,12 +81,12 @@ TEST_F(Values, OfAnUnconvertibleNameAreNotAskedFor) {
       EXPECT_TRUE(host::call(query, "AttributeValueOfResultAtIndex", name, 0u).isNil());
       const host::Value values = host::call(query, "ValuesOfAttribute", name);
       EXPECT_FALSE(values.isNil());
-      EXPECT_THAT(host::elements(values), IsEmpty());
+      EXPECT_EQ(0u, host::elements(values).size());
       EXPECT_EQ(0, count(query, name, 1));
     }
   });
-  EXPECT_THAT(calls, Not(Contains(testing::StartsWith("MDQuery"))));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Calls(), startingWith("MDQuery", calls));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Values, OfAValueListAttributeAreEachThereOnce) {
@@ -103,7 +96,7 @@ TEST_F(Values, OfAValueListAttributeAreEachThereOnce) {
   for (const host::Value& value : host::elements(host::call(query, "ValuesOfAttribute", "kMDItemFSSize"))) {
     sizes.push_back(value.integer());
   }
-  EXPECT_THAT(sizes, UnorderedElementsAre(0, 1));
+  EXPECT_EQ((std::vector<int64_t>{0, 1}), sorted(sizes));
 }
 
 TEST_F(Values, OfAnAttributeThatIsNoValueListAreAnEmptyArray) {
@@ -112,7 +105,7 @@ TEST_F(Values, OfAnAttributeThatIsNoValueListAreAnEmptyArray) {
   for (const char* name : {"kMDItemFSName", "kMDItemPath", "kMDItemNoSuchKey"}) {
     const host::Value values = host::call(query, "ValuesOfAttribute", name);
     EXPECT_FALSE(values.isNil()) << name;
-    EXPECT_THAT(host::elements(values), IsEmpty()) << name;
+    EXPECT_EQ(0u, host::elements(values).size()) << name;
   }
 }
 
@@ -122,8 +115,8 @@ TEST_F(Values, ThatAreNullLeaveNoHoleAndThoseThatBecomeNilKeepTheirPlace) {
   start(settings);
   const host::Value query = found();
   const CFOwner one = cfText("1"), strange = cfWitness(), two = cfText("2");
-  standin::planAnswer(kValues,
-                      cfArray({one.get(), nullptr, strange.get(), kCFNull, nullptr, two.get()}).release());
+  standin::planAnswer(
+      kValues, cfUnretainedArray({one.get(), nullptr, strange.get(), kCFNull, nullptr, two.get()}).leak());
   const auto values = host::elements(host::call(query, "ValuesOfAttribute", "kMDItemFSSize"));
   ASSERT_EQ(4u, values.size());
   EXPECT_EQ("1", values[0].text());
@@ -137,7 +130,7 @@ TEST_F(Values, AreListedWithTheseCalls) {
   const host::Value query = found();
   const CFOwner yes = own(CFRetain(kCFBooleanTrue));
   const auto act = [&] {
-    standin::planAnswer(kValues, cfArray({yes.get(), nullptr, kCFNull}).release());
+    standin::planAnswer(kValues, cfUnretainedArray({yes.get(), nullptr, kCFNull}).leak());
     standin::startLog();
     host::call(query, "ValuesOfAttribute", "kMDItemFSSize");
   };
@@ -167,7 +160,7 @@ TEST_F(Values, CopyIsReleasedBeforeTheName) {
   const CFTypeRef values[] = {witness.get()};
   const CFArrayRef held =
       CFArrayCreate(kCFAllocatorDefault, const_cast<const void**>(values), 1, &kCFTypeArrayCallBacks);
-  witness.reset();
+  witness = {};
   standin::planAnswer(kValues, held);
   const Calls calls = callsOf([&] { host::call(query, "ValuesOfAttribute", "kMDItemFSSize"); });
   EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), Calls(calls.end() - 3, calls.end()));
@@ -191,8 +184,8 @@ TEST_F(Values, ThatCantBeConvertedCount0) {
     EXPECT_EQ(0, count(query, "kMDItemFSSize", nullptr));
     EXPECT_EQ(0, count(query, "kMDItemFSSize", host::newInstance("MDItemZNK")));
   });
-  EXPECT_THAT(calls, Not(Contains(kCount)));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(0, std::count(calls.begin(), calls.end(), kCount));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Values, AreCountedAfterBothConversionsAndTheNameIsReleasedFirst) {
@@ -210,7 +203,7 @@ TEST_F(Values, AreCountedAfterBothConversionsAndTheNameIsReleasedFirst) {
     const Calls half = callsOf([&, &name = name, &value = value] { count(query, name, value); });
     EXPECT_EQ(1, std::count(half.begin(), half.end(), "CFRelease"));
     EXPECT_EQ("CFRelease", half.back());
-    EXPECT_THAT(half, Not(Contains(kCount)));
+    EXPECT_EQ(0, std::count(half.begin(), half.end(), kCount));
   }
 }
 

@@ -2,16 +2,6 @@
 
 #include "host/startup.h"
 
-namespace {
-
-std::vector<std::string> ledgerLines() {
-  std::vector<std::string> lines;
-  for (const auto& line : standin::ledger()) lines.push_back(std::to_string(line.count) + " " + line.kind);
-  return lines;
-}
-
-}  // namespace
-
 bool outOfMemory = false;
 std::vector<size_t> blocks;
 
@@ -28,7 +18,7 @@ extern "C" const char* __lsan_default_suppressions() {
 }
 
 void ObjectsTest::start(const host::Settings& settings) {
-  before_ = ledgerLines();
+  before_ = standin::ledger();
   host::start(settings);
   gResolver = host::resolve;
   rbversion = settings.hasVersion ? settings.version : 0.0;
@@ -40,7 +30,7 @@ void ObjectsTest::TearDown() {
   if (!host::running()) return;
   EXPECT_EQ(0u, host::takeExceptions().size()) << "raised, and nobody looked";
   EXPECT_EQ(std::vector<std::string>(), host::stop());
-  EXPECT_EQ(before_, ledgerLines());
+  EXPECT_EQ(before_, standin::ledger());
 }
 
 host::Value stringOf(REALstring string) {

@@ -8,8 +8,9 @@
 
 #include "host/owned.h"
 #include "host/services.h"
-#include "standin/gate/gate.h"
 #include "standin/host/host.h"
+#include "tests/support/calls.h"
+#include "tests/support/ledger.h"
 
 namespace host = standin::host;
 
@@ -26,7 +27,7 @@ class ObjectsTest : public testing::Test {
   void TearDown() override;
 
  private:
-  std::vector<std::string> before_;
+  LedgerLines before_;
 };
 
 inline REALstring handle(const host::Value& string) {
@@ -38,11 +39,3 @@ inline REALobject objectHandle(const host::Value& object) {
 
 // What a handle of the plug-in's stands for. The reference stays with the plug-in.
 host::Value stringOf(REALstring string);
-
-// The calls that reached the host and the platform while `act` ran.
-template <typename Act>
-std::vector<std::string> callsOf(Act act) {
-  standin::startLog();
-  act();
-  return standin::stopLog();
-}

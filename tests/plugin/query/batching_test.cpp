@@ -1,14 +1,9 @@
 // The batching parameters of a query.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include "tests/plugin/fixture.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 const char* const kFields[] = {"firstMaxNum",   "firstMaxMS",   "progressMaxNum",
                                "progressMaxMS", "updateMaxNum", "updateMaxMS"};
@@ -88,7 +83,7 @@ TEST_F(Batching, AssigningNilLeavesTheParameters) {
   start();
   const host::Value query = this->query();
   const Numbers before = serviceParameters(query);
-  EXPECT_THAT(callsOf([&] { host::set(query, "BatchingParameters", nullptr); }), IsEmpty());
+  EXPECT_EQ(Calls(), callsOf([&] { host::set(query, "BatchingParameters", nullptr); }));
   EXPECT_EQ(before, serviceParameters(query));
 }
 
@@ -113,13 +108,13 @@ TEST_F(Batching, OfAQueryWithoutAReferenceRaises) {
   start();
   const host::Value query = host::newInstance("MDQueryZNK");
   EXPECT_TRUE(host::get(query, "BatchingParameters").isNil());
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+  EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
   for (const bool unwinding : {false, true}) {
     host::settings().raiseByUnwinding = unwinding;
     host::set(query, "BatchingParameters", parameters({1, 2, 3, 4, 5, 6}));
-    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+    EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
     host::set(query, "BatchingParameters", nullptr);
-    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery)) << "the query is looked at first";
+    EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions()) << "the query is looked at first";
   }
 }
 
@@ -128,7 +123,7 @@ TEST_F(Batching, IsNilWhereTheHostMakesNoInstance) {
   settings.unknownClasses = {"MDQueryBatchingParamsZNK"};
   start(settings);
   EXPECT_TRUE(host::get(query(), "BatchingParameters").isNil());
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Batching, IsReadAndWrittenWithTheseCalls) {

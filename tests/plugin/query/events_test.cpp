@@ -1,6 +1,4 @@
 // From a query's notifications to the events of its host object.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include "tests/plugin/cf_values.h"
@@ -8,14 +6,11 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class Events : public PluginTest, public testing::WithParamInterface<double> {
  protected:
   void SetUp() override {
-    for (const char* name : {"a", "b", "c"}) tree_.add(name);
-    tree_.index();
+    for (const char* name : {"a", "b", "c"}) tree_.file(name);
+    standin::setIndexedFolders({tree_.path()});
     start(settings());
     query_ = host::construct("MDQueryZNK", "kMDItemFSName == \"*\"");
     host::call(query_, "Execute", 1);
@@ -27,11 +22,7 @@ class Events : public PluginTest, public testing::WithParamInterface<double> {
     }
   }
 
-  static host::Settings settings() {
-    host::Settings settings = GetParam() < 2012.0 ? host::oldHost(GetParam()) : host::Settings();
-    settings.version = GetParam();
-    return settings;
-  }
+  static host::Settings settings() { return settingsOf(GetParam()); }
 
   void TearDown() override {
     arguments_.clear();
@@ -69,7 +60,7 @@ class Events : public PluginTest, public testing::WithParamInterface<double> {
     return CFOwner(info);
   }
 
-  TempTree tree_;
+  ScratchFolder tree_;
   host::Value query_;
   Calls heard_;
   std::vector<host::Value> arguments_;
@@ -86,25 +77,25 @@ TEST_P(Events, AreRaisedForTheirNotification) {
        {kMDQueryProgressNotification, kMDQueryDidFinishNotification, kMDQueryDidUpdateNotification}) {
     post(name);
   }
-  EXPECT_THAT(heard_, ElementsAre("Progress", "Finish", "Update"));
+  EXPECT_EQ((Texts{"Progress", "Finish", "Update"}), heard_);
 }
 
 TEST_P(Events, OfANotificationWithoutUserInformationCarryThreeEmptyArrays) {
   post(kMDQueryProgressNotification);
-  EXPECT_THAT(sizes(arguments_), ElementsAre(0, 0, 0));
+  EXPECT_EQ((std::vector<size_t>{0, 0, 0}), sizes(arguments_));
   for (const host::Value& array : arguments_) EXPECT_FALSE(array.isNil());
 }
 
 TEST_P(Events, CarryTheItemsOfEachListInItsPlace) {
   post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(items(kMDQueryUpdateAddedItems, 3).get()));
-  EXPECT_THAT(sizes(arguments_), ElementsAre(3, 0, 0));
+  EXPECT_EQ((std::vector<size_t>{3, 0, 0}), sizes(arguments_));
   EXPECT_EQ("b", host::get(host::elements(arguments_[0])[1], "FSName").text());
   post(kMDQueryDidUpdateNotification,
        static_cast<CFDictionaryRef>(items(kMDQueryUpdateChangedItems, 2).get()));
-  EXPECT_THAT(sizes(arguments_), ElementsAre(0, 2, 0));
+  EXPECT_EQ((std::vector<size_t>{0, 2, 0}), sizes(arguments_));
   post(kMDQueryProgressNotification,
        static_cast<CFDictionaryRef>(items(kMDQueryUpdateRemovedItems, 1).get()));
-  EXPECT_THAT(sizes(arguments_), ElementsAre(0, 0, 1));
+  EXPECT_EQ((std::vector<size_t>{0, 0, 1}), sizes(arguments_));
 }
 
 TEST_P(Events, LeaveNoHoleForAnItemThatCantBeWrapped) {
@@ -118,7 +109,7 @@ TEST_P(Events, LeaveNoHoleForAnItemThatCantBeWrapped) {
 }
 
 TEST_P(Events, PassOverNullsAndLeaveNoHole) {
-  const CFOwner items = cfArray(
+  const CFOwner items = cfUnretainedArray(
       {MDQueryGetResultAtIndex(reference(), 0), nullptr, nullptr, MDQueryGetResultAtIndex(reference(), 2)});
   const CFOwner info = cfDictionary({{kMDQueryUpdateRemovedItems, items.get()}});
   post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
@@ -129,10 +120,10 @@ TEST_P(Events, PassOverNullsAndLeaveNoHole) {
 }
 
 TEST_P(Events, OfAListOfNullsAloneCarryAnEmptyArray) {
-  const CFOwner items = cfArray({nullptr, nullptr});
+  const CFOwner items = cfUnretainedArray({nullptr, nullptr});
   const CFOwner info = cfDictionary({{kMDQueryUpdateAddedItems, items.get()}});
   post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
-  EXPECT_THAT(sizes(arguments_), ElementsAre(0, 0, 0));
+  EXPECT_EQ((std::vector<size_t>{0, 0, 0}), sizes(arguments_));
 }
 
 // The exception comes out where the notification was posted, and nothing stays behind.
@@ -145,7 +136,7 @@ TEST_P(Events, WhoseHandlerThrowsGiveEverythingBackAndGoOn) {
   EXPECT_THROW(raise(kMDQueryDidFinishNotification), standin::PlannedException);
   standin::clearFailures();
   raise(kMDQueryDidUpdateNotification);
-  EXPECT_THAT(heard_, ElementsAre("Update"));
+  EXPECT_EQ(Texts{"Update"}, heard_);
 }
 
 TEST_P(Events, WhoseHandlerRaisesGiveEverythingBackAndGoOn) {
@@ -156,9 +147,9 @@ TEST_P(Events, WhoseHandlerRaisesGiveEverythingBackAndGoOn) {
   const CFOwner info = items(kMDQueryUpdateAddedItems, 3);
   for (int i = 0; i < 2; ++i) {
     post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
-    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+    EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
   }
-  EXPECT_THAT(heard_, ElementsAre("Update", "Update"));
+  EXPECT_EQ((Texts{"Update", "Update"}), heard_);
 }
 
 TEST_P(Events, MayRunAnotherQuery) {
@@ -177,8 +168,8 @@ TEST_P(Events, MayRunAnotherQuery) {
 
 TEST_P(Events, FinishHasNoArgumentsWhateverTheNotificationCarries) {
   post(kMDQueryDidFinishNotification, static_cast<CFDictionaryRef>(items(kMDQueryUpdateAddedItems, 1).get()));
-  EXPECT_THAT(heard_, ElementsAre("Finish"));
-  EXPECT_THAT(arguments_, IsEmpty());
+  EXPECT_EQ(Texts{"Finish"}, heard_);
+  EXPECT_EQ(0u, arguments_.size());
 }
 
 TEST_P(Events, WithoutAHandlerMakeNoObjects) {
@@ -187,18 +178,18 @@ TEST_P(Events, WithoutAHandlerMakeNoObjects) {
   const int made = standin::callCount("PluginNewInstance");
   const int arrays = standin::callCount("RuntimeArrayCreateSingleDimBoundedArray");
   post(kMDQueryProgressNotification, static_cast<CFDictionaryRef>(info.get()));
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
   EXPECT_EQ(made, standin::callCount("PluginNewInstance"));
   EXPECT_EQ(arrays, standin::callCount("RuntimeArrayCreateSingleDimBoundedArray"));
   post(kMDQueryDidFinishNotification);
   post(kMDQueryDidUpdateNotification);
-  EXPECT_THAT(heard_, ElementsAre("Finish", "Update"));
+  EXPECT_EQ((Texts{"Finish", "Update"}), heard_);
 }
 
 TEST_P(Events, AreNotRaisedForAnotherQuerysNotifications) {
   const host::Value other = host::construct("MDQueryZNK", "kMDItemFSName == \"a\"");
   host::call(other, "Execute", 1);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
 }
 
 TEST_P(Events, AreNotRaisedOnceTheObjectIsDestroyed) {
@@ -207,7 +198,7 @@ TEST_P(Events, AreNotRaisedOnceTheObjectIsDestroyed) {
   query_ = {};
   CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(), kMDQueryDidFinishNotification,
                                        query.get(), nullptr, true);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
   query_ = host::newInstance("MDQueryZNK");
 }
 
@@ -262,16 +253,16 @@ TEST_P(Events, LookUpAndGiveBackTheListsInOrder) {
   std::erase_if(notes, [](const std::string& note) {
     return !note.starts_with("asked for ") && !note.ends_with(" ends");
   });
-  EXPECT_THAT(notes, ElementsAre("asked for kMDQueryUpdateAddedItems", "asked for kMDQueryUpdateChangedItems",
-                                 "asked for kMDQueryUpdateRemovedItems", "added ends", "changed ends",
-                                 "removed ends"));
+  EXPECT_EQ((Texts{"asked for kMDQueryUpdateAddedItems", "asked for kMDQueryUpdateChangedItems",
+                   "asked for kMDQueryUpdateRemovedItems", "added ends", "changed ends", "removed ends"}),
+            notes);
 }
 
 TEST_P(Events, ConvertAddedThenChangedThenRemovedBeforeTheHandlerIsCalled) {
   const auto listOf = [&](CFIndex count) {
     std::vector<CFTypeRef> values;
     for (CFIndex i = 0; i < count; ++i) values.push_back(MDQueryGetResultAtIndex(reference(), i));
-    return cfArray(values);
+    return cfUnretainedArray(values);
   };
   const CFOwner one = listOf(1), two = listOf(2), three = listOf(3);
   const CFOwner info = cfDictionary({{kMDQueryUpdateAddedItems, one.get()},
@@ -283,10 +274,11 @@ TEST_P(Events, ConvertAddedThenChangedThenRemovedBeforeTheHandlerIsCalled) {
     return call != "RuntimeArrayCreateSingleDimBoundedArray" && call != "array insert" &&
            call != "event Update";
   });
-  EXPECT_THAT(calls, ElementsAre("RuntimeArrayCreateSingleDimBoundedArray", "array insert",
-                                 "RuntimeArrayCreateSingleDimBoundedArray", "array insert", "array insert",
-                                 "RuntimeArrayCreateSingleDimBoundedArray", "array insert", "array insert",
-                                 "array insert", "event Update"));
+  EXPECT_EQ((Calls{"RuntimeArrayCreateSingleDimBoundedArray", "array insert",
+                   "RuntimeArrayCreateSingleDimBoundedArray", "array insert", "array insert",
+                   "RuntimeArrayCreateSingleDimBoundedArray", "array insert", "array insert", "array insert",
+                   "event Update"}),
+            calls);
 }
 
 TEST_P(Events, CompareTheNameWithProgressThenFinishThenUpdate) {
@@ -304,11 +296,11 @@ TEST_P(Events, AdvanceThePositionAlsoWhereAnInsertCouldNotHappen) {
   // The third item's procedure is missing; behind two elements its place stays free, and nothing else moves.
   standin::failCall("RuntimeArrayDirectGetInsertProc", 3);
   post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
-  EXPECT_THAT(sizes(arguments_), ElementsAre(2, 0, 0));
+  EXPECT_EQ((std::vector<size_t>{2, 0, 0}), sizes(arguments_));
   // The first item's is missing: the others are inserted at 1 and 2, where the empty array has no place.
   standin::failCall("RuntimeArrayDirectGetInsertProc", 1);
   post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
-  EXPECT_THAT(sizes(arguments_), ElementsAre(0, 0, 0));
+  EXPECT_EQ((std::vector<size_t>{0, 0, 0}), sizes(arguments_));
   EXPECT_EQ(2u, host::takeExceptions().size()) << "the host's own, of places out of bounds";
 }
 
@@ -348,7 +340,7 @@ TEST_P(Events, MayDestroyTheirOwnObject) {
     CFNotificationCenterPostNotification(CFNotificationCenterGetLocalCenter(), name, query.get(), nullptr,
                                          true);
   }
-  EXPECT_THAT(heard_, ElementsAre("Progress"));
+  EXPECT_EQ(Texts{"Progress"}, heard_);
 }
 
 TEST_P(Events, WithoutTheServiceForHandlersAreNotRaised) {
@@ -356,7 +348,7 @@ TEST_P(Events, WithoutTheServiceForHandlersAreNotRaised) {
   host::setEventHandler(query_, "Finish",
                         [this](const std::vector<host::Value>&) { heard_.push_back("Finish"); });
   host::call(query_, "Execute", 1);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
 }
 
 TEST_P(Events, WithoutTheServiceThatMakesArraysCarryThreeNils) {
@@ -367,7 +359,7 @@ TEST_P(Events, WithoutTheServiceThatMakesArraysCarryThreeNils) {
     for (const host::Value& argument : arguments) nils.push_back(argument.isNil());
   });
   post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(items(kMDQueryUpdateAddedItems, 3).get()));
-  EXPECT_THAT(nils, ElementsAre(true, true, true));
+  EXPECT_EQ((std::vector<bool>{true, true, true}), nils);
 }
 
 INSTANTIATE_TEST_SUITE_P(ControlVersions9To12, Events, testing::Values(2011.04, 2012.0, 2013.0, 2014.1));

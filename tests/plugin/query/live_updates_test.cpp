@@ -1,18 +1,13 @@
 // Queries that don't wait: events while the run loop runs, and results that follow the files.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
+
+#include <filesystem>
 
 #include "standin/system/clock.h"
 #include "tests/plugin/cf_values.h"
 #include "tests/plugin/fixture.h"
 
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 
 // The clock is the test's: running the loop for a second takes no time, and what the test does to files is
 // known at once.
@@ -24,10 +19,8 @@ class LiveUpdates : public PluginTest, public testing::WithParamInterface<double
  protected:
   void SetUp() override {
     standin::holdClock();
-    tree_.index();
-    host::Settings settings = GetParam() < 2012.0 ? host::oldHost(GetParam()) : host::Settings();
-    settings.version = GetParam();
-    start(settings);
+    standin::setIndexedFolders({tree_.path()});
+    start(settingsOf(GetParam()));
   }
 
   void TearDown() override {
@@ -67,17 +60,17 @@ class LiveUpdates : public PluginTest, public testing::WithParamInterface<double
   // The platform tells of changes and removals only for results that were looked at.
   void lookAtAll() { host::call(query_, "Results"); }
 
-  TempTree tree_;
+  ScratchFolder tree_;
   host::Value query_;
   Calls heard_;  // the events
   Calls told_;   // the items of the events' lists
 };
 
 TEST_P(LiveUpdates, AndGatheringHappenOnlyWhileTheRunLoopRuns) {
-  tree_.add("a.txt");
+  tree_.file("a.txt");
   makeQuery();
   EXPECT_TRUE(host::call(query_, "Execute", 4).boolean());
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
   EXPECT_EQ(0, count());
   EXPECT_FALSE(host::call(query_, "IsGatheringComplete").boolean());
   runLoop();
@@ -86,29 +79,29 @@ TEST_P(LiveUpdates, AndGatheringHappenOnlyWhileTheRunLoopRuns) {
   EXPECT_EQ("Finish", heard_.back());
   EXPECT_EQ(1, std::count(heard_.begin(), heard_.end(), "Finish"));
   heard_.clear();
-  tree_.add("b.txt");
+  tree_.file("b.txt");
   EXPECT_EQ(1, count());
   runLoop();
   EXPECT_EQ(2, count());
-  EXPECT_THAT(heard_, ElementsAre("Update"));
+  EXPECT_EQ(Texts{"Update"}, heard_);
 }
 
 TEST_P(LiveUpdates, TellOfFilesThatComeChangeAndGo) {
   follow();
-  tree_.add("a.txt");
-  tree_.add("b.other");
+  tree_.file("a.txt");
+  tree_.file("b.other");
   runLoop();
-  EXPECT_THAT(told_, ElementsAre("+a.txt"));
+  EXPECT_EQ(Texts{"+a.txt"}, told_);
   lookAtAll();
   told_.clear();
-  tree_.add("a.txt", 100);
+  tree_.file("a.txt", std::string(100, 'x'));
   runLoop();
-  EXPECT_THAT(told_, ElementsAre("~a.txt"));
+  EXPECT_EQ(Texts{"~a.txt"}, told_);
   told_.clear();
-  std::filesystem::rename(tree_.path("b.other"), tree_.path("b.txt"));
-  std::filesystem::rename(tree_.path("a.txt"), tree_.path("a.other"));
+  std::filesystem::rename(tree_.at("b.other"), tree_.at("b.txt"));
+  std::filesystem::rename(tree_.at("a.txt"), tree_.at("a.other"));
   runLoop();
-  EXPECT_THAT(told_, testing::UnorderedElementsAre("+b.txt", "-a.txt"));
+  EXPECT_EQ((Texts{"+b.txt", "-a.txt"}), sorted(told_));
   EXPECT_EQ(1, count());
 }
 
@@ -117,9 +110,9 @@ TEST_P(LiveUpdates, AreNotToldWithoutTheFlag) {
   host::call(query_, "Execute", 0);
   runLoop();
   heard_.clear();
-  tree_.add("a.txt");
+  tree_.file("a.txt");
   runLoop();
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
   EXPECT_EQ(0, count());
 }
 
@@ -127,38 +120,38 @@ TEST_P(LiveUpdates, AreHeldBackWhileTheyAreDisabled) {
   follow();
   host::call(query_, "DisableUpdates");
   host::call(query_, "DisableUpdates");
-  tree_.add("a.txt");
+  tree_.file("a.txt");
   runLoop();
   host::call(query_, "EnableUpdates");
   runLoop();
   EXPECT_EQ(0, count());
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
   host::call(query_, "EnableUpdates");
   runLoop();
   EXPECT_EQ(1, count());
-  EXPECT_THAT(told_, ElementsAre("+a.txt"));
+  EXPECT_EQ(Texts{"+a.txt"}, told_);
 }
 
 TEST_P(LiveUpdates, EndWhenTheQueryIsStopped) {
   follow();
   host::call(query_, "Stop");
-  tree_.add("a.txt");
+  tree_.file("a.txt");
   runLoop();
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
   EXPECT_EQ(0, count());
 }
 
 TEST_P(LiveUpdates, GatheringThatIsStoppedDoesNotFinish) {
-  tree_.add("a.txt");
+  tree_.file("a.txt");
   makeQuery();
   host::call(query_, "Execute", 4);
   host::call(query_, "Stop");
   runLoop();
-  EXPECT_THAT(heard_, Not(Contains("Finish")));
+  EXPECT_EQ(0, std::count(heard_.begin(), heard_.end(), "Finish"));
 }
 
 TEST_P(LiveUpdates, EndWhenTheObjectIsDestroyedBeforeGatheringHasEnded) {
-  tree_.add("a.txt");
+  tree_.file("a.txt");
   makeQuery();
   host::call(query_, "Execute", 4);
   // The service's query goes on, held by someone else.
@@ -167,7 +160,7 @@ TEST_P(LiveUpdates, EndWhenTheObjectIsDestroyedBeforeGatheringHasEnded) {
   query_ = {};
   runLoop();
   EXPECT_TRUE(MDQueryIsGatheringComplete(static_cast<MDQueryRef>(const_cast<void*>(held.get()))));
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_EQ(Texts(), heard_);
 }
 
 TEST_P(LiveUpdates, SurviveAHandlerThatDestroysTheQuery) {
@@ -179,7 +172,7 @@ TEST_P(LiveUpdates, SurviveAHandlerThatDestroysTheQuery) {
     });
     host::call(query_, "Execute", 4);
     runLoop();
-    tree_.add(event + std::string(".txt"));
+    tree_.file(event + std::string(".txt"));
     runLoop();
     runLoop();
     EXPECT_EQ(1, std::count(heard_.begin(), heard_.end(), event));
@@ -189,7 +182,7 @@ TEST_P(LiveUpdates, SurviveAHandlerThatDestroysTheQuery) {
 }
 
 TEST_P(LiveUpdates, SurviveAHandlerThatRunsAnotherQuery) {
-  tree_.add("a.txt");
+  tree_.file("a.txt");
   makeQuery();
   host::Value other;
   int finished = 0;
@@ -213,15 +206,15 @@ TEST_P(LiveUpdates, SurviveAHandlerThatRaises) {
     host::call(host::newInstance("MDQueryZNK"), "Stop");
   });
   for (const char* name : {"a.txt", "b.txt"}) {
-    tree_.add(name);
+    tree_.file(name);
     runLoop();
-    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+    EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
   }
-  EXPECT_THAT(heard_, ElementsAre("Update", "Update"));
+  EXPECT_EQ((Texts{"Update", "Update"}), heard_);
 }
 
 TEST_P(LiveUpdates, AndProgressComeInBatchesOfTheQuerysSize) {
-  for (int i = 0; i < 20; ++i) tree_.add(std::to_string(i) + ".txt");
+  for (int i = 0; i < 20; ++i) tree_.file(std::to_string(i) + ".txt");
   const auto progresses = [this](int32_t size) {
     makeQuery();
     const host::Value batching = host::get(query_, "BatchingParameters");
@@ -248,11 +241,11 @@ TEST_P(LiveUpdates, TenThousandOfThemLeaveNothingBehind) {
   });
   const int kFiles = 500;
   for (int round = 0; round < 10; ++round) {
-    for (int i = 0; i < kFiles; ++i) tree_.add(std::to_string(i) + ".txt");
+    for (int i = 0; i < kFiles; ++i) tree_.file(std::to_string(i) + ".txt");
     runLoop();
     ASSERT_EQ(kFiles, count());
     lookAtAll();
-    for (int i = 0; i < kFiles; ++i) std::filesystem::remove(tree_.path(std::to_string(i) + ".txt"));
+    for (int i = 0; i < kFiles; ++i) std::filesystem::remove(tree_.at(std::to_string(i) + ".txt"));
     runLoop();
     ASSERT_EQ(0, count());
   }

@@ -1,6 +1,4 @@
 // The query object: construction, plain operations, the nil-reference guard, destruction.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include <functional>
@@ -9,9 +7,6 @@
 #include "tests/plugin/item/item_fixture.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 const char kAnything[] = "kMDItemFSName == \"*\"";
 
@@ -168,7 +163,7 @@ TEST_P(QueryConstructor, LeavesTheInstanceWithoutAQueryWhenTheServiceMakesNone) 
   const host::Value query = GetParam().construct(parent);
   EXPECT_EQ(1, standin::failuresFired());
   EXPECT_EQ(0, handleOf(query));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Query, ConstructorReleasesItsArraysBeforeTheQueryString) {
@@ -186,11 +181,11 @@ TEST_P(QueryConstructor, StopsAtAQueryStringThatIsNullOrCantBeConverted) {
   const auto callsWith = [&](const host::Value& text) {
     return warmCallsOf([&] { EXPECT_EQ(0, handleOf(GetParam().construct(parent, text))); });
   };
-  EXPECT_THAT(callsWith(host::Value::nullString()), IsEmpty());
-  EXPECT_THAT(callsWith(unconvertible()),
-              ElementsAre("REALGetStringCFString", "REALGetStringCFString", "REALGetStringEncoding",
-                          "PluginGetStringData", "CFStringCreateWithCString", "PluginDisposeStringData"));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Calls(), callsWith(host::Value::nullString()));
+  EXPECT_EQ((Calls{"REALGetStringCFString", "REALGetStringCFString", "REALGetStringEncoding",
+                   "PluginGetStringData", "CFStringCreateWithCString", "PluginDisposeStringData"}),
+            callsWith(unconvertible()));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_P(QueryConstructor, GivesEverythingBackWhenNoArrayCanBeMade) {
@@ -208,9 +203,9 @@ TEST_F(Query, MadeOfAStringThatCantBeUnderstoodHasNoReferenceAndSaysSoAtItsFirst
     SCOPED_TRACE(bad);
     const host::Value query = host::construct("MDQueryZNK", bad);
     EXPECT_EQ(0, handleOf(query));
-    EXPECT_THAT(host::takeExceptions(), IsEmpty());
+    EXPECT_EQ(Exceptions(), host::takeExceptions());
     EXPECT_EQ(0, host::call(query, "ResultCount").integer());
-    EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+    EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
   }
 }
 
@@ -222,8 +217,8 @@ TEST_F(Query, SubsetOfANilQueryOrOneWithoutAReferenceHasNoneAndMakesNoCall) {
     if (!row.isSubset()) continue;
     ++forms;
     for (const host::Value& parent : {host::Value(nullptr), none}) {
-      EXPECT_THAT(callsOf([&] { EXPECT_EQ(0, handleOf(row.construct(parent))) << row.what; }), IsEmpty());
-      EXPECT_THAT(host::takeExceptions(), IsEmpty());
+      EXPECT_EQ(Calls(), callsOf([&] { EXPECT_EQ(0, handleOf(row.construct(parent))) << row.what; }));
+      EXPECT_EQ(Exceptions(), host::takeExceptions());
     }
   }
   EXPECT_EQ(3, forms);
@@ -245,14 +240,14 @@ TEST_F(Query, SubsetOfNoQueryOrOfNoStringLeavesTheInstanceTheQueryThatItHas) {
       EXPECT_EQ(handle, handleOf(query)) << row.what;
     }
   }
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Query, SubsetTakesNoLockOnItsParent) {
-  TempTree tree;
-  tree.add("a.txt");
-  tree.add("b.md");
-  tree.index();
+  ScratchFolder tree;
+  tree.file("a.txt");
+  tree.file("b.md");
+  standin::setIndexedFolders({tree.path()});
   start();
   host::Value parent = host::construct("MDQueryZNK", "kMDItemFSName == \"*.txt\"");
   host::call(parent, "Execute", 1);
@@ -284,7 +279,7 @@ TEST_P(Guard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
   host::Value result;
   const auto arguments = row.arguments();
   const Calls calls = callsOf([&] { result = host::callWith(query, row.name, arguments); });
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+  EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
   for (const std::string& call : calls) EXPECT_EQ(std::string::npos, call.find("MDQuery")) << call;
   if (row.leavesArray) expectLeftBehind({"host array of 0"});
   if (unwinding) return;  // there is no result then
@@ -396,25 +391,24 @@ TEST_F(Query, KnowsItsStringAndAttributes) {
   start();
   const host::Value query = host::construct("MDQueryZNK", kAnything, lists(), sorting());
   EXPECT_EQ(kAnything, host::call(query, "QueryString").text());
-  EXPECT_EQ(host::kEncodingUtf8, host::call(query, "QueryString").encoding());
-  EXPECT_THAT(host::texts(host::call(query, "ValueListAttributes")), ElementsAre("kMDItemFSSize"));
-  EXPECT_THAT(host::texts(host::call(query, "SortingAttributes")),
-              ElementsAre("kMDItemFSName", "kMDItemFSSize"));
+  EXPECT_EQ(host::encodingUtf8, host::call(query, "QueryString").encoding());
+  EXPECT_EQ(Texts{"kMDItemFSSize"}, host::texts(host::call(query, "ValueListAttributes")));
+  EXPECT_EQ((Texts{"kMDItemFSName", "kMDItemFSSize"}), host::texts(host::call(query, "SortingAttributes")));
 }
 
 TEST_F(Query, WithoutAttributesHasEmptyListsNotNil) {
   start();
   const host::Value query = host::construct("MDQueryZNK", kAnything);
   EXPECT_FALSE(host::call(query, "ValueListAttributes").isNil());
-  EXPECT_THAT(host::elements(host::call(query, "ValueListAttributes")), IsEmpty());
-  EXPECT_THAT(host::elements(host::call(query, "SortingAttributes")), IsEmpty());
+  EXPECT_EQ(0u, host::elements(host::call(query, "ValueListAttributes")).size());
+  EXPECT_EQ(0u, host::elements(host::call(query, "SortingAttributes")).size());
 }
 
 TEST_F(Query, WithNilArraysIsMadeWithoutAttributes) {
   start();
   const host::Value query = host::construct("MDQueryZNK", kAnything, nullptr, nullptr);
   EXPECT_NE(0, handleOf(query));
-  EXPECT_THAT(host::elements(host::call(query, "ValueListAttributes")), IsEmpty());
+  EXPECT_EQ(0u, host::elements(host::call(query, "ValueListAttributes")).size());
 }
 
 TEST_F(Query, StringIsNilWhenTheServiceHasNoCopy) {
@@ -425,9 +419,9 @@ TEST_F(Query, StringIsNilWhenTheServiceHasNoCopy) {
 }
 
 TEST_F(Query, SetMaxCountLimitsTheResults) {
-  TempTree tree;
-  for (const char* name : {"1", "2", "3", "4"}) tree.add(name);
-  tree.index();
+  ScratchFolder tree;
+  for (const char* name : {"1", "2", "3", "4"}) tree.file(name);
+  standin::setIndexedFolders({tree.path()});
   start();
   const host::Value query = host::construct("MDQueryZNK", kAnything);
   host::call(query, "SetMaxCount", 3);
@@ -436,8 +430,8 @@ TEST_F(Query, SetMaxCountLimitsTheResults) {
 }
 
 TEST_F(Query, ExecutesOnce) {
-  TempTree tree;
-  tree.index();
+  ScratchFolder tree;
+  standin::setIndexedFolders({tree.path()});
   start();
   const host::Value query = host::construct("MDQueryZNK", kAnything);
   EXPECT_FALSE(host::call(query, "IsGatheringComplete").boolean());
@@ -458,7 +452,7 @@ TEST_F(Query, TagIsUnlockedExactlyOnceByTheDestructor) {
 TEST_F(Query, WithoutAReferenceTheDestructorCallsNothing) {
   start();
   host::Value query = host::newInstance("MDQueryZNK");
-  EXPECT_THAT(callsOf([&] { query = {}; }), IsEmpty());
+  EXPECT_EQ(Calls(), callsOf([&] { query = {}; }));
 }
 
 TEST_F(Query, HandleIsTheServicesReferenceAndIsWrittenAsItIs) {
@@ -470,7 +464,7 @@ TEST_F(Query, HandleIsTheServicesReferenceAndIsWrittenAsItIs) {
   host::set(query, "Handle", 0);
   EXPECT_EQ(1, CFGetRetainCount(reference));
   host::call(query, "ResultCount");
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+  EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
   host::set(query, "Handle", static_cast<int32_t>(reinterpret_cast<intptr_t>(reference)));
   EXPECT_EQ(0, host::call(query, "ResultCount").integer());
 }
@@ -478,13 +472,13 @@ TEST_F(Query, HandleIsTheServicesReferenceAndIsWrittenAsItIs) {
 // Events: what the registration leads to.
 
 TEST_F(Query, RaisesFinishWhenGatheringIsCompleteAndNotAfterItsEnd) {
-  TempTree tree;
-  tree.index();
+  ScratchFolder tree;
+  standin::setIndexedFolders({tree.path()});
   start();
   int finished = 0;
   host::Value query = host::construct("MDQueryZNK", kAnything);
   host::setEventHandler(query, "Finish", [&](const std::vector<host::Value>& arguments) {
-    EXPECT_THAT(arguments, IsEmpty());
+    EXPECT_EQ(0u, arguments.size());
     ++finished;
   });
   host::call(query, "Execute", 1);

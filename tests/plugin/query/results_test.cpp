@@ -1,6 +1,4 @@
 // Results as items, and the items' own properties.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include "standin/coreservices/metadata/planned_answers.h"
@@ -9,25 +7,23 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class Results : public PluginTest {
  protected:
   // A query that found ten files, f0 to f9; fN has N bytes.
   host::Value found() {
-    for (int i = 0; i < 10; ++i) tree_.add("f" + std::to_string(i), static_cast<size_t>(i));
+    for (int i = 0; i < 10; ++i)
+      tree_.file("f" + std::to_string(i), std::string(static_cast<size_t>(i), 'x'));
     return query("kMDItemFSName == \"f*\"");
   }
 
   host::Value query(const std::string& text) {
-    tree_.index();
+    standin::setIndexedFolders({tree_.path()});
     host::Value query = host::construct("MDQueryZNK", text);
     EXPECT_TRUE(host::call(query, "Execute", 1).boolean());
     return query;
   }
 
-  TempTree tree_;
+  ScratchFolder tree_;
 };
 
 typedef Results Items;
@@ -68,7 +64,7 @@ TEST_F(Results, OfAQueryThatFoundNothingAreAnEmptyArrayNotNil) {
   const host::Value query = this->query("kMDItemFSName == \"none\"");
   const host::Value results = host::call(query, "Results");
   EXPECT_FALSE(results.isNil());
-  EXPECT_THAT(host::elements(results), IsEmpty());
+  EXPECT_EQ(0u, host::elements(results).size());
 }
 
 TEST_F(Results, AtAnIndexAndInTheArrayAreDifferentObjectsOfTheSameItem) {
@@ -103,20 +99,20 @@ TEST_F(Results, IndexOfANilItemRaisesNilItem) {
   start();
   const host::Value query = found();
   EXPECT_EQ(0, host::call(query, "IndexOfResult", nullptr).integer());
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilItem));
+  EXPECT_EQ(Exceptions{kNilItem}, host::takeExceptions());
 }
 
 TEST_F(Results, IndexOfAnItemWithoutAReferenceRaisesNilItem) {
   start();
   const host::Value query = found();
   EXPECT_EQ(0, host::call(query, "IndexOfResult", host::newInstance("MDItemZNK")).integer());
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilItem));
+  EXPECT_EQ(Exceptions{kNilItem}, host::takeExceptions());
 }
 
 TEST_F(Results, IndexOfANilItemInAQueryWithoutAReferenceRaisesNilQuery) {
   start();
   EXPECT_EQ(0, host::call(host::newInstance("MDQueryZNK"), "IndexOfResult", nullptr).integer());
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilQuery));
+  EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
 }
 
 TEST_F(Results, ThatCantBeWrappedKeepTheirPlacesAsNil) {
@@ -164,7 +160,7 @@ TEST_F(Results, WithoutAnInsertProcedureAreAnEmptyArray) {
   settings.insertProcedures = false;
   start(settings);
   const host::Value query = found();
-  EXPECT_THAT(host::elements(host::call(query, "Results")), IsEmpty());
+  EXPECT_EQ(0u, host::elements(host::call(query, "Results")).size());
 }
 
 TEST_F(Results, OutliveTheirQuery) {
@@ -182,7 +178,7 @@ TEST_F(Items, TellTheirNamesPathAndSize) {
   const host::Value item = host::call(query, "ResultAtIndex", 5);
   EXPECT_EQ("f5", host::get(item, "DisplayName").text());
   EXPECT_EQ("f5", host::get(item, "FSName").text());
-  EXPECT_EQ(tree_.path("f5"), host::get(item, "Path").text());
+  EXPECT_EQ(tree_.at("f5"), host::get(item, "Path").text());
   EXPECT_EQ(5, host::get(item, "FSSize").integer());
   EXPECT_EQ(host::Kind::int64, host::get(item, "FSSize").kind());
 }
@@ -203,14 +199,14 @@ TEST_F(Items, WithoutAReferenceHaveNilStringsAndRaiseNothing) {
   const host::Value item = host::newInstance("MDItemZNK");
   for (const char* name : {"DisplayName", "FSName", "Path"}) {
     const Calls calls = callsOf([&] { EXPECT_TRUE(host::get(item, name).isNil()) << name; });
-    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_EQ(Calls(), calls);
   }
 }
 
 TEST_F(Items, WithoutAReferenceRaiseForTheirSize) {
   start();
   EXPECT_EQ(0, host::get(host::newInstance("MDItemZNK"), "FSSize").integer());
-  EXPECT_THAT(host::takeExceptions(), ElementsAre(kNilItem));
+  EXPECT_EQ(Exceptions{kNilItem}, host::takeExceptions());
 }
 
 TEST_F(Items, WithoutTheAttributeHaveNilStringsAndSize0) {
@@ -232,7 +228,7 @@ TEST_F(Items, WhoseSizeCantBeReadHaveSize0) {
   standin::failCall("CFNumberGetValue", 1);
   EXPECT_EQ(0, host::get(item, "FSSize").integer());
   // The platform writes the whole part of this one, and says that it failed.
-  standin::planAnswer("MDItemCopyAttribute", cfReal(1.5).release());
+  standin::planAnswer("MDItemCopyAttribute", cfReal(1.5).leak());
   EXPECT_EQ(0, host::get(item, "FSSize").integer());
 }
 
@@ -268,7 +264,7 @@ TEST_F(Items, TheDestructorReleasesTheItemThenUnlocksTheTag) {
 TEST_F(Items, WithoutAReferenceTheDestructorReleasesNothing) {
   start();
   host::Value item = host::newInstance("MDItemZNK");
-  EXPECT_THAT(callsOf([&] { item = {}; }), IsEmpty());
+  EXPECT_EQ(Calls(), callsOf([&] { item = {}; }));
 }
 
 TEST_F(Items, WithoutAnUnlockServiceTheTagIsLetGo) {

@@ -1,37 +1,21 @@
 // Where a query searches.
-#include <gmock/gmock.h>
-
+#include "tests/plugin/array_access.h"
 #include "tests/plugin/item/item_fixture.h"
 
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-using testing::Optional;
-
 typedef std::vector<std::string> Places;
-
-// On both sides of 2013.9, with and without storage that is read directly.
-struct Access {
-  double version;
-  bool storage;
-};
-void PrintTo(const Access& row, std::ostream* out) {
-  *out << "host " << row.version << (row.storage ? " with" : " without") << " storage";
-}
 
 class SearchScope : public PluginTest {
  protected:
   SearchScope() {
-    tree_.add("one/a");
-    tree_.add("two/b");
+    tree_.file("one/a");
+    tree_.file("two/b");
   }
 
   static host::Value query() { return host::construct("MDQueryZNK", "kMDItemFSName == \"*\""); }
-  host::Value folder(const std::string& name) const { return host::folderItem(tree_.path(name)); }
-  std::string url(const std::string& name) const { return "file://" + tree_.path(name) + "/"; }
+  host::Value folder(const std::string& name) const { return host::folderItem(tree_.at(name)); }
+  std::string url(const std::string& name) const { return "file://" + tree_.at(name) + "/"; }
 
   // The scope that reached the service with these arguments.
   static standin::SearchScope set(const host::Value& paths, const host::Value& options) {
@@ -40,18 +24,10 @@ class SearchScope : public PluginTest {
     return standin::takeSearchScope();
   }
 
-  TempTree tree_;
+  ScratchFolder tree_;
 };
 
-class ScopeAccess : public SearchScope, public testing::WithParamInterface<Access> {
- protected:
-  void SetUp() override {
-    host::Settings settings;
-    settings.version = GetParam().version;
-    settings.directArrayStorage = GetParam().storage;
-    start(settings);
-  }
-};
+class ScopeAccess : public WithArrayAccess<SearchScope> {};
 
 TEST_P(ScopeAccess, IsTheFoldersThenTheOptions) {
   const auto scope =
@@ -77,7 +53,7 @@ TEST_P(ScopeAccess, LeavesOutWhatCantBeConverted) {
 TEST_P(ScopeAccess, OfNilArraysIsAnEmptyArray) {
   const auto scope = set(nullptr, nullptr);
   EXPECT_EQ(1, scope.set);
-  EXPECT_THAT(scope.places, IsEmpty());
+  EXPECT_EQ(Texts(), scope.places);
 }
 
 TEST_P(ScopeAccess, OfEmptyArraysOrBadElementsAloneIsAnEmptyArray) {
@@ -85,7 +61,7 @@ TEST_P(ScopeAccess, OfEmptyArraysOrBadElementsAloneIsAnEmptyArray) {
   const auto scope =
       set(host::objectArray({host::Value()}), host::stringArrayOf({host::Value::nullString()}));
   EXPECT_EQ(1, scope.set);
-  EXPECT_THAT(scope.places, IsEmpty());
+  EXPECT_EQ(Texts(), scope.places);
 }
 
 TEST_P(ScopeAccess, PassesOptionsUnchanged) {
@@ -93,9 +69,7 @@ TEST_P(ScopeAccess, PassesOptionsUnchanged) {
             set(nullptr, host::stringArray({"kMDQueryScopeComputer", "/some/where", "Ünknown"})).places);
 }
 
-INSTANTIATE_TEST_SUITE_P(Hosts, ScopeAccess,
-                         testing::Values(Access{2013.9, true}, Access{2013.9, false}, Access{2012.0, true},
-                                         Access{2013.91, true}, Access{2014.1, true}));
+INSTANTIATE_TEST_SUITE_P(Hosts, ScopeAccess, testing::ValuesIn(kArrayAccesses));
 
 TEST_F(SearchScope, WithStorageIsReadWithTheseCalls) {
   host::Settings settings;
@@ -175,7 +149,7 @@ TEST_F(SearchScope, ThatCantBeMadeIsNotSet) {
 }
 
 TEST_F(SearchScope, DecidesWhatAQueryFinds) {
-  tree_.index();
+  standin::setIndexedFolders({tree_.path()});
   start();
   const auto found = [&](const host::Value& paths, const host::Value& options) {
     const host::Value query = this->query();
@@ -187,10 +161,9 @@ TEST_F(SearchScope, DecidesWhatAQueryFinds) {
     }
     return names;
   };
-  EXPECT_THAT(found(host::objectArray({folder("two")}), nullptr), ElementsAre("b"));
-  EXPECT_THAT(found(nullptr, nullptr), IsEmpty());
-  EXPECT_THAT(found(nullptr, host::stringArray({"kMDQueryScopeComputer"})),
-              ElementsAre("one", "a", "two", "b"));
+  EXPECT_EQ(Texts{"b"}, found(host::objectArray({folder("two")}), nullptr));
+  EXPECT_EQ(Texts(), found(nullptr, nullptr));
+  EXPECT_EQ((Texts{"one", "a", "two", "b"}), found(nullptr, host::stringArray({"kMDQueryScopeComputer"})));
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // The order of results, on systems with and without the functions that change it.
-#include <gmock/gmock.h>
-
 #include <CoreServices/CoreServices.h>
 
 #include "standin/system/control.h"
@@ -8,16 +6,13 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class Sorting : public PluginTest {
  protected:
   Sorting() {
-    tree_.add("a", 2);
-    tree_.add("b", 1);
-    tree_.add("c", 2);
-    tree_.index();
+    tree_.file("a", "xx");
+    tree_.file("b", "x");
+    tree_.file("c", "xx");
+    standin::setIndexedFolders({tree_.path()});
   }
 
   // A plug-in that finds the three functions but those that are named. Start-up asks for them in this order.
@@ -43,7 +38,7 @@ class Sorting : public PluginTest {
     return all;
   }
 
-  TempTree tree_;
+  ScratchFolder tree_;
 };
 
 const char kGetter[] = "MDQueryGetSortOptionFlagsForAttribute";
@@ -85,25 +80,23 @@ TEST_F(Sorting, OnASystemWithoutTheFunctionsIsRefusedWithoutAnExceptionOrACall) 
   startWithout({kGetter, kSetter, kOrder});
   const host::Value query = this->query();
   const host::Value order = host::stringArray({"kMDItemFSName"});
-  EXPECT_THAT(
-      callsOf([&] {
+  EXPECT_EQ(
+      Calls(), callsOf([&] {
         EXPECT_EQ(0, host::call(query, "GetSortOptionFlagsForAttribute", "kMDItemFSName").integer());
         EXPECT_FALSE(host::call(query, "SetSortOptionFlagsForAttribute", "kMDItemFSName", 1u).boolean());
         EXPECT_FALSE(host::call(query, "SetSortOrder", order).boolean());
-      }),
-      IsEmpty());
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+      }));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Sorting, OnASystemWithoutTheGetterTheSetterIsNotUsedEither) {
   startWithout({kGetter});
   const host::Value query = this->query();
   EXPECT_EQ(0, host::call(query, "GetSortOptionFlagsForAttribute", "kMDItemFSName").integer());
-  EXPECT_THAT(
-      callsOf([&] {
+  EXPECT_EQ(
+      Calls(), callsOf([&] {
         EXPECT_FALSE(host::call(query, "SetSortOptionFlagsForAttribute", "kMDItemFSName", 1u).boolean());
-      }),
-      IsEmpty());
+      }));
   EXPECT_TRUE(host::call(query, "SetSortOrder", host::stringArray({"kMDItemFSName"})).boolean());
 }
 
@@ -132,8 +125,8 @@ TEST_F(Sorting, ByNamesThatCantBeConvertedIsRefusedWithoutACall) {
     }
     EXPECT_FALSE(host::call(query, "SetSortOrder", nullptr).boolean());
   });
-  EXPECT_THAT(calls, testing::Not(testing::Contains(testing::StartsWith("MDQuery"))));
-  EXPECT_THAT(host::takeExceptions(), IsEmpty());
+  EXPECT_EQ(Calls(), startingWith("MDQuery", calls));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
 }
 
 TEST_F(Sorting, PassesAllBitsOfTheFlags) {

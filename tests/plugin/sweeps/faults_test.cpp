@@ -1,42 +1,80 @@
 // Every call to the host and the platform is made to fail in its turn: the plug-in survives, and gives back
 // all that it holds.
-#include <gmock/gmock.h>
+#include <tuple>
 
 #include "tests/plugin/sweeps/everything.h"
-#include "tests/support/tier.h"
 
 namespace {
 
-class Faults : public PluginTest, public testing::WithParamInterface<double> {
+class Faults : public PluginTest {
  protected:
-  host::Settings settings() const {
-    host::Settings settings = GetParam() < 2012.0 ? host::oldHost(GetParam()) : host::Settings();
-    settings.version = GetParam();
-    return settings;
+  Faults() {
+    for (const char* name : {"f1", "f2"}) tree_.file(name, "xxx");
+    standin::setIndexedFolders({tree_.path()});
   }
+
+  // Played once before, so that the plug-in has asked for all services.
+  template <typename Play>
+  static Answers second(Play play) {
+    play();
+    return play();
+  }
+
+  ScratchFolder tree_;
 };
 
-TEST_P(Faults, OfEveryCallInUseAreSurvivedWithNeutralValues) {
-  TempTree tree;
-  for (const char* name : {"f1", "f2"}) tree.add(name, 3);
-  tree.index();
-  start(settings());
-  const auto complete = useEverything(tree.path());
+class FaultsInUse : public Faults, public testing::WithParamInterface<std::tuple<double, Scenario>> {};
+
+TEST_P(FaultsInUse, AreSurvivedWithNeutralValues) {
+  const auto& [version, scenario] = GetParam();
+  start(settingsOf(version));
+  const Answers complete = second([&] { return play(scenario, tree_.path()); });
   allowLeftBehind("host array of 0");  // of the methods that make their array before they find no query
-  int n = 1;
+  size_t n = 1;
   for (bool fired = true; fired; ++n) {
     SCOPED_TRACE("the call that fails is number " + std::to_string(n));
-    standin::failCall(n);
-    const auto answers = useEverything(tree.path());
+    standin::failCall(static_cast<int>(n));
+    const Answers answers = play(scenario, tree_.path());
     fired = standin::failuresFired() > 0;
-    ASSERT_EQ(complete.size(), answers.size());
-    for (size_t i = 0; i < answers.size(); ++i) {
-      const bool same = answers[i].text() == complete[i].text();
-      EXPECT_TRUE(same || (answers[i].failed && isDegraded(answers[i], complete[i]))) << answers[i].text();
+    ASSERT_EQ(complete.all().size(), answers.all().size());
+    for (size_t i = 0; i < answers.all().size(); ++i) {
+      const Answer &left = answers.all()[i], &whole = complete.all()[i];
+      EXPECT_TRUE(left.text() == whole.text() || (left.failed && isDegraded(left, whole))) << left.text();
     }
     if (HasFailure()) break;
   }
-  EXPECT_GT(n, 100) << "so many calls, at the least, are made";
+  EXPECT_GT(n, complete.calls().size()) << "each call has had its turn";
+}
+
+const std::vector<double> kVersions = {2011.04, 2013.9, 2014.1};
+
+std::string nameOf(double version) {
+  return "Host" + std::to_string(static_cast<int>(version * 100 + 0.5));
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, FaultsInUse,
+                         testing::Combine(testing::ValuesIn(swept(kVersions)),
+                                          testing::ValuesIn(scenarios())),
+                         [](const auto& info) {
+                           return nameOf(std::get<double>(info.param)) + std::get<Scenario>(info.param).name;
+                         });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FaultsInUse);
+
+class FaultsOfHost : public Faults, public testing::WithParamInterface<double> {};
+
+// What the sweeps by scenario are worth: nothing that everything does is missing in them.
+TEST_P(FaultsOfHost, AreMadeInScenariosThatTogetherDoEverything) {
+  start(settingsOf(GetParam()));
+  const Answers everything = second([this] { return useEverything(tree_.path()); });
+  std::set<std::string> calls, answers;
+  for (const Scenario& scenario : scenarios()) {
+    const Answers some = second([&] { return play(scenario, tree_.path()); });
+    calls.insert(some.calls().begin(), some.calls().end());
+    for (const std::string& text : textsOf(some.all())) answers.insert(text);
+  }
+  const std::vector<std::string> texts = textsOf(everything.all());
+  EXPECT_EQ(std::set<std::string>(texts.begin(), texts.end()), answers);
+  EXPECT_EQ(everything.calls(), calls);
 }
 
 long frameworks() {
@@ -46,14 +84,14 @@ long frameworks() {
   return 0;
 }
 
-TEST_P(Faults, OfEveryCallInStartUpAreSurvivedAndLeaveNothingButTheFramework) {
+TEST_P(FaultsOfHost, InStartUpAreSurvivedAndLeaveNothingButTheFramework) {
   const auto before = ledgerWithoutFramework();
   int n = 2;  // the first, "RegisterPluginVersion", is not supported to fail
   for (bool fired = true; fired; ++n) {
     SCOPED_TRACE("the call that fails is number " + std::to_string(n));
     const long loaded = frameworks();
     standin::failCall(n);
-    start(settings());
+    start(settingsOf(GetParam()));
     fired = standin::failuresFired() > 0;
     EXPECT_LE(frameworks(), loaded + 1);
     TearDown();
@@ -62,11 +100,8 @@ TEST_P(Faults, OfEveryCallInStartUpAreSurvivedAndLeaveNothingButTheFramework) {
   EXPECT_GT(n, 10) << "so many calls, at the least, are made";
 }
 
-std::vector<double> versions() {
-  if (sweepsFewerHosts()) return {2014.1};
-  return {2011.04, 2013.9, 2014.1};
-}
-
-INSTANTIATE_TEST_SUITE_P(Hosts, Faults, testing::ValuesIn(versions()));
+INSTANTIATE_TEST_SUITE_P(Hosts, FaultsOfHost, testing::ValuesIn(swept(kVersions)),
+                         [](const auto& info) { return nameOf(info.param); });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FaultsOfHost);
 
 }  // namespace

@@ -1,11 +1,7 @@
 // The classes as a host sees them, member by member and in order, for every control version.
-#include <gmock/gmock.h>
-
 #include "tests/plugin/fixture.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 const char* const kDeclaredKeys[] = {
 #include "tests/plugin/tables/declared_keys.inc"
@@ -13,11 +9,7 @@ const char* const kDeclaredKeys[] = {
 
 class Tables : public PluginTest, public testing::WithParamInterface<double> {
  protected:
-  void SetUp() override {
-    host::Settings settings = GetParam() < 2012.0 ? host::oldHost(GetParam()) : host::Settings();
-    settings.version = GetParam();
-    start(settings);
-  }
+  void SetUp() override { start(settingsOf(GetParam())); }
 
   static std::vector<std::string> texts(const char* className, host::MemberKind kind) {
     std::vector<std::string> texts;
@@ -38,17 +30,16 @@ class Tables : public PluginTest, public testing::WithParamInterface<double> {
 };
 
 TEST_P(Tables, AreTheItems) {
-  EXPECT_THAT(texts("MDItemZNK", host::MemberKind::property),
-              ElementsAre("Handle As Integer", "Tag As Variant", "DisplayName As String", "FSName As String",
-                          "Path As String", "FSSize As Int64"));
-  EXPECT_THAT(assignable("MDItemZNK"), ElementsAre("Handle", "Tag"));
-  EXPECT_THAT(
-      texts("MDItemZNK", host::MemberKind::method),
-      ElementsAre("GetAttributes(names() as string) as dictionary", "GetAttribute(name as string) as variant",
-                  "Constructor(path as folderitem)", "AttributeNames as string()",
-                  "AttributeString(name as string) as string", "AttributeBoolean(name as string) as boolean",
-                  "AttributeDouble(name as string) as double",
-                  "AttributeStringArray(name as string) as string()"));
+  EXPECT_EQ((Texts{"Handle As Integer", "Tag As Variant", "DisplayName As String", "FSName As String",
+                   "Path As String", "FSSize As Int64"}),
+            texts("MDItemZNK", host::MemberKind::property));
+  EXPECT_EQ((Texts{"Handle", "Tag"}), assignable("MDItemZNK"));
+  EXPECT_EQ((Texts{"GetAttributes(names() as string) as dictionary",
+                   "GetAttribute(name as string) as variant", "Constructor(path as folderitem)",
+                   "AttributeNames as string()", "AttributeString(name as string) as string",
+                   "AttributeBoolean(name as string) as boolean", "AttributeDouble(name as string) as double",
+                   "AttributeStringArray(name as string) as string()"}),
+            texts("MDItemZNK", host::MemberKind::method));
   std::vector<std::string> shared = {"DisplayNameForAttribute(name as string) as string",
                                      "DisplayDescriptionForAttribute(name as string) as string",
                                      "AllAttributes as string()", "AttributeType(name as string) as string",
@@ -60,52 +51,58 @@ TEST_P(Tables, AreTheItems) {
 }
 
 TEST_P(Tables, AreTheQuerys) {
-  EXPECT_THAT(texts("MDQueryZNK", host::MemberKind::property),
-              ElementsAre("Handle As Integer", "Tag As Variant"));
-  EXPECT_THAT(assignable("MDQueryZNK"), ElementsAre("Handle", "Tag", "BatchingParameters"));
-  EXPECT_THAT(
-      texts("MDQueryZNK", host::MemberKind::method),
-      ElementsAre(
-          "CountOfResultsWithAttributeValue(name as string, Value as variant) as UInt32",
-          "AttributeValueOfResultAtIndex(name as string, index as UInt32) as variant",
-          "ValuesOfAttribute(name as string) as variant()", "IndexOfResult(it as MDItemZNK) as integer",
-          "Constructor(queryString as string)",
-          "Constructor(queryString as string, valueListAttributes() as string)",
-          "Constructor(queryString as string, valueListAttributes() as string, sortingAttributes() "
-          "as string)",
-          "Constructor(query as MDQueryZNK, queryString as string)",
-          "Constructor(query as MDQueryZNK, queryString as string, valueListAttributes() as string)",
-          "Constructor(query as MDQueryZNK, queryString as string, valueListAttributes() as string, "
-          "sortingAttributes() as string)",
-          "ResultAtIndex(index as integer) as MDItemZNK", "Results(limit as integer = -1) as MDItemZNK()",
-          "BatchingParameters as MDQueryBatchingParamsZNK", "Execute(flags as integer) as boolean",
-          "IsGatheringComplete as boolean", "ResultCount as integer", "ValueListAttributes as string()",
-          "SortingAttributes as string()", "QueryString as string", "Stop", "DisableUpdates", "EnableUpdates",
-          "SetMaxCount(size as integer)", "SetSearchScope(paths() as folderitem, options() as string)",
-          "GetSortOptionFlagsForAttribute(fieldName as string) as integer",
-          "SetSortOptionFlagsForAttribute(fieldName as string, flags as UInt32) as Boolean",
-          "SetSortOrder(sortingAttrs() as string) as Boolean"));
-  EXPECT_THAT(
-      texts("MDQueryZNK", host::MemberKind::event),
-      ElementsAre(
-          "Progress(AddedItems() as MDItemZNK, ChangedItems() as MDItemZNK, RemovedItems() as MDItemZNK)",
-          "Finish()",
-          "Update(AddedItems() as MDItemZNK, ChangedItems() as MDItemZNK, RemovedItems() as MDItemZNK)"));
-  EXPECT_THAT(texts("MDQueryZNK", host::MemberKind::constant),
-              ElementsAre("kMDQueryReverseSortOrderFlag=1", "kMDQuerySynchronous=1", "kMDQueryWantsUpdates=4",
-                          "kMDQueryScopeHome=\"kMDQueryScopeHome\"",
-                          "kMDQueryScopeComputer=\"kMDQueryScopeComputer\"",
-                          "kMDQueryScopeNetwork=\"kMDQueryScopeNetwork\"",
-                          "kMDQueryScopeAllIndexed=\"kMDQueryScopeAllIndexed\"",
-                          "kMDQueryScopeComputerIndexed=\"kMDQueryScopeComputerIndexed\"",
-                          "kMDQueryScopeNetworkIndexed=\"kMDQueryScopeNetworkIndexed\""));
+  EXPECT_EQ((Texts{"Handle As Integer", "Tag As Variant"}), texts("MDQueryZNK", host::MemberKind::property));
+  EXPECT_EQ((Texts{"Handle", "Tag", "BatchingParameters"}), assignable("MDQueryZNK"));
+  EXPECT_EQ((Texts{"CountOfResultsWithAttributeValue(name as string, Value as variant) as UInt32",
+                   "AttributeValueOfResultAtIndex(name as string, index as UInt32) as variant",
+                   "ValuesOfAttribute(name as string) as variant()",
+                   "IndexOfResult(it as MDItemZNK) as integer",
+                   "Constructor(queryString as string)",
+                   "Constructor(queryString as string, valueListAttributes() as string)",
+                   "Constructor(queryString as string, valueListAttributes() as string, sortingAttributes() "
+                   "as string)",
+                   "Constructor(query as MDQueryZNK, queryString as string)",
+                   "Constructor(query as MDQueryZNK, queryString as string, valueListAttributes() as string)",
+                   "Constructor(query as MDQueryZNK, queryString as string, valueListAttributes() as string, "
+                   "sortingAttributes() as string)",
+                   "ResultAtIndex(index as integer) as MDItemZNK",
+                   "Results(limit as integer = -1) as MDItemZNK()",
+                   "BatchingParameters as MDQueryBatchingParamsZNK",
+                   "Execute(flags as integer) as boolean",
+                   "IsGatheringComplete as boolean",
+                   "ResultCount as integer",
+                   "ValueListAttributes as string()",
+                   "SortingAttributes as string()",
+                   "QueryString as string",
+                   "Stop",
+                   "DisableUpdates",
+                   "EnableUpdates",
+                   "SetMaxCount(size as integer)",
+                   "SetSearchScope(paths() as folderitem, options() as string)",
+                   "GetSortOptionFlagsForAttribute(fieldName as string) as integer",
+                   "SetSortOptionFlagsForAttribute(fieldName as string, flags as UInt32) as Boolean",
+                   "SetSortOrder(sortingAttrs() as string) as Boolean"}),
+            texts("MDQueryZNK", host::MemberKind::method));
+  EXPECT_EQ(
+      (Texts{"Progress(AddedItems() as MDItemZNK, ChangedItems() as MDItemZNK, RemovedItems() as MDItemZNK)",
+             "Finish()",
+             "Update(AddedItems() as MDItemZNK, ChangedItems() as MDItemZNK, RemovedItems() as MDItemZNK)"}),
+      texts("MDQueryZNK", host::MemberKind::event));
+  EXPECT_EQ(
+      (Texts{"kMDQueryReverseSortOrderFlag=1", "kMDQuerySynchronous=1", "kMDQueryWantsUpdates=4",
+             "kMDQueryScopeHome=\"kMDQueryScopeHome\"", "kMDQueryScopeComputer=\"kMDQueryScopeComputer\"",
+             "kMDQueryScopeNetwork=\"kMDQueryScopeNetwork\"",
+             "kMDQueryScopeAllIndexed=\"kMDQueryScopeAllIndexed\"",
+             "kMDQueryScopeComputerIndexed=\"kMDQueryScopeComputerIndexed\"",
+             "kMDQueryScopeNetworkIndexed=\"kMDQueryScopeNetworkIndexed\""}),
+      texts("MDQueryZNK", host::MemberKind::constant));
   EXPECT_EQ(2u + 27u + 3u + 9u, host::members("MDQueryZNK").size());
 }
 
 TEST_P(Tables, AreTheBatchingParameters) {
-  EXPECT_THAT(texts("MDQueryBatchingParamsZNK", host::MemberKind::property),
-              ElementsAre("firstMaxNum As Integer", "firstMaxMS As Integer", "progressMaxNum As Integer",
-                          "progressMaxMS As Integer", "updateMaxNum As Integer", "updateMaxMS As Integer"));
+  EXPECT_EQ((Texts{"firstMaxNum As Integer", "firstMaxMS As Integer", "progressMaxNum As Integer",
+                   "progressMaxMS As Integer", "updateMaxNum As Integer", "updateMaxMS As Integer"}),
+            texts("MDQueryBatchingParamsZNK", host::MemberKind::property));
   EXPECT_EQ(6u, host::members("MDQueryBatchingParamsZNK").size());
 }
 
