@@ -22,37 +22,36 @@ else()
   target_precompile_headers(test-headers PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/headers.h)
 endif()
 
-# add_test_code(NAME source...)
+# add_test_code(NAME SOURCES source... [LIBRARIES target...] [DEFINITIONS definition...])
 #
-# Makes the object library NAME of test code, whose sources lie in or below the current folder.
+# Makes the object library NAME of test code, whose sources lie in or below the current folder; programs name it among
+# their libraries. The definitions are compiled in: they must suit both builds.
 function(add_test_code name)
-  if(NOT SANITIZE)
-    add_library(${name} OBJECT ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 1 code "" "" "SOURCES;LIBRARIES;DEFINITIONS")
+  if(SANITIZE)
+    file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+    list(TRANSFORM code_SOURCES PREPEND ${PLAIN_BUILD}/${folder}/CMakeFiles/${name}.dir/ OUTPUT_VARIABLE objects)
+    list(TRANSFORM objects APPEND .o)
+    add_library(${name} OBJECT IMPORTED GLOBAL)
+    set_target_properties(${name} PROPERTIES IMPORTED_OBJECTS "${objects}")
+    set_property(GLOBAL APPEND PROPERTY TEST_OBJECTS ${objects})
+  else()
+    add_library(${name} OBJECT ${code_SOURCES})
     target_compile_options(${name} PRIVATE -O0)  # compiling takes longer than running
+    target_compile_definitions(${name} PRIVATE ${code_DEFINITIONS})
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
-    target_link_libraries(${name} PRIVATE gmock)  # their definitions are part of the precompiled header
+    target_link_libraries(${name} PRIVATE ${code_LIBRARIES} gmock)  # whose definitions are in the precompiled header
     target_precompile_headers(${name} REUSE_FROM test-headers)
     set_property(GLOBAL APPEND PROPERTY TEST_CODE ${name})
-    return()
   endif()
-  file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
-  list(TRANSFORM ARGN PREPEND ${PLAIN_BUILD}/${folder}/CMakeFiles/${name}.dir/)
-  list(TRANSFORM ARGN APPEND .o)
-  add_library(${name} OBJECT IMPORTED GLOBAL)
-  set_target_properties(${name} PROPERTIES IMPORTED_OBJECTS "${ARGN}")
-  set_property(GLOBAL APPEND PROPERTY TEST_OBJECTS ${ARGN})
 endfunction()
 
 # add_test_program(NAME SOURCES source... LIBRARIES target... [DEFINITIONS definition...])
 #
-# Makes the executable NAME of test code and what it tests. The definitions are compiled in: they must suit both builds.
+# Makes the executable NAME of test code and what it tests.
 function(add_test_program name)
   cmake_parse_arguments(PARSE_ARGV 1 program "" "" "SOURCES;LIBRARIES;DEFINITIONS")
-  add_test_code(${name}-code ${program_SOURCES})
-  if(NOT SANITIZE)
-    target_compile_definitions(${name}-code PRIVATE ${program_DEFINITIONS})
-    target_link_libraries(${name}-code PRIVATE ${program_LIBRARIES})
-  endif()
+  add_test_code(${name}-code ${ARGN})
   add_executable(${name} $<TARGET_OBJECTS:${name}-code>)
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   target_link_libraries(${name} PRIVATE ${program_LIBRARIES})

@@ -391,7 +391,7 @@ TEST_F(Query, KnowsItsStringAndAttributes) {
   start();
   const host::Value query = host::construct("MDQueryZNK", kAnything, lists(), sorting());
   EXPECT_EQ(kAnything, host::call(query, "QueryString").text());
-  EXPECT_EQ(host::encodingUtf8, host::call(query, "QueryString").encoding());
+  EXPECT_EQ(host::kEncodingUtf8, host::call(query, "QueryString").encoding());
   EXPECT_EQ(Texts{"kMDItemFSSize"}, host::texts(host::call(query, "ValueListAttributes")));
   EXPECT_EQ((Texts{"kMDItemFSName", "kMDItemFSSize"}), host::texts(host::call(query, "SortingAttributes")));
 }
