@@ -20,6 +20,10 @@ host::Settings settingsOf(double version) {
   return settings;
 }
 
+PluginTest::PluginTest() {
+  standin::setIndexedFolders({});
+}
+
 void PluginTest::start(const host::Settings& settings, const std::set<std::string>& absent) {
   startWith(host::resolve, settings, absent);
 }

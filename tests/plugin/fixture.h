@@ -58,6 +58,9 @@ std::vector<Element> sorted(std::vector<Element> elements) {
 
 class PluginTest : public testing::Test {
  protected:
+  // No folder is indexed until the test says which.
+  PluginTest();
+
   // Starts a host of these settings and, in it, a fresh plug-in. `absent` names platform symbols that this
   // plug-in does not find (dylib only).
   void start(const host::Settings& settings = {}, const std::set<std::string>& absent = {});
