@@ -4,8 +4,7 @@
 
 #include "macho/debugger/debug_elf.h"
 #include "macho/format/bytes.h"
-#include "macho/linker/error.h"
-#include "macho/linker/files.h"
+#include "macho/format/files.h"
 
 namespace {
 
@@ -14,7 +13,7 @@ void convert(const std::string& dsym, const std::string& elf) {
   try {
     macho::writeWholeFile(elf, macho::makeDebugELF(macho::Bytes(contents.data(), contents.size())));
   } catch (const macho::FormatError& error) {
-    throw macho::LinkError(dsym, std::string(error.what()) + "; make it again with dsymutil --flat");
+    throw macho::FileError(dsym, std::string(error.what()) + "; make it again with dsymutil --flat");
   }
 }
 
@@ -28,7 +27,7 @@ int main(int count, char** words) {
   try {
     convert(words[1], words[2]);
     return 0;
-  } catch (const macho::LinkError& error) {
+  } catch (const macho::FileError& error) {
     std::cerr << "macho-debug-elf: " << error.what() << "\n";
   } catch (const std::bad_alloc&) {
     std::cerr << "macho-debug-elf: out of memory; close other programs\n";

@@ -2,8 +2,8 @@
 
 #include <sstream>
 
+#include "macho/format/files.h"
 #include "macho/linker/error.h"
-#include "macho/linker/files.h"
 
 namespace macho {
 namespace {
@@ -69,8 +69,8 @@ ImportList readImportList(const std::string& path) {
 }
 
 std::optional<uint32_t> parseVersion(const std::string& text) {
-  constexpr uint32_t limits[] = {0xFFFF, 0xFF, 0xFF};
-  constexpr unsigned shifts[] = {16, 8, 0};
+  constexpr uint32_t kLimits[] = {0xFFFF, 0xFF, 0xFF};
+  constexpr unsigned kShifts[] = {16, 8, 0};
   uint32_t version = 0;
   size_t position = 0;
   for (unsigned part = 0; part < 3; ++part) {
@@ -79,8 +79,8 @@ std::optional<uint32_t> parseVersion(const std::string& text) {
     if (digits.empty() || digits.size() > 5) return std::nullopt;
     if (digits.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;
     const auto number = static_cast<uint32_t>(std::stoul(digits));
-    if (number > limits[part]) return std::nullopt;
-    version |= number << shifts[part];
+    if (number > kLimits[part]) return std::nullopt;
+    version |= number << kShifts[part];
     if (end == text.size()) return version;
     position = end + 1;
   }

@@ -3,9 +3,9 @@
 #include <iostream>
 #include <new>
 
+#include "macho/format/files.h"
 #include "macho/linker/debug_map.h"
 #include "macho/linker/error.h"
-#include "macho/linker/files.h"
 #include "macho/linker/image.h"
 #include "macho/linker/imports.h"
 #include "macho/linker/layout.h"
@@ -80,7 +80,7 @@ int main(int count, char** words) {
   } catch (const macho::UsageError& error) {
     std::cerr << "macho-link: " << error.what() << "\n";
     return 2;
-  } catch (const macho::LinkError& error) {
+  } catch (const macho::FileError& error) {
     std::string lines = error.what();
     for (size_t end = lines.find('\n'); end != std::string::npos; end = lines.find('\n', end + 1)) {
       lines.insert(end + 1, "macho-link: ");

@@ -5,9 +5,9 @@
 #include <span>
 
 #include "macho/format/bytes.h"
+#include "macho/format/files.h"
 #include "macho/format/format.h"
 #include "macho/linker/error.h"
-#include "macho/linker/files.h"
 #include "macho/linker/fixup_reader.h"
 #include "macho/linker/section_rules.h"
 

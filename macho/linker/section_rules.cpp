@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint32_t kCode = kPureInstructions | kSomeInstructions;
 
-constexpr SectionRule rules[] = {
+constexpr SectionRule kRules[] = {
     {"__TEXT", "__text", "__text", kCode},
     {"__TEXT", "__textcoal_nt", "__text", kCode},
     {"__TEXT", "__const", "__const", kRegular},
@@ -43,7 +43,7 @@ bool isThreadLocal(const InputSection& section) {
 }  // namespace
 
 std::span<const SectionRule> sectionRules() {
-  return rules;
+  return kRules;
 }
 
 bool isDropped(const InputSection& section) {
@@ -66,7 +66,7 @@ void requireKnown(const InputSection& section) {
     return section.segment == rule.segment && section.name == rule.name &&
            (section.type == kZeroFill) == (rule.flags == kZeroFill);
   };
-  if (std::none_of(std::begin(rules), std::end(rules), matches)) {
+  if (std::none_of(std::begin(kRules), std::end(kRules), matches)) {
     throw FormatError("has an unknown section " + section.label() +
                       "; keep its contents out of the source, or give the section a rule in the linker");
   }

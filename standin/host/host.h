@@ -30,7 +30,7 @@
 #include <vector>
 
 #include "standin/host/language/encodings.h"
-#include "standin/host/language/value.h"
+#include "standin/host/value.h"
 
 namespace standin::host {
 

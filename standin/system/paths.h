@@ -1,5 +1,5 @@
-// Paths on the file system that the stand-ins run on, as bytes. Libraries that link nothing of this folder use them, too:
-// everything is in the header.
+// Paths on the file system that the stand-ins run on, as bytes. Libraries that link nothing of this folder
+// use them, too: everything is in the header.
 #pragma once
 
 #include <sys/stat.h>

@@ -18,26 +18,26 @@ class CircleSearch {
 
   std::vector<std::string> from(const std::string& folder) {
     if (done_.count(folder)) return {};
-    for (size_t i = 0; i < way_.size(); ++i) {
-      if (way_[i] != folder) continue;
-      std::vector<std::string> circle(way_.begin() + static_cast<ptrdiff_t>(i), way_.end());
+    for (size_t i = 0; i < path_.size(); ++i) {
+      if (path_[i] != folder) continue;
+      std::vector<std::string> circle(path_.begin() + static_cast<ptrdiff_t>(i), path_.end());
       circle.push_back(folder);
       return circle;
     }
-    way_.push_back(folder);
+    path_.push_back(folder);
     for (auto arrow = arrows_.lower_bound({folder, ""}); arrow != arrows_.end() && arrow->first == folder;
          ++arrow) {
       if (auto circle = from(arrow->second); !circle.empty()) return circle;
     }
-    way_.pop_back();
+    path_.pop_back();
     done_.insert(folder);
     return {};
   }
 
  private:
   const std::set<Arrow>& arrows_;
-  std::vector<std::string> way_;
-  std::set<std::string> done_;  // from here no way leads into a circle
+  std::vector<std::string> path_;
+  std::set<std::string> done_;  // no path from here leads into a circle
 };
 
 }  // namespace
@@ -62,7 +62,7 @@ std::set<Arrow> readArrows(const std::string& file) {
     if (!(words >> from >> sign >> to) || sign != "->" || words >> rest) {
       throw std::runtime_error(file + ": not of the form \"FROM -> TO\": " + line);
     }
-    if (!arrows.emplace(from, to).second) throw std::runtime_error(file + ": stands there twice: " + line);
+    if (!arrows.emplace(from, to).second) throw std::runtime_error(file + ": listed twice: " + line);
   }
   return arrows;
 }

@@ -1,4 +1,4 @@
-// Includes point one way: from folder to folder as the table of arrows says, and never round in a circle.
+// Includes between folders are those in the table, and form no circle.
 #include "tests/boundaries/arrows.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ TEST(Arrows, BetweenFoldersAreThoseOfTheTable) {
   }
 }
 
-TEST(Arrows, LeadRoundInNoCircle) {
+TEST(Arrows, FormNoCircle) {
   EXPECT_EQ(circleIn(readArrows(ARROWS)), std::vector<std::string>());
 }
 

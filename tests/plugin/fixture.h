@@ -36,8 +36,8 @@ bool isMachO();                 // whether that is the dylib
 host::Settings settingsOf(double version);
 
 // The parameters of a test that takes something away from every call or service in its turn: none for the
-// dylib under the address sanitizer. It is no part of what is instrumented, and the build without sanitizers
-// sweeps it. A suite that uses this may have no instance (GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST).
+// dylib under the address sanitizer: it is not instrumented, and the build without sanitizers sweeps it. A
+// suite that uses this may have no instance (GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST).
 template <typename Case>
 std::vector<Case> swept(std::vector<Case> cases) {
   return isMachO() && underAddressSanitizer() ? std::vector<Case>() : cases;

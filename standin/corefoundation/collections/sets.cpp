@@ -1,4 +1,4 @@
-// Sets and bags. Nothing here reads one, only its type is looked at: they are always empty.
+// Sets and bags are always empty here: only their types matter.
 #include <CoreFoundation/CFBag.h>
 #include <CoreFoundation/CFSet.h>
 

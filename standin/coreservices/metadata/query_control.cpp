@@ -16,9 +16,9 @@ bool isWanted(MDQueryRef query) {
   return CFGetRetainCount(query) > 1;
 }
 
-void gatherNow(MDQueryRef query, const Query& parts) {
+void gatherNow(MDQueryRef query, const Query& implementation) {
   constexpr double kForever = 1e9;
-  while (parts.run && parts.run->isGathering() && isWanted(query)) {
+  while (implementation.run && implementation.run->isGathering() && isWanted(query)) {
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, kForever, true);
   }
 }
@@ -27,25 +27,26 @@ void gatherNow(MDQueryRef query, const Query& parts) {
 
 Boolean MDQueryExecute(MDQueryRef query, CFOptionFlags optionFlags) {
   const Gate gate(__func__);
-  Query& parts = queryOf(__func__, query);
-  QueryState& state = parts.state;
+  Query& implementation = queryOf(__func__, query);
+  QueryState& state = implementation.state;
   if (gate.fails() || state.executed || state.stopped) return false;
   const Held held(query);
   const bool synchronous = (optionFlags & kMDQuerySynchronous) != 0;
   state.executed = true;
   state.expression = resolve(state.expression, Date{CFAbsoluteTimeGetCurrent()});
-  parts.run = std::make_unique<QueryRun>(query, state, !synchronous && (optionFlags & kMDQueryWantsUpdates));
-  if (synchronous) gatherNow(query, parts);
+  implementation.run =
+      std::make_unique<QueryRun>(query, state, !synchronous && (optionFlags & kMDQueryWantsUpdates));
+  if (synchronous) gatherNow(query, implementation);
   return true;
 }
 
 // What a query has gathered stays; it gathers nothing any more, and can't be executed any more either.
 void MDQueryStop(MDQueryRef query) {
   const Gate gate(__func__);
-  Query& parts = queryOf(__func__, query);
+  Query& implementation = queryOf(__func__, query);
   if (gate.fails()) return;
-  parts.state.stopped = true;
-  parts.run.reset();
+  implementation.state.stopped = true;
+  implementation.run.reset();
 }
 
 void MDQueryDisableUpdates(MDQueryRef query) {
@@ -56,10 +57,10 @@ void MDQueryDisableUpdates(MDQueryRef query) {
 
 void MDQueryEnableUpdates(MDQueryRef query) {
   const Gate gate(__func__);
-  Query& parts = queryOf(__func__, query);
-  int& disabled = parts.state.updatesDisabled;
+  Query& implementation = queryOf(__func__, query);
+  int& disabled = implementation.state.updatesDisabled;
   if (gate.fails() || disabled == 0) return;
-  if (--disabled == 0 && parts.run) parts.run->updatesEnabled();
+  if (--disabled == 0 && implementation.run) implementation.run->updatesEnabled();
 }
 
 Boolean MDQueryIsGatheringComplete(MDQueryRef query) {

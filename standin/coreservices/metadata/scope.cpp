@@ -7,11 +7,11 @@
 #include <utility>
 
 #include "standin/coreservices/disk/paths.h"
-#include "standin/coreservices/metadata/cf_text.h"
 #include "standin/coreservices/metadata/checks.h"
 #include "standin/coreservices/metadata/control.h"
 #include "standin/coreservices/services.h"
 #include "standin/system/file_urls.h"
+#include "standin/system/utf8.h"
 
 namespace standin::metadata {
 namespace {
@@ -46,7 +46,7 @@ ScopeElement elementOf(CFStringRef string) {
   for (const auto& [key, place] : keys) {
     if (CFEqual(key, string)) return {place, {}};
   }
-  return {Place::Folder, utf8Of(string)};
+  return {Place::Folder, utf8Of(string).value_or("")};
 }
 
 std::string homeFolder() {
@@ -117,7 +117,8 @@ void noteScope(CFArrayRef array, OptionBits options) {
     const CFTypeRef place = CFArrayGetValueAtIndex(array, i);
     const bool isURL = CFGetTypeID(place) == CFURLGetTypeID();
     noted.places.push_back(
-        utf8Of(isURL ? CFURLGetString(static_cast<CFURLRef>(place)) : static_cast<CFStringRef>(place)));
+        utf8Of(isURL ? CFURLGetString(static_cast<CFURLRef>(place)) : static_cast<CFStringRef>(place))
+            .value_or(""));
     noted.urls.push_back(isURL);
   }
 }

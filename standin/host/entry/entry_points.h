@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "standin/host/language/value.h"
+#include "standin/host/value.h"
 
 struct FSRef;
 struct FSSpec;

@@ -1,3 +1,6 @@
+// language/: the texts of the host language: the declarations of members, the encodings of strings. Nothing
+// here knows of the running host or of its values. May include nothing of the project.
+//
 // The declaration texts by which a plug-in describes its members.
 //
 //   method or event   Name [( parameter {, parameter} )] [as Type]

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "standin/host/language/declarations.h"
-#include "standin/host/language/value.h"
+#include "standin/host/value.h"
 #include "standin/host/machine/machine_call.h"
 
 namespace standin::host {

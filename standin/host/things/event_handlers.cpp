@@ -15,12 +15,14 @@ std::map<Key, Handler>& handlers() {
 
 }  // namespace
 
+// A handler is out of the table before it is destroyed: objects that end with it come back here.
+
 void attachHandler(ObjectHandle object, const Event& event, Handler handler) {
-  handlers()[{object, &event}] = std::move(handler);
+  std::swap(handlers()[{object, &event}], handler);
 }
 
 void detachHandler(ObjectHandle object, const Event& event) {
-  handlers().erase({object, &event});
+  const auto gone = handlers().extract({object, &event});
 }
 
 const Handler* findHandler(ObjectHandle object, const Event& event) {
@@ -28,7 +30,6 @@ const Handler* findHandler(ObjectHandle object, const Event& event) {
   return found == handlers().end() ? nullptr : &found->second;
 }
 
-// Both take a handler out of the table before it is destroyed: objects that end with it come back here.
 void forgetHandlers(ObjectHandle object) {
   auto& all = handlers();
   for (;;) {

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "standin/host/language/value.h"
+#include "standin/host/value.h"
 
 namespace standin::host {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "standin/host/language/declarations.h"
-#include "standin/host/language/value.h"
+#include "standin/host/value.h"
 
 namespace standin::host {
 

@@ -1,4 +1,4 @@
-#include "standin/host/language/value.h"
+#include "standin/host/value.h"
 
 #include <cstdio>
 

@@ -17,7 +17,7 @@ std::string describeEntries(const host::Value& dictionary) {
 // What the platform answers where it fails, and what an item has that could not be given another file.
 const std::set<std::string> kFailures = {"index: -1", "window status: -50", "Constructor: f2"};
 
-// What stands in brackets.
+// The texts in square brackets.
 std::vector<std::string> elementsOf(const std::string& value) {
   std::vector<std::string> elements;
   for (size_t start = value.find('['); start != std::string::npos; start = value.find('[', start + 1)) {

@@ -61,7 +61,7 @@ host::Value valuesOf(const host::Value& item) {
   return host::call(item, "GetAttribute", "key");
 }
 
-// Where no item could be had there is nothing to ask.
+// Without an item there is nothing to ask.
 template <typename Use>
 void addOfItem(const host::Value& item, Answers& answers, const std::string& topic, Use use) {
   answers.add(topic, [&] { return item.isNil() ? host::Value() : host::Value(use()); });
@@ -104,7 +104,7 @@ void useConstructor(const host::Value& item, const std::string& folder, Answers&
   });
 }
 
-// An item that took nothing of the plug-in to be had.
+// An item that was made without the plug-in.
 host::Value itemOf(const std::string& file) {
   const standin::Inside test("the test");
   const host::Value item = host::newInstance("MDItemZNK");
@@ -330,6 +330,11 @@ void useTag(const std::string&, Answers& answers) {
   });
 }
 
+void useAllMethodsAndTheTag(const std::string& folder, Answers& answers) {
+  useAllMethods(folder, answers);
+  useTag(folder, answers);
+}
+
 std::vector<Scenario> makeScenarios() {
   std::vector<Scenario> all = {
       {"QueryLife", useQuery<limit, execute, useDescription, end>},
@@ -352,7 +357,10 @@ std::vector<Scenario> makeScenarios() {
       {"Window", useWindow},
       {"Tag", useTag, true},
   };
-  if (isLongTier()) all.push_back({"AllMethods", useAllMethods});
+  if (isLongTier()) {
+    all.push_back({"AllMethods", useAllMethods});
+    all.push_back({"Everything", useAllMethodsAndTheTag, true});
+  }
   return all;
 }
 
@@ -360,8 +368,7 @@ std::vector<Scenario> makeScenarios() {
 
 Answers useEverything(const std::string& folder) {
   Answers answers;
-  useAllMethods(folder, answers);
-  useTag(folder, answers);
+  useAllMethodsAndTheTag(folder, answers);
   answers.finish();
   return answers;
 }

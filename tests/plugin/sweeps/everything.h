@@ -23,7 +23,7 @@ inline void PrintTo(const Scenario& scenario, std::ostream* out) {
 }
 
 // Each with the groundwork that it needs and no more. Together they give every answer that everything gives,
-// and make every call. In the long tier the last one is everything without the tag, as one script.
+// and make every call. In the long tier everything is there as one script, too, without and with the tag.
 const std::vector<Scenario>& scenarios();
 
 Answers play(const Scenario& scenario, const std::string& folder);

@@ -62,7 +62,7 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FaultsInUse);
 
 class FaultsOfHost : public Faults, public testing::WithParamInterface<double> {};
 
-// What the sweeps by scenario are worth: nothing that everything does is missing in them.
+// The scenarios leave out nothing that the whole script does.
 TEST_P(FaultsOfHost, AreMadeInScenariosThatTogetherDoEverything) {
   start(settingsOf(GetParam()));
   const Answers everything = second([this] { return useEverything(tree_.path()); });

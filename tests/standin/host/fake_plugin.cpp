@@ -202,7 +202,7 @@ std::string content(String string) {
   } data{};
   if (!entry<bool(String, uint32_t, void*)>("PluginGetStringData")(string, 0xFFFF, &data))
     return "(unreadable)";
-  std::string text(data.data, static_cast<std::size_t>(data.length));
+  std::string text(data.data, static_cast<size_t>(data.length));
   entry<void(void*)>("PluginDisposeStringData")(&data);
   return text;
 }
@@ -269,10 +269,10 @@ ClassRecords::ClassRecords(int32_t controlVersion, const char* name, uint32_t da
   word(20) = 4;
 }
 
-void ClassRecords::fill(int at, std::size_t rowWords, const std::vector<std::vector<uint32_t>>& rows) {
+void ClassRecords::fill(int at, size_t rowWords, const std::vector<std::vector<uint32_t>>& rows) {
   std::vector<uint32_t>& table = tables_[at];
   for (const auto& row : rows) {
-    const std::size_t start = table.size();
+    const size_t start = table.size();
     table.insert(table.end(), row.begin(), row.end());
     table.resize(start + rowWords);
   }
@@ -374,7 +374,7 @@ uint32_t thingDataOffset() {
   return things->word(4);
 }
 
-uint32_t thingEvent(std::size_t event) {
+uint32_t thingEvent(size_t event) {
   return things->eventWord(event);
 }
 

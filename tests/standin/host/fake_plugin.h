@@ -68,17 +68,17 @@ class ClassRecords {
   void constants(const std::vector<const char*>& texts);
   void destructor(void (*function)(Object)) { word(6) = address(reinterpret_cast<const void*>(function)); }
 
-  uint32_t& word(int index) { return record_[static_cast<std::size_t>(index)]; }
+  uint32_t& word(int index) { return record_[static_cast<size_t>(index)]; }
   std::vector<uint32_t>& table(int word) { return tables_[word]; }
   uint32_t* record();  // with the tables' addresses in it
-  uint32_t eventWord(std::size_t event) { return tables_[11][event * (old_ ? 2 : 4) + 1]; }
+  uint32_t eventWord(size_t event) { return tables_[11][event * (old_ ? 2 : 4) + 1]; }
 
   static uint32_t address(const void* pointer) {
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(pointer));
   }
 
  private:
-  void fill(int word, std::size_t rowWords, const std::vector<std::vector<uint32_t>>& rows);
+  void fill(int word, size_t rowWords, const std::vector<std::vector<uint32_t>>& rows);
   void methodTable(int word, const std::vector<Row>& rows);
 
   bool old_;
@@ -90,7 +90,7 @@ class ClassRecords {
 void loadPlugin(int32_t controlVersion = 12);
 ClassRecords thingRecords(int32_t controlVersion);
 uint32_t thingDataOffset();
-uint32_t thingEvent(std::size_t event);
+uint32_t thingEvent(size_t event);
 int destroyedThings();  // since the plug-in was loaded
 
 // A running host without and with the plug-in. Each test ends with nothing alive.

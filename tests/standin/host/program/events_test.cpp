@@ -84,6 +84,21 @@ TEST_F(Events, AHandlerMayHoldTheLastReferenceToAnotherObjectWithAHandler) {
   EXPECT_EQ(destroyedThings(), 2);
 }
 
+TEST_F(Events, AHandlerThatIsDetachedMayHoldTheLastReferenceToAnotherObjectWithAHandler) {
+  const auto thing = host::newInstance("ThingZNK");
+  const auto attach = [&thing] {
+    const auto other = host::newInstance("ThingZNK");
+    host::setEventHandler(other, "Done", [](const auto&) {});
+    host::setEventHandler(thing, "Done", [other](const auto&) {});
+  };
+  attach();
+  host::setEventHandler(thing, "Done", nullptr);
+  EXPECT_EQ(destroyedThings(), 1);
+  attach();
+  host::setEventHandler(thing, "Done", [](const auto&) {});
+  EXPECT_EQ(destroyedThings(), 2);
+}
+
 TEST_F(Events, ObjectsThatOnlyHandlersHoldEndWithTheHost) {
   for (int i = 0; i < 3; ++i) {
     const auto thing = host::newInstance("ThingZNK");

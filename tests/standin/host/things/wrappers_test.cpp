@@ -9,7 +9,7 @@ namespace {
 
 constexpr uint32_t familyTag = 0x52424346;
 
-uint32_t& wordAt(Object object, std::size_t offset) {
+uint32_t& wordAt(Object object, size_t offset) {
   return *reinterpret_cast<uint32_t*>(static_cast<char*>(object) + offset);
 }
 

@@ -1,4 +1,4 @@
-#include "macho/linker/files.h"
+#include "macho/format/files.h"
 
 #include <unistd.h>
 
@@ -9,7 +9,6 @@
 #include <system_error>
 
 #include "macho/format/file_contents.h"
-#include "macho/linker/error.h"
 
 namespace macho {
 namespace {
@@ -24,7 +23,7 @@ std::vector<uint8_t> readWholeFile(const std::string& path) {
   try {
     return fileContents(path);
   } catch (const std::system_error& error) {
-    throw LinkError(path,
+    throw FileError(path,
                     "can't be read: " + error.code().message() + "; check the name and the permissions");
   }
 }
@@ -38,7 +37,7 @@ void writeWholeFile(const std::string& path, const std::vector<uint8_t>& content
   if (stream && std::rename(fresh.c_str(), path.c_str()) == 0) return;
   const std::string why = reason();
   std::remove(fresh.c_str());
-  throw LinkError(path, "can't be written: " + why + "; check that the folder exists and has room");
+  throw FileError(path, "can't be written: " + why + "; check that the folder exists and has room");
 }
 
 }  // namespace macho

@@ -1,7 +1,3 @@
-// language/: the host language as C++ sees it: values, the declarations of members, the encodings of strings.
-// Nothing here knows of the running host; what a value does with a string or an object is in
-// things/value.cpp. May include nothing of the project.
-//
 // Values of the host language as the stand-in host's C++ callers hold them.
 #pragma once
 
