@@ -17,6 +17,7 @@
 #include "tests/support/ledger.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/texts.h"
 
 namespace host = standin::host;
 
@@ -47,14 +48,6 @@ const host::Exception kNilQuery = {"NilObjectException", "MDQuery Reference is n
 const host::Exception kNilItem = {"NilObjectException", "MDItem Reference is nil", 0};
 
 typedef std::vector<host::Exception> Exceptions;
-typedef std::vector<std::string> Texts;
-
-// For what may come in any order.
-template <typename Element>
-std::vector<Element> sorted(std::vector<Element> elements) {
-  std::sort(elements.begin(), elements.end());
-  return elements;
-}
 
 class PluginTest : public testing::Test {
  protected:

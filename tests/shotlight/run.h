@@ -4,12 +4,11 @@
 #include <gtest/gtest.h>
 #include <sys/types.h>
 
-#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
 
-typedef std::vector<std::string> Texts;
+#include "tests/support/texts.h"
 
 // The files that the tests are about, from the test program's own command line.
 struct Files {
@@ -81,9 +80,3 @@ void expectError(const Result& result, const std::string& message);
 // What a text is like. A pattern is a POSIX extended regular expression for the whole text.
 testing::AssertionResult startsWith(const std::string& text, const std::string& start);
 testing::AssertionResult matches(const std::string& text, const std::string& pattern);
-
-// For what may come in any order.
-inline Texts sorted(Texts texts) {
-  std::sort(texts.begin(), texts.end());
-  return texts;
-}

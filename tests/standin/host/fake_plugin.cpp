@@ -1,4 +1,5 @@
 #include "tests/standin/host/fake_plugin.h"
+#include "tests/support/texts.h"
 
 #include <cstring>
 #include <memory>
@@ -383,7 +384,7 @@ int destroyedThings() {
 }
 
 HostTest::~HostTest() {
-  EXPECT_THAT(host::stop(), testing::IsEmpty());
+  EXPECT_EQ(host::stop(), Texts{});
   EXPECT_EQ(standin::ledgerLine("host object"), 0);
   EXPECT_EQ(standin::ledgerLine("host object lock"), 0);
   EXPECT_EQ(standin::ledgerLine("host string"), 0);

@@ -1,15 +1,12 @@
 #include <CoreFoundation/CoreFoundation.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
 
 #include "tests/support/owned.h"
+#include "tests/support/texts.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct Observer {
   std::string name;
@@ -60,7 +57,7 @@ TEST_F(NotificationCenter, DeliversAtOnceInTheOrderOfRegistration) {
   add(ann, "news");
   add(cid, "weather");
   post("news");
-  EXPECT_THAT(heard, ElementsAre("Bob hears news", "Ann hears news"));
+  EXPECT_EQ(heard, (Texts{"Bob hears news", "Ann hears news"}));
 }
 
 TEST_F(NotificationCenter, DeliversByNameAndByObject) {
@@ -68,13 +65,13 @@ TEST_F(NotificationCenter, DeliversByNameAndByObject) {
   add(bob, nullptr, &object);
   add(cid, nullptr, nullptr);
   post("news", &otherObject);
-  EXPECT_THAT(heard, ElementsAre("Cid hears news"));
+  EXPECT_EQ(heard, Texts{"Cid hears news"});
   heard.clear();
   post("weather", &object);
-  EXPECT_THAT(heard, ElementsAre("Bob hears weather", "Cid hears weather"));
+  EXPECT_EQ(heard, (Texts{"Bob hears weather", "Cid hears weather"}));
   heard.clear();
   post("news", &object);
-  EXPECT_THAT(heard, ElementsAre("Ann hears news", "Bob hears news", "Cid hears news"));
+  EXPECT_EQ(heard, (Texts{"Ann hears news", "Bob hears news", "Cid hears news"}));
 }
 
 TEST_F(NotificationCenter, RemovesEveryRegistrationOfAnObserver) {
@@ -84,7 +81,7 @@ TEST_F(NotificationCenter, RemovesEveryRegistrationOfAnObserver) {
   remove(ann);
   post("news");
   post("weather", &object);
-  EXPECT_THAT(heard, ElementsAre("Bob hears news"));
+  EXPECT_EQ(heard, Texts{"Bob hears news"});
 }
 
 TEST_F(NotificationCenter, CallsNoObserverThatWasRemovedBeforeItsTurn) {
@@ -96,14 +93,14 @@ TEST_F(NotificationCenter, CallsNoObserverThatWasRemovedBeforeItsTurn) {
   add(bob, "news");
   add(cid, "news");
   post("news");
-  EXPECT_THAT(heard, ElementsAre("Ann hears news", "Cid hears news"));
+  EXPECT_EQ(heard, (Texts{"Ann hears news", "Cid hears news"}));
 }
 
 TEST_F(NotificationCenter, CallsNoObserverForWhatWasPostedBeforeItCame) {
   ann.reaction = [&] { add(bob, "news"); };
   add(ann, "news");
   post("news");
-  EXPECT_THAT(heard, ElementsAre("Ann hears news"));
+  EXPECT_EQ(heard, Texts{"Ann hears news"});
 }
 
 TEST_F(NotificationCenter, LetsAnObserverPost) {
@@ -113,7 +110,7 @@ TEST_F(NotificationCenter, LetsAnObserverPost) {
   add(ann, nullptr);
   add(bob, "news");
   post("news");
-  EXPECT_THAT(heard, ElementsAre("Ann hears news", "Ann hears echo", "Bob hears news"));
+  EXPECT_EQ(heard, (Texts{"Ann hears news", "Ann hears echo", "Bob hears news"}));
 }
 
 TEST_F(NotificationCenter, RetainsNeitherObserverNorObject) {
@@ -157,7 +154,7 @@ TEST_F(NotificationCenter, RemovesEvenWhenMadeToFail) {
   standin::failCall("CFNotificationCenterRemoveEveryObserver", 1);
   remove(ann);
   post("news");
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
 }
 
 using NotificationCenterDeathTest = NotificationCenter;

@@ -1,6 +1,5 @@
 // Run loops: sources, timers and descriptors. The clock is the tests': none of them waits.
 #include <CoreFoundation/CoreFoundation.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -10,11 +9,9 @@
 
 #include "standin/system/clock.h"
 #include "tests/support/owned.h"
+#include "tests/support/texts.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 using Act = std::function<void()>;
 
@@ -89,7 +86,7 @@ TEST_F(RunLoop, TimesOutWhenNothingHappens) {
   EXPECT_DOUBLE_EQ(standin::clockTime() - before, 5);
   EXPECT_EQ(run(0), kCFRunLoopRunTimedOut);
   EXPECT_EQ(run(-1), kCFRunLoopRunTimedOut);
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
   invalidate(source);
 }
 
@@ -98,7 +95,7 @@ TEST_F(RunLoop, PerformsASourceOnceForAllSignalsBefore) {
   CFRunLoopSourceSignal(source.get());
   CFRunLoopSourceSignal(source.get());
   EXPECT_EQ(run(1), kCFRunLoopRunTimedOut);
-  EXPECT_THAT(heard, ElementsAre("a"));
+  EXPECT_EQ(heard, Texts{"a"});
   invalidate(source);
 }
 
@@ -110,9 +107,9 @@ TEST_F(RunLoop, PerformsSourcesOfOneModeAlone) {
   CFRunLoopAddSource(CFRunLoopGetCurrent(), other.get(), CFSTR("another mode"));
   CFRunLoopSourceSignal(other.get());
   run(0);
-  EXPECT_THAT(heard, ElementsAre("a"));
+  EXPECT_EQ(heard, Texts{"a"});
   EXPECT_EQ(CFRunLoopRunInMode(CFSTR("another mode"), 0, true), kCFRunLoopRunHandledSource);
-  EXPECT_THAT(heard, ElementsAre("a", "b"));
+  EXPECT_EQ(heard, (Texts{"a", "b"}));
   invalidate(source);
   invalidate(other);
 }
@@ -123,7 +120,7 @@ TEST_F(RunLoop, PerformsSourcesInTheirOrder) {
   CFRunLoopSourceSignal(late.get());
   CFRunLoopSourceSignal(early.get());
   run(0);
-  EXPECT_THAT(heard, ElementsAre("b", "a"));
+  EXPECT_EQ(heard, (Texts{"b", "a"}));
   invalidate(late);
   invalidate(early);
 }
@@ -134,7 +131,7 @@ TEST_F(RunLoop, ReturnsAfterASourceWhenAskedTo) {
   CFRunLoopSourceSignal(source.get());
   EXPECT_EQ(run(5, true), kCFRunLoopRunHandledSource);
   EXPECT_EQ(run(5, true), kCFRunLoopRunTimedOut);  // a timer is no source
-  EXPECT_THAT(heard, ElementsAre("a", "b"));
+  EXPECT_EQ(heard, (Texts{"a", "b"}));
   invalidate(source);
 }
 
@@ -171,12 +168,12 @@ TEST_F(RunLoop, PerformsASourceNoMoreThatWasMadeInvalidBeforeItsTurn) {
   CFRunLoopSourceSignal(first.get());
   CFRunLoopSourceSignal(second.get());
   run(0);
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
   EXPECT_FALSE(CFRunLoopSourceIsValid(second.get()));
   EXPECT_TRUE(CFRunLoopSourceIsValid(first.get()));
   CFRunLoopAddSource(CFRunLoopGetCurrent(), second.get(), kCFRunLoopDefaultMode);
   run(0);
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
   invalidate(first);
 }
 
@@ -190,7 +187,7 @@ TEST_F(RunLoop, LetsASourceReleaseItselfWhileItIsPerformed) {
   source = addSource(end);
   CFRunLoopSourceSignal(source.get());
   EXPECT_EQ(run(0), kCFRunLoopRunTimedOut);
-  EXPECT_THAT(heard, ElementsAre("released"));
+  EXPECT_EQ(heard, Texts{"released"});
 }
 
 TEST_F(RunLoop, StaysUsableWhenASourceThrows) {
@@ -201,7 +198,7 @@ TEST_F(RunLoop, StaysUsableWhenASourceThrows) {
   const auto other = addSource(hearA);
   CFRunLoopSourceSignal(other.get());
   EXPECT_EQ(run(1), kCFRunLoopRunTimedOut);
-  EXPECT_THAT(heard, ElementsAre("a"));
+  EXPECT_EQ(heard, Texts{"a"});
   invalidate(source);
   invalidate(other);
 }
@@ -209,11 +206,11 @@ TEST_F(RunLoop, StaysUsableWhenASourceThrows) {
 TEST_F(RunLoop, FiresATimerWhenItsTimeHasCome) {
   const auto timer = addTimer(hearA, 2);
   EXPECT_EQ(run(1), kCFRunLoopRunTimedOut);
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
   standin::advanceClock(1.5);
   EXPECT_TRUE(CFRunLoopTimerIsValid(timer.get()));
   EXPECT_EQ(run(0), kCFRunLoopRunTimedOut);
-  EXPECT_THAT(heard, ElementsAre("a"));
+  EXPECT_EQ(heard, Texts{"a"});
   EXPECT_FALSE(CFRunLoopTimerIsValid(timer.get()));
   EXPECT_EQ(run(5), kCFRunLoopRunFinished);
 }
@@ -234,9 +231,9 @@ TEST_F(RunLoop, FiresATimerAtTheDateItWasGivenLast) {
   const auto timer = addTimer(hearA, 1);
   CFRunLoopTimerSetNextFireDate(timer.get(), CFAbsoluteTimeGetCurrent() + 10);
   run(5);
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
   run(6);
-  EXPECT_THAT(heard, ElementsAre("a"));
+  EXPECT_EQ(heard, Texts{"a"});
 }
 
 TEST_F(RunLoop, GoesByTheSystemsClockUnlessATestHasTakenOver) {
@@ -257,15 +254,15 @@ TEST_F(RunLoop, ReadsADescriptorOnceForEachTimeItIsEnabled) {
   CFRunLoopAddSource(CFRunLoopGetCurrent(), source.get(), kCFRunLoopDefaultMode);
   ASSERT_EQ(::write(ends[1], "x", 1), 1);
   run(1);
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
   CFFileDescriptorEnableCallBacks(descriptor.get(), kCFFileDescriptorReadCallBack);
   EXPECT_EQ(run(1, true), kCFRunLoopRunHandledSource);
-  EXPECT_THAT(heard, ElementsAre("a"));
+  EXPECT_EQ(heard, Texts{"a"});
   run(1);
-  EXPECT_THAT(heard, ElementsAre("a"));
+  EXPECT_EQ(heard, Texts{"a"});
   CFFileDescriptorEnableCallBacks(descriptor.get(), kCFFileDescriptorReadCallBack);
   run(1);
-  EXPECT_THAT(heard, ElementsAre("a", "a"));
+  EXPECT_EQ(heard, (Texts{"a", "a"}));
   CFFileDescriptorInvalidate(descriptor.get());
   EXPECT_FALSE(CFRunLoopSourceIsValid(source.get()));
   EXPECT_EQ(::close(ends[0]), -1);  // invalidating closed it
@@ -282,7 +279,7 @@ TEST_F(RunLoop, TellsWhenADescriptorCanBeWritten) {
   CFRunLoopAddSource(CFRunLoopGetCurrent(), source.get(), kCFRunLoopDefaultMode);
   CFFileDescriptorEnableCallBacks(descriptor.get(), kCFFileDescriptorWriteCallBack);
   run(0);
-  EXPECT_THAT(heard, ElementsAre("b"));
+  EXPECT_EQ(heard, Texts{"b"});
   CFFileDescriptorInvalidate(descriptor.get());
   EXPECT_EQ(::close(ends[0]), 0);
   EXPECT_EQ(::close(ends[1]), 0);
@@ -297,7 +294,7 @@ TEST_F(RunLoop, LetsGoOfItsSourcesWhenItsThreadEnds) {
   EXPECT_EQ(CFGetRetainCount(source.get()), 1);
   CFRunLoopSourceSignal(source.get());
   CFRunLoopSourceInvalidate(source.get());
-  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(heard, Texts{});
 }
 
 TEST_F(RunLoop, CountsTheCallsOfItsSourcesAsCallsFromOutside) {
@@ -306,7 +303,7 @@ TEST_F(RunLoop, CountsTheCallsOfItsSourcesAsCallsFromOutside) {
   CFRunLoopSourceSignal(source.get());
   standin::startLog();
   run(0);
-  EXPECT_THAT(standin::stopLog(), ElementsAre("CFRunLoopRunInMode", "CFRunLoopGetCurrent"));
+  EXPECT_EQ(standin::stopLog(), (Texts{"CFRunLoopRunInMode", "CFRunLoopGetCurrent"}));
   invalidate(source);
 }
 

@@ -1,7 +1,6 @@
 // A watched scratch folder, and changes as texts: "touched name", "gone folder/", "rescan ./".
 #pragma once
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sched.h>

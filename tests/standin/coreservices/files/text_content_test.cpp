@@ -1,6 +1,5 @@
 #include "standin/coreservices/files/text_content.h"
 
-#include <gmock/gmock.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -15,13 +14,11 @@
 #include "standin/coreservices/search/search.h"
 #include "tests/standin/coreservices/metadata/fixture.h"
 #include "tests/support/sanitizers.h"
+#include "tests/support/texts.h"
 
 namespace standin::metadata {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 using namespace std::string_literals;
 
 // Counts how often files in a folder are opened.
@@ -70,29 +67,29 @@ TEST_F(TextContentQuery, MatchesWordsOfTheText) {
   scratch.file("a.txt", "I love Paris in spring.\n");
   scratch.file("b.txt", "paris-france");
   scratch.file("c.txt", "A comParison of Comparisons");
-  EXPECT_THAT(find(u"kMDItemTextContent == \"Paris\""), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == Paris"), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"paris\"c"), ElementsAre("a.txt", "b.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"paris\"cdw"), ElementsAre("a.txt", "b.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent ==[cd] \"omparison\""), IsEmpty());
+  EXPECT_EQ(find(u"kMDItemTextContent == \"Paris\""), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == Paris"), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"paris\"c"), (Texts{"a.txt", "b.txt"}));
+  EXPECT_EQ(find(u"kMDItemTextContent == \"paris\"cdw"), (Texts{"a.txt", "b.txt"}));
+  EXPECT_EQ(find(u"kMDItemTextContent ==[cd] \"omparison\""), Texts{});
 }
 
 TEST_F(TextContentQuery, MatchesPartsOfWordsWithWildcards) {
   scratch.file("a.txt", "Comparison of maps");
-  EXPECT_THAT(find(u"kMDItemTextContent == \"*paris*\""), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"Compar*\""), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"*ison\""), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"m?ps\""), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"paris*\""), IsEmpty());
-  EXPECT_THAT(find(u"kMDItemTextContent == \"*compar\""), IsEmpty());
+  EXPECT_EQ(find(u"kMDItemTextContent == \"*paris*\""), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"Compar*\""), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"*ison\""), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"m?ps\""), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"paris*\""), Texts{});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"*compar\""), Texts{});
 }
 
 TEST_F(TextContentQuery, MatchesPhrasesAcrossLines) {
   scratch.file("a.txt", "from New\r\n\t York to Rome");
-  EXPECT_THAT(find(u"kMDItemTextContent == \"New York\""), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"New  \tYork\""), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"NewYork\""), IsEmpty());
-  EXPECT_THAT(find(u"kMDItemTextContent == \"New Yor\""), IsEmpty());
+  EXPECT_EQ(find(u"kMDItemTextContent == \"New York\""), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"New  \tYork\""), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"NewYork\""), Texts{});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"New Yor\""), Texts{});
 }
 
 TEST_F(TextContentQuery, IgnoresCaseAndDiacriticsWhenAsked) {
@@ -100,10 +97,10 @@ TEST_F(TextContentQuery, IgnoresCaseAndDiacriticsWhenAsked) {
                "L'\xC3\x89"
                "cole est ferm\xC3\xA9"
                "e; STRASSE");
-  EXPECT_THAT(find(u"kMDItemTextContent == \"ecole\"cd"), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"fermee\"d"), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"straße\"c"), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == \"ecole\"c"), IsEmpty());
+  EXPECT_EQ(find(u"kMDItemTextContent == \"ecole\"cd"), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"fermee\"d"), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"straße\"c"), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent == \"ecole\"c"), Texts{});
 }
 
 TEST_F(TextContentQuery, FindsFilesWithoutAWordByUnequal) {
@@ -111,15 +108,15 @@ TEST_F(TextContentQuery, FindsFilesWithoutAWordByUnequal) {
   scratch.file("lacks.txt", "other");
   scratch.file("binary", "word\0"s);
   scratch.folder("folder");
-  EXPECT_THAT(find(u"kMDItemTextContent != \"word\""), ElementsAre("binary", "folder", "lacks.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent == *"), ElementsAre("has.txt", "lacks.txt"));
+  EXPECT_EQ(find(u"kMDItemTextContent != \"word\""), (Texts{"binary", "folder", "lacks.txt"}));
+  EXPECT_EQ(find(u"kMDItemTextContent == *"), (Texts{"has.txt", "lacks.txt"}));
 }
 
 TEST_F(TextContentQuery, ComparesWithNumbersAsWrittenAndWithNoOrder) {
   scratch.file("a.txt", "in 2011 or so");
-  EXPECT_THAT(find(u"kMDItemTextContent == 2011"), ElementsAre("a.txt"));
-  EXPECT_THAT(find(u"kMDItemTextContent >= 0"), IsEmpty());
-  EXPECT_THAT(find(u"InRange(kMDItemTextContent, 0, 9999)"), IsEmpty());
+  EXPECT_EQ(find(u"kMDItemTextContent == 2011"), Texts{"a.txt"});
+  EXPECT_EQ(find(u"kMDItemTextContent >= 0"), Texts{});
+  EXPECT_EQ(find(u"InRange(kMDItemTextContent, 0, 9999)"), Texts{});
 }
 
 TEST_F(TextContentQuery, ReadsTextByWhatFilesHoldWhateverTheirNames) {
@@ -135,9 +132,8 @@ TEST_F(TextContentQuery, ReadsTextByWhatFilesHoldWhateverTheirNames) {
   scratch.file("unpaired", "\xFF\xFEw\0o\0r\0d\0 \0\0\xD8"s);
   scratch.file("utf32", "\xFF\xFE\0\0w\0\0\0"s);
   scratch.file("empty.txt");
-  EXPECT_THAT(find(u"kMDItemTextContent == word"), ElementsAre("ascii.jpg", "big", "little", "mark"));
-  EXPECT_THAT(find(u"kMDItemTextContent == *"),
-              ElementsAre("ascii.jpg", "big", "empty.txt", "little", "mark"));
+  EXPECT_EQ(find(u"kMDItemTextContent == word"), (Texts{"ascii.jpg", "big", "little", "mark"}));
+  EXPECT_EQ(find(u"kMDItemTextContent == *"), (Texts{"ascii.jpg", "big", "empty.txt", "little", "mark"}));
 }
 
 TEST(TextOfBytes, ReadsCharactersBeyondTheBasicPlane) {
@@ -152,11 +148,11 @@ TEST_F(TextContentQuery, OpensNoFileUnlessItIsAskedForTheText) {
   scratch.file("b.txt", "one");
   const Opened opened(scratch.path());
   find(u"kMDItemFSName == \"a.txt\" && * == \"a*\" && kMDItemFSSize > 0");
-  EXPECT_THAT(opened.names(), IsEmpty());
+  EXPECT_EQ(opened.names(), Texts{});
   find(u"kMDItemFSName == \"a*\" && kMDItemTextContent == one");
-  EXPECT_THAT(opened.names(), ElementsAre("a.txt"));
+  EXPECT_EQ(opened.names(), Texts{"a.txt"});
   find(u"kMDItemTextContent == none || kMDItemTextContent == two || kMDItemTextContent == \"*x*\"");
-  EXPECT_THAT(opened.names(), UnorderedElementsAre("a.txt", "b.txt"));
+  EXPECT_EQ(sorted(opened.names()), sorted({"a.txt", "b.txt"}));
 }
 
 TEST_F(TextContentQuery, NeverOpensAnythingButRegularFiles) {
@@ -167,8 +163,8 @@ TEST_F(TextContentQuery, NeverOpensAnythingButRegularFiles) {
   ASSERT_EQ(::mkfifo(scratch.at("pipe").c_str(), 0600), 0);
   ASSERT_EQ(::mknod(scratch.at("socket").c_str(), S_IFSOCK | 0600, 0), 0);
   const Opened opened(scratch.path());
-  EXPECT_THAT(find(u"kMDItemTextContent == *"), ElementsAre("text"));
-  EXPECT_THAT(opened.names(), UnorderedElementsAre("folder", "text"));  // the walk itself opens folders
+  EXPECT_EQ(find(u"kMDItemTextContent == *"), Texts{"text"});
+  EXPECT_EQ(sorted(opened.names()), sorted({"folder", "text"}));  // the walk itself opens folders
 }
 
 TEST_F(TextContentQuery, ReadsFilesUpToTheLargestTextAndNoLarger) {
@@ -179,7 +175,7 @@ TEST_F(TextContentQuery, ReadsFilesUpToTheLargestTextAndNoLarger) {
   scratch.file("larger.txt", "end " + text);
   scratch.file("sparse");
   std::filesystem::resize_file(scratch.at("sparse"), uintmax_t{1} << 40);
-  EXPECT_THAT(find(u"kMDItemTextContent == end"), ElementsAre("largest.txt"));
+  EXPECT_EQ(find(u"kMDItemTextContent == end"), Texts{"largest.txt"});
 }
 
 TEST_F(TextContentQuery, TakesLittleMoreMemoryThanTheFileIsLarge) {

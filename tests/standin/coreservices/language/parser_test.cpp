@@ -1,6 +1,5 @@
 #include "standin/coreservices/language/parser.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -287,7 +286,7 @@ TEST(QueryString, IsRefusedWithThePlaceAndTheReasonWhenMalformed) {
     const auto* const error = std::get_if<ParseError>(&result);
     ASSERT_TRUE(error) << shown;
     EXPECT_EQ(error->position, row.position) << shown << ": " << error->reason;
-    EXPECT_THAT(error->reason, testing::HasSubstr(row.reason)) << shown;
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, row.reason, error->reason) << shown;
   }
 }
 
@@ -306,7 +305,7 @@ TEST(QueryString, IsRefusedWhenItNestsTooDeeplyInsteadOfEndingTheProcess) {
     const auto* const error = std::get_if<ParseError>(&result);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->position, position);
-    EXPECT_THAT(error->reason, testing::HasSubstr("too deeply"));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "too deeply", error->reason);
   }
 }
 

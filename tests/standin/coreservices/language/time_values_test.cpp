@@ -1,7 +1,6 @@
 #include "standin/coreservices/language/time_values.h"
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <string>
@@ -213,7 +212,7 @@ TEST(Times, AreRefusedWithThePlaceAndTheReasonWhenMalformed) {
       ADD_FAILURE() << name << " was taken";
     } catch (const ParseError& error) {
       EXPECT_EQ(error.position, row.position) << name << ": " << error.reason;
-      EXPECT_THAT(error.reason, testing::HasSubstr(row.reason)) << name;
+      EXPECT_PRED_FORMAT2(testing::IsSubstring, row.reason, error.reason) << name;
     }
   }
 }

@@ -3,12 +3,9 @@
 #include <thread>
 
 #include "tests/standin/coreservices/metadata/query_fixture.h"
+#include "tests/support/texts.h"
 
 namespace {
-
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Gathering : public QueryTest {
  protected:
@@ -17,6 +14,18 @@ class Gathering : public QueryTest {
   // Batches of so many results, whatever time they take.
   static constexpr MDQueryBatchingParams batchesOf(size_t count) {
     return {count, kNoLimit, count, kNoLimit, count, 0};
+  }
+
+  // It finds a.txt to f.txt, which it makes, in batches of two.
+  Owned<MDQueryRef> makeQueryOfSixInPairs() const {
+    for (const char* name : {"a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "f.txt"}) scratch.file(name);
+    auto query = makeQuery(kTexts);
+    setBatches(query, batchesOf(2));
+    return query;
+  }
+  static void gatherFirstBatch(const Owned<MDQueryRef>& query) {
+    MDQueryExecute(query.get(), kMDQueryWantsUpdates);
+    CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
   }
 };
 
@@ -36,11 +45,11 @@ TEST_F(Gathering, HappensOnlyWhileTheRunLoopRuns) {
   MDQueryExecute(query.get(), 0);
   EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 0);
-  EXPECT_THAT(listener.notices, IsEmpty());
+  EXPECT_EQ(listener.names(), Texts{});
   run();
   EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
-  EXPECT_THAT(listener.names(), ElementsAre("DidFinish"));
+  EXPECT_EQ(listener.names(), Texts{"DidFinish"});
 }
 
 TEST_F(Gathering, HappensInTheDefaultModeAlone) {
@@ -60,13 +69,13 @@ TEST_F(Gathering, TellsProgressAfterEachBatchAndOnceThatItFinished) {
   const Listener listener(query.get());
   gather(query);
   run();
-  EXPECT_THAT(listener.names(), ElementsAre("Progress", "Progress", "DidFinish"));
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress", "DidFinish"}));
   EXPECT_EQ(listener.notices[0].count, 4);
   EXPECT_EQ(listener.notices[1].count, 8);
   EXPECT_EQ(listener.notices[2].count, 10);
   for (const Notice& notice : listener.notices) {
     EXPECT_EQ(notice.object, query.get());
-    EXPECT_THAT(notice.added, IsEmpty());
+    EXPECT_EQ(notice.added, Texts{});
   }
 }
 
@@ -87,7 +96,7 @@ TEST_F(Gathering, EndsABatchWhenItsTimeIsOver) {
   setBatches(query, {kNoLimit, 0, kNoLimit, kNoLimit, 0, 0});
   const Listener listener(query.get());
   gather(query);
-  ASSERT_THAT(listener.names(), ElementsAre("Progress", "DidFinish"));
+  ASSERT_EQ(listener.names(), (Texts{"Progress", "DidFinish"}));
   EXPECT_GT(listener.notices[0].count, 0);
   EXPECT_LT(listener.notices[0].count, 100);
 }
@@ -109,9 +118,9 @@ TEST_F(Gathering, KeepsTheBatchingParametersThatItWasGiven) {
   EXPECT_GT(usual.update_max_ms, 0u);
   setBatches(query, {1, 2, 3, 4, 5, 6});
   const MDQueryBatchingParams set = MDQueryGetBatchingParameters(query.get());
-  EXPECT_THAT((std::vector<size_t>{set.first_max_num, set.first_max_ms, set.progress_max_num,
-                                   set.progress_max_ms, set.update_max_num, set.update_max_ms}),
-              ElementsAre(1, 2, 3, 4, 5, 6));
+  EXPECT_EQ((std::vector<size_t>{set.first_max_num, set.first_max_ms, set.progress_max_num,
+                                 set.progress_max_ms, set.update_max_num, set.update_max_ms}),
+            (std::vector<size_t>{1, 2, 3, 4, 5, 6}));
 }
 
 class Ticking {
@@ -188,7 +197,7 @@ TEST_F(Gathering, EndsWithoutAWordWhenItIsStopped) {
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
   MDQueryStop(query.get());
   run();
-  EXPECT_THAT(listener.names(), ElementsAre("Progress"));
+  EXPECT_EQ(listener.names(), Texts{"Progress"});
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
   EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
   EXPECT_FALSE(MDQueryExecute(query.get(), 0));
@@ -204,7 +213,7 @@ TEST_F(Gathering, MayBeStoppedByAnObserver) {
     listener.reaction = [&](const Notice&) { MDQueryStop(query.get()); };
     EXPECT_TRUE(MDQueryExecute(query.get(), flags));
     run();
-    EXPECT_THAT(listener.names(), ElementsAre("Progress")) << flags;
+    EXPECT_EQ(listener.names(), Texts{"Progress"}) << flags;
     EXPECT_EQ(MDQueryGetResultCount(query.get()), 2);
   }
 }
@@ -219,7 +228,7 @@ TEST_F(Gathering, EndsWhenTheQueryIsReleased) {
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
   }
   EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, false), kCFRunLoopRunFinished);
-  EXPECT_THAT(listener.names(), ElementsAre("Progress"));
+  EXPECT_EQ(listener.names(), Texts{"Progress"});
 }
 
 TEST_F(Gathering, EndsWhenAnObserverReleasesTheQuery) {
@@ -232,7 +241,7 @@ TEST_F(Gathering, EndsWhenAnObserverReleasesTheQuery) {
     EXPECT_TRUE(MDQueryExecute(query.get(), flags));
     EXPECT_EQ(flags == kMDQuerySynchronous, !query);
     run();
-    EXPECT_THAT(listener.names(), ElementsAre("Progress")) << flags;
+    EXPECT_EQ(listener.names(), Texts{"Progress"}) << flags;
     EXPECT_FALSE(query);
     EXPECT_EQ(alive(), "");
   }
@@ -257,7 +266,7 @@ TEST_F(Gathering, MayEndWithAnObserverThatReleasesTheQuery) {
   listener.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
   MDQueryExecute(query.get(), kMDQueryWantsUpdates);
   run();
-  EXPECT_THAT(listener.names(), ElementsAre("DidFinish"));
+  EXPECT_EQ(listener.names(), Texts{"DidFinish"});
   EXPECT_FALSE(query);
 }
 
@@ -276,8 +285,7 @@ TEST_F(Gathering, GoesOnWhileAnObserverRunsAnotherQuery) {
   gather(query);
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 10);
   EXPECT_EQ(listener.count("DidFinish"), 1u);
-  EXPECT_THAT(found, Each(1));
-  EXPECT_EQ(found.size(), listener.notices.size());
+  EXPECT_EQ(found, std::vector<CFIndex>(listener.notices.size(), 1));
 }
 
 TEST_F(Gathering, GoesOnWhenAnObserverThrows) {
@@ -338,7 +346,7 @@ TEST_F(Gathering, MayBelongToAThreadBesideTheMainOne) {
     EXPECT_TRUE(MDQueryExecute(query.get(), 0));
     run();
   }).join();
-  EXPECT_THAT(listener.names(), ElementsAre("DidFinish"));
+  EXPECT_EQ(listener.names(), Texts{"DidFinish"});
   EXPECT_EQ(told, executing);
   EXPECT_EQ(results(query).size(), 3u);
 }
@@ -353,7 +361,7 @@ TEST_F(Gathering, StaysWhereItWasWhenItsThreadEnds) {
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
   }).join();
   run();
-  EXPECT_THAT(listener.names(), ElementsAre("Progress"));
+  EXPECT_EQ(listener.names(), Texts{"Progress"});
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 4);
   MDQueryStop(query.get());
 }
@@ -367,42 +375,36 @@ TEST_F(Gathering, IsNotHeldUpByDisabledUpdates) {
 }
 
 TEST_F(Gathering, TellsOfResultsThatWereLookedAtAndChangeOrGoMeanwhile) {
-  for (const char* name : {"a", "b", "c", "d", "e", "f"}) scratch.file(std::string(name) + ".txt");
-  const auto query = makeQuery(kTexts);
-  setBatches(query, batchesOf(2));
+  const auto query = makeQueryOfSixInPairs();
   Listener listener(query.get());
-  MDQueryExecute(query.get(), kMDQueryWantsUpdates);
-  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  gatherFirstBatch(query);
   resultAt(query, 0);
   scratch.file("a.txt", "longer");
   scratch.file("b.txt", "longer");
   run(0);
   ASSERT_GE(listener.notices.size(), 2u);
   EXPECT_EQ(listener.notices[1].name, "Progress");
-  EXPECT_THAT(scratch.within(listener.notices[1].changed), ElementsAre("a.txt"));
-  EXPECT_THAT(listener.notices[1].added, IsEmpty());
-  EXPECT_THAT(listener.notices[1].removed, IsEmpty());
+  EXPECT_EQ(scratch.within(listener.notices[1].changed), Texts{"a.txt"});
+  EXPECT_EQ(listener.notices[1].added, Texts{});
+  EXPECT_EQ(listener.notices[1].removed, Texts{});
 }
 
 TEST_F(Gathering, ForgetsResultsThatGoMeanwhile) {
-  for (const char* name : {"a", "b", "c", "d", "e", "f"}) scratch.file(std::string(name) + ".txt");
-  const auto query = makeQuery(kTexts);
-  setBatches(query, batchesOf(2));
+  const auto query = makeQueryOfSixInPairs();
   Listener listener(query.get());
-  MDQueryExecute(query.get(), kMDQueryWantsUpdates);
-  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, true);
+  gatherFirstBatch(query);
   resultAt(query, 1);
   std::remove(scratch.at("a.txt").c_str());
   std::remove(scratch.at("b.txt").c_str());
   runUntil([&] { return listener.count("DidFinish") == 1; });
   run();
-  EXPECT_THAT(results(query), ElementsAre("c.txt", "d.txt", "e.txt", "f.txt"));
+  EXPECT_EQ(results(query), (Texts{"c.txt", "d.txt", "e.txt", "f.txt"}));
   std::vector<std::string> removed;
   for (const Notice& notice : listener.notices) {
     removed.insert(removed.end(), notice.removed.begin(), notice.removed.end());
-    EXPECT_THAT(notice.added, IsEmpty());
+    EXPECT_EQ(notice.added, Texts{});
   }
-  EXPECT_THAT(scratch.within(removed), ElementsAre("b.txt"));
+  EXPECT_EQ(scratch.within(removed), Texts{"b.txt"});
 }
 
 TEST_F(Gathering, KeepsResultsInTheirOrderFromBatchToBatch) {
@@ -414,11 +416,11 @@ TEST_F(Gathering, KeepsResultsInTheirOrderFromBatchToBatch) {
     const auto found = results(query);
     EXPECT_EQ(found.size(), static_cast<size_t>(notice.count));
     if (found.size() == 4) {
-      EXPECT_THAT(found, ElementsAre("a.txt", "file 1.txt", "file 9.txt", "file 10.txt"));
+      EXPECT_EQ(found, (Texts{"a.txt", "file 1.txt", "file 9.txt", "file 10.txt"}));
     }
   };
   gather(query);
-  EXPECT_THAT(results(query), ElementsAre("a.txt", "file 1.txt", "file 9.txt", "file 10.txt", "z.txt"));
+  EXPECT_EQ(results(query), (Texts{"a.txt", "file 1.txt", "file 9.txt", "file 10.txt", "z.txt"}));
   EXPECT_EQ(listener.count("Progress"), 2u);
 }
 

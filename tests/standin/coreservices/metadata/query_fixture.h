@@ -2,8 +2,6 @@
 // a second takes no time, and what the test does to files is known at once.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <chrono>
 #include <functional>

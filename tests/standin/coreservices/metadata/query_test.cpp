@@ -1,10 +1,8 @@
-#include <gmock/gmock.h>
 
 #include "tests/standin/coreservices/metadata/fixture.h"
+#include "tests/support/texts.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 using Query = MetadataTest;
 
@@ -22,7 +20,7 @@ TEST_F(Query, SaysThroughTheControlWhyAStringIsRefused) {
   const auto error = standin::checkQuery(u"kMDItemFSName = = \"x\"");
   ASSERT_TRUE(error);
   EXPECT_EQ(error->position, 16u);
-  EXPECT_THAT(error->reason, testing::HasSubstr("value"));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "value", error->reason);
   EXPECT_FALSE(standin::checkQuery(u"kMDItemFSName == \"x\""));
 }
 
@@ -35,7 +33,7 @@ TEST_F(Query, GathersWhatMatchesWhenExecutedSynchronously) {
   EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
   EXPECT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
   EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
-  EXPECT_THAT(results(query), ElementsAre("a.txt", "notes/b.txt"));
+  EXPECT_EQ(results(query), (Texts{"a.txt", "notes/b.txt"}));
 }
 
 TEST_F(Query, ExecutesOnce) {
@@ -45,7 +43,7 @@ TEST_F(Query, ExecutesOnce) {
   scratch.file("b.txt");
   EXPECT_FALSE(MDQueryExecute(query.get(), kMDQuerySynchronous));
   EXPECT_FALSE(MDQueryExecute(query.get(), 0));
-  EXPECT_THAT(results(query), ElementsAre("a.txt"));
+  EXPECT_EQ(results(query), Texts{"a.txt"});
 }
 
 TEST_F(Query, GathersNothingAfterItWasStopped) {
@@ -70,7 +68,7 @@ TEST_F(Query, TakesAMaximumCountBeforeItIsExecuted) {
   MDQuerySetMaxCount(query.get(), 2);
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   MDQuerySetMaxCount(query.get(), 1);
-  EXPECT_THAT(results(query), ElementsAre("a", "b"));
+  EXPECT_EQ(results(query), (Texts{"a", "b"}));
 }
 
 TEST_F(Query, AnswersNullForAnIndexOutOfRange) {
@@ -143,10 +141,10 @@ TEST_F(Query, FindsAsASubsetWhatItsParentFindsToo) {
   const auto parent = makeQuery("kMDItemFSName == \"*.txt\"");
   const auto subset = makeSubset(parent, "kMDItemFSName == \"a*\" || kMDItemFSName == \"*.jpg\"");
   MDQueryExecute(subset.get(), kMDQuerySynchronous);
-  EXPECT_THAT(results(subset), ElementsAre("a.txt"));
+  EXPECT_EQ(results(subset), Texts{"a.txt"});
   const auto inner = makeSubset(subset, "kMDItemFSName == \"*\"");
   MDQueryExecute(inner.get(), kMDQuerySynchronous);
-  EXPECT_THAT(results(inner), ElementsAre("a.txt"));
+  EXPECT_EQ(results(inner), Texts{"a.txt"});
   const Owned text(MDQueryCopyQueryString(inner.get()));
   EXPECT_EQ(textOf(text.get()), "kMDItemFSName == \"*\"");
 }
@@ -181,7 +179,7 @@ TEST_F(SortedQuery, ComparesTextByTheLanguageWithNumbersByValue) {
   for (const char* name : {"file 10", "File 9", "Zebra", "\xC3\xA9tude", "apple"}) scratch.file(name);
   const auto query = makeSorted({"kMDItemFSName"});
   MDQueryExecute(query.get(), kMDQuerySynchronous);
-  EXPECT_THAT(results(query), ElementsAre("apple", "\xC3\xA9tude", "File 9", "file 10", "Zebra"));
+  EXPECT_EQ(results(query), (Texts{"apple", "\xC3\xA9tude", "File 9", "file 10", "Zebra"}));
 }
 
 TEST_F(SortedQuery, PutsMissingValuesFirstAndKeepsTheOrderOfEquals) {
@@ -191,7 +189,7 @@ TEST_F(SortedQuery, PutsMissingValuesFirstAndKeepsTheOrderOfEquals) {
   scratch.folder("z");
   const auto query = makeSorted({"kMDItemFSSize"});
   MDQueryExecute(query.get(), kMDQuerySynchronous);
-  EXPECT_THAT(results(query), ElementsAre("z", "b", "a", "c"));
+  EXPECT_EQ(results(query), (Texts{"z", "b", "a", "c"}));
 }
 
 TEST_F(SortedQuery, TakesTheFirstAttributeForThePrimaryKey) {
@@ -201,7 +199,7 @@ TEST_F(SortedQuery, TakesTheFirstAttributeForThePrimaryKey) {
   const auto query = makeSorted({"kMDItemFSSize", "kMDItemFSName"});
   EXPECT_TRUE(MDQuerySetSortOptionFlagsForAttribute(query.get(), kMDItemFSName, 1));
   MDQueryExecute(query.get(), kMDQuerySynchronous);
-  EXPECT_THAT(results(query), ElementsAre("c", "b", "a"));
+  EXPECT_EQ(results(query), (Texts{"c", "b", "a"}));
 }
 
 TEST_F(SortedQuery, IsSortedAgainWhenItsOrderOrFlagsChange) {
@@ -212,13 +210,13 @@ TEST_F(SortedQuery, IsSortedAgainWhenItsOrderOrFlagsChange) {
   MDQueryExecute(query.get(), kMDQuerySynchronous);
   const void* const itemA = MDQueryGetResultAtIndex(query.get(), 0);
   EXPECT_TRUE(MDQuerySetSortOrder(query.get(), makeStrings({"kMDItemFSSize"}).get()));
-  EXPECT_THAT(results(query), ElementsAre("b", "c", "a"));
+  EXPECT_EQ(results(query), (Texts{"b", "c", "a"}));
   EXPECT_EQ(MDQueryGetResultAtIndex(query.get(), 2), itemA);
   EXPECT_EQ(MDQueryGetIndexOfResult(query.get(), itemA), 2);
   EXPECT_TRUE(MDQuerySetSortOptionFlagsForAttribute(query.get(), kMDItemFSSize, 1));
   EXPECT_EQ(MDQueryGetSortOptionFlagsForAttribute(query.get(), kMDItemFSSize), 1u);
   EXPECT_EQ(MDQueryGetSortOptionFlagsForAttribute(query.get(), kMDItemFSName), 0u);
-  EXPECT_THAT(results(query), ElementsAre("a", "c", "b"));
+  EXPECT_EQ(results(query), (Texts{"a", "c", "b"}));
 }
 
 TEST_F(SortedQuery, TakesOnlyAttributesNamedAtItsCreation) {
@@ -251,7 +249,7 @@ TEST_F(Query, SaysThatItFinishedWhenItsResultsAreThere) {
   CFNotificationCenterAddObserver(center, &heard, hear, nullptr, query.get(),
                                   CFNotificationSuspensionBehaviorDeliverImmediately);
   MDQueryExecute(query.get(), kMDQuerySynchronous);
-  EXPECT_THAT(heard.names, ElementsAre("kMDQueryDidFinishNotification"));
+  EXPECT_EQ(heard.names, Texts{"kMDQueryDidFinishNotification"});
   EXPECT_EQ(heard.object, query.get());
   EXPECT_EQ(heard.count, 1);
   CFNotificationCenterRemoveEveryObserver(center, &heard);

@@ -2,11 +2,9 @@
 #include <stdlib.h>
 
 #include "tests/standin/coreservices/metadata/query_fixture.h"
+#include "tests/support/texts.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class QueryScope : public QueryTest {
  protected:
@@ -36,35 +34,35 @@ class QueryScope : public QueryTest {
 
 TEST_F(QueryScope, IsTheIndexedFoldersUnlessOneIsSet) {
   standin::setIndexedFolders({scratch.at("two")});
-  EXPECT_THAT(found(query), ElementsAre("two/c.txt"));
+  EXPECT_EQ(found(query), Texts{"two/c.txt"});
 }
 
 TEST_F(QueryScope, IsNowhereWhenItIsEmpty) {
   setScope(query);
-  EXPECT_THAT(found(query), IsEmpty());
+  EXPECT_EQ(found(query), Texts{});
   EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
 }
 
 TEST_F(QueryScope, TakesFoldersAsURLsAndAsStrings) {
   setScope(query, url(scratch.at("two")), string(scratch.at("one/inner")));
-  EXPECT_THAT(found(query), ElementsAre("two/c.txt", "one/inner/b.txt"));
+  EXPECT_EQ(found(query), (Texts{"two/c.txt", "one/inner/b.txt"}));
 }
 
 TEST_F(QueryScope, LooksOnceInFoldersThatLieInOneAnother) {
   setScope(query, url(scratch.at("one/inner")), url(scratch.at("one")), string(scratch.at("one")));
-  EXPECT_THAT(found(query), ElementsAre("one/a.txt", "one/inner/b.txt"));
+  EXPECT_EQ(found(query), (Texts{"one/a.txt", "one/inner/b.txt"}));
 }
 
 TEST_F(QueryScope, NeedNotBeIndexed) {
   standin::setIndexedFolders({scratch.at("two")});
   setScope(query, url(scratch.at("one")));
-  EXPECT_THAT(found(query), ElementsAre("one/a.txt", "one/inner/b.txt"));
+  EXPECT_EQ(found(query), (Texts{"one/a.txt", "one/inner/b.txt"}));
 }
 
 TEST_F(QueryScope, PassesOverWhatIsNoFolder) {
   setScope(query, url(scratch.at("missing")), string("two"), string("~"), string(""),
            string(scratch.at("one/a.txt")), string(scratch.at("two")));
-  EXPECT_THAT(found(query), ElementsAre("two/c.txt"));
+  EXPECT_EQ(found(query), Texts{"two/c.txt"});
   EXPECT_EQ(standin::lastSearch().missingFolders, 5u);
 }
 
@@ -84,7 +82,7 @@ TEST_P(QueryScopePlace, IsWhereItsKeySays) {
   ::setenv("HOME", scratch.at("one").c_str(), 1);
   standin::setIndexedFolders({scratch.at("two")});
   setScope(query, string(GetParam().key));
-  EXPECT_THAT(found(query), testing::ElementsAreArray(GetParam().found));
+  EXPECT_EQ(found(query), GetParam().found);
   ::setenv("HOME", home.c_str(), 1);
 }
 
@@ -105,7 +103,7 @@ TEST_F(QueryScope, HasKeysThatAreTheirOwnNames) {
 TEST_F(QueryScope, MayBeSetAnewUntilTheQueryIsExecuted) {
   setScope(query, url(scratch.at("one")));
   setScope(query, url(scratch.at("two")));
-  EXPECT_THAT(found(query), ElementsAre("two/c.txt"));
+  EXPECT_EQ(found(query), Texts{"two/c.txt"});
 }
 
 TEST_F(QueryScope, CannotBeSetAfterwards) {
@@ -113,7 +111,7 @@ TEST_F(QueryScope, CannotBeSetAfterwards) {
   MDQueryExecute(query.get(), 0);
   setScope(query, url(scratch.at("one")));
   run();
-  EXPECT_THAT(results(query), ElementsAre("two/c.txt"));
+  EXPECT_EQ(results(query), Texts{"two/c.txt"});
 }
 
 TEST_F(QueryScope, IsFollowedWhenUpdatesAreWanted) {
@@ -122,13 +120,13 @@ TEST_F(QueryScope, IsFollowedWhenUpdatesAreWanted) {
   scratch.file("one/new.txt");
   scratch.file("two/new.txt");
   run();
-  EXPECT_THAT(results(query), ElementsAre("two/c.txt", "two/new.txt"));
+  EXPECT_EQ(results(query), (Texts{"two/c.txt", "two/new.txt"}));
 }
 
 TEST_F(QueryScope, OfASubsetIsItsParents) {
   setScope(query, url(scratch.at("one")));
   const auto subset = makeSubset(query, "kMDItemFSName == \"*\"");
-  EXPECT_THAT(found(subset), ElementsAre("one/a.txt", "one/inner/b.txt"));
+  EXPECT_EQ(found(subset), (Texts{"one/a.txt", "one/inner/b.txt"}));
 }
 
 TEST_F(QueryScope, OfASubsetIsWhatLiesInItsOwnAndInItsParents) {
@@ -137,18 +135,18 @@ TEST_F(QueryScope, OfASubsetIsWhatLiesInItsOwnAndInItsParents) {
   setScope(subset, url(scratch.at("two")), url(scratch.at("one/inner")));
   const auto inner = makeSubset(subset, "kMDItemFSName == \"*\"");
   setScope(inner, url(scratch.path()));
-  EXPECT_THAT(found(subset), ElementsAre("one/inner/b.txt"));
-  EXPECT_THAT(found(inner), ElementsAre("one/inner/b.txt"));
+  EXPECT_EQ(found(subset), Texts{"one/inner/b.txt"});
+  EXPECT_EQ(found(inner), Texts{"one/inner/b.txt"});
 }
 
 // Without a scope, the parent looks where everything is indexed, and so does its subset at the most.
 TEST_F(QueryScope, OfASubsetReachesNothingThatItsParentWithoutAScopeDoesNot) {
   standin::setIndexedFolders({scratch.at("one"), scratch.at("one/inner")});
   const auto subset = makeSubset(query, "kMDItemFSName == \"*\"");
-  EXPECT_THAT(found(subset), ElementsAre("one/a.txt", "one/inner/b.txt"));
+  EXPECT_EQ(found(subset), (Texts{"one/a.txt", "one/inner/b.txt"}));
   const auto elsewhere = makeSubset(query, "kMDItemFSName == \"*\"");
   setScope(elsewhere, url(scratch.at("two")), url(scratch.at("one/inner")));
-  EXPECT_THAT(found(elsewhere), ElementsAre("one/inner/b.txt"));
+  EXPECT_EQ(found(elsewhere), Texts{"one/inner/b.txt"});
 }
 
 using QueryScopeDeathTest = QueryScope;

@@ -5,12 +5,12 @@
 
 #include "tests/standin/coreservices/disk/random_operations.h"
 #include "tests/standin/coreservices/metadata/query_fixture.h"
+#include "tests/support/texts.h"
 #include "tests/support/tier.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using testing::UnorderedElementsAreArray;
 
 constexpr const char* kText = "kMDItemFSSize > 0 || kMDItemFSNodeCount >= 0";
 
@@ -32,8 +32,8 @@ class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsign
     const auto fresh = makeQuery(kText);
     MDQueryExecute(fresh.get(), kMDQuerySynchronous);
     const std::vector<std::string> expected = results(fresh);
-    EXPECT_THAT(results(query), UnorderedElementsAreArray(expected));
-    EXPECT_THAT(scratch.within({told.begin(), told.end()}), UnorderedElementsAreArray(expected));
+    EXPECT_EQ(sorted(results(query)), sorted(expected));
+    EXPECT_EQ(sorted(scratch.within({told.begin(), told.end()})), sorted(expected));
   }
 
   void expectSorted(const Owned<MDQueryRef>& query) const {

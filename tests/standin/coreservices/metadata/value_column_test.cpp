@@ -1,7 +1,6 @@
 // Values of attributes that may have several, which a column of values takes apart.
 #include "standin/coreservices/metadata/value_column.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -9,13 +8,10 @@
 #include <string>
 
 #include "tests/support/owned.h"
+#include "tests/support/texts.h"
 
 namespace standin::metadata {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 class Column : public testing::Test {
  protected:
@@ -25,7 +21,7 @@ class Column : public testing::Test {
   }
 
   // A value of no texts is none, of one text that text, of more an array.
-  using Texts = std::vector<const char*>;
+  using Elements = std::vector<const char*>;
 
   std::vector<std::string> distinct() const {
     const Owned array(column->copyDistinct());
@@ -40,17 +36,17 @@ class Column : public testing::Test {
     for (const auto& [file, texts] : values) column->valueOf(file);
   }
 
-  std::map<ResultStore::File, Texts> values;
+  std::map<ResultStore::File, Elements> values;
   std::vector<ResultStore::File> read;
   std::unique_ptr<ValueColumn> column = std::make_unique<ValueColumn>(
       CFSTR("authors"), true, [this](ResultStore::File file, CFStringRef name) -> CFTypeRef {
         EXPECT_EQ(textOf(name), "authors");
         read.push_back(file);
-        const Texts& texts = values[file];
-        if (texts.empty()) return nullptr;
-        if (texts.size() == 1) return makeString(texts[0]).leak();
+        const Elements& elements = values[file];
+        if (elements.empty()) return nullptr;
+        if (elements.size() == 1) return makeString(elements[0]).leak();
         const CFMutableArrayRef array = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
-        for (const char* text : texts) CFArrayAppendValue(array, makeString(text).get());
+        for (const char* text : elements) CFArrayAppendValue(array, makeString(text).get());
         return array;
       });
 };
@@ -59,7 +55,7 @@ TEST_F(Column, ReadsEachFilesValueOnceAlsoWhenItHasNone) {
   values = {{0, {"Ann"}}, {1, {}}, {5, {"Bob"}}};
   readAll();
   readAll();
-  EXPECT_THAT(read, ElementsAre(0, 1, 5));
+  EXPECT_EQ(read, (std::vector<ResultStore::File>{0, 1, 5}));
   EXPECT_EQ(column->known(), 3u);
   EXPECT_EQ(column->valueOf(1), nullptr);
   EXPECT_EQ(textOf(column->valueOf(5)), "Bob");
@@ -74,7 +70,7 @@ TEST_F(Column, KeepsEqualValuesAsOneObject) {
 TEST_F(Column, ListsAndCountsTheElementsOfArraysForThemselves) {
   values = {{0, {"Ann", "Bob"}}, {1, {"Bob"}}, {2, {"Bob", "Cid", "Cid"}}, {3, {"Ann", "Bob"}}};
   readAll();
-  EXPECT_THAT(distinct(), UnorderedElementsAre("Ann", "Bob", "Cid"));
+  EXPECT_EQ(sorted(distinct()), sorted({"Ann", "Bob", "Cid"}));
   EXPECT_EQ(countOf("Ann"), 2);
   EXPECT_EQ(countOf("Bob"), 4);
   EXPECT_EQ(countOf("Cid"), 1);
@@ -88,10 +84,10 @@ TEST_F(Column, ForgetsTheValueOfAFileThatChangedOrWent) {
   values[0] = {"Cid"};
   for (const ResultStore::File file : {0u, 1u, 2u, 7u}) column->forget(file);
   EXPECT_EQ(column->known(), 0u);
-  EXPECT_THAT(distinct(), IsEmpty());
+  EXPECT_EQ(distinct(), Texts{});
   EXPECT_EQ(countOf("Bob"), 0);
   EXPECT_EQ(textOf(column->valueOf(0)), "Cid");
-  EXPECT_THAT(distinct(), ElementsAre("Cid"));
+  EXPECT_EQ(distinct(), Texts{"Cid"});
 }
 
 }  // namespace

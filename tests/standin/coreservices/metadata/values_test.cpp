@@ -1,10 +1,8 @@
 // The values that a query keeps of its results: those of its value-list and of its sorting attributes.
 #include "tests/standin/coreservices/metadata/query_fixture.h"
+#include "tests/support/texts.h"
 
 namespace {
-
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 std::string shown(CFTypeRef value) {
   if (!value) return "(null)";
@@ -60,7 +58,7 @@ TEST_F(QueryValues, NeverTellTheTextOfAFile) {
   gather(query);
   ASSERT_EQ(MDQueryGetResultCount(query.get()), 1);
   EXPECT_EQ(valueAt(kMDItemTextContent, 0), "(null)");
-  EXPECT_THAT(valuesOf(kMDItemTextContent), IsEmpty());
+  EXPECT_EQ(valuesOf(kMDItemTextContent), Texts{});
 }
 
 TEST_F(QueryValues, AreNullWhereTheFileHasNoneAndOutOfRange) {
@@ -80,9 +78,9 @@ TEST_F(QueryValues, BelongToTheQuery) {
 }
 
 TEST_F(QueryValues, AreListedEachOnce) {
-  EXPECT_THAT(valuesOf(kMDItemFSSize), IsEmpty());
+  EXPECT_EQ(valuesOf(kMDItemFSSize), Texts{});
   gather(query);
-  EXPECT_THAT(valuesOf(kMDItemFSSize), UnorderedElementsAre("1", "3"));
+  EXPECT_EQ(sorted(valuesOf(kMDItemFSSize)), sorted({"1", "3"}));
 }
 
 TEST_F(QueryValues, AreListedOfValueListAttributesAlone) {
@@ -107,7 +105,7 @@ TEST_F(QueryValues, IncludeThoseOfBatchesThatCameAfterTheFirstQuestion) {
   Listener listener(query.get());
   listener.reaction = [&](const Notice&) { counts.push_back(countOf(kMDItemFSSize, number(1))); };
   gather(query);
-  EXPECT_THAT(counts, testing::ElementsAre(1, 1, 2, 2, 2));
+  EXPECT_EQ(counts, (std::vector<CFIndex>{1, 1, 2, 2, 2}));
 }
 
 TEST_F(QueryValues, AnswerNullOrNoughtWhenACallIsMadeToFail) {

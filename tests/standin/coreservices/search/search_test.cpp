@@ -1,18 +1,15 @@
 #include "standin/coreservices/search/search.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "standin/coreservices/language/parser.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/texts.h"
 
 namespace standin::metadata {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 SearchReport search(const SearchRequest& request, ResultStore& results) {
   Search search(request, results);
@@ -48,29 +45,29 @@ TEST_F(Searching, FindsFilesAndFoldersByName) {
   scratch.file("trips/paris in spring.txt");
   scratch.folder("paris");
   scratch.file("London.txt");
-  EXPECT_THAT(find(u"kMDItemFSName == \"paris*\"c"),
-              ElementsAre("Paris.txt", "paris", "trips/paris in spring.txt"));
-  EXPECT_THAT(find(u"kMDItemDisplayName == \"London.txt\""), ElementsAre("London.txt"));
+  EXPECT_EQ(find(u"kMDItemFSName == \"paris*\"c"),
+            (Texts{"Paris.txt", "paris", "trips/paris in spring.txt"}));
+  EXPECT_EQ(find(u"kMDItemDisplayName == \"London.txt\""), Texts{"London.txt"});
 }
 
 TEST_F(Searching, FindsBySizeWhichFoldersLack) {
   scratch.file("small", std::string(10, 'x'));
   scratch.file("large", std::string(5000, 'x'));
   scratch.folder("folder");
-  EXPECT_THAT(find(u"kMDItemFSSize >= 0"), ElementsAre("large", "small"));
-  EXPECT_THAT(find(u"kMDItemFSSize > 4999"), ElementsAre("large"));
-  EXPECT_THAT(find(u"InRange(kMDItemFSSize, 10, 20)"), ElementsAre("small"));
-  EXPECT_THAT(find(u"kMDItemFSSize != 10"), ElementsAre("folder", "large"));
+  EXPECT_EQ(find(u"kMDItemFSSize >= 0"), (Texts{"large", "small"}));
+  EXPECT_EQ(find(u"kMDItemFSSize > 4999"), Texts{"large"});
+  EXPECT_EQ(find(u"InRange(kMDItemFSSize, 10, 20)"), Texts{"small"});
+  EXPECT_EQ(find(u"kMDItemFSSize != 10"), (Texts{"folder", "large"}));
 }
 
 TEST_F(Searching, FindsByEveryAttributeOfTheFileSystem) {
   scratch.file(".dot");
   scratch.file("box/one");
   scratch.file("box/two");
-  EXPECT_THAT(find(u"kMDItemFSInvisible == true"), ElementsAre(".dot"));
-  EXPECT_THAT(find(u"kMDItemFSNodeCount == 2"), ElementsAre("box"));
-  EXPECT_THAT(find(u"kMDItemPath == \"*/box/t*\""), ElementsAre("box/two"));
-  EXPECT_THAT(find(u"kMDItemFSContentChangeDate < 0"), IsEmpty());
+  EXPECT_EQ(find(u"kMDItemFSInvisible == true"), Texts{".dot"});
+  EXPECT_EQ(find(u"kMDItemFSNodeCount == 2"), Texts{"box"});
+  EXPECT_EQ(find(u"kMDItemPath == \"*/box/t*\""), Texts{"box/two"});
+  EXPECT_EQ(find(u"kMDItemFSContentChangeDate < 0"), Texts{});
   EXPECT_EQ(find(u"kMDItemFSCreationDate > 0 && kMDItemFSExists == true").size(), 4u);
   EXPECT_EQ(find(u"kMDItemFSIsReadable == 1 && kMDItemFSIsWriteable == 1").size(), 4u);
   EXPECT_EQ(find(u"kMDItemContentModificationDate > 0 && kMDItemContentCreationDate > 0").size(), 4u);
@@ -79,22 +76,22 @@ TEST_F(Searching, FindsByEveryAttributeOfTheFileSystem) {
 
 TEST_F(Searching, FindsByAnyAttributeButNotByThePath) {
   scratch.file("box/note");
-  EXPECT_THAT(find(u"* == \"note\""), ElementsAre("box/note"));
-  EXPECT_THAT(find(u"* == \"*/box/*\""), IsEmpty());
+  EXPECT_EQ(find(u"* == \"note\""), Texts{"box/note"});
+  EXPECT_EQ(find(u"* == \"*/box/*\""), Texts{});
 }
 
 TEST_F(Searching, FindsNamesThatAreNoUtf8) {
   scratch.file("bad\xFFname.txt");
-  EXPECT_THAT(find(u"kMDItemFSName == \"bad%FFname.txt\""), ElementsAre("bad\xFFname.txt"));
-  EXPECT_THAT(find(u"kMDItemFSName == \"*.txt\""), ElementsAre("bad\xFFname.txt"));
+  EXPECT_EQ(find(u"kMDItemFSName == \"bad%FFname.txt\""), Texts{"bad\xFFname.txt"});
+  EXPECT_EQ(find(u"kMDItemFSName == \"*.txt\""), Texts{"bad\xFFname.txt"});
 }
 
 TEST_F(Searching, StopsAtTheMaximum) {
   for (const char* name : {"a/1", "a/2", "b/3", "b/4"}) scratch.file(name);
   maximum = 3;
-  EXPECT_THAT(find(u"kMDItemFSSize == 0"), ElementsAre("a/1", "a/2", "b/3"));
+  EXPECT_EQ(find(u"kMDItemFSSize == 0"), (Texts{"a/1", "a/2", "b/3"}));
   maximum = 0;
-  EXPECT_THAT(find(u"kMDItemFSSize == 0"), IsEmpty());
+  EXPECT_EQ(find(u"kMDItemFSSize == 0"), Texts{});
 }
 
 TEST_F(Searching, FindsOnceWhatLiesInTwoOfItsFolders) {
@@ -102,20 +99,19 @@ TEST_F(Searching, FindsOnceWhatLiesInTwoOfItsFolders) {
   scratch.link("alias", "outer");
   const std::vector<std::string> folders = {scratch.at("outer/inner"), scratch.at("outer"),
                                             scratch.at("alias"), scratch.at("outer")};
-  EXPECT_THAT(findIn(folders, u"kMDItemFSName == \"file\""), ElementsAre("outer/inner/file"));
+  EXPECT_EQ(findIn(folders, u"kMDItemFSName == \"file\""), Texts{"outer/inner/file"});
 }
 
 TEST_F(Searching, KeepsFoldersApartWhoseNamesStartAlike) {
   scratch.file("trip/file");
   scratch.file("trips/file");
-  EXPECT_THAT(findIn({scratch.at("trip"), scratch.at("trips")}, u"kMDItemFSName == \"file\""),
-              ElementsAre("trip/file", "trips/file"));
+  EXPECT_EQ(findIn({scratch.at("trip"), scratch.at("trips")}, u"kMDItemFSName == \"file\""),
+            (Texts{"trip/file", "trips/file"}));
 }
 
 TEST_F(Searching, CountsFoldersThatAreMissing) {
   scratch.file("file");
-  EXPECT_THAT(findIn({scratch.at("none"), scratch.path()}, u"kMDItemFSName == \"file\""),
-              ElementsAre("file"));
+  EXPECT_EQ(findIn({scratch.at("none"), scratch.path()}, u"kMDItemFSName == \"file\""), Texts{"file"});
   EXPECT_EQ(report.missingFolders, 1u);
   EXPECT_EQ(report.foldersSearched, 1u);
 }
@@ -124,8 +120,8 @@ TEST_F(Searching, LeavesOutExcludedFoldersUnlessTheyAreAskedFor) {
   scratch.file("kept/file");
   scratch.file("out/file");
   excluded = {scratch.at("out"), scratch.at("none")};
-  EXPECT_THAT(find(u"kMDItemFSName == \"file\""), ElementsAre("kept/file"));
-  EXPECT_THAT(findIn({scratch.at("out")}, u"kMDItemFSName == \"file\""), ElementsAre("out/file"));
+  EXPECT_EQ(find(u"kMDItemFSName == \"file\""), Texts{"kept/file"});
+  EXPECT_EQ(findIn({scratch.at("out")}, u"kMDItemFSName == \"file\""), Texts{"out/file"});
 }
 
 TEST_F(Searching, FindsInTheRootFolder) {

@@ -1,6 +1,5 @@
 #include "standin/host/language/declarations.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace standin::host {
@@ -86,8 +85,8 @@ TEST(Declarations, AnErrorQuotesTheTextAndTellsThePlace) {
     parseMethod("Name(x string)");
     FAIL();
   } catch (const DeclarationError& error) {
-    EXPECT_THAT(error.what(), testing::AllOf(testing::HasSubstr("\"Name(x string)\""),
-                                             testing::HasSubstr("at character 8")));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "\"Name(x string)\"", error.what());
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "at character 8", error.what());
   }
 }
 

@@ -1,9 +1,8 @@
 #include "tests/standin/host/fake_plugin.h"
+#include "tests/support/texts.h"
 
 namespace fake {
 namespace {
-
-using testing::ElementsAre;
 
 int32_t upperBound(Object array) {
   return entry<int32_t(Object)>("RuntimeUBound")(array);
@@ -210,7 +209,7 @@ TEST_F(Arrays, AnIndexOutsideRaisesAndChangesNothing) {
 }
 
 TEST_F(Arrays, HostCodeMakesAndReadsThemWithNilElements) {
-  EXPECT_THAT(host::texts(host::stringArray({"a", "", "c"})), ElementsAre("a", "", "c"));
+  EXPECT_EQ(host::texts(host::stringArray({"a", "", "c"})), (Texts{"a", "", "c"}));
   const auto array = host::objectArray({nullptr, 5, host::newInstance("Date")});
   const auto elements = host::elements(array);
   EXPECT_TRUE(elements[0].isNil());
