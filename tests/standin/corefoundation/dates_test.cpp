@@ -9,15 +9,15 @@ namespace {
 class Dates : public LedgerTest {};
 
 TEST_F(Dates, AreComparedByTheirTime) {
-  const Ref<CFDateRef> early(CFDateCreate(nullptr, -1.5));
-  const Ref<CFDateRef> late(CFDateCreate(nullptr, 2));
-  const Ref<CFDateRef> same(CFDateCreate(nullptr, 2));
-  EXPECT_EQ(CFDateGetAbsoluteTime(early), -1.5);
-  EXPECT_EQ(CFDateCompare(early, late, nullptr), kCFCompareLessThan);
-  EXPECT_EQ(CFDateCompare(late, early, nullptr), kCFCompareGreaterThan);
-  EXPECT_EQ(CFDateCompare(late, same, nullptr), kCFCompareEqualTo);
-  EXPECT_TRUE(CFEqual(late, same));
-  EXPECT_EQ(CFHash(late), CFHash(same));
+  const Owned<CFDateRef> early(CFDateCreate(nullptr, -1.5));
+  const Owned<CFDateRef> late(CFDateCreate(nullptr, 2));
+  const Owned<CFDateRef> same(CFDateCreate(nullptr, 2));
+  EXPECT_EQ(CFDateGetAbsoluteTime(early.get()), -1.5);
+  EXPECT_EQ(CFDateCompare(early.get(), late.get(), nullptr), kCFCompareLessThan);
+  EXPECT_EQ(CFDateCompare(late.get(), early.get(), nullptr), kCFCompareGreaterThan);
+  EXPECT_EQ(CFDateCompare(late.get(), same.get(), nullptr), kCFCompareEqualTo);
+  EXPECT_TRUE(CFEqual(late.get(), same.get()));
+  EXPECT_EQ(CFHash(late.get()), CFHash(same.get()));
 }
 
 TEST_F(Dates, TheCurrentTimeIsThatOfTheSystem) {

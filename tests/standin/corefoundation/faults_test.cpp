@@ -54,7 +54,7 @@ TEST_F(Faults, EveryCreatorAnswersNullOnceAndThenWorksAgain) {
     standin::failCall(creator.name, 1);
     EXPECT_EQ(creator.make(), nullptr) << creator.name;
     EXPECT_EQ(standin::failuresFired(), 1) << creator.name;
-    const Ref<CFTypeRef> object(creator.make());
+    const Owned<CFTypeRef> object(creator.make());
     EXPECT_NE(object.get(), nullptr) << creator.name;
   }
 }
@@ -65,39 +65,39 @@ TEST_F(Faults, NoMemoryGivesNull) {
 }
 
 TEST_F(Faults, AFaultedReleaseStillReleases) {
-  const CFStringRef string = makeString("text");
+  const CFStringRef string = makeString("text").leak();
   standin::failCall("CFRelease", 1);
   CFRelease(string);
   EXPECT_EQ(standin::failuresFired(), 1);
 }
 
 TEST_F(Faults, AFaultedRetainStillRetains) {
-  const Ref<CFStringRef> string(makeString("text"));
+  const auto string = makeString("text");
   standin::failCall("CFRetain", 1);
-  EXPECT_EQ(CFRetain(string), string.get());
-  EXPECT_EQ(CFGetRetainCount(string), 2);
-  CFRelease(string);
+  EXPECT_EQ(CFRetain(string.get()), string.get());
+  EXPECT_EQ(CFGetRetainCount(string.get()), 2);
+  CFRelease(string.get());
 }
 
 TEST_F(Faults, AFaultedGetterGivesItsNeutralAnswerAndAFaultedProcedureDoesNothing) {
-  const Ref<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+  const Owned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
   standin::failCall("CFArrayAppendValue", 1);
-  CFArrayAppendValue(array, kCFNull);
-  EXPECT_EQ(CFArrayGetCount(array), 0);
-  CFArrayAppendValue(array, kCFNull);
+  CFArrayAppendValue(array.get(), kCFNull);
+  EXPECT_EQ(CFArrayGetCount(array.get()), 0);
+  CFArrayAppendValue(array.get(), kCFNull);
   standin::failCall("CFArrayGetCount", 1);
-  EXPECT_EQ(CFArrayGetCount(array), 0);
-  EXPECT_EQ(CFArrayGetCount(array), 1);
+  EXPECT_EQ(CFArrayGetCount(array.get()), 0);
+  EXPECT_EQ(CFArrayGetCount(array.get()), 1);
   standin::failCall("CFArrayGetValueAtIndex", 1);
-  EXPECT_EQ(CFArrayGetValueAtIndex(array, 0), nullptr);
+  EXPECT_EQ(CFArrayGetValueAtIndex(array.get(), 0), nullptr);
 }
 
 TEST_F(Faults, OnlyOuterCallsAreLogged) {
   standin::startLog();
   {
     const void* values[] = {CFSTR("constant strings are no calls")};
-    const Ref<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
-    CFEqual(array, array);
+    const Owned<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
+    CFEqual(array.get(), array.get());
   }
   const std::vector<std::string> expected = {"CFArrayCreate", "CFEqual", "CFRelease"};
   EXPECT_EQ(standin::stopLog(), expected);
@@ -105,10 +105,10 @@ TEST_F(Faults, OnlyOuterCallsAreLogged) {
 
 TEST_F(Faults, WhatAnAppliedFunctionCallsIsLogged) {
   const void* values[] = {CFSTR("value")};
-  const Ref<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
+  const Owned<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
   standin::startLog();
   CFArrayApplyFunction(
-      array, {0, 1}, [](const void* value, void*) { CFGetTypeID(value); }, nullptr);
+      array.get(), {0, 1}, [](const void* value, void*) { CFGetTypeID(value); }, nullptr);
   const std::vector<std::string> expected = {"CFArrayApplyFunction", "CFGetTypeID"};
   EXPECT_EQ(standin::stopLog(), expected);
 }

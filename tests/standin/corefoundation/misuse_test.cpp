@@ -6,7 +6,7 @@ namespace {
 using Misuse = LedgerTest;
 
 CFStringRef freedString() {
-  const CFStringRef string = makeString("short-lived");
+  const CFStringRef string = makeString("short-lived").leak();
   CFRelease(string);
   return string;
 }
@@ -26,7 +26,7 @@ TEST_F(Misuse, UseAfterFreeIsRecognisedThroughEveryKindOfCall) {
 
 TEST_F(Misuse, UseAfterFreeIsRecognisedWhileManyObjectsAreFreed) {
   const CFStringRef freed = freedString();
-  for (int i = 0; i < 20000; ++i) CFRelease(makeInt(i + 100));
+  for (int i = 0; i < 20000; ++i) makeInt(i + 100);
   EXPECT_DEATH(CFStringGetLength(freed), "a freed CFString");
 }
 
@@ -58,21 +58,21 @@ TEST_F(Misuse, WhatIsNoObject) {
 TEST_F(Misuse, NullInACollectionOfObjects) {
   const void* values[] = {nullptr};
   EXPECT_DEATH(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks), "CFArrayCreate: a null value");
-  const Ref<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
-  EXPECT_DEATH(CFArrayAppendValue(array, nullptr), "CFArrayAppendValue: a null value");
-  const Ref<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
+  const Owned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+  EXPECT_DEATH(CFArrayAppendValue(array.get(), nullptr), "CFArrayAppendValue: a null value");
+  const Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
       nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-  EXPECT_DEATH(CFDictionarySetValue(dictionary, CFSTR("key"), nullptr), "a null value");
-  EXPECT_DEATH(CFDictionarySetValue(dictionary, nullptr, CFSTR("value")), "a null key");
-  EXPECT_DEATH(CFDictionaryGetValue(dictionary, nullptr), "a null key");
+  EXPECT_DEATH(CFDictionarySetValue(dictionary.get(), CFSTR("key"), nullptr), "a null value");
+  EXPECT_DEATH(CFDictionarySetValue(dictionary.get(), nullptr, CFSTR("value")), "a null key");
+  EXPECT_DEATH(CFDictionaryGetValue(dictionary.get(), nullptr), "a null key");
 }
 
 TEST_F(Misuse, IndexesOutsideOfAnArray) {
   const void* values[] = {kCFNull};
-  const Ref<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
-  EXPECT_DEATH(CFArrayGetValueAtIndex(array, 1), "CFArrayGetValueAtIndex: index 1 in an array of 1");
-  EXPECT_DEATH(CFArrayGetValueAtIndex(array, -1), "index -1 in an array of 1");
-  EXPECT_DEATH(CFArrayContainsValue(array, {0, 2}, kCFNull), "range 0\\+2 in an array of 1");
+  const Owned<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
+  EXPECT_DEATH(CFArrayGetValueAtIndex(array.get(), 1), "CFArrayGetValueAtIndex: index 1 in an array of 1");
+  EXPECT_DEATH(CFArrayGetValueAtIndex(array.get(), -1), "index -1 in an array of 1");
+  EXPECT_DEATH(CFArrayContainsValue(array.get(), {0, 2}, kCFNull), "range 0\\+2 in an array of 1");
 }
 
 TEST_F(Misuse, RangesOutsideOfAString) {
@@ -83,21 +83,22 @@ TEST_F(Misuse, RangesOutsideOfAString) {
 }
 
 TEST_F(Misuse, ChangingWhatIsImmutable) {
-  const Ref<CFStringRef> string(makeString("text"));
-  EXPECT_DEATH(CFStringAppend(const_cast<CFMutableStringRef>(string.get()), string),
+  const auto string = makeString("text");
+  EXPECT_DEATH(CFStringAppend(const_cast<CFMutableStringRef>(string.get()), string.get()),
                "the string is immutable");
-  const Ref<CFArrayRef> array(CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks));
-  EXPECT_DEATH(CFArrayAppendValue(const_cast<CFMutableArrayRef>(array.get()), string),
+  const Owned<CFArrayRef> array(CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks));
+  EXPECT_DEATH(CFArrayAppendValue(const_cast<CFMutableArrayRef>(array.get()), string.get()),
                "the array is immutable");
-  const Ref<CFDictionaryRef> dictionary(CFDictionaryCreate(nullptr, nullptr, nullptr, 0, nullptr, nullptr));
-  EXPECT_DEATH(CFDictionarySetValue(const_cast<CFMutableDictionaryRef>(dictionary.get()), string, string),
-               "the dictionary is immutable");
+  const Owned<CFDictionaryRef> dictionary(CFDictionaryCreate(nullptr, nullptr, nullptr, 0, nullptr, nullptr));
+  EXPECT_DEATH(
+      CFDictionarySetValue(const_cast<CFMutableDictionaryRef>(dictionary.get()), string.get(), string.get()),
+      "the dictionary is immutable");
 }
 
 TEST_F(Misuse, GrowingAStringBeyondItsMaximum) {
-  const Ref<CFMutableStringRef> string(CFStringCreateMutable(nullptr, 3));
-  CFStringAppend(string, CFSTR("abc"));
-  EXPECT_DEATH(CFStringAppend(string, CFSTR("d")), "length 4 is above the string's maximum of 3");
+  const Owned<CFMutableStringRef> string(CFStringCreateMutable(nullptr, 3));
+  CFStringAppend(string.get(), CFSTR("abc"));
+  EXPECT_DEATH(CFStringAppend(string.get(), CFSTR("d")), "length 4 is above the string's maximum of 3");
 }
 
 TEST_F(Misuse, NumberTypesThatDontExist) {
@@ -107,24 +108,24 @@ TEST_F(Misuse, NumberTypesThatDontExist) {
 }
 
 TEST_F(Misuse, ChangingADictionaryWhileAFunctionIsAppliedToIt) {
-  const Ref<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
+  const Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
       nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-  CFDictionarySetValue(dictionary, CFSTR("key"), CFSTR("value"));
+  CFDictionarySetValue(dictionary.get(), CFSTR("key"), CFSTR("value"));
   const auto adds = [](const void*, const void*, void* context) {
     CFDictionarySetValue(static_cast<CFMutableDictionaryRef>(context), CFSTR("another"), CFSTR("value"));
   };
-  EXPECT_DEATH(CFDictionaryApplyFunction(dictionary, adds, dictionary.get()), "changed the dictionary");
+  EXPECT_DEATH(CFDictionaryApplyFunction(dictionary.get(), adds, dictionary.get()), "changed the dictionary");
 }
 
 TEST_F(Misuse, AReleaseTooManyByACollectionNamesTheOuterCall) {
-  const Ref<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
-  const CFStringRef string = makeString("given away twice");
-  CFArrayAppendValue(array, string);
+  const Owned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+  const CFStringRef string = makeString("given away twice").leak();
+  CFArrayAppendValue(array.get(), string);
   EXPECT_DEATH(
       {
         CFRelease(string);
         CFRelease(string);
-        CFArrayRemoveAllValues(array);
+        CFArrayRemoveAllValues(array.get());
       },
       "CFArrayRemoveAllValues: a freed CFString");
   CFRelease(string);

@@ -47,10 +47,10 @@ TEST_F(MoreTypes, EachHasAnIdentifierOfItsOwnAndItsName) {
   for (const Type& type : types()) {
     EXPECT_TRUE(seen.insert(type.id()).second) << type.name;
     EXPECT_LT(type.id(), 256U) << type.name;
-    const Ref<CFStringRef> name(CFCopyTypeIDDescription(type.id()));
-    EXPECT_EQ(utf8(name), type.name);
-    const Ref<CFTypeRef> object(type.make());
-    EXPECT_EQ(CFGetTypeID(object), type.id()) << type.name;
+    const Owned<CFStringRef> name(CFCopyTypeIDDescription(type.id()));
+    EXPECT_EQ(textOf(name.get()), type.name);
+    const Owned<CFTypeRef> object(type.make());
+    EXPECT_EQ(CFGetTypeID(object.get()), type.id()) << type.name;
   }
 }
 
@@ -58,12 +58,12 @@ TEST_F(MoreTypes, EachIsCountedAndStandsInTheLedger) {
   for (const Type& type : types()) {
     const long before = standin::ledgerLine(type.name);
     {
-      const Ref<CFTypeRef> object(type.make());
+      const Owned<CFTypeRef> object(type.make());
       EXPECT_EQ(standin::ledgerLine(type.name), before + 1);
-      EXPECT_EQ(CFGetRetainCount(object), 1) << type.name;
-      CFRetain(object);
-      EXPECT_EQ(CFGetRetainCount(object), 2) << type.name;
-      CFRelease(object);
+      EXPECT_EQ(CFGetRetainCount(object.get()), 1) << type.name;
+      CFRetain(object.get());
+      EXPECT_EQ(CFGetRetainCount(object.get()), 2) << type.name;
+      CFRelease(object.get());
     }
     EXPECT_EQ(standin::ledgerLine(type.name), before) << type.name;
   }
@@ -72,19 +72,19 @@ TEST_F(MoreTypes, EachIsCountedAndStandsInTheLedger) {
 TEST_F(MoreTypes, EqualContentMakesEqualObjects) {
   for (const Type& type : types()) {
     if (!type.makeOther) continue;
-    const Ref<CFTypeRef> one(type.make()), same(type.make()), other(type.makeOther());
-    EXPECT_TRUE(CFEqual(one, same)) << type.name;
-    EXPECT_EQ(CFHash(one), CFHash(same)) << type.name;
-    EXPECT_FALSE(CFEqual(one, other)) << type.name;
+    const Owned<CFTypeRef> one(type.make()), same(type.make()), other(type.makeOther());
+    EXPECT_TRUE(CFEqual(one.get(), same.get())) << type.name;
+    EXPECT_EQ(CFHash(one.get()), CFHash(same.get())) << type.name;
+    EXPECT_FALSE(CFEqual(one.get(), other.get())) << type.name;
   }
 }
 
 TEST_F(MoreTypes, AnObjectWithoutContentIsEqualToItselfOnly) {
   for (const Type& type : types()) {
     if (type.makeOther) continue;
-    const Ref<CFTypeRef> one(type.make()), other(type.make());
-    EXPECT_TRUE(CFEqual(one, one)) << type.name;
-    EXPECT_FALSE(CFEqual(one, other)) << type.name;
+    const Owned<CFTypeRef> one(type.make()), other(type.make());
+    EXPECT_TRUE(CFEqual(one.get(), one.get())) << type.name;
+    EXPECT_FALSE(CFEqual(one.get(), other.get())) << type.name;
   }
 }
 
@@ -100,27 +100,27 @@ TEST_F(MoreTypes, ACreatorThatIsChosenToFailAnswersNull) {
 }
 
 TEST_F(MoreTypes, AUUIDKeepsItsBytesAndReadsAsTheUsualText) {
-  const Ref<CFUUIDRef> uuid(CFUUIDCreateFromUUIDBytes(nullptr, kBytes));
-  EXPECT_EQ(CFUUIDGetUUIDBytes(uuid).byte1, 0x11);
-  EXPECT_EQ(CFUUIDGetUUIDBytes(uuid).byte15, 0xFF);
-  const Ref<CFStringRef> text(CFUUIDCreateString(nullptr, uuid));
-  EXPECT_EQ(utf8(text), "00112233-4455-6677-8899-AABBCCDDEEFF");
+  const Owned<CFUUIDRef> uuid(CFUUIDCreateFromUUIDBytes(nullptr, kBytes));
+  EXPECT_EQ(CFUUIDGetUUIDBytes(uuid.get()).byte1, 0x11);
+  EXPECT_EQ(CFUUIDGetUUIDBytes(uuid.get()).byte15, 0xFF);
+  const Owned<CFStringRef> text(CFUUIDCreateString(nullptr, uuid.get()));
+  EXPECT_EQ(textOf(text.get()), "00112233-4455-6677-8899-AABBCCDDEEFF");
 }
 
 TEST_F(MoreTypes, NewUUIDsDifferAndAreRandomOnes) {
-  const Ref<CFUUIDRef> one(CFUUIDCreate(nullptr)), other(CFUUIDCreate(nullptr));
-  EXPECT_FALSE(CFEqual(one, other));
-  EXPECT_EQ(CFUUIDGetUUIDBytes(one).byte6 & 0xF0, 0x40);
-  EXPECT_EQ(CFUUIDGetUUIDBytes(one).byte8 & 0xC0, 0x80);
+  const Owned<CFUUIDRef> one(CFUUIDCreate(nullptr)), other(CFUUIDCreate(nullptr));
+  EXPECT_FALSE(CFEqual(one.get(), other.get()));
+  EXPECT_EQ(CFUUIDGetUUIDBytes(one.get()).byte6 & 0xF0, 0x40);
+  EXPECT_EQ(CFUUIDGetUUIDBytes(one.get()).byte8 & 0xC0, 0x80);
 }
 
 TEST_F(MoreTypes, ATimeZoneShiftsTheGregorianDateBothWays) {
-  const Ref<CFTimeZoneRef> zone(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 5400));
-  EXPECT_EQ(CFTimeZoneGetSecondsFromGMT(zone, 0), 5400);
-  const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(0, zone);
+  const Owned<CFTimeZoneRef> zone(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 5400));
+  EXPECT_EQ(CFTimeZoneGetSecondsFromGMT(zone.get(), 0), 5400);
+  const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(0, zone.get());
   EXPECT_EQ(date.hour, 1);
   EXPECT_EQ(date.minute, 30);
-  EXPECT_EQ(CFGregorianDateGetAbsoluteTime(date, zone), 0);
+  EXPECT_EQ(CFGregorianDateGetAbsoluteTime(date, zone.get()), 0);
   EXPECT_EQ(CFGregorianDateGetAbsoluteTime(date, nullptr), 5400);
   EXPECT_EQ(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 19 * 3600), nullptr);
 }
@@ -128,17 +128,17 @@ TEST_F(MoreTypes, ATimeZoneShiftsTheGregorianDateBothWays) {
 TEST_F(MoreTypes, AnErrorHasItsDomainItsCodeAndItsInfo) {
   const void* keys[] = {CFSTR("key")};
   const void* values[] = {CFSTR("value")};
-  const Ref<CFDictionaryRef> info(CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
-                                                     &kCFTypeDictionaryValueCallBacks));
-  const Ref<CFErrorRef> error(CFErrorCreate(nullptr, CFSTR("domain"), -43, info));
-  EXPECT_EQ(utf8(CFErrorGetDomain(error)), "domain");
-  EXPECT_EQ(CFErrorGetCode(error), -43);
-  const Ref<CFDictionaryRef> copied(CFErrorCopyUserInfo(error));
-  EXPECT_TRUE(CFEqual(copied, info));
-  const Ref<CFErrorRef> bare(CFErrorCreate(nullptr, CFSTR("domain"), -43, nullptr));
-  const Ref<CFDictionaryRef> none(CFErrorCopyUserInfo(bare));
-  EXPECT_EQ(CFDictionaryGetCount(none), 0);
-  EXPECT_FALSE(CFEqual(error, bare));
+  const Owned<CFDictionaryRef> info(CFDictionaryCreate(
+      nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+  const Owned<CFErrorRef> error(CFErrorCreate(nullptr, CFSTR("domain"), -43, info.get()));
+  EXPECT_EQ(textOf(CFErrorGetDomain(error.get())), "domain");
+  EXPECT_EQ(CFErrorGetCode(error.get()), -43);
+  const Owned<CFDictionaryRef> copied(CFErrorCopyUserInfo(error.get()));
+  EXPECT_TRUE(CFEqual(copied.get(), info.get()));
+  const Owned<CFErrorRef> bare(CFErrorCreate(nullptr, CFSTR("domain"), -43, nullptr));
+  const Owned<CFDictionaryRef> none(CFErrorCopyUserInfo(bare.get()));
+  EXPECT_EQ(CFDictionaryGetCount(none.get()), 0);
+  EXPECT_FALSE(CFEqual(error.get(), bare.get()));
 }
 
 using MoreTypesDeathTest = MoreTypes;

@@ -7,12 +7,12 @@ class Ownership : public LedgerTest {};
 constexpr CFIndex kConstantCount = 0x7FFFFFFF;
 
 TEST_F(Ownership, ANewObjectHasACountOfOneAndRetainingAddsOne) {
-  const Ref<CFStringRef> string(makeString("text"));
-  EXPECT_EQ(CFGetRetainCount(string), 1);
-  EXPECT_EQ(CFRetain(string), string.get());
-  EXPECT_EQ(CFGetRetainCount(string), 2);
-  CFRelease(string);
-  EXPECT_EQ(CFGetRetainCount(string), 1);
+  const auto string = makeString("text");
+  EXPECT_EQ(CFGetRetainCount(string.get()), 1);
+  EXPECT_EQ(CFRetain(string.get()), string.get());
+  EXPECT_EQ(CFGetRetainCount(string.get()), 2);
+  CFRelease(string.get());
+  EXPECT_EQ(CFGetRetainCount(string.get()), 1);
 }
 
 TEST_F(Ownership, ConstantsHaveAFixedCountThatNothingChanges) {
@@ -33,102 +33,103 @@ TEST_F(Ownership, TheDefaultAllocatorIsNullAsOnThePlatform) {
 
 TEST_F(Ownership, SmallIntegersAreSharedObjects) {
   for (int value = -1; value <= 12; ++value) {
-    const Ref<CFNumberRef> a(makeInt(value));
-    const Ref<CFNumberRef> b(makeInt(value));
+    const auto a = makeInt(value);
+    const auto b = makeInt(value);
     EXPECT_EQ(a.get(), b.get()) << value;
   }
-  const Ref<CFNumberRef> a(makeInt(13));
-  const Ref<CFNumberRef> b(makeInt(13));
+  const auto a = makeInt(13);
+  const auto b = makeInt(13);
   EXPECT_NE(a.get(), b.get());
 }
 
 TEST_F(Ownership, ACopyOfAnImmutableStringIsTheSameObjectRetained) {
-  const Ref<CFStringRef> string(makeString("text"));
-  const Ref<CFStringRef> copy(CFStringCreateCopy(nullptr, string));
+  const auto string = makeString("text");
+  const Owned<CFStringRef> copy(CFStringCreateCopy(nullptr, string.get()));
   EXPECT_EQ(copy.get(), string.get());
-  EXPECT_EQ(CFGetRetainCount(string), 2);
+  EXPECT_EQ(CFGetRetainCount(string.get()), 2);
 }
 
 TEST_F(Ownership, ACopyOfAMutableStringIsANewObject) {
-  const Ref<CFStringRef> string(makeString("text"));
-  const Ref<CFMutableStringRef> changing(CFStringCreateMutableCopy(nullptr, 0, string));
-  const Ref<CFStringRef> copy(CFStringCreateCopy(nullptr, changing));
-  CFStringAppend(changing, string);
-  EXPECT_EQ(utf8(copy), "text");
-  EXPECT_EQ(utf8(changing), "texttext");
+  const auto string = makeString("text");
+  const Owned<CFMutableStringRef> changing(CFStringCreateMutableCopy(nullptr, 0, string.get()));
+  const Owned<CFStringRef> copy(CFStringCreateCopy(nullptr, changing.get()));
+  CFStringAppend(changing.get(), string.get());
+  EXPECT_EQ(textOf(copy.get()), "text");
+  EXPECT_EQ(textOf(changing.get()), "texttext");
 }
 
 TEST_F(Ownership, AnArrayRetainsWhatItTakesAndReleasesWhatItGivesUp) {
-  const Ref<CFStringRef> value(makeString("value"));
-  const Ref<CFStringRef> other(makeString("other"));
+  const auto value = makeString("value");
+  const auto other = makeString("other");
   {
-    const Ref<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 1, &kCFTypeArrayCallBacks));
-    CFArrayAppendValue(array, value);
-    CFArrayAppendValue(array, value);
-    CFArrayInsertValueAtIndex(array, 0, value);
-    EXPECT_EQ(CFGetRetainCount(value), 4);
-    CFArraySetValueAtIndex(array, 1, other);
-    EXPECT_EQ(CFGetRetainCount(value), 3);
-    CFArrayRemoveValueAtIndex(array, 0);
-    EXPECT_EQ(CFGetRetainCount(value), 2);
-    EXPECT_EQ(CFGetRetainCount(other), 2);
-    const Ref<CFArrayRef> copy(CFArrayCreateCopy(nullptr, array));
+    const Owned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 1, &kCFTypeArrayCallBacks));
+    CFArrayAppendValue(array.get(), value.get());
+    CFArrayAppendValue(array.get(), value.get());
+    CFArrayInsertValueAtIndex(array.get(), 0, value.get());
+    EXPECT_EQ(CFGetRetainCount(value.get()), 4);
+    CFArraySetValueAtIndex(array.get(), 1, other.get());
+    EXPECT_EQ(CFGetRetainCount(value.get()), 3);
+    CFArrayRemoveValueAtIndex(array.get(), 0);
+    EXPECT_EQ(CFGetRetainCount(value.get()), 2);
+    EXPECT_EQ(CFGetRetainCount(other.get()), 2);
+    const Owned<CFArrayRef> copy(CFArrayCreateCopy(nullptr, array.get()));
     EXPECT_NE(copy.get(), static_cast<CFArrayRef>(array.get()));
-    EXPECT_EQ(CFGetRetainCount(value), 3);
-    CFArrayRemoveAllValues(array);
-    EXPECT_EQ(CFGetRetainCount(value), 2);
+    EXPECT_EQ(CFGetRetainCount(value.get()), 3);
+    CFArrayRemoveAllValues(array.get());
+    EXPECT_EQ(CFGetRetainCount(value.get()), 2);
   }
-  EXPECT_EQ(CFGetRetainCount(value), 1);
-  EXPECT_EQ(CFGetRetainCount(other), 1);
+  EXPECT_EQ(CFGetRetainCount(value.get()), 1);
+  EXPECT_EQ(CFGetRetainCount(other.get()), 1);
 }
 
 TEST_F(Ownership, SettingAnArraysValueToItselfKeepsIt) {
-  const Ref<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+  const Owned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
   {
-    const Ref<CFStringRef> value(makeString("only owner is the array"));
-    CFArrayAppendValue(array, value);
+    const auto value = makeString("only owner is the array");
+    CFArrayAppendValue(array.get(), value.get());
   }
-  CFArraySetValueAtIndex(array, 0, CFArrayGetValueAtIndex(array, 0));
-  EXPECT_EQ(utf8(static_cast<CFStringRef>(CFArrayGetValueAtIndex(array, 0))), "only owner is the array");
+  CFArraySetValueAtIndex(array.get(), 0, CFArrayGetValueAtIndex(array.get(), 0));
+  EXPECT_EQ(textOf(static_cast<CFStringRef>(CFArrayGetValueAtIndex(array.get(), 0))),
+            "only owner is the array");
 }
 
 TEST_F(Ownership, SettingADictionaryValueForAnEqualKeyReplacesTheKeyToo) {
-  const Ref<CFStringRef> first(makeString("key"));
-  const Ref<CFStringRef> second(makeString("key"));
-  const Ref<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
+  const auto first = makeString("key");
+  const auto second = makeString("key");
+  const Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
       nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-  CFDictionarySetValue(dictionary, first, kCFBooleanTrue);
-  EXPECT_EQ(CFGetRetainCount(first), 2);
-  CFDictionarySetValue(dictionary, second, kCFBooleanFalse);
-  EXPECT_EQ(CFGetRetainCount(first), 1);
-  EXPECT_EQ(CFGetRetainCount(second), 2);
-  CFDictionaryAddValue(dictionary, first, kCFBooleanTrue);
-  EXPECT_EQ(CFDictionaryGetValue(dictionary, first), kCFBooleanFalse);
-  CFDictionaryRemoveValue(dictionary, first);
-  EXPECT_EQ(CFGetRetainCount(second), 1);
-  EXPECT_EQ(CFDictionaryGetCount(dictionary), 0);
+  CFDictionarySetValue(dictionary.get(), first.get(), kCFBooleanTrue);
+  EXPECT_EQ(CFGetRetainCount(first.get()), 2);
+  CFDictionarySetValue(dictionary.get(), second.get(), kCFBooleanFalse);
+  EXPECT_EQ(CFGetRetainCount(first.get()), 1);
+  EXPECT_EQ(CFGetRetainCount(second.get()), 2);
+  CFDictionaryAddValue(dictionary.get(), first.get(), kCFBooleanTrue);
+  EXPECT_EQ(CFDictionaryGetValue(dictionary.get(), first.get()), kCFBooleanFalse);
+  CFDictionaryRemoveValue(dictionary.get(), first.get());
+  EXPECT_EQ(CFGetRetainCount(second.get()), 1);
+  EXPECT_EQ(CFDictionaryGetCount(dictionary.get()), 0);
 }
 
 TEST_F(Ownership, ADictionaryMadeWithDuplicateKeysKeepsTheFirst) {
-  const Ref<CFStringRef> first(makeString("key"));
-  const Ref<CFStringRef> second(makeString("key"));
-  const void* keys[] = {first, second};
+  const auto first = makeString("key");
+  const auto second = makeString("key");
+  const void* keys[] = {first.get(), second.get()};
   const void* values[] = {kCFBooleanTrue, kCFBooleanFalse};
-  const Ref<CFDictionaryRef> dictionary(CFDictionaryCreate(
+  const Owned<CFDictionaryRef> dictionary(CFDictionaryCreate(
       nullptr, keys, values, 2, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
-  EXPECT_EQ(CFDictionaryGetCount(dictionary), 1);
-  EXPECT_EQ(CFDictionaryGetValue(dictionary, second), kCFBooleanTrue);
-  EXPECT_EQ(CFGetRetainCount(first), 2);
-  EXPECT_EQ(CFGetRetainCount(second), 1);
+  EXPECT_EQ(CFDictionaryGetCount(dictionary.get()), 1);
+  EXPECT_EQ(CFDictionaryGetValue(dictionary.get(), second.get()), kCFBooleanTrue);
+  EXPECT_EQ(CFGetRetainCount(first.get()), 2);
+  EXPECT_EQ(CFGetRetainCount(second.get()), 1);
 }
 
 TEST_F(Ownership, TheLedgerCountsLivingObjectsByClass) {
   const long strings = standin::ledgerLine("CFString");
   const long arrays = standin::ledgerLine("CFArray");
   {
-    const Ref<CFStringRef> string(makeString("text"));
-    const void* values[] = {string};
-    const Ref<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
+    const auto string = makeString("text");
+    const void* values[] = {string.get()};
+    const Owned<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
     EXPECT_EQ(standin::ledgerLine("CFString"), strings + 1);
     EXPECT_EQ(standin::ledgerLine("CFArray"), arrays + 1);
   }
@@ -144,7 +145,7 @@ TEST_F(Ownership, ConstantsAreNotInTheLedger) {
 }
 
 TEST_F(Ownership, AMillionShortLivedObjectsLeaveNothingBehind) {
-  for (int i = 0; i < 1000000; ++i) CFRelease(makeInt(i + 100));
+  for (int i = 0; i < 1000000; ++i) makeInt(i + 100);
 }
 
 }  // namespace

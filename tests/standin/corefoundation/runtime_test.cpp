@@ -75,8 +75,8 @@ class Runtime : public LedgerTest {
 
 TEST_F(Runtime, RegisteredTypesStartAt256AndKnowTheirName) {
   EXPECT_GE(pairType(), 256U);
-  const Ref<CFStringRef> name(CFCopyTypeIDDescription(pairType()));
-  EXPECT_EQ(utf8(name), "TestPair");
+  const Owned<CFStringRef> name(CFCopyTypeIDDescription(pairType()));
+  EXPECT_EQ(textOf(name.get()), "TestPair");
 }
 
 TEST_F(Runtime, TheBuiltInTypesHaveTheirFixedIdentifiers) {
@@ -107,23 +107,23 @@ TEST_F(Runtime, InitSeesACountOfOneAndFinalizeTooWhenTheLastReferenceGoes) {
 }
 
 TEST_F(Runtime, EqualAndHashOfTheClassAreAsked) {
-  const Ref<Pair*> one(makePair(1, 2));
-  const Ref<Pair*> same(makePair(1, 3));
-  const Ref<Pair*> other(makePair(2, 2));
-  EXPECT_TRUE(CFEqual(one, same));
-  EXPECT_FALSE(CFEqual(one, other));
+  const Owned<Pair*> one(makePair(1, 2));
+  const Owned<Pair*> same(makePair(1, 3));
+  const Owned<Pair*> other(makePair(2, 2));
+  EXPECT_TRUE(CFEqual(one.get(), same.get()));
+  EXPECT_FALSE(CFEqual(one.get(), other.get()));
   EXPECT_FALSE(CFEqual(one.get(), kCFNull));
-  EXPECT_EQ(CFHash(one), 1U);
-  const Ref<CFMutableDictionaryRef> dictionary(
+  EXPECT_EQ(CFHash(one.get()), 1U);
+  const Owned<CFMutableDictionaryRef> dictionary(
       CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, nullptr));
-  CFDictionarySetValue(dictionary, one, "one");
-  EXPECT_STREQ(static_cast<const char*>(CFDictionaryGetValue(dictionary, same)), "one");
-  EXPECT_EQ(CFDictionaryGetValue(dictionary, other), nullptr);
+  CFDictionarySetValue(dictionary.get(), one.get(), "one");
+  EXPECT_STREQ(static_cast<const char*>(CFDictionaryGetValue(dictionary.get(), same.get())), "one");
+  EXPECT_EQ(CFDictionaryGetValue(dictionary.get(), other.get()), nullptr);
 }
 
 TEST_F(Runtime, TheLedgerHasALineOfTheClassesName) {
   {
-    const Ref<Pair*> pair(makePair(1, 2));
+    const Owned<Pair*> pair(makePair(1, 2));
     EXPECT_EQ(standin::ledgerLine("TestPair"), 1);
   }
   EXPECT_EQ(standin::ledgerLine("TestPair"), 0);

@@ -40,13 +40,13 @@ TEST_F(Strings, EveryEncodingComesBackAsItWent) {
       {"UTF-32LE", kCFStringEncodingUTF32LE, "\u00e9 \u65e5 \U0001F600"},
   };
   for (const EncodingRow& row : rows) {
-    const Ref<CFStringRef> string(makeString(row.text));
+    const auto string = makeString(row.text);
     for (const bool external : {false, true}) {
-      const std::vector<UInt8> bytes = bytesIn(string, row.encoding, 0, external);
-      const Ref<CFStringRef> back(CFStringCreateWithBytes(
+      const std::vector<UInt8> bytes = bytesIn(string.get(), row.encoding, 0, external);
+      const Owned<CFStringRef> back(CFStringCreateWithBytes(
           nullptr, bytes.data(), static_cast<CFIndex>(bytes.size()), row.encoding, external));
-      EXPECT_EQ(utf8(back), row.text) << row.name << (external ? " external" : "");
-      const CFIndex most = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string), row.encoding);
+      EXPECT_EQ(textOf(back.get()), row.text) << row.name << (external ? " external" : "");
+      const CFIndex most = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string.get()), row.encoding);
       EXPECT_LE(static_cast<CFIndex>(bytes.size()), most) << row.name;
     }
   }
@@ -56,7 +56,7 @@ TEST_F(Strings, UnitsMayLieAtAnOddAddress) {
   const char16_t units[] = u"odd \u00e9";
   char bytes[1 + sizeof units];
   std::memcpy(bytes + 1, units, sizeof units);
-  const Ref<CFStringRef> string(
+  const Owned<CFStringRef> string(
       CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(bytes + 1), 5));
   EXPECT_TRUE(CFEqual(string.get(), CFSTR("odd \u00e9")));
 }
@@ -65,27 +65,27 @@ TEST_F(Strings, ExternalTextOpensWithAMarkThatIsUnderstoodInBothOrders) {
   const std::vector<UInt8> little = {0xFF, 0xFE, 0x41, 0x00};
   EXPECT_EQ(bytesIn(CFSTR("A"), kCFStringEncodingUTF16, 0, true), little);
   const UInt8 big[] = {0xFE, 0xFF, 0x00, 0x41};
-  const Ref<CFStringRef> string(CFStringCreateWithBytes(nullptr, big, 4, kCFStringEncodingUTF16, true));
-  EXPECT_EQ(utf8(string), "A");
+  const Owned<CFStringRef> string(CFStringCreateWithBytes(nullptr, big, 4, kCFStringEncodingUTF16, true));
+  EXPECT_EQ(textOf(string.get()), "A");
 }
 
 TEST_F(Strings, WhatAnEncodingLacksBecomesTheLossByteOrEndsTheConversion) {
-  const Ref<CFStringRef> string(makeString("a\U0001F600b"));
+  const auto string = makeString("a\U0001F600b");
   const std::vector<UInt8> lossy = {'a', '?', 'b'};
-  EXPECT_EQ(bytesIn(string, kCFStringEncodingASCII, '?', false), lossy);
+  EXPECT_EQ(bytesIn(string.get(), kCFStringEncodingASCII, '?', false), lossy);
   CFIndex used = 0;
   UInt8 buffer[8];
-  EXPECT_EQ(CFStringGetBytes(string, {0, 4}, kCFStringEncodingASCII, 0, false, buffer, 8, &used), 1);
+  EXPECT_EQ(CFStringGetBytes(string.get(), {0, 4}, kCFStringEncodingASCII, 0, false, buffer, 8, &used), 1);
   EXPECT_EQ(used, 1);
   char text[8];
-  EXPECT_FALSE(CFStringGetCString(string, text, 8, kCFStringEncodingASCII));
+  EXPECT_FALSE(CFStringGetCString(string.get(), text, 8, kCFStringEncodingASCII));
 }
 
 TEST_F(Strings, ACharacterIsNeverCutInTwoByASmallBuffer) {
-  const Ref<CFStringRef> string(makeString("a\u65e5"));
+  const auto string = makeString("a\u65e5");
   UInt8 buffer[3] = {};
   CFIndex used = 0;
-  EXPECT_EQ(CFStringGetBytes(string, {0, 2}, kCFStringEncodingUTF8, 0, false, buffer, 3, &used), 1);
+  EXPECT_EQ(CFStringGetBytes(string.get(), {0, 2}, kCFStringEncodingUTF8, 0, false, buffer, 3, &used), 1);
   EXPECT_EQ(used, 1);
 }
 
@@ -121,18 +121,18 @@ TEST_F(Strings, ConstantsOfOneTextAreOneObject) {
 const CFStringRef earlyConstant = CFSTR("made by an initialiser");
 
 TEST_F(Strings, ConstantsMayBeMadeByInitialisers) {
-  EXPECT_EQ(utf8(earlyConstant), "made by an initialiser");
+  EXPECT_EQ(textOf(earlyConstant), "made by an initialiser");
 }
 
 TEST_F(Strings, MutableStringsGrowAndAppendThemselves) {
-  const Ref<CFMutableStringRef> string(CFStringCreateMutable(nullptr, 0));
-  CFStringAppend(string, CFSTR("ab"));
-  for (int i = 0; i < 10; ++i) CFStringAppend(string, string);
-  EXPECT_EQ(CFStringGetLength(string), 2048);
-  EXPECT_EQ(CFStringGetCharacterAtIndex(string, 2047), 'b');
+  const Owned<CFMutableStringRef> string(CFStringCreateMutable(nullptr, 0));
+  CFStringAppend(string.get(), CFSTR("ab"));
+  for (int i = 0; i < 10; ++i) CFStringAppend(string.get(), string.get());
+  EXPECT_EQ(CFStringGetLength(string.get()), 2048);
+  EXPECT_EQ(CFStringGetCharacterAtIndex(string.get(), 2047), 'b');
   const UniChar units[] = {0xD83D, 0xDE00};
-  CFStringAppendCharacters(string, units, 2);
-  EXPECT_EQ(CFStringGetLength(string), 2050);
+  CFStringAppendCharacters(string.get(), units, 2);
+  EXPECT_EQ(CFStringGetLength(string.get()), 2050);
 }
 
 TEST_F(Strings, NormalizationHasFourForms) {
@@ -143,9 +143,9 @@ TEST_F(Strings, NormalizationHasFourForms) {
       {kCFStringNormalizationFormKC, "\u00e9fi"},
   };
   for (const auto& [form, expected] : rows) {
-    const Ref<CFMutableStringRef> string(CFStringCreateMutableCopy(nullptr, 0, CFSTR("e\u0301\ufb01")));
-    CFStringNormalize(string, form);
-    EXPECT_EQ(utf8(string), expected) << form;
+    const Owned<CFMutableStringRef> string(CFStringCreateMutableCopy(nullptr, 0, CFSTR("e\u0301\ufb01")));
+    CFStringNormalize(string.get(), form);
+    EXPECT_EQ(textOf(string.get()), expected) << form;
   }
 }
 
@@ -177,10 +177,12 @@ TEST_F(Strings, OptionsOfComparing) {
       {"abc", "ABC", kCFCompareLocalized | kCFCompareCaseInsensitive, kCFCompareEqualTo},
   };
   for (const CompareRow& row : rows) {
-    const Ref<CFStringRef> a(makeString(row.a));
-    const Ref<CFStringRef> b(makeString(row.b));
-    EXPECT_EQ(CFStringCompare(a, b, row.options), row.result) << row.a << " " << row.b << " " << row.options;
-    EXPECT_EQ(CFStringCompare(b, a, row.options), -row.result) << row.b << " " << row.a << " " << row.options;
+    const auto a = makeString(row.a);
+    const auto b = makeString(row.b);
+    EXPECT_EQ(CFStringCompare(a.get(), b.get(), row.options), row.result)
+        << row.a << " " << row.b << " " << row.options;
+    EXPECT_EQ(CFStringCompare(b.get(), a.get(), row.options), -row.result)
+        << row.b << " " << row.a << " " << row.options;
   }
 }
 
@@ -193,20 +195,20 @@ TEST_F(Strings, PrefixesAndSuffixes) {
 }
 
 TEST_F(Strings, PointersAreGivenOnlyToWhatIsStoredThatWay) {
-  const Ref<CFStringRef> narrow(makeString("ascii"));
-  const Ref<CFStringRef> wide(makeString("\u65e5"));
-  EXPECT_STREQ(CFStringGetCStringPtr(narrow, kCFStringEncodingUTF8), "ascii");
-  EXPECT_EQ(CFStringGetCStringPtr(narrow, kCFStringEncodingUTF16), nullptr);
-  EXPECT_EQ(CFStringGetCharactersPtr(narrow), nullptr);
-  EXPECT_EQ(CFStringGetCStringPtr(wide, kCFStringEncodingUTF8), nullptr);
-  EXPECT_EQ(CFStringGetCharactersPtr(wide)[0], 0x65E5);
+  const auto narrow = makeString("ascii");
+  const auto wide = makeString("\u65e5");
+  EXPECT_STREQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingUTF8), "ascii");
+  EXPECT_EQ(CFStringGetCStringPtr(narrow.get(), kCFStringEncodingUTF16), nullptr);
+  EXPECT_EQ(CFStringGetCharactersPtr(narrow.get()), nullptr);
+  EXPECT_EQ(CFStringGetCStringPtr(wide.get(), kCFStringEncodingUTF8), nullptr);
+  EXPECT_EQ(CFStringGetCharactersPtr(wide.get())[0], 0x65E5);
 }
 
 TEST_F(Strings, ASubstringOfWideTextThatIsASCIIEqualsTheSameTextMadeAsASCII) {
-  const Ref<CFStringRef> wide(makeString("\u65e5abc"));
-  const Ref<CFStringRef> part(CFStringCreateWithSubstring(nullptr, wide, {1, 3}));
-  EXPECT_TRUE(CFEqual(part, CFSTR("abc")));
-  EXPECT_EQ(CFHash(part), CFHash(CFSTR("abc")));
+  const auto wide = makeString("\u65e5abc");
+  const Owned<CFStringRef> part(CFStringCreateWithSubstring(nullptr, wide.get(), {1, 3}));
+  EXPECT_TRUE(CFEqual(part.get(), CFSTR("abc")));
+  EXPECT_EQ(CFHash(part.get()), CFHash(CFSTR("abc")));
 }
 
 }  // namespace

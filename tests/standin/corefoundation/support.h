@@ -4,64 +4,26 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
-#include <string>
-
-#include "standin/gate/gate.h"
+#include "tests/support/ledger.h"
+#include "tests/support/owned.h"
 
 // Ends every test with the ledger as it was at its start: nothing leaked, nothing given away.
 class LedgerTest : public testing::Test {
  protected:
-  void SetUp() override { before_ = lines(); }
+  void SetUp() override { before_ = standin::ledger(); }
   void TearDown() override {
     standin::clearFailures();
-    EXPECT_EQ(lines(), before_);
+    EXPECT_EQ(standin::ledger(), before_);
   }
 
  private:
-  static std::string lines() {
-    std::string text;
-    for (const standin::LedgerLine& line : standin::ledger()) {
-      text += line.kind + " " + std::to_string(line.count) + "\n";
-    }
-    return text;
-  }
-  std::string before_;
+  LedgerLines before_;
 };
 
-// A reference that the test owns.
-template <class T>
-class Ref {
- public:
-  explicit Ref(T ref) : ref_(ref) {}
-  ~Ref() {
-    if (ref_) CFRelease(ref_);
-  }
-  Ref(const Ref&) = delete;
-  Ref& operator=(const Ref&) = delete;
-  operator T() const { return ref_; }
-  T get() const { return ref_; }
-
- private:
-  T ref_;
-};
-
-inline CFStringRef makeString(const char* utf8) {
-  return CFStringCreateWithCString(kCFAllocatorDefault, utf8, kCFStringEncodingUTF8);
+inline Owned<CFNumberRef> makeInt(int value) {
+  return Owned(CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &value));
 }
 
-inline CFNumberRef makeInt(int value) {
-  return CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &value);
-}
-
-inline CFNumberRef makeDouble(double value) {
-  return CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &value);
-}
-
-inline std::string utf8(CFStringRef string) {
-  if (string == nullptr) return "(null)";
-  std::string bytes(static_cast<size_t>(CFStringGetLength(string)) * 3 + 1, '\0');
-  if (!CFStringGetCString(string, bytes.data(), static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF8)) {
-    return "(not UTF-8)";
-  }
-  return bytes.c_str();
+inline Owned<CFNumberRef> makeDouble(double value) {
+  return Owned(CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &value));
 }

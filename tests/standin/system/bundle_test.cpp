@@ -1,39 +1,31 @@
 #include <CoreServices/CoreServices.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
 
 #include "standin/system/control.h"
 #include "tests/support/build_folder.h"
 #include "tests/support/owned.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 class Bundle : public testing::Test {
  protected:
   Bundle() {
-    std::string folder = (fs::temp_directory_path() / "bundle-test-XXXXXX").string();
-    path = ::mkdtemp(folder.data());
-    fs::create_directories(path / "Sample.framework");
-    fs::create_symlink(builtFile("lib/libbundle-sample.so"), path / "Sample.framework" / "Sample");
-    fs::create_directories(path / "Empty.framework");
+    scratch.folder("Sample.framework");
+    scratch.link("Sample.framework/Sample", builtFile("lib/libbundle-sample.so"));
+    scratch.folder("Empty.framework");
   }
   ~Bundle() override {
     standin::clearFailures();
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
     EXPECT_EQ(alive(), "");
   }
 
   Owned<CFBundleRef> make(const char* name) const {
-    return Owned(CFBundleCreate(kCFAllocatorDefault, makeURL(path / name).get()));
+    return Owned(CFBundleCreate(kCFAllocatorDefault, makeURL(scratch.at(name)).get()));
   }
 
-  fs::path path;
+  const ScratchFolder scratch;
 };
 
 TEST_F(Bundle, IsNullWhereNoFolderIs) {
@@ -116,7 +108,7 @@ TEST_F(Bundle, LacksTheNamesThatATestHides) {
 
 TEST_F(Bundle, AnswersNullOrFalseWhenACallIsMadeToFail) {
   const auto sample = make("Sample.framework");
-  const auto url = makeURL(path / "Sample.framework");
+  const auto url = makeURL(scratch.at("Sample.framework"));
   const auto name = makeString("sampleFunction");
   standin::failCall("CFBundleCreate", 1);
   EXPECT_EQ(CFBundleCreate(kCFAllocatorDefault, url.get()), nullptr);

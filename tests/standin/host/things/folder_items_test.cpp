@@ -1,16 +1,11 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/CarbonCore/Files.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
 
 #include "tests/standin/host/fake_plugin.h"
+#include "tests/support/scratch_folder.h"
 
 namespace fake {
 namespace {
-
-namespace fs = std::filesystem;
 
 bool reference(const host::Value& item, FSRef& ref, HFSUniStr255* name) {
   return entry<bool(Object, FSRef*, HFSUniStr255*)>("REALFSRefFromFolderItem")(item.handle(), &ref, name);
@@ -55,16 +50,13 @@ class FolderItems : public HostTest {
  protected:
   FolderItems() {
     GTEST_FLAG_SET(death_test_style, "fast");
-    char name[] = "/tmp/folder-items-XXXXXX";
-    folder_ = mkdtemp(name);
-    std::ofstream(folder_ / "file") << "x";
+    scratch.file("file", "x");
   }
-  ~FolderItems() override { fs::remove_all(folder_); }
 
-  host::Value item(const std::string& name) const { return host::folderItem(folder_ / name); }
+  host::Value item(const std::string& name) const { return host::folderItem(scratch.at(name)); }
   FSRef folderReference() const {
     FSRef ref;
-    EXPECT_TRUE(reference(host::folderItem(folder_), ref, nullptr));
+    EXPECT_TRUE(reference(host::folderItem(scratch.path()), ref, nullptr));
     return ref;
   }
   Object make(const std::u16string& name) const {
@@ -73,13 +65,13 @@ class FolderItems : public HostTest {
     return entry<Object(const FSRef*, const HFSUniStr255*)>("REALFolderItemFromParentFSRef")(&parent, &leaf);
   }
 
-  fs::path folder_;
+  const ScratchFolder scratch;
 };
 
 TEST_F(FolderItems, GiveTheReferenceOfWhatIsThere) {
   FSRef ref;
   ASSERT_TRUE(reference(item("file"), ref, nullptr));
-  EXPECT_EQ(pathOf(ref), folder_ / "file");
+  EXPECT_EQ(pathOf(ref), scratch.at("file"));
   EXPECT_FALSE(reference(item("none"), ref, nullptr));
   EXPECT_FALSE(reference(host::newInstance("FolderItem"), ref, nullptr));
 }
@@ -89,7 +81,7 @@ TEST_F(FolderItems, GiveTheReferenceOfTheirParentAndTheirName) {
     FSRef ref;
     HFSUniStr255 leaf{};
     ASSERT_TRUE(reference(item(name), ref, &leaf)) << name;
-    EXPECT_EQ(pathOf(ref), folder_) << name;
+    EXPECT_EQ(pathOf(ref), scratch.path()) << name;
     EXPECT_EQ(textOf(leaf), std::u16string(name, name + 4));
   }
   FSRef ref;
@@ -119,8 +111,8 @@ TEST_F(FolderItems, HaveNamesOf255UnitsAtMost) {
 }
 
 TEST_F(FolderItems, AreMadeOfAParentAndAName) {
-  EXPECT_EQ(host::path(taken(make(u"file"))), folder_ / "file");
-  EXPECT_EQ(host::path(taken(make(u"\u00E9"))), folder_ / "\xC3\xA9");
+  EXPECT_EQ(host::path(taken(make(u"file"))), scratch.at("file"));
+  EXPECT_EQ(host::path(taken(make(u"\u00E9"))), scratch.at("\xC3\xA9"));
   EXPECT_EQ(make(u""), nullptr);
   EXPECT_EQ(make(u"a/b"), nullptr);
   EXPECT_DEATH(make(std::u16string(256, u'a')),
@@ -161,12 +153,12 @@ TEST_F(FolderItems, AnswerAsTheSettingsSay) {
 TEST_F(FolderItems, AreKnownByTheirMethod) {
   const auto load = entry<void*(Object, const char*)>("REALLoadObjectMethod");
   const char* const text = "TrueItem(Index as integer) as Folderitem";
-  const auto folder = host::folderItem(folder_);
+  const auto folder = host::folderItem(scratch.path());
   EXPECT_EQ(load(host::dictionary().handle(), text), nullptr);
   EXPECT_EQ(load(folder.handle(), "TrueItem(index As Integer) As FolderItem"), nullptr);
   const auto trueItem = reinterpret_cast<Object (*)(Object, int32_t)>(load(folder.handle(), text));
   ASSERT_NE(trueItem, nullptr);
-  EXPECT_EQ(host::path(taken(trueItem(folder.handle(), 1))), folder_ / "file");
+  EXPECT_EQ(host::path(taken(trueItem(folder.handle(), 1))), scratch.at("file"));
   EXPECT_EQ(trueItem(folder.handle(), 2), nullptr);
   EXPECT_EQ(host::takeExceptions().size(), 1u);
 }
