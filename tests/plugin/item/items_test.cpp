@@ -3,6 +3,7 @@
 
 #include "standin/coreservices/metadata/planned_answers.h"
 #include "tests/plugin/cf_values.h"
+#include "tests/plugin/guard.h"
 #include "tests/plugin/item/item_fixture.h"
 
 namespace {
@@ -13,16 +14,6 @@ MDItemRef itemOf(const host::Value& item) {
   return reinterpret_cast<MDItemRef>(static_cast<intptr_t>(host::get(item, "Handle").integer()));
 }
 
-// Every operation that raises without an item, and what it answers beside.
-struct GuardCase {
-  const char* name;
-  std::vector<host::Value> (*arguments)();
-  enum { kNone, kNil, kZero, kFalse } neutral;  // none: it answers nothing
-  bool leavesArray = false;
-};
-void PrintTo(const GuardCase& row, std::ostream* out) {
-  *out << row.name;
-}
 std::vector<host::Value> none() {
   return {};
 }
@@ -36,35 +27,10 @@ std::vector<host::Value> rootFolder() {
   return {host::folderItem("/")};
 }
 
-class ItemGuard : public ItemMethods, public testing::WithParamInterface<std::tuple<GuardCase, bool>> {};
+using ItemGuard = GuardTest;
 
 TEST_P(ItemGuard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
-  const auto& [row, unwinding] = GetParam();
-  host::Settings settings;
-  settings.raiseByUnwinding = unwinding;
-  start(settings);
-  const host::Value item = host::newInstance("MDItemZNK");
-  const auto arguments = row.arguments();
-  host::Value result;
-  const Calls calls = callsOf([&] { result = host::callWith(item, row.name, arguments); });
-  EXPECT_EQ(Exceptions{kNilItem}, host::takeExceptions());
-  for (const std::string& call : calls) EXPECT_EQ(std::string::npos, call.find("MDItemC")) << call;
-  for (const std::string& call : calls) EXPECT_EQ(std::string::npos, call.find("CFString")) << call;
-  if (row.leavesArray) expectLeftBehind({"host array of 0"});
-  if (unwinding) return;  // there is no result then
-  switch (row.neutral) {
-    case GuardCase::kNone:
-      break;
-    case GuardCase::kNil:
-      EXPECT_TRUE(result.isNil());
-      break;
-    case GuardCase::kZero:
-      EXPECT_EQ(0, result.number());
-      break;
-    case GuardCase::kFalse:
-      EXPECT_FALSE(result.boolean());
-      break;
-  }
+  expectGuarded("MDItemZNK", kNilItem, {"MDItemC", "CFString"});
 }
 
 INSTANTIATE_TEST_SUITE_P(

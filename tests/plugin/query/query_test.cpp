@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 
+#include "tests/plugin/guard.h"
 #include "tests/plugin/item/item_fixture.h"
 
 namespace {
@@ -257,41 +258,10 @@ TEST_F(Query, SubsetTakesNoLockOnItsParent) {
   EXPECT_EQ(1, host::call(subset, "ResultCount").integer());
 }
 
-// Every operation without a reference: what it answers, beside raising.
-struct GuardCase {
-  const char* name;
-  std::vector<host::Value> (*arguments)();
-  enum { kNone, kNil, kZero, kFalse } neutral;  // none: it answers nothing
-  bool leavesArray;
-};
-void PrintTo(const GuardCase& row, std::ostream* out) {
-  *out << row.name;
-}
-
-class Guard : public Query, public testing::WithParamInterface<std::tuple<GuardCase, bool>> {};
+using Guard = GuardTest;
 
 TEST_P(Guard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
-  const auto& [row, unwinding] = GetParam();
-  host::Settings settings;
-  settings.raiseByUnwinding = unwinding;
-  start(settings);
-  const host::Value query = host::newInstance("MDQueryZNK");
-  host::Value result;
-  const auto arguments = row.arguments();
-  const Calls calls = callsOf([&] { result = host::callWith(query, row.name, arguments); });
-  EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
-  for (const std::string& call : calls) EXPECT_EQ(std::string::npos, call.find("MDQuery")) << call;
-  if (row.leavesArray) expectLeftBehind({"host array of 0"});
-  if (unwinding) return;  // there is no result then
-  if (row.neutral == GuardCase::kNil) {
-    EXPECT_TRUE(result.isNil());
-  }
-  if (row.neutral == GuardCase::kZero) {
-    EXPECT_EQ(0, result.integer());
-  }
-  if (row.neutral == GuardCase::kFalse) {
-    EXPECT_FALSE(result.boolean());
-  }
+  expectGuarded("MDQueryZNK", kNilQuery, {"MDQuery"});
 }
 
 std::vector<host::Value> none() {
@@ -316,27 +286,27 @@ std::vector<host::Value> nameAndNumber() {
 INSTANTIATE_TEST_SUITE_P(
     Operations, Guard,
     testing::Combine(
-        testing::Values(GuardCase{"CountOfResultsWithAttributeValue", nameAndNumber, GuardCase::kZero, false},
-                        GuardCase{"AttributeValueOfResultAtIndex", nameAndNumber, GuardCase::kNil, false},
+        testing::Values(GuardCase{"CountOfResultsWithAttributeValue", nameAndNumber, GuardCase::kZero},
+                        GuardCase{"AttributeValueOfResultAtIndex", nameAndNumber, GuardCase::kNil},
                         GuardCase{"ValuesOfAttribute", name, GuardCase::kNil, true},
-                        GuardCase{"IndexOfResult", nil, GuardCase::kZero, false},
-                        GuardCase{"ResultAtIndex", number, GuardCase::kNil, false},
+                        GuardCase{"IndexOfResult", nil, GuardCase::kZero},
+                        GuardCase{"ResultAtIndex", number, GuardCase::kNil},
                         GuardCase{"Results", none, GuardCase::kNil, true},
-                        GuardCase{"BatchingParameters", none, GuardCase::kNil, false},
-                        GuardCase{"Execute", number, GuardCase::kFalse, false},
-                        GuardCase{"IsGatheringComplete", none, GuardCase::kFalse, false},
-                        GuardCase{"ResultCount", none, GuardCase::kZero, false},
+                        GuardCase{"BatchingParameters", none, GuardCase::kNil},
+                        GuardCase{"Execute", number, GuardCase::kFalse},
+                        GuardCase{"IsGatheringComplete", none, GuardCase::kFalse},
+                        GuardCase{"ResultCount", none, GuardCase::kZero},
                         GuardCase{"ValueListAttributes", none, GuardCase::kNil, true},
                         GuardCase{"SortingAttributes", none, GuardCase::kNil, true},
-                        GuardCase{"QueryString", none, GuardCase::kNil, false},
-                        GuardCase{"Stop", none, GuardCase::kNone, false},
-                        GuardCase{"DisableUpdates", none, GuardCase::kNone, false},
-                        GuardCase{"EnableUpdates", none, GuardCase::kNone, false},
-                        GuardCase{"SetMaxCount", number, GuardCase::kNone, false},
-                        GuardCase{"SetSearchScope", twoNils, GuardCase::kNone, false},
-                        GuardCase{"GetSortOptionFlagsForAttribute", name, GuardCase::kZero, false},
-                        GuardCase{"SetSortOptionFlagsForAttribute", nameAndNumber, GuardCase::kFalse, false},
-                        GuardCase{"SetSortOrder", nil, GuardCase::kFalse, false}),
+                        GuardCase{"QueryString", none, GuardCase::kNil},
+                        GuardCase{"Stop", none, GuardCase::kNone},
+                        GuardCase{"DisableUpdates", none, GuardCase::kNone},
+                        GuardCase{"EnableUpdates", none, GuardCase::kNone},
+                        GuardCase{"SetMaxCount", number, GuardCase::kNone},
+                        GuardCase{"SetSearchScope", twoNils, GuardCase::kNone},
+                        GuardCase{"GetSortOptionFlagsForAttribute", name, GuardCase::kZero},
+                        GuardCase{"SetSortOptionFlagsForAttribute", nameAndNumber, GuardCase::kFalse},
+                        GuardCase{"SetSortOrder", nil, GuardCase::kFalse}),
         testing::Bool()));
 
 // Every plain operation is one call to the service.
