@@ -59,6 +59,9 @@ struct SizeCase {
   uint32_t size;
   uint32_t rounded;
 };
+void PrintTo(const SizeCase& row, std::ostream* out) {
+  *out << row.size;
+}
 class DataSize : public Registration, public testing::WithParamInterface<SizeCase> {};
 
 TEST_P(DataSize, IsRoundedUpTo16ForEveryControlVersion) {

@@ -23,6 +23,10 @@ class Variants : public ObjectsTest {
 
 // Each accessor through its function, through its property, and with neither.
 enum class Way { function, property, neither };
+void PrintTo(Way way, std::ostream* out) {
+  const char* const names[] = {"function", "property", "neither"};
+  *out << names[static_cast<int>(way)];
+}
 
 class VariantAccess : public Variants, public testing::WithParamInterface<Way> {
  protected:
