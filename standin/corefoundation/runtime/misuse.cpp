@@ -42,4 +42,9 @@ void misuseOfType(const char* call, CFTypeRef cf, CFTypeID wanted) {
   misuseOfReference(call, cf, name.c_str());
 }
 
+void checkBuffer(const void* buffer, CFIndex length, const char* what, const char* call) {
+  if (length < 0) misuse(call, "a length below 0");
+  if (length > 0 && buffer == nullptr) misuse(call, std::string("null ") + what + " with a length");
+}
+
 }  // namespace cf

@@ -13,6 +13,10 @@ namespace cf {
 [[noreturn]] void misuseOfReference(const char* call, CFTypeRef cf, const char* wanted);
 [[noreturn]] void misuseOfType(const char* call, CFTypeRef cf, CFTypeID wanted);
 
+// Ends the process for a length below 0, and for null where the length says that there is something. `what`
+// is what lies there: "bytes".
+void checkBuffer(const void* buffer, CFIndex length, const char* what, const char* call);
+
 // The class of any object; ends the process for null, garbage and freed objects.
 inline ClassEntry* classOf(CFTypeRef cf, const char* call) {
   if (cf != nullptr && (reinterpret_cast<uintptr_t>(cf) & 3) == 0) {

@@ -171,8 +171,7 @@ CFStringRef CFStringCreateWithCString(CFAllocatorRef alloc, const char* cStr, CF
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef alloc, const UInt8* bytes, CFIndex numBytes,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation) {
   const Gate gate(__func__);
-  if (numBytes < 0) cf::misuse(__func__, "a length below 0");
-  if (numBytes > 0 && bytes == nullptr) cf::misuse(__func__, "null bytes with a length");
+  cf::checkBuffer(bytes, numBytes, "bytes", __func__);
   if (gate.fails() || !cf::canAllocate(alloc, __func__)) return nullptr;
   return cf::decode(bytes, static_cast<size_t>(numBytes), encoding, isExternalRepresentation);
 }

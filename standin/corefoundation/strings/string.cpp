@@ -120,8 +120,7 @@ CFTypeID CFStringGetTypeID() {
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef alloc, const UniChar* chars, CFIndex numChars) {
   const Gate gate(__func__);
-  if (numChars < 0) cf::misuse(__func__, "a length below 0");
-  if (numChars > 0 && chars == nullptr) cf::misuse(__func__, "null characters with a length");
+  cf::checkBuffer(chars, numChars, "characters", __func__);
   if (gate.fails() || !cf::canAllocate(alloc, __func__)) return nullptr;
   const auto length = static_cast<size_t>(numChars);
   const bool aligned = reinterpret_cast<uintptr_t>(chars) % alignof(UniChar) == 0;

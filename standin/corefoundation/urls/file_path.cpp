@@ -97,8 +97,7 @@ CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef allocator, C
 CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8* buffer,
                                                  CFIndex bufLen, Boolean isDirectory) {
   const Gate gate(__func__);
-  if (bufLen < 0) cf::misuse(__func__, "a length below 0");
-  if (bufLen > 0 && buffer == nullptr) cf::misuse(__func__, "null bytes with a length");
+  cf::checkBuffer(buffer, bufLen, "bytes", __func__);
   if (gate.fails() || !cf::canAllocate(allocator, __func__) || bufLen == 0) return nullptr;
   std::string path(reinterpret_cast<const char*>(buffer), static_cast<size_t>(bufLen));
   return cf::makeFileURL(std::move(path), isDirectory, nullptr, __func__);

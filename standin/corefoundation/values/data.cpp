@@ -44,8 +44,7 @@ CFTypeID CFDataGetTypeID() {
 
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length) {
   const Gate gate(__func__);
-  if (length < 0) cf::misuse(__func__, "a length below 0");
-  if (length > 0 && bytes == nullptr) cf::misuse(__func__, "null bytes with a length");
+  cf::checkBuffer(bytes, length, "bytes", __func__);
   if (gate.fails() || !cf::canAllocate(allocator, __func__)) return nullptr;
   __CFData* const data = cf::makeObject<__CFData>(static_cast<size_t>(length));
   if (data == nullptr) return nullptr;

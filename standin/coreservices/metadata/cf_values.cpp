@@ -41,13 +41,21 @@ CFTypeRef createObject(FileAttribute attribute, const std::vector<Value>& values
   if (values.empty()) return nullptr;
   if (!isMultiValued(infoOf(attribute).type)) return createObject(values.front());
   const CFMutableArrayRef array = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
-  for (const Value& value : values) {
-    const CFTypeRef object = createObject(value);
-    if (!array || !object) continue;
-    CFArrayAppendValue(array, object);
-    CFRelease(object);
-  }
+  if (!array) return nullptr;
+  for (const Value& value : values) appendAndRelease(array, createObject(value));
   return array;
+}
+
+void appendAndRelease(CFMutableArrayRef array, CFTypeRef value) {
+  if (!value) return;
+  CFArrayAppendValue(array, value);
+  CFRelease(value);
+}
+
+void setAndRelease(CFMutableDictionaryRef dictionary, CFStringRef key, CFTypeRef value) {
+  if (!value) return;
+  CFDictionarySetValue(dictionary, key, value);
+  CFRelease(value);
 }
 
 CFArrayRef copyOf(CFArrayRef array) {

@@ -17,6 +17,10 @@ CFTypeRef createObject(const Value& value);
 // value for others. Null when there are none.
 CFTypeRef createObject(FileAttribute attribute, const std::vector<Value>& values);
 
+// They take over the caller's reference to the value; where it is null, nothing changes.
+void appendAndRelease(CFMutableArrayRef array, CFTypeRef value);
+void setAndRelease(CFMutableDictionaryRef dictionary, CFStringRef key, CFTypeRef value);
+
 // Null for null.
 CFArrayRef copyOf(CFArrayRef array);
 

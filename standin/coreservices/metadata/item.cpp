@@ -135,10 +135,7 @@ CFDictionaryRef MDItemCopyAttributes(MDItemRef item, CFArrayRef names) {
     const auto name = static_cast<CFStringRef>(CFArrayGetValueAtIndex(names, i));
     const FileAttribute attribute = attributeNamed(name);
     if (!readValues(file.record(), attribute, values)) continue;
-    const CFTypeRef object = createObject(attribute, values);
-    if (!object) continue;
-    CFDictionarySetValue(attributes, name, object);
-    CFRelease(object);
+    setAndRelease(attributes, name, createObject(attribute, values));
   }
   return attributes;
 }
@@ -156,10 +153,7 @@ CFArrayRef MDItemCopyAttributeNames(MDItemRef item) {
   for (const AttributeInfo& info : schema()) {
     if (info.attribute == FileAttribute::Path) continue;
     if (!readValues(file.record(), info.attribute, values)) continue;
-    const CFStringRef name = createString(info.key);
-    if (!name) continue;
-    CFArrayAppendValue(names, name);
-    CFRelease(name);
+    appendAndRelease(names, createString(info.key));
   }
   return names;
 }

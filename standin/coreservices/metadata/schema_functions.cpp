@@ -37,12 +37,6 @@ CFTypeID typeIdOf(ValueType type) {
   return 0;
 }
 
-void setAndRelease(CFMutableDictionaryRef dictionary, CFStringRef key, CFTypeRef value) {
-  if (!value) return;
-  CFDictionarySetValue(dictionary, key, value);
-  CFRelease(value);
-}
-
 }  // namespace
 
 CFStringRef MDSchemaCopyDisplayNameForAttribute(CFStringRef name) {
@@ -67,12 +61,7 @@ CFArrayRef MDSchemaCopyAllAttributes(void) {
   if (gate.fails()) return nullptr;
   const CFMutableArrayRef keys = CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks);
   if (!keys) return nullptr;
-  for (const AttributeInfo& info : schema()) {
-    const CFStringRef key = createString(info.key);
-    if (!key) continue;
-    CFArrayAppendValue(keys, key);
-    CFRelease(key);
-  }
+  for (const AttributeInfo& info : schema()) appendAndRelease(keys, createString(info.key));
   return keys;
 }
 
