@@ -1,4 +1,9 @@
-// The records of an i386 Mach-O file, as they lie in it. Little-endian, like every machine this runs on.
+// format/: what linker/, loader/ and debugger/ share: the records of a Mach-O file, and reading that checks
+// every access, so that linking needs no loader and loading no linker. It includes nothing else of the
+// project.
+//
+// Here: the records of an i386 Mach-O file, as they lie in it: little-endian, like every machine this runs
+// on.
 #pragma once
 
 #include <bit>

@@ -1,3 +1,5 @@
+// linker/: from object files to a dylib, one step after another. Each step has its header; only programs of the build
+// use it, as macho-link. Of the project it includes format/ alone.
 #pragma once
 
 #include "macho/format/files.h"

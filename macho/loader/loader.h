@@ -1,3 +1,6 @@
+// loader/: from a dylib's file to functions that this process can call. Programs include this header,
+// tests those of single tables, too (export_trie.h, fixups.h). Of the project it includes format/ alone.
+//
 // Loads an i386 Mach-O dylib into this (ELF) process: at an address of the kernel's choosing, bound by name
 // to the process's own symbols, with exceptions able to pass through its functions.
 #pragma once

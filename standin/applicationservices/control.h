@@ -1,4 +1,8 @@
 // What a test or a host program asks of the graphics stand-in, beside its public functions.
+//
+// This folder has the types of Core Graphics and Core Text with their owners, and colours; nothing is drawn.
+// It includes the gate, Core Foundation's public headers and CFRuntime.h. Of its headers, programs include
+// this one alone.
 #pragma once
 
 #include <CoreFoundation/CFBase.h>

@@ -2,8 +2,8 @@
 //
 // This folder has what only the Mac's own Core Foundation adds to a plain one: the notification centre, run
 // loops, bundles, attributed strings, file references. The other stand-ins and the tests include the headers
-// in it, of paths, files and the clock, but none of run_loop/. It includes the gate and Core Foundation's
-// public headers.
+// in it, of paths, files and the clock, but none of run_loop/. It includes the gate, Core Foundation's public
+// headers and CFRuntime.h.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 // What arrays and dictionaries share: holding callbacks and running them.
 //
-// This room has arrays and dictionaries, and the types of sets and bags. It includes the runtime.
+// This room has arrays and dictionaries, and the types of sets and bags. It includes the runtime and the
+// gate.
 #pragma once
 
 #include <CoreFoundation/CFArray.h>

@@ -1,6 +1,6 @@
 // entry/: where the plug-in's calls arrive: at entry points that the resolver gives out, at functions that it
-// loads by their declarations, and at the procedures of arrays. May include all other rooms; none of them
-// includes this one.
+// loads by their declarations, and at the procedures of arrays. May include all other rooms, the gate and
+// the headers in platform/; no other room includes this one.
 //
 // The functions behind the host's entry points, each under its host name. The table of them all, in which the
 // resolver looks, is in entry_points.cpp.

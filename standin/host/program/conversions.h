@@ -1,6 +1,6 @@
 // program/: what host code does: starts and stops the host, calls methods, uses properties, handles events.
 // Here the plug-in's functions are called.
-// May include all rooms but entry/.
+// May include all rooms but entry/, and the gate.
 //
 // Between values of host code and the argument words and fields that the plug-in's functions deal in.
 #pragma once

@@ -1,6 +1,6 @@
 // state/: what the running host knows: its settings, its classes, the exceptions that were raised.
 // All the rooms above read and change it here; nothing here knows of handles.
-// May include language/ and host.h.
+// May include language/, host.h and the gate.
 //
 // One host runs at a time. Its state outlives it: what is still alive of an ended run refers to its classes.
 #pragma once

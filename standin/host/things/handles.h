@@ -1,6 +1,7 @@
 // things/: what host code and the plug-in hold by handles, and how host code makes and reads it.
 // The plug-in's calls arrive in entry/; the plug-in's own code runs from here only in constructors and
-// destructors. May include machine/, language/, host.h and state/.
+// destructors. May include machine/, language/, host.h and state/, the gate and Core Foundation's public
+// headers.
 //
 // What the host's handles stand for, and who holds references to it.
 #pragma once

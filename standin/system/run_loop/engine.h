@@ -1,8 +1,8 @@
 // What a run loop waits for and fires, and the loop itself, behind the public functions.
 //
 // This room has run loops with all that they wait for: the engine, above it the inputs (sources, timers, file
-// descriptors), above these the public functions of the loops. It includes the files of standin/system
-// itself, and none of them includes it.
+// descriptors), above these the public functions of the loops. It may include what standin/system may,
+// and the files there; none of them includes it.
 //
 // A thread has one run loop, which goes away with the thread and forgets what was added to it. Like all
 // stand-ins, run loops are used from one thread at a time: none can be woken from another.
