@@ -1,5 +1,5 @@
-// linker/: from object files to a dylib, one step after another. Each step has its header; only programs of the build
-// use it, as macho-link. Of the project it includes format/ alone.
+// linker/: from object files to a dylib, one step after another: the program macho-link. Of the project it
+// includes format/ alone. This header is what every step shares.
 #pragma once
 
 #include "macho/format/files.h"

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "standin/host/language/declarations.h"
-#include "standin/host/value.h"
 #include "standin/host/machine/machine_call.h"
+#include "standin/host/value.h"
 
 namespace standin::host {
 
