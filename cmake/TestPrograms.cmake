@@ -14,9 +14,11 @@ if(SANITIZE)
   endforeach()
   target_link_libraries(gtest_main INTERFACE gtest)
 else()
+  # Compiling takes longer than running; a tenth of it is the compiler looking for memory to use again.
+  set(TEST_FLAGS -O0 "SHELL:--param ggc-min-expand=1000" "SHELL:--param ggc-min-heapsize=1000000")
   # What most tests include takes longer to compile than the tests themselves.
   add_library(test-headers OBJECT ${CMAKE_SOURCE_DIR}/tests/support/headers.cpp)
-  target_compile_options(test-headers PRIVATE -O0)
+  target_compile_options(test-headers PRIVATE ${TEST_FLAGS})
   target_link_libraries(test-headers PRIVATE gtest)
   target_precompile_headers(test-headers PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/headers.h)
 endif()
@@ -36,7 +38,7 @@ function(add_test_code name)
     set_property(GLOBAL APPEND PROPERTY TEST_OBJECTS ${objects})
   else()
     add_library(${name} OBJECT ${code_SOURCES})
-    target_compile_options(${name} PRIVATE -O0)  # compiling takes longer than running
+    target_compile_options(${name} PRIVATE ${TEST_FLAGS})
     target_compile_definitions(${name} PRIVATE ${code_DEFINITIONS})
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${code_LIBRARIES} gtest)  # whose definitions are in the precompiled header

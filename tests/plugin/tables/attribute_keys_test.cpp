@@ -53,6 +53,7 @@ TEST_F(AttributeKeys, OfTheDateAddedIsSpelledByThePlugInItself) {
 
 TEST_F(AttributeKeys, AllAnswerOnASystemThatLacksOneOfThemButForThatOne) {
   if (!isMachO()) GTEST_SKIP() << "only our loader can take a constant away";
+  if (underAddressSanitizer()) GTEST_SKIP() << "the dylib is not instrumented: the other build does this";
   for (const char* missing : kDeclaredKeys) {
     start({}, {missing});
     for (const char* key : kDeclaredKeys) {
