@@ -14,9 +14,10 @@ TEST(Arrows, BetweenFoldersAreThoseOfTheTable) {
   const auto arrows = arrowsOf(allIncludes());
   std::set<Arrow> rows = readArrows(ARROWS);
   for (const auto& [arrow, include] : arrows) {
-    EXPECT_EQ(rows.erase(arrow), 1U) << "a new arrow, " << arrow.first << " -> " << arrow.second << ": "
-                                     << include.file << " includes " << include.included
-                                     << "\nTurn it round, or give it a row in " ARROWS;
+    if (rows.erase(arrow)) continue;
+    ADD_FAILURE() << "a new arrow, " << arrow.first << " -> " << arrow.second << ": " << include.file
+                  << " includes " << include.included
+                  << "\nDo without it, or give it a row in " ARROWS " if that closes no circle";
   }
   for (const Arrow& row : rows) {
     ADD_FAILURE() << "no include makes this arrow any more: " << row.first << " -> " << row.second

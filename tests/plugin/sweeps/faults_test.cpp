@@ -53,7 +53,7 @@ std::string nameOf(double version) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, FaultsInUse,
-                         testing::Combine(testing::ValuesIn(swept(kVersions)),
+                         testing::Combine(testing::ValuesIn(swept(sweptVersions(kVersions))),
                                           testing::ValuesIn(scenarios())),
                          [](const auto& info) {
                            return nameOf(std::get<double>(info.param)) + std::get<Scenario>(info.param).name;
@@ -100,7 +100,7 @@ TEST_P(FaultsOfHost, InStartUpAreSurvivedAndLeaveNothingButTheFramework) {
   EXPECT_GT(n, 10) << "so many calls, at the least, are made";
 }
 
-INSTANTIATE_TEST_SUITE_P(Hosts, FaultsOfHost, testing::ValuesIn(swept(kVersions)),
+INSTANTIATE_TEST_SUITE_P(Hosts, FaultsOfHost, testing::ValuesIn(swept(sweptVersions(kVersions))),
                          [](const auto& info) { return nameOf(info.param); });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FaultsOfHost);
 
