@@ -11,6 +11,7 @@
 #include "shotlight/output.h"
 #include "shotlight/property_list.h"
 #include "shotlight/session.h"
+#include "shotlight/store_options.h"
 #include "shotlight/table.h"
 
 namespace shotlight {
@@ -23,6 +24,7 @@ struct AttrsOptions {
   Arguments files;
   std::vector<std::string> keys;  // empty: all that a file has
   bool json = false;
+  bool noStore = false;
   std::string plugin;
 };
 
@@ -30,6 +32,7 @@ AttrsOptions parse(const Arguments& arguments) {
   AttrsOptions options;
   options.files = takeOptions("attrs", arguments,
                               {keysOption("--keys", options.keys), switchOption("--json", options.json),
+                               switchOption("--no-store", options.noStore),
                                nameOption("--plugin", options.plugin)});
   if (options.files.empty()) throw UsageError("attrs needs a file, such as NOTES.TXT");
   return options;
@@ -120,6 +123,7 @@ int showAll(const AttrsOptions& options) {
 
 int attrs(const Arguments& arguments) {
   const AttrsOptions options = parse(arguments);
+  useStore(!options.noStore);
   Session session(options.plugin);
   checkKeys("--keys", options.keys);
   const int status = showAll(options);

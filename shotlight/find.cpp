@@ -15,6 +15,7 @@
 #include "shotlight/progress.h"
 #include "shotlight/query.h"
 #include "shotlight/session.h"
+#include "shotlight/store_options.h"
 #include "shotlight/table.h"
 #include "shotlight/values.h"
 #include "standin/coreservices/metadata/control.h"
@@ -168,6 +169,7 @@ int find(const Arguments& arguments) {
   const FindOptions options = parseFind(arguments);
   const bool anywhere = options.folders.empty() && options.scopes.empty();
   const auto folders = realFolders(anywhere ? Arguments{"."} : options.folders);
+  useStore(!options.noStore);
   Session session(options.plugin);
   checkAllKeys(options);
   int status = kError;

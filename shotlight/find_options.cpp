@@ -93,6 +93,7 @@ std::vector<Option> optionsInto(FindOptions& options) {
       nameOption("--values", options.valuesOf),
       switchOption("--live", options.live),
       {"--for", [&options](const std::string& value) { options.seconds = parseSeconds(value); }},
+      switchOption("--no-store", options.noStore),
       nameOption("--plugin", options.plugin),
   };
 }

@@ -27,6 +27,7 @@ struct FindOptions {
   bool live = false;
   std::string valuesOf;
   std::optional<double> seconds;  // for how long to be live; otherwise until interrupted
+  bool noStore = false;           // keep nothing of what is read in files
   std::string plugin;             // empty: the dylib built with this program
 };
 

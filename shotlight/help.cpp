@@ -12,6 +12,7 @@ usage: shotlight COMMAND ...
   attrs    all that is known about files
   schema   what the attributes are: name, type, description
   keys     the keys of all attributes
+  store    what is kept of the contents of files
   window   open the system's search window
 
 Every command takes
@@ -60,6 +61,8 @@ what to print
                   that is gone, until Ctrl-C
   --for SECONDS   end --live after that time
 
+  --no-store      read what is in files anew, and keep nothing; see
+                  shotlight store --help
   --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
                   (default: the dylib that was built with this program)
   --              what follows is no option, whatever it starts with
@@ -92,6 +95,8 @@ usage: shotlight attrs FILE... [--keys KEY,...] [--json]
   --keys KEY,...  these attributes only, in this order; see shotlight keys
   --json          an array with one object a file: "path", and "attributes" by
                   their keys
+  --no-store      read what is in the files anew, and keep nothing; see
+                  shotlight store --help
   --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
                   (default: the dylib that was built with this program)
   --              what follows is no option, whatever it starts with
@@ -134,6 +139,26 @@ usage: shotlight keys
   --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
                   (default: the dylib that was built with this program)
   --help          print this text
+)";
+
+const char storeHelp[] =
+    R"(shotlight store: tells what is kept of the contents of files.
+
+usage: shotlight store [--clear | --check]
+
+What photos, songs, films and documents say of themselves, and the text of
+documents, takes long to read. It is read once, and kept in a database, until
+the file changes. Without an option, prints where that is, its size, of how many
+files it knows something, and how often that saved reading one.
+
+  --clear         remove the database; what is needed is read again
+  --check         look at every entry; the exit status is 2 when one is damaged
+  --help          print this text
+
+The database is $XDG_CACHE_HOME/shotlight/content.sqlite; without that variable,
+it is in ~/.cache. Nobody else may read it. What was used longest ago makes room
+when it gets too large, and whatever is wrong with it, results are the same.
+With --no-store, find and attrs leave it alone.
 )";
 
 const char windowHelp[] =

@@ -17,7 +17,7 @@ struct Command {
 };
 constexpr Command commands[] = {
     {"find", findHelp, find}, {"attrs", attrsHelp, attrs},    {"schema", schemaHelp, schema},
-    {"keys", keysHelp, keys}, {"window", windowHelp, window},
+    {"keys", keysHelp, keys}, {"store", storeHelp, store},    {"window", windowHelp, window},
 };
 
 const Command& commandNamed(const std::string& name) {

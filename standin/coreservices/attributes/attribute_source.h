@@ -18,8 +18,9 @@ class AttributeSource {
  public:
   virtual ~AttributeSource() = default;
   // Appends the attribute's values: none when it is missing. For the key `*`, the values of all attributes
-  // but the text content. Text is good until the source is asked again or dies.
-  virtual void values(const AttributeKey& key, std::vector<Value>& values) = 0;
+  // but the text content. Text is good until the source is asked again or dies. Answers whether these are the
+  // values, and not only those that are known so far.
+  virtual bool values(const AttributeKey& key, std::vector<Value>& values) = 0;
 };
 
 }  // namespace standin::metadata

@@ -166,18 +166,63 @@ constexpr ContentType kTypes[] = {
     {"org.openxmlformats.wordprocessingml.document", "org.openxmlformats.openxml public.composite-content",
      "Word document", "docx", "application/vnd.openxmlformats-officedocument.wordprocessingml.document",
      kEmbedded},
+    {"org.openxmlformats.wordprocessingml.document.macroenabled",
+     "org.openxmlformats.openxml public.composite-content", "Word document with macros", "docm",
+     "application/vnd.ms-word.document.macroenabled.12", kEmbedded},
+    {"org.openxmlformats.wordprocessingml.template", "org.openxmlformats.openxml public.composite-content",
+     "Word template", "dotx", "application/vnd.openxmlformats-officedocument.wordprocessingml.template",
+     kEmbedded},
+    {"org.openxmlformats.wordprocessingml.template.macroenabled",
+     "org.openxmlformats.openxml public.composite-content", "Word template with macros", "dotm",
+     "application/vnd.ms-word.template.macroenabled.12", kEmbedded},
     {"org.openxmlformats.spreadsheetml.sheet", "org.openxmlformats.openxml public.spreadsheet",
      "Excel workbook", "xlsx", "application/vnd.openxmlformats-officedocument.spreadsheetml.sheet",
      kEmbedded},
+    {"org.openxmlformats.spreadsheetml.sheet.macroenabled", "org.openxmlformats.openxml public.spreadsheet",
+     "Excel workbook with macros", "xlsm", "application/vnd.ms-excel.sheet.macroenabled.12", kEmbedded},
+    {"org.openxmlformats.spreadsheetml.template", "org.openxmlformats.openxml public.spreadsheet",
+     "Excel template", "xltx", "application/vnd.openxmlformats-officedocument.spreadsheetml.template",
+     kEmbedded},
+    {"org.openxmlformats.spreadsheetml.template.macroenabled",
+     "org.openxmlformats.openxml public.spreadsheet", "Excel template with macros", "xltm",
+     "application/vnd.ms-excel.template.macroenabled.12", kEmbedded},
     {"org.openxmlformats.presentationml.presentation", "org.openxmlformats.openxml public.presentation",
      "PowerPoint presentation", "pptx",
      "application/vnd.openxmlformats-officedocument.presentationml.presentation", kEmbedded},
+    {"org.openxmlformats.presentationml.presentation.macroenabled",
+     "org.openxmlformats.openxml public.presentation", "PowerPoint presentation with macros", "pptm",
+     "application/vnd.ms-powerpoint.presentation.macroenabled.12", kEmbedded},
+    {"org.openxmlformats.presentationml.slideshow", "org.openxmlformats.openxml public.presentation",
+     "PowerPoint slide show", "ppsx",
+     "application/vnd.openxmlformats-officedocument.presentationml.slideshow", kEmbedded},
+    {"org.openxmlformats.presentationml.slideshow.macroenabled",
+     "org.openxmlformats.openxml public.presentation", "PowerPoint slide show with macros", "ppsm",
+     "application/vnd.ms-powerpoint.slideshow.macroenabled.12", kEmbedded},
+    {"org.openxmlformats.presentationml.template", "org.openxmlformats.openxml public.presentation",
+     "PowerPoint template", "potx", "application/vnd.openxmlformats-officedocument.presentationml.template",
+     kEmbedded},
+    {"org.openxmlformats.presentationml.template.macroenabled",
+     "org.openxmlformats.openxml public.presentation", "PowerPoint template with macros", "potm",
+     "application/vnd.ms-powerpoint.template.macroenabled.12", kEmbedded},
     {"org.oasis-open.opendocument.text", "org.oasis-open.opendocument public.composite-content",
      "OpenDocument text", "odt", "application/vnd.oasis.opendocument.text", kEmbedded},
+    {"org.oasis-open.opendocument.text-template", "org.oasis-open.opendocument public.composite-content",
+     "OpenDocument text template", "ott", "application/vnd.oasis.opendocument.text-template", kEmbedded},
     {"org.oasis-open.opendocument.spreadsheet", "org.oasis-open.opendocument public.spreadsheet",
      "OpenDocument spreadsheet", "ods", "application/vnd.oasis.opendocument.spreadsheet", kEmbedded},
+    {"org.oasis-open.opendocument.spreadsheet-template", "org.oasis-open.opendocument public.spreadsheet",
+     "OpenDocument spreadsheet template", "ots", "application/vnd.oasis.opendocument.spreadsheet-template",
+     kEmbedded},
     {"org.oasis-open.opendocument.presentation", "org.oasis-open.opendocument public.presentation",
      "OpenDocument presentation", "odp", "application/vnd.oasis.opendocument.presentation", kEmbedded},
+    {"org.oasis-open.opendocument.presentation-template", "org.oasis-open.opendocument public.presentation",
+     "OpenDocument presentation template", "otp", "application/vnd.oasis.opendocument.presentation-template",
+     kEmbedded},
+    {"org.oasis-open.opendocument.graphics", "org.oasis-open.opendocument public.composite-content",
+     "OpenDocument drawing", "odg", "application/vnd.oasis.opendocument.graphics", kEmbedded},
+    {"org.oasis-open.opendocument.graphics-template", "org.oasis-open.opendocument public.composite-content",
+     "OpenDocument drawing template", "otg", "application/vnd.oasis.opendocument.graphics-template",
+     kEmbedded},
     {"org.idpf.epub-container", "public.data public.composite-content", "EPUB book", "epub",
      "application/epub+zip", kEmbedded},
 
@@ -215,6 +260,24 @@ constexpr ContentType kTypes[] = {
     {"com.microsoft.windows-dynamic-link-library", "public.data public.executable", "Windows library", "dll",
      ""},
 };
+
+// Which reader takes a type and all that conform to it, unless they have a row of their own.
+constexpr struct {
+  std::string_view identifier;
+  Text text;
+} kReaders[] = {
+    {"com.adobe.pdf", Text::Pdf},
+    {"org.oasis-open.opendocument", Text::OpenDocument},
+    {"org.openxmlformats.openxml", Text::OpenXml},
+    {"org.idpf.epub-container", Text::Epub},
+    {"public.html", Text::Html},
+    {"public.xhtml", Text::Html},
+    {"public.rtf", Text::Rtf},
+    {"public.text", Text::Plain},
+};
+
+// Of files whose type isn't known: what they hold decides. Types that conform to these are known ones.
+constexpr std::string_view kUnknownTypes[] = {"public.data", "public.unix-executable"};
 
 std::string lowerCase(std::string_view text) {
   std::string lower(text);
@@ -288,6 +351,16 @@ std::vector<std::string_view> contentTypeTree(const ContentType& type) {
   appendBackwards(type, tree);
   std::ranges::reverse(tree);
   return tree;
+}
+
+Text textOf(const ContentType& type) {
+  if (std::ranges::find(kUnknownTypes, type.identifier) != std::end(kUnknownTypes)) return Text::Plain;
+  for (const std::string_view identifier : contentTypeTree(type)) {
+    for (const auto& reader : kReaders) {
+      if (identifier == reader.identifier) return reader.text;
+    }
+  }
+  return Text::None;
 }
 
 }  // namespace standin::metadata

@@ -38,4 +38,10 @@ const ContentType* contentTypeOfBytes(std::string_view bytes);
 // The type and all that it conforms to, each once, every one before all those that it conforms to itself.
 std::vector<std::string_view> contentTypeTree(const ContentType& type);
 
+// What the text of a file of this type is read by. Plain text is what the file holds as it stands, if that is
+// text at all; also where the type isn't known, as of a README or a script that may be run. Of other types
+// than these, pictures and archives say, no text is known.
+enum class Text { None, Plain, Pdf, OpenDocument, OpenXml, Epub, Html, Rtf };
+Text textOf(const ContentType& type);
+
 }  // namespace standin::metadata

@@ -7,7 +7,6 @@
 
 #include "standin/coreservices/attributes/dates.h"
 #include "standin/coreservices/attributes/schema.h"
-#include "standin/coreservices/files/file_content.h"
 #include "standin/system/paths.h"
 
 namespace standin::metadata {
@@ -62,10 +61,12 @@ Descriptor openLongPath(const std::string& path) {
 }  // namespace
 
 FileRecord::FileRecord(int folder, const std::string& folderPath, const char* name,
-                       const char* pathFromFolder)
-    : folder_(folder), folderPath_(folderPath), name_(name), pathFromFolder_(pathFromFolder) {}
-
-FileRecord::~FileRecord() = default;
+                       const char* pathFromFolder, Reading reading)
+    : folder_(folder),
+      folderPath_(folderPath),
+      name_(name),
+      pathFromFolder_(pathFromFolder),
+      reading_(reading) {}
 
 const struct statx* FileRecord::info() {
   if (state_ == NotAsked) {
@@ -90,7 +91,9 @@ std::string_view FileRecord::path() {
 }
 
 FileContent* FileRecord::content() {
-  if (!content_ && info()) content_.reset(new FileContent({folder_, pathFromFolder_, name_, path(), info_}));
+  if (!content_ && info()) {
+    content_ = std::make_unique<FileContent>(FileLocation{folder_, pathFromFolder_, name_, path(), info_}, reading_);
+  }
   return content_.get();
 }
 
@@ -173,21 +176,21 @@ std::optional<Value> FileRecord::valueByRecord(FileAttribute attribute) {
   }
 }
 
-void FileRecord::values(FileAttribute attribute, std::vector<Value>& values) {
+bool FileRecord::values(FileAttribute attribute, std::vector<Value>& values) {
   const size_t before = values.size();
   const auto addContent = [&] {
-    if (FileContent* const file = content()) file->values(attribute, values);
+    FileContent* const file = content();
+    return !file || file->values(attribute, values);
   };
   // The content knows better than the file when it was made: a copy is younger than the picture in it.
-  if (attribute == FileAttribute::ContentCreationDate) addContent();
-  if (values.size() > before) return;
+  if (attribute == FileAttribute::ContentCreationDate) {
+    const bool isKnown = addContent();
+    if (!isKnown || values.size() > before) return isKnown;
+  }
   std::optional<Value> value = valueByPath(attribute);
   if (!value) value = valueByRecord(attribute);
-  if (value) {
-    values.push_back(*value);
-  } else if (attribute != FileAttribute::None) {
-    addContent();
-  }
+  if (value) values.push_back(*value);
+  return value || attribute == FileAttribute::None || addContent();
 }
 
 std::optional<Value> FileRecord::value(FileAttribute attribute) {
@@ -197,24 +200,27 @@ std::optional<Value> FileRecord::value(FileAttribute attribute) {
   return found.front();
 }
 
-void FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
+bool FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
   if (key.file == FileAttribute::TextContent) {
-    if (const auto text = text_.read(folder_, pathFromFolder_)) values.emplace_back(*text);
-    return;
+    FileContent* const file = content();
+    return !file || file->text(values);
   }
-  if (!key.any) {
-    this->values(key.file, values);
-    return;
-  }
+  if (!key.any) return this->values(key.file, values);
+  bool areAll = true;
   for (const AttributeInfo& info : schema()) {
-    if (info.attribute != FileAttribute::Path) this->values(info.attribute, values);
+    if (info.attribute != FileAttribute::Path) areAll = this->values(info.attribute, values) && areAll;
   }
+  return areAll;
 }
 
-FileByPath::FileByPath(const std::string& path)
+bool FileRecord::askForMissing() {
+  return content_ && content_->askForMissing();
+}
+
+FileByPath::FileByPath(const std::string& path, Reading reading)
     : folderPath_(parentPath(path)),
       folder_(isLong(path) ? openLongPath(folderPath_) : Descriptor()),
       record_(isLong(path) ? folder_.get() : AT_FDCWD, folderPath_, nameIn(path),
-              isLong(path) ? nameIn(path) : path.c_str()) {}
+              isLong(path) ? nameIn(path) : path.c_str(), reading) {}
 
 }  // namespace standin::metadata

@@ -1,5 +1,5 @@
 // files/: one file as a source of attributes: from its path, the file system's record, its type, its text and
-// what its content says of itself. It includes attributes/, disk/ and media/, and standin/system/paths.h;
+// what its content says of itself. It includes attributes/, content/, disk/ and media/, and standin/system/paths.h;
 // neither the query language nor Core Foundation.
 //
 // Here: the attributes of one file, read when they are asked for and not before: a search by name never
@@ -15,37 +15,38 @@
 
 #include "standin/coreservices/attributes/attribute_source.h"
 #include "standin/coreservices/disk/descriptor.h"
-#include "standin/coreservices/files/text_content.h"
+#include "standin/coreservices/files/file_content.h"
 
 namespace standin::metadata {
-
-class FileContent;
 
 // Borrows everything that it is made of. A symbolic link is an item of its own: nothing here follows it.
 class FileRecord : public AttributeSource {
  public:
   // The entry `name` of the folder at `folderPath`; `pathFromFolder` leads to it from the folder that is
   // open as `folder`.
-  FileRecord(int folder, const std::string& folderPath, const char* name, const char* pathFromFolder);
-
-  ~FileRecord() override;
+  FileRecord(int folder, const std::string& folderPath, const char* name, const char* pathFromFolder,
+             Reading reading = Reading::Now);
 
   // Appends the attribute's values: one at the most, unless its type is an array. None: files of this kind
   // have no such attribute, or the file isn't there any more; but what its path alone tells is always known.
-  void values(FileAttribute attribute, std::vector<Value>& values);
+  // False when they aren't known, which is so only for what is in a file, and isn't waited for.
+  bool values(FileAttribute attribute, std::vector<Value>& values);
 
   // `*` covers all but the path and the text. The text of a file is for queries to compare, and given here
   // alone.
-  void values(const AttributeKey& key, std::vector<Value>& values) override;
+  bool values(const AttributeKey& key, std::vector<Value>& values) override;
+
+  // Asks the readers for what wasn't known. Answers whether there was anything.
+  bool askForMissing();
 
   // The first of the values.
   std::optional<Value> value(FileAttribute attribute);
 
   bool exists();
+  std::string_view path();  // absolute
 
  private:
   const struct statx* info();
-  std::string_view path();
   FileContent* content();
   std::optional<Value> nodeCount();
   std::optional<Value> valueByPath(FileAttribute attribute);
@@ -55,8 +56,8 @@ class FileRecord : public AttributeSource {
   const std::string& folderPath_;
   const char* name_;
   const char* pathFromFolder_;
+  const Reading reading_;
   std::string path_;
-  TextContent text_;
   struct statx info_;
   std::unique_ptr<FileContent> content_;
   enum { NotAsked, Known, Gone } state_ = NotAsked;
@@ -65,7 +66,7 @@ class FileRecord : public AttributeSource {
 // A file by its absolute path, however long, which must outlive this.
 class FileByPath {
  public:
-  explicit FileByPath(const std::string& path);
+  explicit FileByPath(const std::string& path, Reading reading = Reading::Now);
   FileByPath(const FileByPath&) = delete;
   FileByPath& operator=(const FileByPath&) = delete;
   FileRecord& record() { return record_; }

@@ -9,7 +9,6 @@
 
 #include "standin/coreservices/disk/descriptor.h"
 #include "standin/coreservices/media/media_attributes.h"
-#include "standin/coreservices/media/media_reader.h"
 #include "standin/coreservices/media/media_table.h"
 
 namespace standin::metadata {
@@ -83,6 +82,28 @@ const ContentType* typeOf(const FileLocation& file) {
   }
 }
 
+// What document-text calls it.
+std::string_view formatOf(Text text) {
+  switch (text) {
+    case Text::Pdf:
+      return "pdf";
+    case Text::OpenDocument:
+      return "opendocument";
+    case Text::OpenXml:
+      return "openxml";
+    case Text::Epub:
+      return "epub";
+    case Text::Html:
+      return "html";
+    case Text::Rtf:
+      return "rtf";
+    case Text::None:
+    case Text::Plain:
+      break;
+  }
+  return {};
+}
+
 }  // namespace
 
 const ContentType* FileContent::type() {
@@ -95,38 +116,69 @@ const std::string& FileContent::extendedAttribute(std::optional<std::string>& ke
   return *kept;
 }
 
-void FileContent::mediaValues(FileAttribute attribute, std::vector<Value>& values) {
-  if (!isMediaAttribute(attribute)) return;
-  if (!media_) {
-    const bool mayHave = S_ISREG(file_.info.stx_mode) && type() && type()->metadata == Metadata::Embedded;
-    media_ = mayHave ? mediaReader().read(file_) : std::make_shared<MediaAttributes>();
-  }
-  media_->values(attribute, values);
+const ContentBytes& FileContent::bytes(Content content, std::string_view format) {
+  ContentBytes& bytes = bytes_[static_cast<size_t>(content)];
+  if (bytes) return bytes;
+  bytes = reading_ == Reading::Now ? contentReader().read(content, file_, format)
+                                   : contentReader().known(content, file_);
+  if (!bytes) missing_[static_cast<size_t>(content)] = format;
+  return bytes;
 }
 
-void FileContent::values(FileAttribute attribute, std::vector<Value>& values) {
+bool FileContent::askForMissing() {
+  bool any = false;
+  for (const Content content : {Content::Tags, Content::Text}) {
+    std::optional<std::string_view>& format = missing_[static_cast<size_t>(content)];
+    if (format) contentReader().ask(content, file_, *format);
+    any = any || format;
+  }
+  return any;
+}
+
+bool FileContent::tagValues(FileAttribute attribute, std::vector<Value>& values) {
+  if (!isMediaAttribute(attribute)) return true;
+  if (!S_ISREG(file_.info.stx_mode) || !type() || type()->metadata != Metadata::Embedded) return true;
+  const ContentBytes& tags = bytes(Content::Tags, {});
+  if (tags) decodeValues(*tags, attribute, values);
+  return tags != nullptr;
+}
+
+bool FileContent::text(std::vector<Value>& values) {
+  if (!S_ISREG(file_.info.stx_mode) || !type()) return true;
+  const Text kind = textOf(*type());
+  if (kind == Text::None) return true;
+  if (kind == Text::Plain) {
+    if (const auto text = plainText_.read(file_.folder, file_.pathFromFolder)) values.emplace_back(*text);
+    return true;
+  }
+  const ContentBytes& text = bytes(Content::Text, formatOf(kind));
+  if (text && !text->empty()) values.emplace_back(*text);
+  return text != nullptr;
+}
+
+bool FileContent::values(FileAttribute attribute, std::vector<Value>& values) {
   const auto addText = [&](std::string_view text) {
     if (!text.empty()) values.emplace_back(text);
   };
   switch (attribute) {
     case FileAttribute::ContentType:
       if (type()) addText(type()->identifier);
-      break;
+      return true;
     case FileAttribute::ContentTypeTree:
       if (type()) std::ranges::for_each(contentTypeTree(*type()), addText);
-      break;
+      return true;
     case FileAttribute::Kind:
       if (type()) addText(type()->kind);
-      break;
+      return true;
     case FileAttribute::WhereFroms:
       addText(extendedAttribute(origin_, "user.xdg.origin.url"));
       addText(extendedAttribute(referrer_, "user.xdg.referrer.url"));
-      break;
+      return true;
     case FileAttribute::FinderComment:
       addText(extendedAttribute(comment_, "user.xdg.comment"));
-      break;
+      return true;
     default:
-      mediaValues(attribute, values);
+      return tagValues(attribute, values);
   }
 }
 

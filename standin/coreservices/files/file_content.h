@@ -2,36 +2,51 @@
 // and what its content says about itself.
 #pragma once
 
-#include <memory>
+#include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "standin/coreservices/attributes/attributes.h"
 #include "standin/coreservices/disk/file_location.h"
+#include "standin/coreservices/content/content_reader.h"
 #include "standin/coreservices/files/content_type.h"
+#include "standin/coreservices/files/text_content.h"
 
 namespace standin::metadata {
 
-class MediaAttributes;
+// Whether what takes a reader beside this process is waited for.
+enum class Reading { Now, Later };
 
 // Everything is read when it is first asked for, and kept.
 class FileContent {
  public:
-  explicit FileContent(const FileLocation& file) : file_(file) {}
+  FileContent(const FileLocation& file, Reading reading) : file_(file), reading_(reading) {}
 
-  // Appends the attribute's values: none when the file has no such attribute.
-  void values(FileAttribute attribute, std::vector<Value>& values);
+  // Appends the attribute's values: none when the file has no such attribute. False when they aren't known, as
+  // a reader would have to be waited for.
+  bool values(FileAttribute attribute, std::vector<Value>& values);
+  // The same of its text.
+  bool text(std::vector<Value>& values);
+
+  // Asks the readers for what wasn't known. Answers whether there was anything.
+  bool askForMissing();
 
  private:
   const ContentType* type();
   const std::string& extendedAttribute(std::optional<std::string>& kept, const char* name);
-  void mediaValues(FileAttribute attribute, std::vector<Value>& values);
+  bool tagValues(FileAttribute attribute, std::vector<Value>& values);
+  const ContentBytes& bytes(Content content, std::string_view format);
 
   FileLocation file_;
+  const Reading reading_;
   std::optional<const ContentType*> type_;
   std::optional<std::string> origin_, referrer_, comment_;
-  std::shared_ptr<const MediaAttributes> media_;
+  TextContent plainText_;
+  // By Content; null while it isn't known.
+  std::array<ContentBytes, 2> bytes_;
+  std::array<std::optional<std::string_view>, 2> missing_;  // the format of what was wanted, and isn't known
 };
 
 }  // namespace standin::metadata

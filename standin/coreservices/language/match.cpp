@@ -80,34 +80,57 @@ bool satisfies(const Value& value, const Comparison& comparison) {
   return false;
 }
 
-bool matchesComparison(const Comparison& comparison, AttributeSource& source, std::vector<Value>& values) {
-  values.clear();
-  source.values(comparison.key, values);
-  if (values.empty()) return comparison.op == Operator::NotEqual;
-  return std::any_of(values.begin(), values.end(),
-                     [&](const Value& value) { return satisfies(value, comparison); });
+Match matchOf(bool matches) {
+  return matches ? Match::Yes : Match::No;
 }
 
-bool matchesPart(const Expression& expression, AttributeSource& source, std::vector<Value>& values) {
-  const auto partMatches = [&](const ExpressionRef& part) { return matchesPart(*part, source, values); };
+// Of several values one is enough, also where not all are known.
+Match matchComparison(const Comparison& comparison, AttributeSource& source, std::vector<Value>& values) {
+  values.clear();
+  const bool areAll = source.values(comparison.key, values);
+  const bool satisfied = std::any_of(values.begin(), values.end(),
+                                     [&](const Value& value) { return satisfies(value, comparison); });
+  if (satisfied) return Match::Yes;
+  if (!areAll) return Match::Unknown;
+  return matchOf(values.empty() && comparison.op == Operator::NotEqual);
+}
+
+Match matchPart(const Expression& expression, AttributeSource& source, std::vector<Value>& values);
+
+// Looks at the parts in their order until one decides.
+Match matchParts(const Expression& expression, Match deciding, AttributeSource& source,
+                 std::vector<Value>& values) {
+  bool allKnown = true;
+  for (const ExpressionRef& part : expression.parts) {
+    const Match each = matchPart(*part, source, values);
+    if (each == deciding) return deciding;
+    allKnown = allKnown && each != Match::Unknown;
+  }
+  if (!allKnown) return Match::Unknown;
+  return deciding == Match::Yes ? Match::No : Match::Yes;
+}
+
+Match matchPart(const Expression& expression, AttributeSource& source, std::vector<Value>& values) {
   switch (expression.kind) {
     case Expression::Kind::Comparison:
-      return matchesComparison(expression.comparison, source, values);
+      return matchComparison(expression.comparison, source, values);
     case Expression::Kind::And:
-      return std::all_of(expression.parts.begin(), expression.parts.end(), partMatches);
+      return matchParts(expression, Match::No, source, values);
     case Expression::Kind::Or:
-      return std::any_of(expression.parts.begin(), expression.parts.end(), partMatches);
-    case Expression::Kind::Not:
-      return !partMatches(expression.parts.front());
+      return matchParts(expression, Match::Yes, source, values);
+    case Expression::Kind::Not: {
+      const Match part = matchPart(*expression.parts.front(), source, values);
+      return part == Match::Unknown ? part : matchOf(part == Match::No);
+    }
   }
-  return false;
+  return Match::No;
 }
 
 }  // namespace
 
-bool matches(const Expression& expression, AttributeSource& source) {
+Match match(const Expression& expression, AttributeSource& source) {
   std::vector<Value> values;
-  return matchesPart(expression, source, values);
+  return matchPart(expression, source, values);
 }
 
 }  // namespace standin::metadata

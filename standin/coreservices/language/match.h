@@ -12,6 +12,9 @@ namespace standin::metadata {
 //
 // Of a time that lasts, as a day does, `==` means within it and `!=` not within it; `<`, `>`, `<=`, `>=` and
 // InRange compare with its start.
-bool matches(const Expression& expression, AttributeSource& source);
+//
+// Unknown where it depends on an attribute whose values the source doesn't know yet.
+enum class Match { No, Yes, Unknown };
+Match match(const Expression& expression, AttributeSource& source);
 
 }  // namespace standin::metadata

@@ -1,10 +1,82 @@
 #include "standin/coreservices/media/media_attributes.h"
 
-namespace standin::metadata {
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <type_traits>
 
-void MediaAttributes::values(FileAttribute attribute, std::vector<Value>& values) const {
-  for (const auto& [key, owned] : values_) {
-    if (key == attribute) std::visit([&](const auto& value) { values.emplace_back(value); }, owned);
+namespace standin::metadata {
+namespace {
+
+// Of a value: its attribute, which of the alternatives of OwnedValue it is, how many bytes follow, and these.
+struct Header {
+  FileAttribute attribute;
+  uint8_t alternative;
+  uint16_t unused;
+  uint32_t length;
+};
+
+template <class Alternative>
+Alternative plainValue(std::string_view bytes) {
+  Alternative value{};
+  std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
+  return value;
+}
+
+Date dateOf(ClockTime time) {
+  const double whole = std::floor(time.seconds);
+  const int64_t shown = static_cast<int64_t>(whole) + kFrom1970To2001;
+  return {static_cast<double>(timeOfClock(shown) - kFrom1970To2001) + (time.seconds - whole)};
+}
+
+Value valueOf(size_t alternative, std::string_view bytes) {
+  switch (alternative) {
+    case 0:
+      return plainValue<uint8_t>(bytes) != 0;
+    case 1:
+      return plainValue<int64_t>(bytes);
+    case 2:
+      return plainValue<double>(bytes);
+    case 3:
+      return plainValue<Date>(bytes);
+    case 4:
+      return dateOf(plainValue<ClockTime>(bytes));
+    default:
+      return bytes;
+  }
+}
+
+}  // namespace
+
+std::string encodeAttributes(const MediaAttributes& attributes) {
+  std::string bytes;
+  for (const auto& [attribute, owned] : attributes) {
+    const auto append = [&](const auto& value) {
+      const char* data = reinterpret_cast<const char*>(&value);
+      size_t length = sizeof value;
+      if constexpr (std::is_same_v<std::decay_t<decltype(value)>, std::string>) {
+        data = value.data();
+        length = value.size();
+      }
+      const Header header{attribute, static_cast<uint8_t>(owned.index()), 0, static_cast<uint32_t>(length)};
+      bytes.append(reinterpret_cast<const char*>(&header), sizeof header);
+      bytes.append(data, length);
+    };
+    std::visit(append, owned);
+  }
+  return bytes;
+}
+
+void decodeValues(std::string_view bytes, FileAttribute attribute, std::vector<Value>& values) {
+  Header header;
+  while (bytes.size() >= sizeof header) {
+    std::memcpy(&header, bytes.data(), sizeof header);
+    bytes.remove_prefix(sizeof header);
+    if (header.length > bytes.size()) return;
+    if (header.attribute == attribute) {
+      values.push_back(valueOf(header.alternative, bytes.substr(0, header.length)));
+    }
+    bytes.remove_prefix(header.length);
   }
 }
 

@@ -119,10 +119,13 @@ std::optional<ParsedDate> parseDate(const std::string& text) {
 }
 
 void addDate(ParsedDate date, bool isLocal, Values& values) {
-  const int64_t shown = ::timegm(&date.fields);
-  const int64_t time = isLocal ? timeOfClock(shown) : shown;
-  const double seconds = static_cast<double>(time - kFrom1970To2001) + date.fraction;
-  values.emplace_back(Date{seconds - date.secondsEast.value_or(0)});
+  const int64_t shown = ::timegm(&date.fields) - kFrom1970To2001;
+  const double seconds = static_cast<double>(shown) + date.fraction;
+  if (isLocal) {
+    values.emplace_back(ClockTime{seconds});
+  } else {
+    values.emplace_back(Date{seconds - date.secondsEast.value_or(0)});
+  }
 }
 
 double perUnit(const MediaTag& tag, double value) {

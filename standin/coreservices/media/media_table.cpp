@@ -221,14 +221,14 @@ bool isMediaAttribute(FileAttribute attribute) {
 }
 
 MediaAttributes attributesOf(const MediaTags& tags) {
-  std::vector<std::pair<FileAttribute, OwnedValue>> attributes;
+  MediaAttributes attributes;
   for (auto row = std::begin(kRows); row != std::end(kRows);) {
     const FileAttribute attribute = row->attribute;
     std::vector<OwnedValue> values;
     for (; row != std::end(kRows) && row->attribute == attribute; ++row) addValues(*row, tags, values);
     for (OwnedValue& value : values) attributes.emplace_back(attribute, std::move(value));
   }
-  return MediaAttributes(std::move(attributes));
+  return attributes;
 }
 
 }  // namespace standin::metadata

@@ -1,4 +1,4 @@
-// What exiftool prints about one file: tags with their values, all as text, unchanged.
+// What a reader of tags says about one file: tags with their values, all as text, unchanged.
 #pragma once
 
 #include <map>
@@ -12,7 +12,7 @@ namespace standin::metadata {
 // By group and name, "EXIF:Make".
 using MediaTags = std::map<std::string, std::vector<std::string>, std::less<>>;
 
-// Nothing for what isn't JSON. A file without any tags is an empty text, or an array with one empty object.
-std::optional<MediaTags> parseMediaTags(std::string_view json);
+// Of texts that are each ended by a zero byte, a tag and a value in turn. Nothing for anything else.
+std::optional<MediaTags> parseMediaTags(std::string_view texts);
 
 }  // namespace standin::metadata

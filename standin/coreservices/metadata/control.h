@@ -39,6 +39,14 @@ struct SearchStatistics {
 };
 STANDIN_API SearchStatistics lastSearch();
 
+// About the gathering that went on last, while it goes on.
+struct SearchProgress {
+  size_t looked = 0;    // files and folders that were looked at
+  size_t waiting = 0;   // of these, for what is in them to be read
+  bool walked = false;  // there are no others
+};
+STANDIN_API SearchProgress currentSearch();
+
 // The last scope that a query was given, as it was given.
 struct SearchScope {
   int set = 0;                      // how many times

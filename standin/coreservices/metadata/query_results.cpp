@@ -87,6 +87,12 @@ CFArrayRef QueryResults::itemsLookedAt(const std::vector<ResultStore::File>& fil
 
 // Values
 
+std::vector<FileAttribute> QueryResults::attributes() const {
+  std::vector<FileAttribute> attributes;
+  for (const auto& column : columns_) attributes.push_back(attributeNamed(column->name()));
+  return attributes;
+}
+
 ValueColumn* QueryResults::columnOf(CFStringRef attribute) const {
   for (const auto& column : columns_) {
     if (CFEqual(column->name(), attribute)) return column.get();

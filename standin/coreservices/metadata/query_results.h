@@ -52,6 +52,9 @@ class QueryResults {
   bool setSortFlags(CFStringRef attribute, uint32_t flags);
   uint32_t sortFlags(CFStringRef attribute) const;  // 0 also for others
 
+  // Those that results are sorted by or that values are listed of.
+  std::vector<FileAttribute> attributes() const;
+
   // Gathering: the file was put in the store. Results are in their order once they are settled.
   ResultStore& store() { return store_; }
   void gathered(ResultStore::File file, FileRecord& record);

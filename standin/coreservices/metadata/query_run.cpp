@@ -22,6 +22,12 @@ SearchStatistics& lastStatistics() {
   return statistics;
 }
 
+// Of the gathering that went on last.
+SearchProgress& lastProgress() {
+  static SearchProgress progress;
+  return progress;
+}
+
 std::string& updateProblem() {
   static std::string problem;
   return problem;
@@ -77,6 +83,7 @@ QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : que
   const std::vector<std::string>& excluded = excludedFolders();
   if (wantsUpdates) watch(folders, excluded);
   SearchRequest request{state.expression, folders, excluded};
+  request.alsoRead = state.results.attributes();
   if (state.maximum > 0) request.maximum = static_cast<size_t>(state.maximum);
   search_ = std::make_unique<Search>(std::move(request), state.results.store(),
                                      [&results = state.results](ResultStore::File file, FileRecord& record) {
@@ -151,6 +158,8 @@ void QueryRun::gatherBatch() {
   const bool more = searchOn(first ? limits.first_max_num : limits.progress_max_num,
                              secondsOf(first ? limits.first_max_ms : limits.progress_max_ms));
   state_.results.settle();
+  const SearchReport report = search_->report();
+  lastProgress() = {report.entries, report.waiting, report.walked};
   if (!more) return finishGathering();
   CFRunLoopSourceSignal(source_);
   const bool found = state_.results.size() > before;
@@ -281,6 +290,10 @@ void QueryRun::updateBatch() {
 
 standin::SearchStatistics standin::lastSearch() {
   return metadata::lastStatistics();
+}
+
+standin::SearchProgress standin::currentSearch() {
+  return metadata::lastProgress();
 }
 
 std::string standin::liveUpdateProblem() {

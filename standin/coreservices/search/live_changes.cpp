@@ -20,7 +20,7 @@ class Matching : public WalkVisitor {
   void left() override {}
   void found(int folder, const std::string& path, const char* name) override {
     FileRecord record(folder, path, name, name);
-    if (matches(expression_, record)) paths.push_back(pathIn(path, name));
+    if (match(expression_, record) == Match::Yes) paths.push_back(pathIn(path, name));
   }
   std::vector<std::string> paths;
 
@@ -85,7 +85,8 @@ bool LiveChanges::isResult(const std::string& path) {
   const auto isAround = [&](const std::string& folder) { return path != folder && liesIn(path, folder); };
   if (std::none_of(folders_.begin(), folders_.end(), isAround)) return false;
   FileByPath file(path);
-  return file.record().exists() && isReached(path) && matches(*expression_, file.record());
+  return file.record().exists() && isReached(path) &&
+         match(*expression_, file.record()) == Match::Yes;
 }
 
 }  // namespace standin::metadata

@@ -2,47 +2,36 @@
 
 #include <utility>
 
+#include "standin/coreservices/content/content_reader.h"
 #include "standin/coreservices/disk/paths.h"
-#include "standin/coreservices/language/match.h"
 
 namespace standin::metadata {
+namespace {
+
+// Enough for the readers to be busy, and for people to know how much is left; of some 200 bytes each.
+constexpr size_t kMostWaiting = 100000;
+constexpr auto kMoment = std::chrono::milliseconds(20);
+constexpr size_t kStepsBetweenAnswers = 64;
+
+}  // namespace
 
 class Search::Collector : public WalkVisitor {
  public:
   explicit Collector(Search& search) : search_(search) {}
 
   void entered(const std::string& path, size_t nameLength) override {
-    open_.push_back({ResultStore::kNoFolder, path.substr(path.size() - nameLength)});
+    folder_ = std::make_shared<OpenFolder>(OpenFolder{folder_, path.substr(path.size() - nameLength)});
   }
-  void left() override { open_.pop_back(); }
+  void left() override { folder_ = folder_->above; }
 
   void found(int folder, const std::string& path, const char* name) override {
-    FileRecord record(folder, path, name, name);
-    if (!matches(*search_.request_.expression, record)) return;
-    const ResultStore::File file = search_.results_.add(currentFolder(), name);
-    ++search_.found_;
-    if (search_.onFound_) search_.onFound_(file, record);
+    FileRecord record(folder, path, name, name, Reading::Later);
+    search_.look(record, folder_, name);
   }
 
  private:
-  struct OpenFolder {
-    ResultStore::Folder stored;
-    std::string name;
-  };
-
-  // Folders are stored when something in them is found, with those above them.
-  ResultStore::Folder currentFolder() {
-    size_t first = open_.size();
-    while (first > 0 && open_[first - 1].stored == ResultStore::kNoFolder) --first;
-    ResultStore::Folder above = first > 0 ? open_[first - 1].stored : ResultStore::kNoFolder;
-    for (; first < open_.size(); ++first) {
-      above = open_[first].stored = search_.results_.addFolder(above, open_[first].name);
-    }
-    return above;
-  }
-
   Search& search_;
-  std::vector<OpenFolder> open_;
+  std::shared_ptr<OpenFolder> folder_;
 };
 
 Search::Search(SearchRequest request, ResultStore& results, Found found)
@@ -52,7 +41,70 @@ Search::Search(SearchRequest request, ResultStore& results, Found found)
       folders_(distinctFolders(request_.folders, report_.missingFolders)),
       excluded_(fileIdsOf(request_.excluded)) {}
 
-Search::~Search() = default;
+Search::~Search() {
+  if (asked_) contentReader().forgetQuestions();
+}
+
+// Of results, all that will be asked must be known, too.
+Match Search::matchOf(FileRecord& record) const {
+  const Match match = standin::metadata::match(*request_.expression, record);
+  if (match != Match::Yes) return match;
+  std::vector<Value> values;
+  bool areKnown = true;
+  for (const FileAttribute attribute : request_.alsoRead) {
+    areKnown = record.values(attribute, values) && areKnown;
+  }
+  return areKnown ? match : Match::Unknown;
+}
+
+void Search::look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder, const char* name) {
+  ++report_.entries;
+  const Match match = matchOf(record);
+  if (match == Match::No) return;
+  if (match == Match::Yes && waiting_.empty()) return add(folder, name, record);
+  const bool isResult = match == Match::Yes;
+  if (!isResult) {
+    asked_ = record.askForMissing();
+    ++undecided_;
+  }
+  waiting_.push_back({folder, std::string(record.path()), isResult});
+}
+
+// The first of those that wait becomes a result, or none, or must wait for more.
+void Search::settleFirst(std::chrono::milliseconds patience) {
+  Waiting& first = waiting_.front();
+  FileByPath file(first.path, Reading::Later);
+  if (!first.isResult) {
+    const Match match = matchOf(file.record());
+    if (match == Match::Unknown) {
+      file.record().askForMissing();
+      contentReader().wait(patience);
+      mayBeKnown_ = false;
+      return;
+    }
+    --undecided_;
+    first.isResult = match == Match::Yes;
+  }
+  const Waiting settled = std::move(first);
+  waiting_.pop_front();
+  if (settled.isResult) {
+    add(settled.folder, std::string_view(settled.path).substr(settled.path.rfind('/') + 1), file.record());
+  }
+}
+
+void Search::add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record) {
+  const ResultStore::File file = results_.add(stored(*folder), name);
+  ++found_;
+  if (onFound_) onFound_(file, record);
+}
+
+ResultStore::Folder Search::stored(OpenFolder& folder) {
+  if (folder.stored == ResultStore::kNoFolder) {
+    const ResultStore::Folder above = folder.above ? stored(*folder.above) : ResultStore::kNoFolder;
+    folder.stored = results_.addFolder(above, folder.name);
+  }
+  return folder.stored;
+}
 
 bool Search::nextFolder() {
   if (walk_) {
@@ -66,14 +118,30 @@ bool Search::nextFolder() {
   return true;
 }
 
+bool Search::walkOn() {
+  return (walk_ && walk_->step()) || nextFolder();
+}
+
 bool Search::step() {
   if (found_ >= request_.maximum) return false;
-  if (!walk_ || !walk_->step()) return nextFolder();
-  return found_ < request_.maximum;
+  if (undecided_ > 0 && !walked_ && ++steps_ % kStepsBetweenAnswers == 0) {
+    contentReader().wait(std::chrono::milliseconds(0));
+    mayBeKnown_ = true;
+  }
+  const bool mustSettle =
+      !waiting_.empty() && (walked_ || waiting_.size() >= kMostWaiting || waiting_.front().isResult);
+  if (mustSettle || (mayBeKnown_ && !waiting_.empty())) {
+    settleFirst(mustSettle ? kMoment : std::chrono::milliseconds(0));
+  } else if (!walked_) {
+    walked_ = !walkOn();
+  }
+  return found_ < request_.maximum && (!walked_ || !waiting_.empty());
 }
 
 SearchReport Search::report() const {
   SearchReport report = report_;
+  report.waiting = undecided_;
+  report.walked = walked_;
   if (walk_) {
     report.foldersSearched += walk_->report().folders;
     report.unreadableFolders += walk_->report().unreadableFolders;

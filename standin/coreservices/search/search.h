@@ -1,11 +1,14 @@
 // search/: from folders and an expression to results: the search, its live changes, the store of results and
-// what they are sorted by, all without Core Foundation. It includes the rooms attributes/, disk/, files/ and
-// language/, and standin/system/paths.h; nothing of metadata/.
+// what they are sorted by, all without Core Foundation. It includes the rooms attributes/, content/, disk/,
+// files/ and language/, and standin/system/paths.h; nothing of metadata/.
 //
 // Here: one search: folders looked through for what an expression describes, entry by entry, so that it
-// can be paused.
+// can be paused. What must be read in files is read beside it, several files at once, while it walks on;
+// results come in the order of the walk all the same.
 #pragma once
 
+#include <chrono>
+#include <deque>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -14,7 +17,7 @@
 
 #include "standin/coreservices/disk/walker.h"
 #include "standin/coreservices/files/file_attributes.h"
-#include "standin/coreservices/language/expression.h"
+#include "standin/coreservices/language/match.h"
 #include "standin/coreservices/search/result_store.h"
 
 namespace standin::metadata {
@@ -23,6 +26,9 @@ struct SearchReport {
   size_t foldersSearched = 0;
   size_t unreadableFolders = 0;  // skipped
   size_t missingFolders = 0;     // named to be searched, but not there
+  size_t entries = 0;            // looked at
+  size_t waiting = 0;            // of these, for what is in them to be read
+  bool walked = false;           // every entry has been looked at
 };
 
 struct SearchRequest {
@@ -30,6 +36,7 @@ struct SearchRequest {
   std::vector<std::string> folders;   // paths; what lies in two of them is found once
   std::vector<std::string> excluded;  // folders whose content is left out, unless named in `folders`
   size_t maximum = std::numeric_limits<size_t>::max();  // of results
+  std::vector<FileAttribute> alsoRead = {};             // attributes that will be asked of every result
 };
 
 class Search {
@@ -43,7 +50,8 @@ class Search {
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
 
-  // Looks at one more entry at the most. Answers whether there is more to come.
+  // Looks at one more entry at the most, or waits a moment for what is in one. Answers whether there is more to
+  // come.
   bool step();
   size_t found() const { return found_; }
   SearchReport report() const;
@@ -51,7 +59,26 @@ class Search {
  private:
   class Collector;
 
+  // A folder of the walk. It is stored when something in it is found, with those above it.
+  struct OpenFolder {
+    std::shared_ptr<OpenFolder> above;
+    std::string name;
+    ResultStore::Folder stored = ResultStore::kNoFolder;
+  };
+  // An entry that can't be decided yet, or comes after one.
+  struct Waiting {
+    std::shared_ptr<OpenFolder> folder;
+    std::string path;
+    bool isResult;  // decided
+  };
+
   bool nextFolder();
+  bool walkOn();
+  void look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder, const char* name);
+  Match matchOf(FileRecord& record) const;
+  void settleFirst(std::chrono::milliseconds patience);
+  void add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record);
+  ResultStore::Folder stored(OpenFolder& folder);
 
   const SearchRequest request_;
   ResultStore& results_;
@@ -63,6 +90,12 @@ class Search {
   std::vector<FileId> excluded_;
   std::unique_ptr<Collector> collector_;
   std::unique_ptr<Walk> walk_;
+  bool walked_ = false;
+  std::deque<Waiting> waiting_;  // in the order of the walk
+  size_t undecided_ = 0;         // of them
+  bool mayBeKnown_ = false;      // what the first of them waits for
+  bool asked_ = false;           // a reader
+  size_t steps_ = 0;
 };
 
 }  // namespace standin::metadata

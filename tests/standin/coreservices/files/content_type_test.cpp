@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "tests/standin/coreservices/metadata/item_fixture.h"
 
@@ -113,9 +114,9 @@ TEST(ContentType, OfTwoParentsComesBeforeAllThatItConformsTo) {
                   "public.archive", "public.executable", "public.item"}));
 }
 
-const char* const kExtensions[] = {"txt", "html", "c",   "py",  "jpg", "png", "heic", "mp3",  "m4a",
-                                   "wav", "mov",  "mp4", "mkv", "pdf", "ps",  "docx", "odt",  "ttf",
-                                   "zip", "dmg",  "exe", "vcf", "ics", "eml", "svg",  "epub", "jar"};
+const char* const kExtensions[] = {"txt", "html", "c",   "py",  "jpg", "png",  "heic", "mp3", "m4a",  "wav",
+                                   "mov", "mp4",  "mkv", "pdf", "ps",  "docx", "odt",  "ttf", "dotm", "ppsx",
+                                   "otg", "zip",  "dmg", "exe", "vcf", "ics",  "eml",  "svg", "epub", "jar"};
 
 TEST(ContentType, StandsInATreeBeforeItsParents) {
   for (const char* const extension : kExtensions) {
@@ -148,6 +149,56 @@ TEST(ContentType, ConformsToNothingThatIsUnknown) {
         rest.remove_prefix(std::min(parent.size() + 1, rest.size()));
       }
     }
+  }
+}
+
+Text textOfName(std::string_view name) {
+  return textOf(*contentTypeOfName(name, Node::File));
+}
+
+TEST(ContentType, SaysWhatReadsItsText) {
+  using enum Text;
+  constexpr std::pair<Text, std::string_view> kTexts[] = {
+      {Pdf, "pdf"},
+      {OpenXml, "docx docm dotx dotm xlsx xlsm xltx xltm pptx pptm ppsx ppsm potx potm"},
+      {OpenDocument, "odt ott ods ots odp otp odg otg"},
+      {Epub, "epub"},
+      {Html, "html htm xhtml"},
+      {Rtf, "rtf"},
+      {Plain, "txt md log csv json yaml xml css c h cpp sh py pl js vcf ics svg"},
+      {None, "jpg png mp3 mov ttf zip jar tar gz doc xls ppt ps ai eml plist exe dll dylib"},
+  };
+  for (const auto& [text, extensions] : kTexts) {
+    std::istringstream words{std::string(extensions)};
+    for (std::string word; words >> word;) EXPECT_EQ(textOfName("a." + word), text) << word;
+  }
+}
+
+TEST(ContentType, ThatIsNotKnownHasTheTextThatItsFilesHold) {
+  EXPECT_EQ(textOf(*contentTypeNamed("public.data")), Text::Plain);
+  EXPECT_EQ(textOf(*contentTypeNamed("public.unix-executable")), Text::Plain);
+  EXPECT_EQ(textOf(*contentTypeOfBytes("Read me.\n")), Text::Plain);
+  EXPECT_EQ(textOf(*contentTypeOfBytes("#!/usr/bin/env python3\n")), Text::Plain);
+  EXPECT_EQ(textOf(*contentTypeOfBytes("\x89PNG\r\n\x1A\n")), Text::None);
+  EXPECT_EQ(textOf(*contentTypeOfBytes("%PDF-1.4\n")), Text::Pdf);
+  EXPECT_EQ(textOf(*contentTypeOfBytes("{\\rtf1 x}")), Text::Rtf);
+  EXPECT_EQ(textOf(*contentTypeOfBytes("<HTML>")), Text::Html);
+}
+
+TEST(ContentType, OfFoldersAndLinksHasNoText) {
+  for (const char* const type : {"public.folder", "public.symlink", "com.apple.application-bundle"}) {
+    EXPECT_EQ(textOf(*contentTypeNamed(type)), Text::None) << type;
+  }
+}
+
+TEST(ContentType, OfAnOpenDocumentIsKnownByTheMimeTypeAtItsStart) {
+  const auto named = [](std::string_view kind) {
+    return ofBytes("PK\x03\x04" + std::string(26, 'x') + "mimetypeapplication/vnd.oasis.opendocument." +
+                   std::string(kind) + "PK");
+  };
+  for (const char* const kind : {"text", "text-template", "spreadsheet", "spreadsheet-template",
+                                 "presentation", "presentation-template", "graphics", "graphics-template"}) {
+    EXPECT_EQ(named(kind), "org.oasis-open.opendocument."s + kind);
   }
 }
 

@@ -119,8 +119,9 @@ TEST_F(TextContentQuery, ComparesWithNumbersAsWrittenAndWithNoOrder) {
   EXPECT_EQ(find(u"InRange(kMDItemTextContent, 0, 9999)"), Texts{});
 }
 
-TEST_F(TextContentQuery, ReadsTextByWhatFilesHoldWhateverTheirNames) {
-  scratch.file("ascii.jpg", "word");
+TEST_F(TextContentQuery, ReadsPlainTextAndUnknownTypesByWhatFilesHold) {
+  scratch.file("ascii.jpg", "word");  // a picture has no text, whatever is in it
+  scratch.file("unknown.type", "word");
   scratch.file("mark", "\xEF\xBB\xBFword");
   scratch.file("little", "\xFF\xFEw\0o\0r\0d\0"s);
   scratch.file("big", "\xFE\xFF\0w\0o\0r\0d"s);
@@ -132,8 +133,8 @@ TEST_F(TextContentQuery, ReadsTextByWhatFilesHoldWhateverTheirNames) {
   scratch.file("unpaired", "\xFF\xFEw\0o\0r\0d\0 \0\0\xD8"s);
   scratch.file("utf32", "\xFF\xFE\0\0w\0\0\0"s);
   scratch.file("empty.txt");
-  EXPECT_EQ(find(u"kMDItemTextContent == word"), (Texts{"ascii.jpg", "big", "little", "mark"}));
-  EXPECT_EQ(find(u"kMDItemTextContent == *"), (Texts{"ascii.jpg", "big", "empty.txt", "little", "mark"}));
+  EXPECT_EQ(find(u"kMDItemTextContent == word"), (Texts{"big", "little", "mark", "unknown.type"}));
+  EXPECT_EQ(find(u"kMDItemTextContent == *"), (Texts{"big", "empty.txt", "little", "mark", "unknown.type"}));
 }
 
 TEST(TextOfBytes, ReadsCharactersBeyondTheBasicPlane) {
@@ -156,15 +157,15 @@ TEST_F(TextContentQuery, OpensNoFileUnlessItIsAskedForTheText) {
 }
 
 TEST_F(TextContentQuery, NeverOpensAnythingButRegularFiles) {
-  scratch.file("text", "word");
-  scratch.link("link", scratch.at("text"));
+  scratch.file("text.txt", "word");
+  scratch.link("link", scratch.at("text.txt"));
   scratch.link("device", "/dev/zero");
   scratch.folder("folder");
   ASSERT_EQ(::mkfifo(scratch.at("pipe").c_str(), 0600), 0);
   ASSERT_EQ(::mknod(scratch.at("socket").c_str(), S_IFSOCK | 0600, 0), 0);
   const Opened opened(scratch.path());
-  EXPECT_EQ(find(u"kMDItemTextContent == *"), Texts{"text"});
-  EXPECT_EQ(sorted(opened.names()), sorted({"folder", "text"}));  // the walk itself opens folders
+  EXPECT_EQ(find(u"kMDItemTextContent == *"), Texts{"text.txt"});
+  EXPECT_EQ(sorted(opened.names()), sorted({"folder", "text.txt"}));  // the walk itself opens folders
 }
 
 TEST_F(TextContentQuery, ReadsFilesUpToTheLargestTextAndNoLarger) {

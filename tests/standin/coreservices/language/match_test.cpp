@@ -17,10 +17,11 @@ class Attributes : public AttributeSource {
   explicit Attributes(std::map<std::string, std::vector<Value>> attributes)
       : attributes_(std::move(attributes)) {}
 
-  void values(const AttributeKey& key, std::vector<Value>& values) override {
+  bool values(const AttributeKey& key, std::vector<Value>& values) override {
     for (const auto& [name, own] : attributes_) {
       if (key.any || key.name == name) values.insert(values.end(), own.begin(), own.end());
     }
+    return true;
   }
 
  private:
@@ -49,7 +50,7 @@ bool finds(std::u16string_view query) {
                          {"empty", {}}});
   const auto result = parseQuery(query);
   if (const auto* error = std::get_if<ParseError>(&result)) throw std::runtime_error(error->reason);
-  return matches(*resolve(std::get<ExpressionRef>(result), Date{kNow}), attributes);
+  return match(*resolve(std::get<ExpressionRef>(result), Date{kNow}), attributes) == Match::Yes;
 }
 
 TEST(Numbers, AreComparedByValue) {

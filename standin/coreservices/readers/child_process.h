@@ -3,8 +3,6 @@
 
 #include <sys/types.h>
 
-#include <chrono>
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,8 +18,6 @@ std::optional<std::string> findProgram(const std::string& name);
 // signals; what it says on standard error is thrown away. It ends when this process does, however that ends.
 class ChildProcess {
  public:
-  using Deadline = std::chrono::steady_clock::time_point;
-
   // Null when no process can be had. A program that can't be run ends at once.
   static std::unique_ptr<ChildProcess> start(const std::string& path,
                                              const std::vector<std::string>& arguments);
@@ -33,12 +29,12 @@ class ChildProcess {
   // False when the program is gone. Never raises SIGPIPE.
   bool send(std::string_view bytes);
 
-  enum class Outcome { Found, Ended, Late, TooLong };
-  // Appends what the program prints up to `marker`, which is left out. What it prints after that is lost.
-  Outcome readUntil(std::string_view marker, Deadline deadline, size_t maximum, std::string& text);
+  // Appends what the program has printed by now, without waiting for more. False when it has ended, and
+  // nothing is left to be read.
+  bool receive(std::string& text);
 
-  // Answers whether the program ended by itself before the deadline.
-  bool waitForEnd(Deadline deadline);
+  // Becomes readable when there is something to receive. This object's.
+  int descriptor() const { return socket_; }
 
   // False in a process that was forked from the one that started the program: it belongs to that one.
   bool isOurs() const;

@@ -1,7 +1,6 @@
-#include "standin/coreservices/media/child_process.h"
+#include "standin/coreservices/readers/child_process.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -9,7 +8,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
@@ -59,18 +57,6 @@ bool makeSockets(int (&sockets)[2]) {
     if (socket >= 0) ::close(socket);
   }
   return false;
-}
-
-// Answers whether there is something to read, or the end of it.
-bool waitToRead(int fd, ChildProcess::Deadline deadline) {
-  for (;;) {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    pollfd wanted{fd, POLLIN, 0};
-    const int ready = ::poll(&wanted, 1, static_cast<int>(std::max<int64_t>(left.count(), 0)));
-    if (ready > 0) return true;
-    if (ready == 0 || errno != EINTR) return false;
-  }
 }
 
 }  // namespace
@@ -131,32 +117,16 @@ bool ChildProcess::send(std::string_view bytes) {
   return true;
 }
 
-ChildProcess::Outcome ChildProcess::readUntil(std::string_view marker, Deadline deadline, size_t maximum,
-                                              std::string& text) {
-  const size_t start = text.size();
+bool ChildProcess::receive(std::string& text) {
+  char buffer[65536];
   for (;;) {
-    if (!waitToRead(socket_, deadline)) return Outcome::Late;
-    char buffer[16384];
-    const ssize_t size = ::recv(socket_, buffer, sizeof buffer, 0);
+    const ssize_t size = ::recv(socket_, buffer, sizeof buffer, MSG_DONTWAIT);
     if (size < 0 && errno == EINTR) continue;
-    if (size <= 0) return Outcome::Ended;
-    const size_t known = std::max(start, text.size() - std::min(text.size(), marker.size()));
+    if (size < 0) return errno == EAGAIN || errno == EWOULDBLOCK;
+    if (size == 0) return false;
     text.append(buffer, static_cast<size_t>(size));
-    if (const size_t found = text.find(marker, known); found != std::string::npos) {
-      text.resize(found);
-      return Outcome::Found;
-    }
-    if (text.size() - start > maximum) return Outcome::TooLong;
+    if (static_cast<size_t>(size) < sizeof buffer) return true;
   }
-}
-
-bool ChildProcess::waitForEnd(Deadline deadline) {
-  while (waitToRead(socket_, deadline)) {
-    char buffer[4096];
-    const ssize_t size = ::recv(socket_, buffer, sizeof buffer, 0);
-    if (size == 0 || (size < 0 && errno != EINTR)) return true;
-  }
-  return false;
 }
 
 }  // namespace standin::metadata

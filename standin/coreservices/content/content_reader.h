@@ -1,0 +1,108 @@
+// content/: what is in files, from the store or from the programs that read it. It includes disk/, media/,
+// readers/ and store/.
+//
+// Here: who is asked what is in a file, and for how long that is known.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "standin/coreservices/content/path_for_reader.h"
+#include "standin/coreservices/disk/file_location.h"
+#include "standin/coreservices/readers/reader_pool.h"
+#include "standin/coreservices/store/content_store.h"
+
+namespace standin::metadata {
+
+enum class Content { Tags, Text };
+
+// What is in a file: attributes as encodeAttributes() makes them, or text as UTF-8. Empty where there is
+// nothing, or nothing could be read.
+using ContentBytes = std::shared_ptr<const std::string>;
+
+class ContentReader {
+ public:
+  struct Reader {
+    ReaderPool::Options pool;
+    // What it said before one of these was replaced counts no more.
+    std::vector<std::string> programs;
+  };
+  struct Options {
+    ContentStore::Options store;
+    Reader tags;
+    Reader text;
+    std::function<void(const std::string&)> complain = [](const std::string&) {};
+  };
+
+  explicit ContentReader(Options options);
+  ~ContentReader();
+  ContentReader(const ContentReader&) = delete;
+  ContentReader& operator=(const ContentReader&) = delete;
+
+  // What is known without reading the file: null when it must be read. `format` says what kind of document it
+  // is, where text is wanted.
+  ContentBytes known(Content content, const FileLocation& file);
+  // Has the file read, meanwhile; not again where that was asked for already.
+  void ask(Content content, const FileLocation& file, std::string_view format) {
+    ask(content, file, format, ReaderPool::Turn::Last);
+  }
+  // Takes what has been read; waits for some where there is none yet, no longer than that.
+  void wait(std::chrono::milliseconds time);
+  // What nobody has begun to read needn't be read any more.
+  void forgetQuestions();
+
+  // Known, or asked for and waited for.
+  ContentBytes read(Content content, const FileLocation& file, std::string_view format);
+
+  size_t filesRead() const { return filesRead_; }
+  // Writes what isn't in the store yet.
+  void writeStore() { store_.write(true); }
+
+ private:
+  struct Question {
+    ContentKey key;
+    PathForReader path;
+    bool lasting;  // the file's times say for sure what is in it
+  };
+  struct Last {
+    FileState file;
+    ContentBytes bytes;
+  };
+
+  void ask(Content content, const FileLocation& file, std::string_view format, ReaderPool::Turn turn);
+  void take(Content content, ReaderPool::Ticket ticket, ReaderAnswer answer);
+  ContentKey keyOf(Content content, const FileLocation& file);
+  ReaderPool& pool(Content content) { return *pools_[static_cast<size_t>(content)]; }
+  void complainOf(const std::string& path, const std::string& why);
+
+  const std::function<void(const std::string&)> complain_;
+  ContentStore store_;
+  std::array<std::vector<std::string>, 2> programs_;
+  std::array<std::optional<uint64_t>, 2> versions_;  // of the readers
+  std::array<std::unique_ptr<ReaderPool>, 2> pools_;
+  std::map<ContentKey, ReaderPool::Ticket> asked_;
+  std::unordered_map<ReaderPool::Ticket, Question> questions_;
+  std::map<ContentKey, ContentBytes> fresh_;  // answers that nobody has seen
+  std::array<Last, 2> last_;
+  ReaderPool::Ticket nextTicket_ = 0;
+  size_t filesRead_ = 0;
+  size_t complaints_ = 0;
+};
+
+// The process's own.
+ContentReader& contentReader();
+// What it is made with, when it is first asked for: nothing is kept on disk, and complaints go to standard
+// error, unless it is changed before.
+ContentReader::Options& contentReaderOptions();
+
+}  // namespace standin::metadata

@@ -1,0 +1,62 @@
+#include "standin/coreservices/metadata/content_control.h"
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "standin/coreservices/content/content_reader.h"
+#include "standin/coreservices/store/content_store.h"
+
+namespace standin {
+namespace {
+
+using metadata::ContentDatabase;
+
+// Null where there is no database.
+std::unique_ptr<ContentDatabase> databaseIn(const std::string& folder) {
+  const std::string path = metadata::contentDatabaseIn(folder);
+  if (!std::filesystem::exists(path)) return nullptr;
+  return std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
+}
+
+}  // namespace
+
+void setContentOptions(ContentOptions options) {
+  metadata::ContentReader::Options& own = metadata::contentReaderOptions();
+  own.store.folder = std::move(options.folder);
+  if (options.complain) own.complain = std::move(options.complain);
+}
+
+ContentStoreReport contentStoreIn(const std::string& folder) {
+  ContentStoreReport report;
+  report.path = metadata::contentDatabaseIn(folder);
+  report.limit = metadata::ContentStore::Options().limit;
+  if (const auto database = databaseIn(folder)) {
+    const ContentDatabase::Totals totals = database->totals();
+    report.exists = true;
+    report.bytes = totals.bytes;
+    report.files = totals.files;
+    report.reads = totals.reads;
+    report.hits = totals.hits;
+  }
+  return report;
+}
+
+std::vector<std::string> checkContentStore(const std::string& folder) {
+  try {
+    const auto database = databaseIn(folder);
+    return database ? database->check() : std::vector<std::string>();
+  } catch (const metadata::DatabaseError& error) {
+    if (error.kind != metadata::DatabaseError::Damaged) throw;
+    return {error.what()};
+  }
+}
+
+void clearContentStore(const std::string& folder) {
+  if (const auto problem = metadata::removeContentDatabase(folder)) {
+    throw std::runtime_error(metadata::contentDatabaseIn(folder) + ' ' + *problem);
+  }
+}
+
+}  // namespace standin

@@ -1,0 +1,95 @@
+// An SQLite database of what readers said of files: one table, read by file, written in batches.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "standin/coreservices/store/file_state.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace standin::metadata {
+
+struct ContentKey {
+  FileState file;
+  int reader = 0;        // which of the readers of a file's content
+  uint64_t version = 0;  // of that reader
+  auto operator<=>(const ContentKey&) const = default;
+};
+
+struct ContentRow {
+  ContentKey key;
+  std::string bytes;
+};
+
+// What is wrong with a database.
+class DatabaseError : public std::runtime_error {
+ public:
+  enum Kind {
+    Damaged,   // nothing in it can be relied on
+    Busy,      // another process has it for itself
+    Unusable,  // it can't be opened, or not be written: rights, space, the disk
+  };
+  DatabaseError(Kind kind, const std::string& what) : std::runtime_error(what), kind(kind) {}
+  const Kind kind;
+};
+
+// Every call but the destructor may throw DatabaseError.
+class ContentDatabase {
+ public:
+  enum class Access { ReadWrite, ReadOnly };
+
+  // Makes the database where there is none, and empties one of another version of the program. An empty path
+  // means memory.
+  ContentDatabase(const std::string& path, Access access);
+  ~ContentDatabase();
+  ContentDatabase(const ContentDatabase&) = delete;
+  ContentDatabase& operator=(const ContentDatabase&) = delete;
+
+  // Today is what the entry was used last on.
+  std::optional<std::string> find(const ContentKey& key, int64_t today);
+
+  // In one transaction: adds the rows, each in place of the one of the same file and reader; notes what was
+  // used today, how many files were read and how many needn't be; and makes room where there is more than
+  // `limit` bytes.
+  void write(const std::vector<ContentRow>& rows, uint64_t reads, uint64_t hits, uint64_t limit, int64_t today);
+
+  struct Totals {
+    uint64_t files = 0, entries = 0, bytes = 0;  // bytes of the database that are in use
+    uint64_t reads = 0, hits = 0;                // since it was made
+  };
+  Totals totals();
+
+  // What is wrong with it, looked at entry by entry; empty when nothing is.
+  std::vector<std::string> check();
+
+ private:
+  class Statement;
+  struct Used {
+    FileState file;
+    int reader;
+  };
+
+  void fail(int code) const;
+  void run(const char* sql);
+  int64_t number(const char* sql);
+  void prepareTables();
+  void makeRoom(uint64_t limit);
+  static uint32_t checksum(const ContentKey& key, std::string_view bytes);
+
+  struct Close {
+    void operator()(sqlite3* connection) const;
+  };
+  std::unique_ptr<sqlite3, Close> connection_;
+  std::unique_ptr<Statement> find_;
+  std::vector<Used> used_;
+};
+
+}  // namespace standin::metadata
