@@ -49,6 +49,9 @@ uint64_t hashOf(const std::string& text) {
   return hash;
 }
 
+ContentReader* ownReader = nullptr;  // once it is made
+int manyLookups = 0;
+
 ContentStore::Options withComplaints(ContentStore::Options store,
                                      const std::function<void(const std::string&)>& complain) {
   store.complain = complain;
@@ -190,7 +193,19 @@ ContentReader::Options& contentReaderOptions() {
 
 ContentReader& contentReader() {
   static ContentReader reader(contentReaderOptions());
+  if (!ownReader) {
+    ownReader = &reader;
+    reader.setHoldsStill(manyLookups > 0);
+  }
   return reader;
+}
+
+ManyLookups::ManyLookups() {
+  if (manyLookups++ == 0 && ownReader) ownReader->setHoldsStill(true);
+}
+
+ManyLookups::~ManyLookups() {
+  if (--manyLookups == 0 && ownReader) ownReader->setHoldsStill(false);
 }
 
 }  // namespace standin::metadata

@@ -64,6 +64,7 @@ class ContentReader {
   // Known, or asked for and waited for.
   ContentBytes read(Content content, const FileLocation& file, std::string_view format);
 
+  void setHoldsStill(bool holdsStill) { store_.setHoldsStill(holdsStill); }
   size_t filesRead() const { return filesRead_; }
   // Writes what isn't in the store yet.
   void writeStore() { store_.write(true); }
@@ -101,6 +102,16 @@ class ContentReader {
 
 // The process's own.
 ContentReader& contentReader();
+
+// While one is alive, many files are looked up: the process's own reader keeps the store open to that.
+class ManyLookups {
+ public:
+  ManyLookups();
+  ~ManyLookups();
+  ManyLookups(const ManyLookups&) = delete;
+  ManyLookups& operator=(const ManyLookups&) = delete;
+};
+
 // What it is made with, when it is first asked for: nothing is kept on disk, and complaints go to standard
 // error, unless it is changed before.
 ContentReader::Options& contentReaderOptions();

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "standin/coreservices/content/content_reader.h"
 #include "standin/coreservices/disk/paths.h"
 
 namespace standin::metadata {

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "standin/coreservices/content/content_reader.h"
 #include "standin/coreservices/disk/walker.h"
 #include "standin/coreservices/files/file_attributes.h"
 #include "standin/coreservices/language/match.h"
@@ -80,6 +81,7 @@ class Search {
   void add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record);
   ResultStore::Folder stored(OpenFolder& folder);
 
+  const ManyLookups manyLookups_;
   const SearchRequest request_;
   ResultStore& results_;
   const Found onFound_;

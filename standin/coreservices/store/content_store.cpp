@@ -86,6 +86,7 @@ bool ContentStore::openDisk() {
   if (!problem.empty()) throw DatabaseError(DatabaseError::Unusable, problem);
   try {
     disk_ = std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
+    disk_->setHoldsStill(holdsStill_);
     state_ = Disk::Writable;
   } catch (const DatabaseError& error) {
     if (error.kind != DatabaseError::Unusable) throw;
@@ -150,6 +151,11 @@ std::optional<std::string> ContentStore::findInMemory(const ContentKey& key) {
     memory_.reset();
     return {};
   }
+}
+
+void ContentStore::setHoldsStill(bool holdsStill) {
+  holdsStill_ = holdsStill;
+  if (disk_) tryOnDisk(While::Reading, [&] { disk_->setHoldsStill(holdsStill); });
 }
 
 std::optional<std::string> ContentStore::find(const ContentKey& key) {

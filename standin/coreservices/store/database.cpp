@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace standin::metadata {
 namespace {
@@ -179,6 +180,10 @@ uint32_t ContentDatabase::checksum(const ContentKey& key, std::string_view bytes
 
 std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t today) {
   const FileState& file = key.file;
+  if (holdsStill_ && !isReading_) {
+    run("BEGIN");
+    isReading_ = true;
+  }
   find_->bind(file.device, file.inode, key.reader);
   if (!find_->step()) return {};
   const bool isTheSame = find_->number(0) == integer(file.size) && find_->number(1) == integer(file.modified) &&
@@ -196,8 +201,18 @@ std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t 
   return bytes;
 }
 
+void ContentDatabase::endReading() {
+  if (std::exchange(isReading_, false)) run("COMMIT");
+}
+
+void ContentDatabase::setHoldsStill(bool holdsStill) {
+  holdsStill_ = holdsStill;
+  if (!holdsStill) endReading();
+}
+
 void ContentDatabase::write(const std::vector<ContentRow>& rows, uint64_t reads, uint64_t hits, uint64_t limit,
                             int64_t today) {
+  endReading();
   run("BEGIN IMMEDIATE");
   try {
     Statement forget(*this,

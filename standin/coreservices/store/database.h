@@ -56,6 +56,10 @@ class ContentDatabase {
   // Today is what the entry was used last on.
   std::optional<std::string> find(const ContentKey& key, int64_t today);
 
+  // Until it is called with false, or something is written, find() sees the database as it was at the first call
+  // of find(), which is faster; what other processes write has to be kept apart meanwhile.
+  void setHoldsStill(bool holdsStill);
+
   // In one transaction: adds the rows, each in place of the one of the same file and reader; notes what was
   // used today, how many files were read and how many needn't be; and makes room where there is more than
   // `limit` bytes.
@@ -79,6 +83,7 @@ class ContentDatabase {
 
   void fail(int code) const;
   void run(const char* sql);
+  void endReading();
   int64_t number(const char* sql);
   void prepareTables();
   void makeRoom(uint64_t limit);
@@ -90,6 +95,8 @@ class ContentDatabase {
   std::unique_ptr<sqlite3, Close> connection_;
   std::unique_ptr<Statement> find_;
   std::vector<Used> used_;
+  bool holdsStill_ = false;
+  bool isReading_ = false;  // in a transaction
 };
 
 }  // namespace standin::metadata
