@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
@@ -101,11 +102,7 @@ class Find {
 
   int runRows() {
     const auto& keys = options_.keys.empty() ? kDefaultKeys : options_.keys;
-    std::vector<Column> columns;
-    for (const std::string& key : keys) columns.push_back({titleOf(key)});
-    Rows rows = readRows(keys, columns);
-    const size_t shown = rows.size();
-    printRows(columns, std::move(rows));
+    const size_t shown = isatty(STDOUT_FILENO) ? printAsTable(keys) : printAsLines(keys);
     const int64_t all = count();
     summarise((static_cast<int64_t>(shown) < all ? "the first " + std::to_string(shown) + " of " : "") +
                   countText(all),
@@ -113,30 +110,57 @@ class Find {
     return status();
   }
 
-  // A column in which only numbers stand is marked as one.
-  Rows readRows(const std::vector<std::string>& keys, std::vector<Column>& columns) {
-    const host::Value items =
-        options_.limit > 0 ? host::call(query_, "Results", options_.limit) : host::call(query_, "Results");
-    std::vector<host::Value> names(keys.begin(), keys.end());  // made once, not for each result
+  // These two answer how many results were printed. A program that reads along gets each at once; the columns
+  // of a table are as wide as the widest text in them. One in which only numbers stand is marked as one.
+  size_t printAsLines(const std::vector<std::string>& keys) {
+    std::vector<std::string> row(keys.size());
+    const size_t printed = readResults(keys, [&](const std::vector<host::Value>& values) {
+      std::transform(values.begin(), values.end(), row.begin(), joinedText);
+      printRow(row);
+    });
+    finishOutput();
+    return printed;
+  }
+
+  size_t printAsTable(const std::vector<std::string>& keys) {
+    std::vector<Column> columns;
+    for (const std::string& key : keys) columns.push_back({titleOf(key)});
     std::vector<bool> hasOther(keys.size());
     Rows rows;
-    Progress progress;
-    for (const host::Value& item : host::elements(items)) {
-      if (interrupts_.signal() != 0) throw Interrupted();
-      if (item.isNil()) continue;
+    const size_t printed = readResults(keys, [&](const std::vector<host::Value>& values) {
       auto& row = rows.emplace_back();
       for (size_t i = 0; i < keys.size(); ++i) {
-        const host::Value value = host::call(item, "GetAttribute", names[i]);
-        const Form form = formOf(value);
+        const Form form = formOf(values[i]);
         if (form == Form::number) columns[i].number = true;
         if (form != Form::number && form != Form::nothing) hasOther[i] = true;
-        row.push_back(joinedText(value));
+        row.push_back(joinedText(values[i]));
       }
-      progress.show(rows.size(), "results read");
-    }
-    checkExceptions();
+    });
     for (size_t i = 0; i < keys.size(); ++i) columns[i].number = columns[i].number && !hasOther[i];
-    return rows;
+    printRows(columns, std::move(rows));
+    return printed;
+  }
+
+  // Hands over the values of each result, and answers how many results there were.
+  size_t readResults(const std::vector<std::string>& keys,
+                     const std::function<void(const std::vector<host::Value>&)>& take) {
+    const host::Value items =
+        options_.limit > 0 ? host::call(query_, "Results", options_.limit) : host::call(query_, "Results");
+    checkExceptions();
+    const std::vector<host::Value> names(keys.begin(), keys.end());  // made once, not for each result
+    std::vector<host::Value> values(keys.size());
+    size_t read = 0;
+    Progress progress;
+    for (const host::Value& item : host::elements(items)) {
+      if (interrupts_.recentSignal() != 0) throw Interrupted();
+      if (item.isNil()) continue;
+      std::transform(names.begin(), names.end(), values.begin(),
+                     [&](const host::Value& name) { return host::call(item, "GetAttribute", name); });
+      checkExceptions();
+      take(values);
+      progress.show(++read, "results read");
+    }
+    return read;
   }
 
   static void printRows(const std::vector<Column>& columns, Rows rows) {

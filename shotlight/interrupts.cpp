@@ -12,6 +12,8 @@
 namespace shotlight {
 namespace {
 
+constexpr std::chrono::milliseconds kRecent(10);
+
 sigset_t handledSignals() {
   sigset_t set;
   sigemptyset(&set);
@@ -53,6 +55,13 @@ int Interrupts::signal() {
     if (signal_ == 0) signal_ = static_cast<int>(info.ssi_signo);
   }
   return signal_;
+}
+
+int Interrupts::recentSignal() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - asked_ < kRecent) return signal_;
+  asked_ = now;
+  return signal();
 }
 
 void Interrupts::wake(CFFileDescriptorRef descriptor, CFOptionFlags, void* self) {

@@ -3,6 +3,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <chrono>
 #include <csignal>
 
 namespace shotlight {
@@ -18,6 +19,8 @@ class Interrupts {
 
   // The number of the signal that came first, 0 before any. Needs no run of the run loop.
   int signal();
+  // The same, some milliseconds late at the most: for loops that ask often, and would wait for the system.
+  int recentSignal();
 
  private:
   static void wake(CFFileDescriptorRef descriptor, CFOptionFlags types, void* self);
@@ -25,6 +28,7 @@ class Interrupts {
   sigset_t before_;
   int fd_;
   int signal_ = 0;
+  std::chrono::steady_clock::time_point asked_;  // when recentSignal last asked the system
   CFFileDescriptorRef descriptor_;
   CFRunLoopSourceRef source_;
 };

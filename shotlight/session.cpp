@@ -11,6 +11,8 @@ namespace {
 
 namespace host = standin::host;
 
+constexpr size_t kFreedBytesKept = 256 * 1024;
+
 std::string builtPlugin() {
   const auto program = std::filesystem::read_symlink("/proc/self/exe");
   return (program.parent_path().parent_path() / "lib" / "SpotlightZNK.dylib").string();
@@ -29,6 +31,7 @@ standin::PluginFile open(const std::string& file) {
 }  // namespace
 
 Session::Host::Host() {
+  standin::setFreedBytesKept(kFreedBytesKept);
   host::start();
 }
 

@@ -33,10 +33,9 @@ void printAligned(const std::vector<Column>& columns, const std::vector<size_t>&
   print(line + '\n');
 }
 
-void printTabbed(const std::vector<std::string>& row) {
-  std::string line;
-  for (size_t i = 0; i < row.size(); ++i) line += (i > 0 ? "\t" : "") + row[i];
-  print(line + '\n');
+// Whether the text is printed as it is.
+bool isPrintable(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F && c != '\\'; });
 }
 
 }  // namespace
@@ -47,13 +46,30 @@ std::string printable(const std::string& text) {
   return escapeControls(result);
 }
 
+void printRow(const std::vector<std::string>& row) {
+  size_t length = row.size();
+  for (const std::string& text : row) length += text.size();
+  std::string line;
+  line.reserve(length);
+  for (size_t i = 0; i < row.size(); ++i) {
+    if (i > 0) line += '\t';
+    if (isPrintable(row[i])) {
+      line += row[i];
+    } else {
+      line += printable(row[i]);
+    }
+  }
+  line += '\n';
+  print(line);
+}
+
 void printTable(const std::vector<Column>& columns, std::vector<std::vector<std::string>> rows,
                 bool aligned) {
-  for (auto& row : rows) std::transform(row.begin(), row.end(), row.begin(), printable);
   if (!aligned) {
-    for (const auto& row : rows) printTabbed(row);
+    for (const auto& row : rows) printRow(row);
     return;
   }
+  for (auto& row : rows) std::transform(row.begin(), row.end(), row.begin(), printable);
   const auto widths = widthsOf(columns, rows);
   std::vector<std::string> titles;
   for (const Column& column : columns) titles.push_back(column.title);

@@ -15,6 +15,9 @@ struct Column {
 // a backslash doubled, so that the text can be had back.
 std::string printable(const std::string& utf8);
 
+// Prints the row as one line, with tabs between the columns; see printTable.
+void printRow(const std::vector<std::string>& row);
+
 // Prints an aligned table with titles when `aligned`; otherwise one line a row, with tabs between the columns
 // and no titles. Texts are UTF-8, and printed as printable has them. Throws CommandError when standard output
 // takes no more.

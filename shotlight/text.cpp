@@ -34,6 +34,13 @@ Character characterAt(const std::string& text, size_t index) {
   return {byte, 1, byte < 0x80};
 }
 
+// Where the run of ASCII's printable characters ends that starts at `index`.
+size_t endOfPlain(const std::string& text, size_t index) {
+  const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F; };
+  const auto start = text.begin() + static_cast<ptrdiff_t>(index);
+  return static_cast<size_t>(std::find_if_not(start, text.end(), isPlain) - text.begin());
+}
+
 // The second set of control characters, the separators of lines and paragraphs, and what turns the direction.
 bool disturbs(wchar_t code) {
   return (code >= 0x80 && code < 0xA0) || (code >= 0x2028 && code <= 0x202E) ||
@@ -73,6 +80,11 @@ std::string utf8(std::u16string_view units) {
 size_t displayWidth(const std::string& text) {
   size_t width = 0;
   for (size_t i = 0; i < text.size();) {
+    if (const size_t end = endOfPlain(text, i); end > i) {
+      width += end - i;
+      i = end;
+      continue;
+    }
     const Character character = characterAt(text, i);
     width += character.valid ? static_cast<size_t>(std::max(0, wcwidth(character.code))) : 1;
     i += character.length;
@@ -83,6 +95,11 @@ size_t displayWidth(const std::string& text) {
 std::string escapeControls(const std::string& utf8) {
   std::string result;
   for (size_t i = 0; i < utf8.size();) {
+    if (const size_t end = endOfPlain(utf8, i); end > i) {
+      result.append(utf8, i, end - i);
+      i = end;
+      continue;
+    }
     const Character character = characterAt(utf8, i);
     if (character.code == L'\t') {
       result += "\\t";

@@ -47,6 +47,25 @@ std::string dateText(const host::Value& value) {
   return text;
 }
 
+std::string plainText(const host::Value& value, Form form) {
+  switch (form) {
+    case Form::nothing:
+      return "";
+    case Form::boolean:
+      return value.boolean() ? "true" : "false";
+    case Form::number:
+      return numberText(value);
+    case Form::text:
+      return value.kind() == host::Kind::string ? value.text() : host::path(value);
+    case Form::bytes:
+      return hexDigits(value.bytes());
+    case Form::date:
+      return dateText(value);
+    default:
+      return value.describe();
+  }
+}
+
 }  // namespace
 
 Form formOf(const host::Value& value) {
@@ -66,27 +85,13 @@ Form formOf(const host::Value& value) {
 }
 
 std::string plainText(const host::Value& value) {
-  switch (formOf(value)) {
-    case Form::nothing:
-      return "";
-    case Form::boolean:
-      return value.boolean() ? "true" : "false";
-    case Form::number:
-      return numberText(value);
-    case Form::text:
-      return value.kind() == host::Kind::string ? value.text() : host::path(value);
-    case Form::bytes:
-      return hexDigits(value.bytes());
-    case Form::date:
-      return dateText(value);
-    default:
-      return value.describe();
-  }
+  return plainText(value, formOf(value));
 }
 
 std::string joinedText(const host::Value& value) {
   std::string joined;
-  switch (formOf(value)) {
+  const Form form = formOf(value);
+  switch (form) {
     case Form::list:
       for (const host::Value& element : host::elements(value))
         joined += (joined.empty() ? "" : ", ") + joinedText(element);
@@ -96,7 +101,7 @@ std::string joinedText(const host::Value& value) {
         joined += (joined.empty() ? "" : ", ") + joinedText(key) + " = " + joinedText(element);
       return '{' + joined + '}';
     default:
-      return plainText(value);
+      return plainText(value, form);
   }
 }
 

@@ -19,10 +19,9 @@ struct Plan {
 
 // Function-local so that libraries may use the gate from their own initialisers.
 struct State {
-  int depth = 0;
-  const char* outermost = nullptr;
   bool logging = false;
   bool detailed = false;
+  bool counting = false;
   std::vector<std::string> log;
   std::unordered_map<const char*, int> counts;  // by the names' addresses: the same name may have several
   std::map<std::string, long, std::less<>> ledger;
@@ -42,59 +41,61 @@ bool takesFailure(State& s, const char* name) {
   return true;
 }
 
+constinit size_t keptBytes = 16 << 20;
+
+void updateWatched() {
+  const State& s = state();
+  gateState.watched = s.logging || s.counting || s.plan.remaining > 0;
+}
+
 void setPlan(Plan plan) {
   state().plan = std::move(plan);
   state().fired = 0;
+  updateWatched();
+}
+
+void restore(const GateState& before) {
+  gateState.depth = before.depth;
+  gateState.outermost = before.outermost;
 }
 
 }  // namespace
 
-Gate::Gate(const char* name) : fails_(false) {
-  State& s = state();
-  if (s.depth > 0) {
-    ++s.depth;
-    return;
-  }
-  ++s.counts[name];
-  if (s.logging) s.log.emplace_back(name);
-  fails_ = takesFailure(s, name);
-  if (fails_ && s.plan.throws) throw PlannedException();
-  s.depth = 1;
-  s.outermost = name;
-}
+constinit GateState gateState{};
 
-Gate::~Gate() {
-  if (--state().depth == 0) state().outermost = nullptr;
+bool Gate::takeWatchedCall(const char* name) {
+  State& s = state();
+  if (s.counting) ++s.counts[name];
+  if (s.logging) s.log.emplace_back(name);
+  const bool fails = takesFailure(s, name);
+  if (fails && s.plan.throws) throw PlannedException();
+  return fails;
 }
 
 void Gate::detail(const char* what) {
+  if (gateState.depth != 1 || !gateState.watched) return;
   State& s = state();
-  if (s.depth == 1 && s.logging && s.detailed) s.log.back().append(" ").append(what);
-}
-
-Callout::Callout() : depth_(state().depth), outermost_(state().outermost) {
-  state().depth = 0;
+  if (s.logging && s.detailed) s.log.back().append(" ").append(what);
 }
 
 Callout::~Callout() {
-  state().depth = depth_;
-  state().outermost = outermost_;
+  restore(before_);
 }
 
-Inside::Inside(const char* name) : depth_(state().depth), outermost_(state().outermost) {
-  state().depth = 1;
-  state().outermost = name;
+Inside::Inside(const char* name) : before_(gateState) {
+  gateState.depth = 1;
+  gateState.outermost = name;
 }
 
 Inside::~Inside() {
-  state().depth = depth_;
-  state().outermost = outermost_;
+  restore(before_);
 }
 
 void startLog() {
   state().log.clear();
   state().logging = true;
   state().detailed = false;
+  updateWatched();
 }
 
 void startDetailedLog() {
@@ -104,6 +105,7 @@ void startDetailedLog() {
 
 std::vector<std::string> stopLog() {
   state().logging = false;
+  updateWatched();
   return std::exchange(state().log, {});
 }
 
@@ -121,6 +123,7 @@ void failCall(int nth) {
 
 void clearFailures() {
   state().plan = {};
+  updateWatched();
 }
 
 void throwFromCall(const char* name, int nth) {
@@ -131,7 +134,14 @@ int failuresFired() {
   return state().fired;
 }
 
+void countCalls() {
+  state().counts.clear();
+  state().counting = true;
+  updateWatched();
+}
+
 int callCount(const char* name) {
+  if (!state().counting) die("callCount", "calls are not counted; call countCalls() first");
   int calls = 0;
   for (const auto& [known, count] : state().counts) {
     if (std::strcmp(known, name) == 0) calls += count;
@@ -139,8 +149,12 @@ int callCount(const char* name) {
   return calls;
 }
 
-void resetCallCounts() {
-  state().counts.clear();
+void setFreedBytesKept(size_t bytes) {
+  keptBytes = bytes;
+}
+
+size_t freedBytesKept() {
+  return keptBytes;
 }
 
 void die(const char* call, const std::string& what) {
@@ -149,7 +163,7 @@ void die(const char* call, const std::string& what) {
 }
 
 const char* currentCall() {
-  return state().outermost ? state().outermost : "(no call)";
+  return gateState.outermost ? gateState.outermost : "(no call)";
 }
 
 long& ledgerLine(const char* kind) {

@@ -23,12 +23,29 @@ namespace standin {
 // passes through the plug-in like this.
 struct STANDIN_API PlannedException {};
 
+// What every call looks at. Nearly all calls are those of one stand-in to another, or nobody watches: so the
+// gate opens and closes in place, and only a watched call goes to the log, the counts and the plan.
+struct GateState {
+  int depth;              // of open gates
+  const char* outermost;  // the name of the first of them; null when none is open
+  bool watched;           // calls are logged or counted, or a failure is planned
+};
+extern STANDIN_API GateState gateState;
+
 class STANDIN_API Gate {
  public:
   // `name` must live as long as the process: `__func__` of a C function, or a string literal. Throws a
   // PlannedException when this call was chosen to throw.
-  explicit Gate(const char* name);
-  ~Gate();
+  explicit Gate(const char* name) : fails_(false) {
+    if (gateState.depth == 0) {
+      if (gateState.watched) fails_ = takeWatchedCall(name);
+      gateState.outermost = name;
+    }
+    ++gateState.depth;
+  }
+  ~Gate() {
+    if (--gateState.depth == 0) gateState.outermost = nullptr;
+  }
   Gate(const Gate&) = delete;
   Gate& operator=(const Gate&) = delete;
 
@@ -40,19 +57,20 @@ class STANDIN_API Gate {
   void detail(const char* what);
 
  private:
+  static bool takeWatchedCall(const char* name);
+
   bool fails_;
 };
 
 class STANDIN_API Callout {
  public:
-  Callout();
+  Callout() : before_(gateState) { gateState.depth = 0; }
   ~Callout();
   Callout(const Callout&) = delete;
   Callout& operator=(const Callout&) = delete;
 
  private:
-  int depth_;
-  const char* outermost_;
+  const GateState before_;
 };
 
 // The opposite: a stand-in that runs without having been called (when a run loop or a timer calls it back)
@@ -66,8 +84,7 @@ class STANDIN_API Inside {
   Inside& operator=(const Inside&) = delete;
 
  private:
-  int depth_;
-  const char* outermost_;
+  const GateState before_;
 };
 
 // The log: names of the calls in order. Off at first; while it is off nothing is stored.
@@ -84,9 +101,10 @@ STANDIN_API void throwFromCall(const char* name, int nth);  // the nth call of t
 STANDIN_API void clearFailures();
 STANDIN_API int failuresFired();  // how many calls were made to fail since the last plan was set
 
-// Counts of calls by name since the process started or the counts were reset.
+// Counts of calls by name, from 0 on since countCalls; before it, nothing is counted, and asking for a count
+// ends the process.
+STANDIN_API void countCalls();
 STANDIN_API int callCount(const char* name);
-STANDIN_API void resetCallCounts();
 
 // Ends the process with "standin: CALL: WHAT" on standard error: a misuse that the original would punish with
 // a crash or, worse, with silence.
@@ -94,6 +112,12 @@ STANDIN_API void resetCallCounts();
 
 // The call of the outermost open gate, for messages; "(no call)" when none is open.
 STANDIN_API const char* currentCall();
+
+// Each library of stand-ins keeps freed objects for a while, so that a late use of one is recognised. So many
+// bytes of them at the most: 16 MB at first. A program that runs for its results, and not to find misuse,
+// needs less: its memory then stays in the processor's caches.
+STANDIN_API void setFreedBytesKept(size_t bytes);
+STANDIN_API size_t freedBytesKept();
 
 // The ledger: what is alive, by kind ("CFString", "host object", "host string lock", ...).
 // The reference stays good for the life of the process, so a library looks its line up once and keeps it.

@@ -18,11 +18,13 @@
 // program/, entry/.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -123,30 +125,33 @@ class CallError : public std::logic_error {
 Value newInstance(std::string_view className);
 // New: an instance on which the fitting Constructor was called. Without arguments and without a Constructor
 // that takes none it is the bare instance.
-Value constructWith(std::string_view className, const std::vector<Value>& arguments);
+Value constructWith(std::string_view className, std::span<const Value> arguments);
 // Methods are found by name (letter case does not matter) and arguments, among the object's class's methods;
 // values that the declaration gives to missing arguments are filled in. A result "as variant" comes as the
 // value inside. When the plug-in raised an exception the result is what it returned, and takeExceptions()
 // tells.
-Value callWith(const Value& object, std::string_view name, const std::vector<Value>& arguments);
-Value callSharedWith(std::string_view className, std::string_view name, const std::vector<Value>& arguments);
-Value callGlobalWith(std::string_view name, const std::vector<Value>& arguments);
+Value callWith(const Value& object, std::string_view name, std::span<const Value> arguments);
+Value callSharedWith(std::string_view className, std::string_view name, std::span<const Value> arguments);
+Value callGlobalWith(std::string_view name, std::span<const Value> arguments);
+
+template <class... Arguments>
+using Values = std::array<Value, sizeof...(Arguments)>;
 
 template <class... Arguments>
 Value construct(std::string_view className, Arguments&&... arguments) {
-  return constructWith(className, {Value(std::forward<Arguments>(arguments))...});
+  return constructWith(className, Values<Arguments...>{Value(std::forward<Arguments>(arguments))...});
 }
 template <class... Arguments>
 Value call(const Value& object, std::string_view name, Arguments&&... arguments) {
-  return callWith(object, name, {Value(std::forward<Arguments>(arguments))...});
+  return callWith(object, name, Values<Arguments...>{Value(std::forward<Arguments>(arguments))...});
 }
 template <class... Arguments>
 Value callShared(std::string_view className, std::string_view name, Arguments&&... arguments) {
-  return callSharedWith(className, name, {Value(std::forward<Arguments>(arguments))...});
+  return callSharedWith(className, name, Values<Arguments...>{Value(std::forward<Arguments>(arguments))...});
 }
 template <class... Arguments>
 Value callGlobal(std::string_view name, Arguments&&... arguments) {
-  return callGlobalWith(name, {Value(std::forward<Arguments>(arguments))...});
+  return callGlobalWith(name, Values<Arguments...>{Value(std::forward<Arguments>(arguments))...});
 }
 
 // Properties: fields, properties with functions, and methods without parameters.

@@ -10,6 +10,7 @@ namespace standin::host {
 
 struct StringRecord;  // what a host string's handle points at
 struct ObjectBlock;   // what a host object's handle points at
+class Counted;        // what stands behind either; see things/
 using StringHandle = StringRecord*;
 using ObjectHandle = ObjectBlock*;
 
@@ -18,19 +19,23 @@ class Ref {
  public:
   Ref() = default;
   static Ref adopt(void* handle);  // takes over a reference of the host's side
+  static Ref adopt(Counted& thing);
   static Ref share(void* handle);  // makes one
+  static Ref share(Counted& thing);
   Ref(const Ref& other);
-  Ref(Ref&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+  Ref(Ref&& other) noexcept : thing_(std::exchange(other.thing_, nullptr)) {}
   Ref& operator=(Ref other) noexcept;
   ~Ref();
 
-  void* get() const { return handle_; }
-  void* leak() { return std::exchange(handle_, nullptr); }
-  StringHandle string() const { return static_cast<StringHandle>(handle_); }
-  ObjectHandle object() const { return static_cast<ObjectHandle>(handle_); }
+  bool isNull() const { return !thing_; }
+  void* get() const;  // the handle
+  Counted* thing() const { return thing_; }
+  Counted* leak() { return std::exchange(thing_, nullptr); }  // gives the reference away
+  StringHandle string() const { return static_cast<StringHandle>(get()); }
+  ObjectHandle object() const { return static_cast<ObjectHandle>(get()); }
 
  private:
-  void* handle_ = nullptr;
+  Counted* thing_ = nullptr;
 };
 
 enum class Kind { nil, boolean, int32, uint32, int64, single, number, color, string, object, array };
@@ -60,7 +65,7 @@ class Value {
 
   Kind kind() const { return kind_; }
   // Nil, or a string or object whose handle is null.
-  bool isNil() const { return isReference() ? !reference_.get() : kind_ == Kind::nil; }
+  bool isNil() const { return isReference() ? reference_.isNull() : kind_ == Kind::nil; }
   bool isReference() const { return kind_ >= Kind::string; }
   bool boolean() const;
   int64_t integer() const;    // of any whole kind, and of colours

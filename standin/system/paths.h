@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,7 +28,10 @@ inline bool isFolder(const std::string& path) {
 
 // The folder that an absolute path, without a slash at its end, lies in; of "/" the path itself.
 inline std::string parentPath(const std::string& path) {
-  return path.substr(0, std::max<size_t>(path.rfind('/'), 1));
+  const void* const slash = ::memrchr(path.data(), '/', path.size());
+  const size_t length =
+      slash ? static_cast<size_t>(static_cast<const char*>(slash) - path.data()) : path.size();
+  return path.substr(0, std::max<size_t>(length, 1));
 }
 
 }  // namespace standin

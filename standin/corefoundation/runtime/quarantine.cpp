@@ -5,16 +5,22 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "standin/gate/gate.h"
+
 namespace cf {
 namespace {
 
 constexpr size_t kMaxObjects = 64 * 1024;
-constexpr size_t kMaxBytes = 16 * 1024 * 1024;
 constexpr uintptr_t kFreedMark = 1;
 constexpr int kWipe = 0xDD;
 
+struct Kept {
+  void* block;
+  size_t size;
+};
+
 struct Ring {
-  void* blocks[kMaxObjects];
+  Kept blocks[kMaxObjects];
   size_t oldest;
   size_t count;
   size_t bytes;
@@ -22,10 +28,10 @@ struct Ring {
 constinit Ring ring{};
 
 void giveBackOldest() {
-  void* const block = ring.blocks[ring.oldest];
+  const auto [block, size] = ring.blocks[ring.oldest];
   ring.oldest = (ring.oldest + 1) % kMaxObjects;
   --ring.count;
-  ring.bytes -= malloc_usable_size(block);
+  ring.bytes -= size;
   // The block may serve a new object next: the mark must not survive in a block that nobody owns.
   std::memset(block, 0, sizeof(Header));
   std::free(block);
@@ -38,8 +44,9 @@ void quarantine(Header* object) {
   std::memset(object + 1, kWipe, size - sizeof(Header));
   object->isa = reinterpret_cast<ClassEntry*>(reinterpret_cast<uintptr_t>(object->isa) | kFreedMark);
   object->count = 0;
-  while (ring.count == kMaxObjects || (ring.count > 0 && ring.bytes + size > kMaxBytes)) giveBackOldest();
-  ring.blocks[(ring.oldest + ring.count) % kMaxObjects] = object;
+  while (ring.count == kMaxObjects || (ring.count > 0 && ring.bytes + size > standin::freedBytesKept()))
+    giveBackOldest();
+  ring.blocks[(ring.oldest + ring.count) % kMaxObjects] = {object, size};
   ++ring.count;
   ring.bytes += size;
 }

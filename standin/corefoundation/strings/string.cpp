@@ -59,8 +59,14 @@ const CFRuntimeClass kStringClass = {
     .className = "CFString", .finalize = finalizeString, .equal = equalStrings, .hash = hashString};
 
 bool isASCII(const void* bytes, size_t length) {
-  const unsigned char* const p = static_cast<const unsigned char*>(bytes);
-  return std::none_of(p, p + length, [](unsigned char c) { return c >= 0x80; });
+  // Several bytes at once, the rest one by one.
+  const char* p = static_cast<const char*>(bytes);
+  const char* const end = p + length;
+  for (uint64_t some = 0; static_cast<size_t>(end - p) >= sizeof some; p += sizeof some) {
+    std::memcpy(&some, p, sizeof some);
+    if ((some & 0x8080808080808080) != 0) return false;
+  }
+  return std::none_of(p, end, [](char c) { return (c & 0x80) != 0; });
 }
 
 bool isASCII(const UniChar* units, size_t length) {

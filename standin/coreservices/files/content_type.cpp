@@ -341,15 +341,18 @@ const ContentType* contentTypeOfName(std::string_view name, Node node) {
   if (dot == std::string_view::npos || dot == 0) return nullptr;  // ".profile" has no extension
   const ContentType* const type = find(index, lowerCase(name.substr(dot + 1)));
   if (!type) return nullptr;
-  const auto tree = contentTypeTree(*type);
+  const auto& tree = contentTypeTree(*type);
   const bool isOfFolders = std::ranges::find(tree, "public.directory") != tree.end();
   return isOfFolders == (node == Node::Folder) ? type : nullptr;
 }
 
-std::vector<std::string_view> contentTypeTree(const ContentType& type) {
-  std::vector<std::string_view> tree;
-  appendBackwards(type, tree);
-  std::ranges::reverse(tree);
+const std::vector<std::string_view>& contentTypeTree(const ContentType& type) {
+  static std::vector<std::string_view> trees[std::size(kTypes)];  // made when they are asked for
+  std::vector<std::string_view>& tree = trees[&type - kTypes];
+  if (tree.empty()) {
+    appendBackwards(type, tree);
+    std::ranges::reverse(tree);
+  }
   return tree;
 }
 

@@ -36,7 +36,7 @@ constexpr size_t kSignatureLength = 1024;
 const ContentType* contentTypeOfBytes(std::string_view bytes);
 
 // The type and all that it conforms to, each once, every one before all those that it conforms to itself.
-std::vector<std::string_view> contentTypeTree(const ContentType& type);
+const std::vector<std::string_view>& contentTypeTree(const ContentType& type);
 
 // What the text of a file of this type is read by. Plain text is what the file holds as it stands, if that is
 // text at all; also where the type isn't known, as of a README or a script that may be run. Of other types

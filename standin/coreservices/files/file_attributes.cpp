@@ -5,6 +5,8 @@
 #include <limits.h>
 #include <unistd.h>
 
+#include <cstring>
+
 #include "standin/coreservices/attributes/dates.h"
 #include "standin/coreservices/attributes/schema.h"
 #include "standin/system/paths.h"
@@ -36,7 +38,8 @@ bool isFolder(const struct statx& info) {
 }
 
 const char* nameIn(const std::string& path) {
-  return path.c_str() + path.rfind('/') + 1;
+  const void* const slash = ::memrchr(path.c_str(), '/', path.size());
+  return slash ? static_cast<const char*>(slash) + 1 : path.c_str();
 }
 
 // Longer than the system takes in one call.
@@ -82,6 +85,7 @@ bool FileRecord::exists() {
 }
 
 std::string_view FileRecord::path() {
+  if (*pathFromFolder_ == '/') return pathFromFolder_;
   if (path_.empty()) {
     path_ = folderPath_;
     if (*name_ && path_.back() != '/') path_ += '/';
@@ -218,7 +222,7 @@ bool FileRecord::askForMissing() {
 }
 
 FileByPath::FileByPath(const std::string& path, Reading reading)
-    : folderPath_(parentPath(path)),
+    : folderPath_(isLong(path) ? parentPath(path) : std::string()),
       folder_(isLong(path) ? openLongPath(folderPath_) : Descriptor()),
       record_(isLong(path) ? folder_.get() : AT_FDCWD, folderPath_, nameIn(path),
               isLong(path) ? nameIn(path) : path.c_str(), reading) {}

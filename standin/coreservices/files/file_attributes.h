@@ -23,7 +23,7 @@ namespace standin::metadata {
 class FileRecord : public AttributeSource {
  public:
   // The entry `name` of the folder at `folderPath`; `pathFromFolder` leads to it from the folder that is
-  // open as `folder`.
+  // open as `folder`. Where that is an absolute path, neither folder is used.
   FileRecord(int folder, const std::string& folderPath, const char* name, const char* pathFromFolder,
              Reading reading = Reading::Now);
 
@@ -72,8 +72,8 @@ class FileByPath {
   FileRecord& record() { return record_; }
 
  private:
-  const std::string folderPath_;
-  const Descriptor folder_;  // empty where the path is short enough to be used whole
+  const std::string folderPath_;  // empty, as is the next, where the path is short enough to be used whole
+  const Descriptor folder_;
   FileRecord record_;
 };
 

@@ -130,6 +130,10 @@ Match matchPart(const Expression& expression, AttributeSource& source, std::vect
 
 Match match(const Expression& expression, AttributeSource& source) {
   std::vector<Value> values;
+  return match(expression, source, values);
+}
+
+Match match(const Expression& expression, AttributeSource& source, std::vector<Value>& values) {
   return matchPart(expression, source, values);
 }
 

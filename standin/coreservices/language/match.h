@@ -1,6 +1,8 @@
 // Whether something with attributes is what an expression describes.
 #pragma once
 
+#include <vector>
+
 #include "standin/coreservices/attributes/attribute_source.h"
 #include "standin/coreservices/language/expression.h"
 
@@ -16,5 +18,7 @@ namespace standin::metadata {
 // Unknown where it depends on an attribute whose values the source doesn't know yet.
 enum class Match { No, Yes, Unknown };
 Match match(const Expression& expression, AttributeSource& source);
+// The same for who matches many: `values` is memory to work with, whatever is in it.
+Match match(const Expression& expression, AttributeSource& source, std::vector<Value>& values);
 
 }  // namespace standin::metadata

@@ -215,6 +215,33 @@ class Reading {
   char32_t last_ = 0;  // that isn't a mark
 };
 
+// ASCII text, of which each character folds to itself or to its small letter, against a pattern of no matter
+// what. Only the last run needs to take more where the rest doesn't fit: an earlier one that took more would
+// leave less to it. So the time is bounded by pattern times text here, too.
+bool matchesAscii(const std::vector<PatternElement>& elements, std::string_view text, bool ignoreCase) {
+  constexpr size_t kNoRun = SIZE_MAX;
+  size_t next = 0, afterRun = kNoRun, runEnd = 0;
+  for (size_t at = 0; at < text.size();) {
+    const auto* const element = next < elements.size() ? &elements[next] : nullptr;
+    const char character = ignoreCase ? lowerAscii(text[at]) : text[at];
+    if (element && element->kind == PatternElement::AnyRun) {
+      afterRun = ++next;
+      runEnd = at;
+    } else if (element && (element->kind == PatternElement::AnyOne ||
+                           element->character == static_cast<char32_t>(character))) {
+      ++next;
+      ++at;
+    } else if (afterRun != kNoRun) {
+      next = afterRun;
+      at = ++runEnd;
+    } else {
+      return false;
+    }
+  }
+  return std::all_of(elements.begin() + static_cast<ptrdiff_t>(next), elements.end(),
+                     [](const PatternElement& element) { return element.kind == PatternElement::AnyRun; });
+}
+
 bool equalLiterals(const std::vector<PatternElement>& elements, std::u32string_view text) {
   return elements.size() == text.size() && std::equal(elements.begin(), elements.end(), text.begin(),
                                                       [](const PatternElement& element, char32_t character) {
@@ -247,18 +274,10 @@ TextPattern::TextPattern(const std::vector<PatternElement>& elements, TextOption
   endRun();
   const auto isLiteral = [](const PatternElement& e) { return e.kind == PatternElement::Literal; };
   literal_ = !options.wholeWords && std::all_of(elements_.begin(), elements_.end(), isLiteral);
-  ascii_ = literal_ && std::all_of(elements_.begin(), elements_.end(),
-                                   [](const PatternElement& e) { return e.character < 0x80; });
-  if (!ascii_) return;
-  for (const PatternElement& element : elements_) asciiLiteral_ += static_cast<char>(element.character);
 }
 
 bool TextPattern::matches(std::string_view bytes) const {
-  if (ascii_ && isAscii(bytes)) {
-    if (!options_.ignoreCase) return bytes == asciiLiteral_;
-    return std::equal(bytes.begin(), bytes.end(), asciiLiteral_.begin(), asciiLiteral_.end(),
-                      [](char text, char pattern) { return lowerAscii(text) == pattern; });
-  }
+  if (!options_.wholeWords && isAscii(bytes)) return matchesAscii(elements_, bytes, options_.ignoreCase);
   if (literal_) return equalLiterals(elements_, fold(readableText(bytes), options_));
   return Reading(elements_, options_).matches(bytes);
 }

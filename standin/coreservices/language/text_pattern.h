@@ -7,7 +7,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -39,10 +38,8 @@ class TextPattern {
 
  private:
   std::vector<PatternElement> elements_;  // literal runs folded
-  std::string asciiLiteral_;              // the whole pattern, when it is ASCII without wildcards
   TextOptions options_;
-  bool literal_ = false;
-  bool ascii_ = false;
+  bool literal_ = false;  // neither wildcards nor wholeWords
 };
 
 }  // namespace standin::metadata

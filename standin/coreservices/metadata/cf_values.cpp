@@ -63,6 +63,8 @@ CFArrayRef copyOf(CFArrayRef array) {
 }
 
 FileAttribute attributeNamed(CFStringRef key) {
+  if (const char* const ascii = CFStringGetCStringPtr(key, kCFStringEncodingASCII))
+    return fileAttributeNamed({ascii, static_cast<size_t>(CFStringGetLength(key))});
   char text[64];
   const bool isAsciiText = CFStringGetCString(key, text, sizeof text, kCFStringEncodingASCII);
   return isAsciiText ? fileAttributeNamed(text) : FileAttribute::None;

@@ -45,13 +45,13 @@ Search::~Search() {
 }
 
 // Of results, all that will be asked must be known, too.
-Match Search::matchOf(FileRecord& record) const {
-  const Match match = standin::metadata::match(*request_.expression, record);
+Match Search::matchOf(FileRecord& record) {
+  const Match match = standin::metadata::match(*request_.expression, record, values_);
   if (match != Match::Yes) return match;
-  std::vector<Value> values;
+  values_.clear();
   bool areKnown = true;
   for (const FileAttribute attribute : request_.alsoRead) {
-    areKnown = record.values(attribute, values) && areKnown;
+    areKnown = record.values(attribute, values_) && areKnown;
   }
   return areKnown ? match : Match::Unknown;
 }

@@ -76,7 +76,7 @@ class Search {
   bool nextFolder();
   bool walkOn();
   void look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder, const char* name);
-  Match matchOf(FileRecord& record) const;
+  Match matchOf(FileRecord& record);
   void settleFirst(std::chrono::milliseconds patience);
   void add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record);
   ResultStore::Folder stored(OpenFolder& folder);
@@ -92,6 +92,7 @@ class Search {
   std::vector<FileId> excluded_;
   std::unique_ptr<Collector> collector_;
   std::unique_ptr<Walk> walk_;
+  std::vector<Value> values_;  // memory for matching
   bool walked_ = false;
   std::deque<Waiting> waiting_;  // in the order of the walk
   size_t undecided_ = 0;         // of them

@@ -11,7 +11,7 @@ namespace entry {
 
 void* GetEventInstance(ObjectHandle handle, uint32_t index) {
   const Gate gate(__func__);
-  const auto* const object = dynamic_cast<const HostObject*>(&objectThingAt(handle));
+  const auto* const object = asKind<HostObject>(objectThingAt(handle));
   if (!object) die(__func__, "the " + objectThingAt(handle).describe() + " has no events");
   for (const Event& event : object->cls.events) {
     if (event.index != index) continue;

@@ -15,7 +15,7 @@ namespace entry {
 
 void RuntimeRaiseException(ObjectHandle handle) {
   const Gate gate(__func__);
-  const auto* const object = dynamic_cast<const HostObject*>(&objectThingAt(handle));
+  const auto* const object = asKind<HostObject>(objectThingAt(handle));
   const Class* const base = runtime().classes.find("RuntimeException");
   if (!object || !object->cls.isOrDerivesFrom(*base)) {
     die(__func__, "the " + objectThingAt(handle).describe() + " is no exception");

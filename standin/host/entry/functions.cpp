@@ -66,7 +66,7 @@ void* REALLoadGlobalMethod(ObjectHandle object, const char* declaration) {
 void* REALLoadObjectMethod(ObjectHandle handle, const char* declaration) {
   const Gate gate(__func__);
   if (!declaration) die(__func__, "a null declaration");
-  auto* const object = dynamic_cast<HostObject*>(&objectThingAt(handle));
+  auto* const object = asKind<HostObject>(objectThingAt(handle));
   if (gate.fails() || !object || settings().unloadableMethods.count(declaration) != 0) return nullptr;
   if (void* const own = ownMethod(*object, declaration)) return own;
   Declaration wanted;

@@ -28,7 +28,7 @@ bool RuntimeObjectIsa(ObjectHandle object, const ClassReference* reference) {
   const Gate gate(__func__);
   const Class* const wanted = runtime().classes.find(reference);
   if (!wanted) die(__func__, "the second argument is no class reference of this host");
-  const auto* const instance = dynamic_cast<const HostObject*>(&objectThingAt(object));
+  const auto* const instance = asKind<HostObject>(objectThingAt(object));
   return !gate.fails() && instance && instance->cls.isOrDerivesFrom(*wanted);
 }
 

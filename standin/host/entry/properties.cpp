@@ -36,7 +36,7 @@ bool isAskedType(const Type& type, Asked asked) {
 // The property, when the object has one of that name and type.
 const Property* askedProperty(ObjectHandle handle, const char* name, Asked asked, HostObject*& object) {
   if (!name) die(currentCall(), "a null property name");
-  object = dynamic_cast<HostObject*>(&objectThingAt(handle));
+  object = asKind<HostObject>(objectThingAt(handle));
   if (!object) return nullptr;
   const Property* const property = findProperty(object->cls, name);
   return property && isAskedType(property->type, asked) ? property : nullptr;

@@ -211,8 +211,8 @@ void checkDeclaredOnce(const Class& cls) {
   const auto check = [](const std::vector<Method>& methods) {
     for (size_t i = 0; i < methods.size(); ++i) {
       for (size_t j = 0; j < i; ++j) {
-        require(!sameSignature(methods[i].declaration, methods[j].declaration),
-                methods[i].text + ": declared twice");
+        if (sameSignature(methods[i].declaration, methods[j].declaration))
+          require(false, methods[i].text + ": declared twice");
       }
     }
   };

@@ -83,6 +83,10 @@ const void* REALGetStringCFString(StringHandle string, bool external) {
   if (external) die(__func__, "the second argument must be false");
   const HostString& read = stringAt(string);
   if (gate.fails()) return nullptr;
+  if (isAsciiText(read.bytes, read.encoding)) {
+    return CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(read.bytes.data()),
+                                   static_cast<CFIndex>(read.bytes.size()), kCFStringEncodingASCII, false);
+  }
   // Made of the host's own UTF-16, so that both sides take the bytes for the same text.
   const auto units = convert(read.bytes, read.encoding, kEncodingUtf16);
   if (!units) return nullptr;

@@ -18,7 +18,7 @@ namespace {
 // fail.
 const Value& contentOf(const Gate& gate, ObjectHandle handle) {
   static const Value nothing;
-  const auto* const variant = dynamic_cast<const HostVariant*>(&objectThingAt(handle));
+  const auto* const variant = asKind<HostVariant>(objectThingAt(handle));
   return variant && !gate.fails() ? variant->value : nothing;
 }
 

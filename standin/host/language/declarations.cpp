@@ -27,6 +27,10 @@ bool isNameStart(char c) {
   return std::isalpha(static_cast<unsigned char>(c)) || c == '_';
 }
 
+char lowerCase(char c) {
+  return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+}
+
 bool isNamePart(char c) {
   return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
 }
@@ -261,13 +265,13 @@ std::string parseName(std::string_view text) {
 
 std::string lower(std::string_view text) {
   std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  std::transform(result.begin(), result.end(), result.begin(), lowerCase);
   return result;
 }
 
-bool sameName(std::string_view one, std::string_view other) {
-  return one.size() == other.size() && lower(one) == lower(other);
+bool sameLetters(const char* one, const char* other, size_t length) {
+  return std::equal(one, one + length, other,
+                    [](char a, char b) { return a == b || lowerCase(a) == lowerCase(b); });
 }
 
 bool sameSignature(const Declaration& one, const Declaration& other) {

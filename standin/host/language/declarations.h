@@ -88,7 +88,10 @@ Type parseType(std::string_view text);
 std::string parseName(std::string_view text);
 
 std::string lower(std::string_view text);
-bool sameName(std::string_view one, std::string_view other);
+bool sameLetters(const char* one, const char* other, size_t length);  // whatever their case
+inline bool sameName(std::string_view one, std::string_view other) {
+  return one.size() == other.size() && sameLetters(one.data(), other.data(), one.size());
+}
 // Same name, parameter types and result, so that a call of one is a call of the other.
 bool sameSignature(const Declaration& one, const Declaration& other);
 std::string describe(const Type& type);

@@ -165,6 +165,20 @@ Characters decodeUtf32(std::string_view bytes) {
   return text;
 }
 
+// Whether a byte below 0x80 is a character of ASCII, and each of those is that byte.
+bool extendsAscii(uint32_t encoding) {
+  switch (encoding) {
+    case kEncodingMacRoman:
+    case kEncodingUnknown:
+    case kEncodingWindowsLatin1:
+    case kEncodingAscii:
+    case kEncodingUtf8:
+      return true;
+    default:
+      return false;
+  }
+}
+
 Characters decode(std::string_view bytes, uint32_t encoding) {
   switch (encoding) {
     case kEncodingMacRoman:
@@ -206,7 +220,21 @@ Bytes encode(const std::u32string& text, uint32_t encoding) {
 
 }  // namespace
 
+bool isAsciiText(std::string_view bytes, uint32_t encoding) {
+  if (!extendsAscii(encoding)) return false;
+  // Several bytes at once, the rest one by one.
+  size_t i = 0;
+  for (uint64_t some = 0; i + sizeof some <= bytes.size(); i += sizeof some) {
+    std::memcpy(&some, bytes.data() + i, sizeof some);
+    if ((some & 0x8080808080808080) != 0) return false;
+  }
+  const auto rest = bytes.substr(i);
+  return std::none_of(rest.begin(), rest.end(), [](char byte) { return (byte & 0x80) != 0; });
+}
+
 std::optional<std::string> convert(std::string_view bytes, uint32_t from, uint32_t to) {
+  // Nearly all text is ASCII, which most encodings write alike.
+  if (to != kEncodingUnknown && extendsAscii(to) && isAsciiText(bytes, from)) return std::string(bytes);
   const auto text = decode(bytes, from);
   return text ? encode(*text, to) : std::nullopt;
 }

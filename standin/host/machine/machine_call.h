@@ -7,13 +7,33 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <stdexcept>
 #include <utility>
-#include <vector>
 
 namespace standin::host {
 
-using Words = std::vector<uint32_t>;
+constexpr size_t kMostWords = 16;
+
+// The words of a call's arguments. They are made for every call, so they need no memory of their own.
+class Words {
+ public:
+  Words() = default;
+  Words(std::initializer_list<uint32_t> words) {
+    for (const uint32_t word : words) push_back(word);
+  }
+
+  void push_back(uint32_t word) {
+    if (size_ == kMostWords) throw std::logic_error("a call with more than 16 words of arguments");
+    words_[size_++] = word;
+  }
+  size_t size() const { return size_; }
+  const uint32_t* data() const { return words_.data(); }
+
+ private:
+  std::array<uint32_t, kMostWords> words_;  // the first size_ of them have a value
+  size_t size_ = 0;
+};
 
 inline uint32_t wordOf(const void* address) {
   return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(address));
@@ -22,8 +42,6 @@ inline uint32_t wordOf(const void* address) {
 inline void* addressIn(uint32_t word) {
   return reinterpret_cast<void*>(static_cast<uintptr_t>(word));
 }
-
-constexpr size_t kMostWords = 16;
 
 template <class Result, size_t... I>
 Result callWithWords(void* function, const uint32_t* words, std::index_sequence<I...>) {
@@ -44,7 +62,6 @@ constexpr auto callTable(std::index_sequence<Count...>) {
 template <class Result>
 Result callMachine(void* function, const Words& words) {
   static constexpr auto table = callTable<Result>(std::make_index_sequence<kMostWords + 1>());
-  if (words.size() > kMostWords) throw std::logic_error("a call with more than 16 words of arguments");
   return table[words.size()](function, words.data());
 }
 

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <deque>
 #include <iterator>
-#include <unordered_map>
 
 #include "standin/gate/gate.h"
 
@@ -24,55 +23,46 @@ namespace {
 constexpr unsigned char kFreedByte = 0xDB;
 constexpr unsigned char kGuardByte = 0xA5;
 constexpr size_t kGuardSize = 16;
-constexpr size_t kMostKept = 8 << 20;  // bytes of freed blocks
 
 struct Retired {
   unsigned char* block;
   size_t size;
+  BlockName name;
 };
 
-struct State {
-  std::deque<Retired> order;
-  std::unordered_map<const void*, std::string> names;
-  size_t size = 0;
-};
+auto& retiredBlocks =
+    *new std::deque<Retired>;  // the oldest first; never destroyed: blocks come until the end
+size_t retiredSize = 0;
 
-State& state() {
-  static State* const s = new State;
-  return *s;
-}
-
+// Each byte is equal to the one before it, and the first to the value; `size` is above 0.
 bool isAll(const unsigned char* bytes, size_t size, unsigned char value) {
-  return std::all_of(bytes, bytes + size, [value](unsigned char byte) { return byte == value; });
+  return bytes[0] == value && std::memcmp(bytes, bytes + 1, size - 1) == 0;
 }
 
 void checkRetired(const Retired& retired) {
   ASAN_UNPOISON_MEMORY_REGION(retired.block, retired.size);
   if (!isAll(retired.block, retired.size, kFreedByte)) {
-    die("(host memory)", "a freed " + state().names[retired.block] + " was written to");
+    die("(host memory)", "a freed " + retired.name.text() + " was written to");
   }
 }
 
 void forgetOldest() {
-  const Retired oldest = state().order.front();
+  const Retired oldest = retiredBlocks.front();
   checkRetired(oldest);
-  state().order.pop_front();
-  state().size -= oldest.size;
-  state().names.erase(oldest.block);
+  retiredBlocks.pop_front();
+  retiredSize -= oldest.size;
   std::free(oldest.block);
 }
 
 // The block of that size that was freed last, for use anew; null when there is none.
 unsigned char* takeBack(size_t size) {
-  auto& order = state().order;
-  const auto found = std::find_if(order.rbegin(), order.rend(),
+  const auto found = std::find_if(retiredBlocks.rbegin(), retiredBlocks.rend(),
                                   [size](const Retired& retired) { return retired.size == size; });
-  if (found == order.rend()) return nullptr;
+  if (found == retiredBlocks.rend()) return nullptr;
   const Retired retired = *found;
   checkRetired(retired);
-  order.erase(std::next(found).base());
-  state().size -= size;
-  state().names.erase(retired.block);
+  retiredBlocks.erase(std::next(found).base());
+  retiredSize -= size;
   return retired.block;
 }
 
@@ -87,24 +77,26 @@ void* newBlock(size_t size, bool reuseAddress) {
   return block;
 }
 
-void retireBlock(void* address, size_t size, const std::string& what) {
+void retireBlock(void* address, size_t size, BlockName name) {
   auto* const block = static_cast<unsigned char*>(address);
-  if (!isAll(block + size, kGuardSize, kGuardByte)) die(currentCall(), what + " was written past its end");
+  if (!isAll(block + size, kGuardSize, kGuardByte))
+    die(currentCall(), name.text() + " was written past its end");
   std::memset(block, kFreedByte, size + kGuardSize);
   ASAN_POISON_MEMORY_REGION(block, size + kGuardSize);
-  state().order.push_back({block, size + kGuardSize});
-  state().names[block] = what;
-  state().size += size + kGuardSize;
-  while (state().size > kMostKept) forgetOldest();
+  retiredBlocks.push_back({block, size + kGuardSize, name});
+  retiredSize += size + kGuardSize;
+  while (retiredSize > freedBytesKept()) forgetOldest();
 }
 
-const std::string* retiredBlock(const void* address) {
-  const auto found = state().names.find(address);
-  return found == state().names.end() ? nullptr : &found->second;
+std::optional<BlockName> retiredBlock(const void* address) {
+  for (const Retired& retired : retiredBlocks) {
+    if (retired.block == address) return retired.name;
+  }
+  return {};
 }
 
 void checkRetiredBlocks() {
-  for (const Retired& retired : state().order) {
+  for (const Retired& retired : retiredBlocks) {
     checkRetired(retired);
     ASAN_POISON_MEMORY_REGION(retired.block, retired.size);
   }

@@ -7,17 +7,27 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace standin::host {
+
+// What a block is, for messages: "object MDQueryZNK". In two texts, which must live as long as the process:
+// they are put together only when something is wrong.
+struct BlockName {
+  const char* kind;
+  const char* name = "";
+
+  std::string text() const { return *name ? std::string(kind) + ' ' + name : kind; }
+};
 
 // Zeroed; guarded at its end. With `reuseAddress` it stands where the last freed block of its size stood, if
 // one is kept. Never null: the process ends when the machine has no more memory.
 void* newBlock(size_t size, bool reuseAddress);
 // Frees the block. Ends the process when it was written past its end.
-void retireBlock(void* block, size_t size, const std::string& what);
-// What the freed block was ("string", "object MDQueryZNK"); null when none stands at the address.
-const std::string* retiredBlock(const void* address);
+void retireBlock(void* block, size_t size, BlockName name);
+// What the freed block was; nothing when none stands at the address. Takes its time: for messages.
+std::optional<BlockName> retiredBlock(const void* address);
 // Ends the process when one of the freed blocks that are kept was written to.
 void checkRetiredBlocks();
 

@@ -1,5 +1,7 @@
 // Methods found by name and arguments, and called.
 #include <climits>
+#include <span>
+#include <vector>
 
 #include "standin/host/host.h"
 #include "standin/host/program/conversions.h"
@@ -12,9 +14,9 @@
 namespace standin::host {
 namespace {
 
-using Arguments = std::vector<Value>;
+using Arguments = std::span<const Value>;
 
-std::string describeArguments(const Arguments& arguments) {
+std::string describeArguments(Arguments arguments) {
   std::string text;
   for (const Value& argument : arguments) {
     text += (text.empty() ? "" : ", ") + argument.describe();
@@ -24,7 +26,7 @@ std::string describeArguments(const Arguments& arguments) {
 }
 
 // Nothing when the arguments do not fit.
-std::optional<int> distanceOf(const Declaration& declaration, const Arguments& arguments) {
+std::optional<int> distanceOf(const Declaration& declaration, Arguments arguments) {
   if (arguments.size() > declaration.parameters.size()) return {};
   int sum = 0;
   for (size_t i = 0; i < declaration.parameters.size(); ++i) {
@@ -50,7 +52,7 @@ std::string candidates(const std::vector<Method>& methods, std::string_view name
 
 // The nearest overload; null when none fits.
 const Method* choose(const std::vector<Method>& methods, const std::string& where, std::string_view name,
-                     const Arguments& arguments) {
+                     Arguments arguments) {
   const Method* best = nullptr;
   int least = INT_MAX;
   bool tie = false;
@@ -70,26 +72,29 @@ const Method* choose(const std::vector<Method>& methods, const std::string& wher
 }
 
 const Method& chooseOrThrow(const std::vector<Method>& methods, const std::string& where,
-                            std::string_view name, const Arguments& arguments) {
+                            std::string_view name, Arguments arguments) {
   if (const Method* const method = choose(methods, where, name, arguments)) return *method;
   const std::string known = candidates(methods, name);
   if (known.empty()) throw CallError(where + " has no method " + std::string(name));
   throw CallError(where + "." + std::string(name) + describeArguments(arguments) + " fits none of:" + known);
 }
 
-Value callMethod(const Method& method, Words words, const Arguments& arguments) {
-  std::vector<Ref> kept;
-  for (size_t i = 0; i < method.declaration.parameters.size(); ++i) {
-    const Parameter& parameter = method.declaration.parameters[i];
-    const Value value = i < arguments.size() ? arguments[i] : valueOf(*parameter.preset, parameter.type);
-    appendWords(words, parameter.type, value, kept);
+Value callMethod(const Method& method, Words words, Arguments arguments) {
+  const std::vector<Parameter>& parameters = method.declaration.parameters;
+  std::vector<Value> presets;
+  for (size_t i = arguments.size(); i < parameters.size(); ++i)
+    presets.push_back(valueOf(*parameters[i].preset, parameters[i].type));
+  std::vector<Ref> variants;
+  for (size_t i = 0; i < parameters.size(); ++i) {
+    const Value& value = i < arguments.size() ? arguments[i] : presets[i - arguments.size()];
+    appendWords(words, parameters[i].type, value, variants);
   }
   return callPlugin(method.function, words, method.declaration.result, method.declaration.name.c_str());
 }
 
 }  // namespace
 
-Value constructWith(std::string_view className, const std::vector<Value>& arguments) {
+Value constructWith(std::string_view className, std::span<const Value> arguments) {
   const Class& cls = knownClass(className);
   const Method* const constructor = choose(cls.methods, cls.name, "Constructor", arguments);
   if (!constructor && !arguments.empty()) chooseOrThrow(cls.methods, cls.name, "Constructor", arguments);
@@ -98,20 +103,20 @@ Value constructWith(std::string_view className, const std::vector<Value>& argume
   return object;
 }
 
-Value callWith(const Value& object, std::string_view name, const std::vector<Value>& arguments) {
-  const HostObject& instance = instanceIn(object, std::string(name) + " called on");
+Value callWith(const Value& object, std::string_view name, std::span<const Value> arguments) {
+  const HostObject& instance = instanceIn(object, name, "called on");
   const Method& method = chooseOrThrow(instance.cls.methods, instance.cls.name, name, arguments);
   // Held for the call, whatever the method does to the variable that host code has the object in.
   const Ref held = object.reference();
   return callMethod(method, {wordOf(held.get())}, arguments);
 }
 
-Value callSharedWith(std::string_view className, std::string_view name, const std::vector<Value>& arguments) {
+Value callSharedWith(std::string_view className, std::string_view name, std::span<const Value> arguments) {
   const Class& cls = knownClass(className);
   return callMethod(chooseOrThrow(cls.sharedMethods, cls.name, name, arguments), {}, arguments);
 }
 
-Value callGlobalWith(std::string_view name, const std::vector<Value>& arguments) {
+Value callGlobalWith(std::string_view name, std::span<const Value> arguments) {
   return callMethod(chooseOrThrow(runtime().globals, "the host", name, arguments), {}, arguments);
 }
 

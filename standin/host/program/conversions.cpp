@@ -17,10 +17,8 @@ void* handleIn(const void* memory) {
   return handle;
 }
 
-// The reference that stands for the value where the type has a handle.
-Ref handleFor(const Type& type, const Value& value) {
-  const bool variant = type.kind == TypeKind::variant && !type.array;
-  return variant ? boxed(value) : value.reference();
+bool isVariant(const Type& type) {
+  return type.kind == TypeKind::variant && !type.array;
 }
 
 }  // namespace
@@ -30,10 +28,10 @@ Value handleValue(const Type& type, Ref reference) {
   return Value::object(std::move(reference));
 }
 
-void appendWords(Words& words, const Type& type, const Value& value, std::vector<Ref>& kept) {
+void appendWords(Words& words, const Type& type, const Value& value, std::vector<Ref>& variants) {
   if (type.isHandle()) {
-    kept.push_back(handleFor(type, value));
-    words.push_back(wordOf(kept.back().get()));
+    if (isVariant(type)) variants.push_back(boxed(value));
+    words.push_back(wordOf(isVariant(type) ? variants.back().get() : value.handle()));
     return;
   }
   const uint64_t bits = bitsOf(type, value);
@@ -55,7 +53,7 @@ void writeField(const Type& type, void* memory, const Value& value) {
     std::memcpy(memory, &bits, static_cast<size_t>(type.size()));
     return;
   }
-  const Ref reference = handleFor(type, value);
+  const Ref reference = isVariant(type) ? boxed(value) : value.reference();
   void* const handle = reference.get();
   void* const before = handleIn(memory);
   retain(handle, Side::plugin);

@@ -13,8 +13,9 @@
 
 namespace standin::host {
 
-// The value must fit. A variant made for the occasion is kept alive by `kept`.
-void appendWords(Words& words, const Type& type, const Value& value, std::vector<Ref>& kept);
+// The value must fit, and outlive the call that the words are for. A variant made for the occasion is kept
+// alive by `variants`.
+void appendWords(Words& words, const Type& type, const Value& value, std::vector<Ref>& variants);
 
 // The value of a type that has a handle.
 Value handleValue(const Type& type, Ref reference);

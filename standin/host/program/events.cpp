@@ -52,7 +52,7 @@ void runHandler(size_t wordCount, size_t index, const uint32_t* words) {
   const char* const call = gateName("event " + slot.event->declaration.name);
   const Gate gate(call);
   auto* const handle = static_cast<ObjectHandle>(addressIn(words[0]));
-  const auto* const object = dynamic_cast<const HostObject*>(&objectThingAt(handle));
+  const auto* const object = asKind<HostObject>(objectThingAt(handle));
   if (!object || &object->cls != slot.cls) die(call, "the first argument is no " + slot.cls->name);
   const Handler* const attached = findHandler(handle, *slot.event);
   if (!attached) die(call, "this object has no handler for the event");

@@ -85,12 +85,12 @@ bool isElementKind(ElementKind kind, const Type& type) {
 
 bool isOfType(const Counted& thing, const Type& type) {
   if (type.array) {
-    const auto* const array = dynamic_cast<const HostArray*>(&thing);
+    const auto* const array = asKind<HostArray>(thing);
     return array && isElementKind(array->kind(), type);
   }
   if (type.kind == TypeKind::string) return thing.isString();
   if (type.kind == TypeKind::variant) return !thing.isString();
-  const auto* const object = dynamic_cast<const HostObject*>(&thing);
+  const auto* const object = asKind<HostObject>(thing);
   if (!object) return false;
   const Class* const wanted = runtime().classes.find(type.className);
   return sameName(type.className, "Object") || (wanted && object->cls.isOrDerivesFrom(*wanted));
@@ -101,7 +101,7 @@ bool isOfType(const Counted& thing, const Type& type) {
 std::optional<int> distance(const Value& value, const Type& type) {
   if (type.array) {
     if (value.kind() == Kind::nil) return 1;
-    if (value.kind() != Kind::array || !isOfType(thingAt(value.handle()), type)) return {};
+    if (value.kind() != Kind::array || !isOfType(thingOf(value.reference()), type)) return {};
     return 0;
   }
   switch (type.kind) {
@@ -117,7 +117,7 @@ std::optional<int> distance(const Value& value, const Type& type) {
       return 5;
     case TypeKind::object:
       if (value.kind() == Kind::nil) return 1;
-      if (value.kind() != Kind::object || !isOfType(thingAt(value.handle()), type)) return {};
+      if (value.kind() != Kind::object || !isOfType(thingOf(value.reference()), type)) return {};
       return 0;
     default:
       return numberDistance(value, type.kind);

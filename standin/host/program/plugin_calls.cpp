@@ -56,11 +56,11 @@ uint64_t rawResult(void* function, const Words& words, const Type& result) {
 Value takenResult(uint32_t word, const Type& type, const char* method) {
   void* const handle = addressIn(word);
   if (!handle) return emptyValue(type);
-  const Counted* const thing = findThing(handle);
+  Counted* const thing = findThing(handle);
   if (!thing) die(method, "the plug-in returned an address that is no living handle of this host");
   requireType(*thing, type, method);
-  takeFromPlugin(handle, method);
-  return handleValue(type, Ref::adopt(handle));
+  takeFromPlugin(*thing, method);
+  return handleValue(type, Ref::adopt(*thing));
 }
 
 }  // namespace
@@ -74,8 +74,8 @@ Value callPlugin(void* function, const Words& words, const Type& result, const c
 }
 
 void callSetter(void* function, Words words, const Type& type, const Value& value, const char* name) {
-  std::vector<Ref> kept;
-  appendWords(words, type, value, kept);
+  std::vector<Ref> variants;
+  appendWords(words, type, value, variants);
   callPlugin(function, words, {}, name);
 }
 

@@ -52,7 +52,7 @@ void writeProperty(HostObject& object, const Property& property, const Value& va
 }
 
 Value get(const Value& object, std::string_view name) {
-  const HostObject& instance = instanceIn(object, std::string(name) + " asked of");
+  const HostObject& instance = instanceIn(object, name, "asked of");
   const Ref held = object.reference();
   if (const Property* const property = findProperty(instance.cls, name))
     return readProperty(instance, *property);
@@ -61,7 +61,7 @@ Value get(const Value& object, std::string_view name) {
 }
 
 void set(const Value& object, std::string_view name, const Value& value) {
-  HostObject& instance = instanceIn(object, std::string(name) + " asked of");
+  HostObject& instance = instanceIn(object, name, "asked of");
   const Ref held = object.reference();
   if (const Property* const property = findProperty(instance.cls, name)) {
     if (property->readOnly) throw CallError(property->name + " of " + instance.cls.name + " can't be set");

@@ -8,15 +8,8 @@
 namespace standin::host {
 namespace {
 
-struct State {
-  Runtime* current = nullptr;
-  std::vector<std::unique_ptr<Runtime>> all;
-};
-
-State& state() {
-  static State* const s = new State;
-  return *s;
-}
+constinit Runtime* current = nullptr;
+auto& allRuntimes = *new std::vector<std::unique_ptr<Runtime>>;
 
 // The version by which plug-in and host agree on layouts.
 double agreedVersion() {
@@ -27,24 +20,24 @@ double agreedVersion() {
 }  // namespace
 
 Runtime& runtime() {
-  if (!state().current) die(currentCall(), "no host is running");
-  return *state().current;
+  if (!current) die(currentCall(), "no host is running");
+  return *current;
 }
 
 Runtime& beginRuntime(Settings settings) {
   auto runtime = std::make_unique<Runtime>();
   runtime->settings = std::move(settings);
-  state().current = runtime.get();
-  state().all.push_back(std::move(runtime));
-  return *state().current;
+  current = runtime.get();
+  allRuntimes.push_back(std::move(runtime));
+  return *current;
 }
 
 void endRuntime() {
-  state().current = nullptr;
+  current = nullptr;
 }
 
 bool running() {
-  return state().current != nullptr;
+  return current != nullptr;
 }
 
 Settings& settings() {
@@ -60,7 +53,7 @@ bool hidesArrayStorage() {
 }
 
 bool reusesAddresses() {
-  return running() && settings().reusesAddresses;
+  return current && current->settings.reusesAddresses;
 }
 
 const Class* availableClass(std::string_view name) {

@@ -81,6 +81,7 @@ Value booleanArray(const std::vector<bool>& values) {
 std::vector<Value> elements(const Value& value) {
   HostArray& array = arrayOf(value);
   std::vector<Value> result;
+  result.reserve(static_cast<size_t>(array.count()));
   for (int32_t i = 0; i < array.count(); ++i) result.push_back(array.valueAt(i));
   return result;
 }

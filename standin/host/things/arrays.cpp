@@ -13,12 +13,12 @@ namespace {
 
 constexpr uint32_t kArrayMark = 0x48415252;  // 'HARR'
 constexpr size_t kBlockBytes = 8 * sizeof(uint32_t);
-const char* const kStorageName = "array's element storage";
+constexpr BlockName kStorageName = {"array's element storage"};
 
 }  // namespace
 
 HostArray::HostArray(ElementKind elementKind, int32_t elementCount, Side owner)
-    : Counted(kBlockBytes, owner),
+    : Counted(kThing, kBlockBytes, owner),
       kind_(elementKind),
       count_(elementCount),
       capacity_(std::max(elementCount, 4)) {
@@ -157,7 +157,10 @@ bool HostArray::consume(Procedure procedure) {
 }
 
 HostArray& arrayAt(ObjectHandle handle) {
-  return thingAs<HostArray>(thingAt(handle), "an array");
+  Counted& thing = thingAt(handle);
+  HostArray* const array = asKind<HostArray>(thing);
+  if (!array) dieOfWrongThing(thing, "an array");
+  return *array;
 }
 
 HostArray& newArray(ElementKind kind, int32_t count, Side owner) {

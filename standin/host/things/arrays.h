@@ -15,8 +15,12 @@ enum class ElementKind { int32, int64, single, number, boolean, string, date, ob
 // that was there, before or after.
 class HostArray : public Counted {
  public:
+  using OfKind = HostArray;
+  static constexpr ThingKind kThing = ThingKind::array;
+
   HostArray(ElementKind kind, int32_t count, Side owner);
   std::string describe() const override;
+  BlockName blockName() const override { return {"array"}; }
   void end() override;
   bool giveUp(const void* handle) override;
 

@@ -7,36 +7,38 @@
 #include "standin/gate/gate.h"
 #include "standin/host/machine/memory.h"
 #include "standin/host/state/runtime.h"
+#include "standin/host/things/handle_table.h"
 
 namespace standin::host {
 namespace {
 
-using Registry = std::unordered_map<const void*, std::unique_ptr<Counted>>;
-
-struct State {
-  Registry alive;
-  Registry abandoned;  // left over from ended runs: kept, so that references to them can still be dropped
-};
-
-State& state() {
-  static State* const s = new State;  // never destroyed: references are dropped until the very end
-  return *s;
-}
+// None of these is ever destroyed: references are dropped until the very end.
+constinit HandleTable alive;
+// Left over from ended runs: kept, so that references to them can still be dropped. Of an address that serves
+// again, the last one.
+auto& abandoned = *new std::unordered_map<const void*, std::unique_ptr<Counted>>;
+long& stringsAlive = ledgerLine("host string");
+long& objectsAlive = ledgerLine("host object");
+long& stringLocks = ledgerLine("host string lock");
+long& objectLocks = ledgerLine("host object lock");
 
 long& aliveLine(const Counted& thing) {
-  static long& strings = ledgerLine("host string");
-  static long& objects = ledgerLine("host object");
-  return thing.isString() ? strings : objects;
+  return thing.isString() ? stringsAlive : objectsAlive;
 }
 
 long& lockLine(const Counted& thing) {
-  static long& strings = ledgerLine("host string lock");
-  static long& objects = ledgerLine("host object lock");
-  return thing.isString() ? strings : objects;
+  return thing.isString() ? stringLocks : objectLocks;
 }
 
 bool isAbandoned(const void* handle) {
-  return state().abandoned.count(handle) != 0;
+  return abandoned.count(handle) != 0;
+}
+
+// Null for a null handle and for one of a run that has ended, to which references may be dropped safely.
+Counted* countedAt(const void* handle) {
+  if (!handle) return nullptr;
+  if (Counted* const thing = findThing(handle)) return thing;
+  return isAbandoned(handle) ? nullptr : &thingAt(handle);
 }
 
 void add(Counted& thing, Side side, long count) {
@@ -46,7 +48,7 @@ void add(Counted& thing, Side side, long count) {
 
 // The plug-in may release an element of an array before it writes another one over it; see Counted::giveUp().
 bool givenUpByHolder(Counted& thing) {
-  for (const auto& [handle, holder] : state().alive) {
+  for (Counted* const holder : alive.all()) {
     if (!holder->giveUp(thing.block())) continue;
     giveToPlugin(thing.block());
     return true;
@@ -62,50 +64,62 @@ void endThing(Counted& thing) {
         "the " + thing.describe() + " was locked while it was being destroyed, and not unlocked");
   }
   --aliveLine(thing);
-  retireBlock(thing.block(), thing.size(), thing.describe());
+  retireBlock(thing.block(), thing.size(), thing.blockName());
   // Out of the table before it is destroyed: destroying it releases what it holds, which can end more things.
-  const auto gone = state().alive.extract(thing.block());
+  alive.remove(thing);
+  delete &thing;
 }
 
 }  // namespace
 
-Counted::Counted(size_t size, Side owner) : block_(newBlock(size, reusesAddresses())), size_(size) {
+Counted::Counted(ThingKind kind, size_t size, Side owner)
+    : kind_(kind), block_(newBlock(size, reusesAddresses())), size_(size) {
   (owner == Side::plugin ? pluginReferences : hostReferences) = 1;
 }
 
 void addThing(Counted* thing) {
-  state().alive.emplace(thing->block(), thing);
+  alive.add(*thing);
   ++aliveLine(*thing);
   lockLine(*thing) += thing->pluginReferences;
 }
 
 Counted* findThing(const void* handle) {
-  const auto found = state().alive.find(handle);
-  return found == state().alive.end() ? nullptr : found->second.get();
+  return alive.find(handle);
 }
 
 Counted& thingAt(const void* handle) {
   if (Counted* const thing = findThing(handle)) return *thing;
   if (!handle) die(currentCall(), "a null handle");
-  if (const std::string* const what = retiredBlock(handle)) {
-    die(currentCall(), "use of a freed handle (it was a " + *what + ")");
+  if (const auto name = retiredBlock(handle)) {
+    die(currentCall(), "use of a freed handle (it was a " + name->text() + ")");
   }
   if (isAbandoned(handle)) die(currentCall(), "use of a handle of a host that was stopped");
   die(currentCall(), "an address that is no handle of this host");
+}
+
+Counted& thingOf(const Ref& reference) {
+  Counted* const thing = reference.thing();
+  return thing && !thing->abandoned ? *thing : thingAt(reference.get());
 }
 
 void dieOfWrongThing(const Counted& thing, const char* wanted) {
   die(currentCall(), "the " + thing.describe() + " was passed where " + wanted + " is expected");
 }
 
+void retain(Counted& thing, Side side) {
+  if (!thing.abandoned) add(thing, side, 1);
+}
+
 void retain(void* handle, Side side) {
-  if (!handle || isAbandoned(handle)) return;
-  add(thingAt(handle), side, 1);
+  if (Counted* const thing = countedAt(handle)) retain(*thing, side);
 }
 
 void release(void* handle, Side side) {
-  if (!handle || isAbandoned(handle)) return;
-  Counted& thing = thingAt(handle);
+  if (Counted* const thing = countedAt(handle)) release(*thing, side);
+}
+
+void release(Counted& thing, Side side) {
+  if (thing.abandoned) return;
   const long held = side == Side::plugin ? thing.pluginReferences : thing.hostReferences;
   if (held == 0 && !(side == Side::plugin && givenUpByHolder(thing))) {
     const char* const who = side == Side::plugin ? "the plug-in" : "the host";
@@ -117,8 +131,10 @@ void release(void* handle, Side side) {
 }
 
 void takeFromPlugin(void* handle, const char* call) {
-  if (!handle) return;
-  Counted& thing = thingAt(handle);
+  if (handle) takeFromPlugin(thingAt(handle), call);
+}
+
+void takeFromPlugin(Counted& thing, const char* call) {
   if (thing.pluginReferences == 0) {
     die(call, "the plug-in handed over a " + thing.describe() + " without a reference");
   }
@@ -135,42 +151,56 @@ void giveToPlugin(void* handle) {
 
 std::vector<std::string> abandonEverything() {
   std::vector<std::string> left;
-  for (auto& [handle, thing] : state().alive) {
+  const std::vector<Counted*> things = alive.all();
+  for (const Counted* const thing : things) {
     left.push_back("host " + thing->describe());  // before any is abandoned: one may describe another
   }
-  for (auto& [handle, thing] : state().alive) {
+  for (Counted* const thing : things) {
     --aliveLine(*thing);
     lockLine(*thing) -= thing->pluginReferences;
-    state().abandoned.emplace(handle, std::move(thing));
+    thing->abandoned = true;
+    alive.remove(*thing);
+    abandoned.emplace(thing->block(), thing);
   }
-  state().alive.clear();
   return left;
 }
 
 // --- Ref: the host side's references in C++ ---
 
 Ref Ref::adopt(void* handle) {
+  return handle ? adopt(thingAt(handle)) : Ref();
+}
+
+Ref Ref::adopt(Counted& thing) {
   Ref ref;
-  ref.handle_ = handle;
+  ref.thing_ = &thing;
   return ref;
 }
 
 Ref Ref::share(void* handle) {
-  retain(handle, Side::host);
-  return adopt(handle);
+  return handle ? share(thingAt(handle)) : Ref();
 }
 
-Ref::Ref(const Ref& other) : handle_(other.handle_) {
-  retain(handle_, Side::host);
+Ref Ref::share(Counted& thing) {
+  retain(thing, Side::host);
+  return adopt(thing);
+}
+
+Ref::Ref(const Ref& other) : thing_(other.thing_) {
+  if (thing_) retain(*thing_, Side::host);
 }
 
 Ref& Ref::operator=(Ref other) noexcept {
-  std::swap(handle_, other.handle_);
+  std::swap(thing_, other.thing_);
   return *this;
 }
 
 Ref::~Ref() {
-  release(handle_, Side::host);
+  if (thing_) release(*thing_, Side::host);
+}
+
+void* Ref::get() const {
+  return thing_ ? thing_->block() : nullptr;
 }
 
 }  // namespace standin::host

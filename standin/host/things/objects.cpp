@@ -28,7 +28,7 @@ bool headIsIntact(const HostObject& object) {
 
 // Null when the value is no instance.
 HostObject* instanceOf(const Value& value) {
-  return value.kind() == Kind::object ? dynamic_cast<HostObject*>(&thingAt(value.handle())) : nullptr;
+  return value.kind() == Kind::object ? asKind<HostObject>(thingOf(value.reference())) : nullptr;
 }
 
 }  // namespace
@@ -44,7 +44,7 @@ HostObject::HostObject(const Class& classOfIt, Side owner)
     : HostObject(classOfIt, owner, blockSize(classOfIt)) {}
 
 HostObject::HostObject(const Class& classOfIt, Side owner, size_t blockSize)
-    : Counted(blockSize, owner), cls(classOfIt) {
+    : Counted(kThing, blockSize, owner), cls(classOfIt) {
   markAsObject(*this);
 }
 
@@ -82,9 +82,13 @@ ObjectHandle newObject(const Class& cls, Side owner) {
 }
 
 HostObject& instanceIn(const Value& value, std::string_view use) {
-  HostObject* const object = instanceOf(value);
-  if (!object) throw CallError(std::string(use) + " " + value.describe());
-  return *object;
+  if (HostObject* const object = instanceOf(value)) return *object;
+  throw CallError(std::string(use) + " " + value.describe());
+}
+
+HostObject& instanceIn(const Value& value, std::string_view name, std::string_view use) {
+  if (HostObject* const object = instanceOf(value)) return *object;
+  return instanceIn(value, std::string(name) + " " + std::string(use));
 }
 
 void throwMismatch(const Value& value, const char* wanted) {

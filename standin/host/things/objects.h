@@ -19,10 +19,14 @@ void markAsObject(const Counted& thing);
 
 class HostObject : public Counted {
  public:
+  using OfKind = HostObject;
+  static constexpr ThingKind kThing = ThingKind::object;
+
   // The class's constructor function is not called yet.
   HostObject(const Class& cls, Side owner);
   HostObject(const Class& cls, Side owner, size_t blockSize);
-  std::string describe() const override { return "object " + cls.name; }
+  std::string describe() const override { return blockName().text(); }
+  BlockName blockName() const override { return {"object", cls.name.c_str()}; }
   void end() override;
 
   // A property that has no place in the block.
@@ -43,6 +47,8 @@ ObjectHandle newObject(const Class& cls, Side owner);
 // The instance that the value is; when it is none CallError, whose text is `use` and what the value is
 // instead.
 HostObject& instanceIn(const Value& value, std::string_view use);
+// The text is of two parts, put together when it is needed: "GetAttribute", "called on".
+HostObject& instanceIn(const Value& value, std::string_view name, std::string_view use);
 // Throws CallError: "not a Date but 5", where `wanted` is "a Date".
 [[noreturn]] void throwMismatch(const Value& value, const char* wanted);
 // As instanceIn(), for an instance of a class that has a C++ class of its own; any other is a mismatch.

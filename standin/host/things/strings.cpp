@@ -13,10 +13,16 @@ constexpr uint32_t kStringMark = 0x48535452;  // 'HSTR'
 constexpr uint32_t kWrongLength = 0x7FFFFFFF;
 constexpr size_t kRecordSize = 5 * sizeof(uint32_t);
 
+HostString& requireString(Counted& thing) {
+  HostString* const string = asKind<HostString>(thing);
+  if (!string) dieOfWrongThing(thing, "a string");
+  return *string;
+}
+
 }  // namespace
 
 HostString::HostString(std::string content, uint32_t encodingOfIt, Side owner)
-    : Counted(kRecordSize, owner), bytes(std::move(content)), encoding(encodingOfIt) {
+    : Counted(kThing, kRecordSize, owner), bytes(std::move(content)), encoding(encodingOfIt) {
   words()[0] = kStringMark;
   hide();
 }
@@ -24,7 +30,6 @@ HostString::HostString(std::string content, uint32_t encodingOfIt, Side owner)
 void HostString::hide() {
   words()[1] = wordOf(unreadableAddress());
   words()[3] = kWrongLength;
-  buffer_ = {};
 }
 
 void HostString::locked() {
@@ -37,15 +42,25 @@ void HostString::locked() {
 }
 
 void HostString::unlocked() {
-  if (locks_ > 0 && --locks_ == 0) hide();
+  if (locks_ == 0 || --locks_ > 0) return;
+  hide();
+  buffer_ = {};
 }
 
 HostString& stringAt(StringHandle handle) {
-  return thingAs<HostString>(thingAt(handle), "a string");
+  return requireString(thingAt(handle));
 }
 
-StringHandle newString(std::string_view bytes, uint32_t encoding, Side owner) {
-  return static_cast<StringHandle>(added(new HostString(std::string(bytes), encoding, owner)).block());
+HostString& stringOf(const Ref& reference) {
+  return requireString(thingOf(reference));
+}
+
+HostString& newHostString(std::string bytes, uint32_t encoding, Side owner) {
+  return added(new HostString(std::move(bytes), encoding, owner));
+}
+
+StringHandle newString(std::string bytes, uint32_t encoding, Side owner) {
+  return static_cast<StringHandle>(newHostString(std::move(bytes), encoding, owner).block());
 }
 
 }  // namespace standin::host

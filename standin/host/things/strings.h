@@ -14,9 +14,12 @@ namespace standin::host {
 // all other times, and on later hosts always, the buffer can't be read and the length is wrong.
 class HostString : public Counted {
  public:
+  using OfKind = HostString;
+  static constexpr ThingKind kThing = ThingKind::string;
+
   HostString(std::string bytes, uint32_t encoding, Side owner);
-  bool isString() const override { return true; }
   std::string describe() const override { return "string"; }
+  BlockName blockName() const override { return {"string"}; }
 
   // The plug-in took or gave back a lock, as against a reference that came with a result.
   void locked();
@@ -34,6 +37,8 @@ class HostString : public Counted {
 
 // Ends the process when the handle is null, freed or no string's.
 HostString& stringAt(StringHandle handle);
-StringHandle newString(std::string_view bytes, uint32_t encoding, Side owner);
+HostString& stringOf(const Ref& reference);  // of one that is not null
+HostString& newHostString(std::string bytes, uint32_t encoding, Side owner);
+StringHandle newString(std::string bytes, uint32_t encoding, Side owner);
 
 }  // namespace standin::host

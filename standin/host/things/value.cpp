@@ -24,11 +24,11 @@ Value Value::nullString() {
 }
 
 Value Value::string(std::string_view bytes, uint32_t encoding) {
-  return string(Ref::adopt(newString(bytes, encoding, Side::host)));
+  return string(Ref::adopt(newHostString(std::string(bytes), encoding, Side::host)));
 }
 
 Value Value::string(Ref reference) {
-  if (reference.get()) stringAt(reference.string());
+  if (!reference.isNull()) stringOf(reference);
   Value value;
   value.kind_ = Kind::string;
   value.reference_ = std::move(reference);
@@ -42,12 +42,13 @@ Value Value::color(uint32_t packed) {
 }
 
 Value Value::object(Ref reference) {
-  if (!reference.get()) return {};
-  const Counted& thing = objectThingAt(reference.object());
-  const auto* const variant = dynamic_cast<const HostVariant*>(&thing);
+  if (reference.isNull()) return {};
+  const Counted& thing = thingOf(reference);
+  if (thing.isString()) dieOfWrongThing(thing, "an object");
+  const HostVariant* const variant = asKind<HostVariant>(thing);
   if (variant && !variant->code) return variant->value;
   Value value;
-  value.kind_ = dynamic_cast<const HostArray*>(&thing) ? Kind::array : Kind::object;
+  value.kind_ = thing.kind() == ThingKind::array ? Kind::array : Kind::object;
   value.reference_ = std::move(reference);
   return value;
 }
@@ -75,20 +76,21 @@ double Value::number() const {
 
 std::string Value::bytes() const {
   expect(kind_ == Kind::string, "a string");
-  return isNil() ? std::string() : stringAt(reference_.string()).bytes;
+  return isNil() ? std::string() : stringOf(reference_).bytes;
 }
 
 uint32_t Value::encoding() const {
   expect(kind_ == Kind::string && !isNil(), "a string");
-  return stringAt(reference_.string()).encoding;
+  return stringOf(reference_).encoding;
 }
 
 std::string Value::text() const {
   expect(kind_ == Kind::string, "a string");
   if (isNil()) return {};
-  const auto utf8 = convert(bytes(), encoding(), kEncodingUtf8);
+  const HostString& string = stringOf(reference_);
+  auto utf8 = convert(string.bytes, string.encoding, kEncodingUtf8);
   if (!utf8) throw CallError("a string whose bytes are no text of encoding " + std::to_string(encoding()));
-  return *utf8;
+  return std::move(*utf8);
 }
 
 std::string Value::describe() const {

@@ -72,15 +72,14 @@ int32_t codeOf(Kind kind) {
 }  // namespace
 
 HostVariant::HostVariant(Value content, Side owner, std::optional<int32_t> reportedCode)
-    : Counted(kObjectHeadSize, owner), value(std::move(content)), code(reportedCode) {
+    : Counted(kThing, kObjectHeadSize, owner), value(std::move(content)), code(reportedCode) {
   markAsObject(*this);
 }
 
 int32_t variantType(const Counted& thing) {
-  if (const auto* const variant = dynamic_cast<const HostVariant*>(&thing))
+  if (const auto* const variant = asKind<HostVariant>(thing))
     return variant->code.value_or(codeOf(variant->value.kind()));
-  if (const auto* const array = dynamic_cast<const HostArray*>(&thing))
-    return arrayCode + codeOf(array->kind());
+  if (const auto* const array = asKind<HostArray>(thing)) return arrayCode + codeOf(array->kind());
   return isDate(thing) ? dateCode : objectCode;
 }
 
@@ -93,17 +92,18 @@ Ref boxed(const Value& value) {
     const bool fits = whole <= std::numeric_limits<int32_t>::max();
     return boxed(fits ? Value(static_cast<int32_t>(whole)) : Value(whole));
   }
-  return Ref::adopt(added(new HostVariant(value, Side::host)).block());
+  return Ref::adopt(added(new HostVariant(value, Side::host)));
 }
 
 ObjectHandle handOver(const Value& value) {
   Ref reference = boxed(value);
   giveToPlugin(reference.get());
-  return static_cast<ObjectHandle>(reference.leak());
+  const Counted* const given = reference.leak();
+  return given ? handleOf(*given) : nullptr;
 }
 
 Value variantOfType(int32_t code, std::string_view text) {
-  return Value::object(Ref::adopt(added(new HostVariant(text, Side::host, code)).block()));
+  return Value::object(Ref::adopt(added(new HostVariant(text, Side::host, code))));
 }
 
 }  // namespace standin::host

@@ -11,8 +11,12 @@ namespace standin::host {
 // A boxed number, truth value, colour or string. Objects and arrays are their own variants.
 class HostVariant : public Counted {
  public:
+  using OfKind = HostVariant;
+  static constexpr ThingKind kThing = ThingKind::variant;
+
   HostVariant(Value content, Side owner, std::optional<int32_t> reportedCode = {});
   std::string describe() const override { return "variant " + value.describe(); }
+  BlockName blockName() const override { return {"variant"}; }
 
   const Value value;
   const std::optional<int32_t> code;  // reported instead of the value's own
