@@ -64,17 +64,12 @@ MDItemRef QueryResults::itemOf(ResultStore::File file) {
 }
 
 MDItemRef QueryResults::itemAt(size_t index) {
-  return itemOf(order_[index]);
+  return itemOf(order_.at(index));
 }
 
 size_t QueryResults::indexOf(const std::string& path) const {
   const ResultStore::File file = store_.find(path);
-  if (file == ResultStore::kNoFile) return size();
-  if (positions_.empty()) {
-    positions_.resize(store_.fileLimit());
-    for (size_t i = 0; i < order_.size(); ++i) positions_[order_[i]] = static_cast<uint32_t>(i);
-  }
-  return positions_[file];
+  return file == ResultStore::kNoFile ? size() : order_.indexOf(file);
 }
 
 CFArrayRef QueryResults::itemsLookedAt(const std::vector<ResultStore::File>& files) const {
@@ -105,7 +100,7 @@ ValueColumn* QueryResults::valueListOf(CFStringRef attribute) const {
   ValueColumn* const column = columnOf(attribute);
   if (!column || !column->isValueList()) return nullptr;
   if (column->known() < size()) {
-    for (const ResultStore::File file : order_) column->valueOf(file);
+    for (const ResultStore::File file : order_.files()) column->valueOf(file);
   }
   return column;
 }
@@ -121,7 +116,7 @@ CFTypeRef QueryResults::copyValue(ResultStore::File file, CFStringRef attribute)
 
 CFTypeRef QueryResults::valueAt(size_t index, CFStringRef attribute) {
   ValueColumn* const column = columnOf(attribute);
-  return column ? column->valueOf(order_[index]) : nullptr;
+  return column ? column->valueOf(order_.at(index)) : nullptr;
 }
 
 CFArrayRef QueryResults::copyValuesOf(CFStringRef attribute) {
@@ -189,32 +184,43 @@ void QueryResults::rankAgain(ResultStore::File file) {
   rank(file, record.record());
 }
 
-// Puts those from `first` on, which are in no order, among those before, which are.
-void QueryResults::mergeFrom(size_t first) {
-  positions_.clear();
-  const std::vector<SortKey> keys = sortKeys();
-  if (!keys.empty()) {
-    const auto before = [&](ResultStore::File left, ResultStore::File right) {
-      return ranks_.before(left, right, keys);
-    };
-    const auto middle = order_.begin() + static_cast<ptrdiff_t>(first);
-    std::stable_sort(middle, order_.end(), before);
-    std::inplace_merge(order_.begin(), middle, order_.end(), before);
+void QueryResults::gathered(ResultStore::File file, FileRecord& record) {
+  rank(file, record);
+  if (isSorted()) {
+    unsettled_.push_back(file);
+  } else {
+    order_.append(file);
   }
-  settled_ = order_.size();
+}
+
+// Sorts those that are in no order, and merges them with the others.
+void QueryResults::settle() {
+  if (unsettled_.empty()) return;
+  std::vector<ResultStore::File> all = order_.files();
+  const auto middle = static_cast<ptrdiff_t>(all.size());
+  all.insert(all.end(), unsettled_.begin(), unsettled_.end());
+  unsettled_.clear();
+  const auto before = [this, keys = sortKeys()](ResultStore::File left, ResultStore::File right) {
+    return ranks_.before(left, right, keys);
+  };
+  std::stable_sort(all.begin() + middle, all.end(), before);
+  std::inplace_merge(all.begin(), all.begin() + middle, all.end(), before);
+  order_.assign(all);
 }
 
 void QueryResults::sortAgain() {
-  mergeFrom(0);
+  const std::vector<ResultStore::File> all = order_.files();
+  unsettled_.insert(unsettled_.begin(), all.begin(), all.end());
+  order_.assign({});
+  if (isSorted()) return settle();
+  order_.assign(std::exchange(unsettled_, {}));
 }
 
-void QueryResults::gathered(ResultStore::File file, FileRecord& record) {
-  order_.push_back(file);
-  rank(file, record);
-}
-
-void QueryResults::settle() {
-  if (settled_ < order_.size()) mergeFrom(settled_);
+void QueryResults::insert(ResultStore::File file) {
+  if (!isSorted()) return order_.append(file);
+  order_.insert(file, [this, keys = sortKeys()](ResultStore::File left, ResultStore::File right) {
+    return ranks_.before(left, right, keys);
+  });
 }
 
 // Changes
@@ -226,34 +232,31 @@ void QueryResults::forget(ResultStore::File file) {
 CFDictionaryRef QueryResults::update(const ResultChanges& changes) {
   const CFMutableDictionaryRef told = CFDictionaryCreateMutable(
       kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
-  const bool sorted = !sortOrder_.empty();
   setArray(told, kMDQueryUpdateChangedItems, itemsLookedAt(changes.changed));
   setArray(told, kMDQueryUpdateRemovedItems, itemsLookedAt(changes.removed));
-  std::vector<bool> leaves(store_.fileLimit());
   for (const ResultStore::File file : changes.removed) {
-    leaves[file] = true;
+    order_.remove(file);
     forget(file);
     if (file < items_.size() && items_[file]) CFRelease(std::exchange(items_[file], nullptr));
   }
+  // All of them leave before the first gets its new rank: those that stay are in their order.
   for (const ResultStore::File file : changes.changed) {
-    leaves[file] = sorted;
+    if (isSorted()) order_.remove(file);
     forget(file);
+  }
+  for (const ResultStore::File file : changes.changed) {
     rankAgain(file);
+    if (isSorted()) insert(file);
   }
-  std::erase_if(order_, [&](ResultStore::File file) { return leaves[file]; });
-  const size_t stay = order_.size();
   for (const ResultStore::File file : changes.removed) store_.remove(file);
-  if (sorted) order_.insert(order_.end(), changes.changed.begin(), changes.changed.end());
-  const size_t firstAdded = order_.size();
+  std::vector<ResultStore::File> added;
   for (const std::string& path : changes.added) {
-    order_.push_back(store_.add(path));
-    rankAgain(order_.back());
+    added.push_back(store_.add(path));
+    rankAgain(added.back());
+    insert(added.back());
+    itemOf(added.back());
   }
-  const std::vector<ResultStore::File> added(order_.begin() + static_cast<ptrdiff_t>(firstAdded),
-                                             order_.end());
-  for (const ResultStore::File file : added) itemOf(file);
   setArray(told, kMDQueryUpdateAddedItems, itemsLookedAt(added));
-  mergeFrom(stay);
   return told;
 }
 

@@ -10,6 +10,7 @@
 
 #include "standin/coreservices/attributes/attributes.h"
 #include "standin/coreservices/files/file_attributes.h"
+#include "standin/coreservices/metadata/result_order.h"
 #include "standin/coreservices/metadata/value_column.h"
 #include "standin/coreservices/search/result_store.h"
 #include "standin/coreservices/search/sorting.h"
@@ -33,7 +34,7 @@ class QueryResults {
   QueryResults(const QueryResults&) = delete;
   QueryResults& operator=(const QueryResults&) = delete;
 
-  size_t size() const { return order_.size(); }
+  size_t size() const { return order_.size() + unsettled_.size(); }
   // `index` is below size(). An item is made when it is first asked for. Get rule.
   MDItemRef itemAt(size_t index);
   // size() when the file at that path isn't a result.
@@ -77,7 +78,8 @@ class QueryResults {
   void rank(ResultStore::File file, FileRecord& record);
   void rankAgain(ResultStore::File file);
   void forget(ResultStore::File file);
-  void mergeFrom(size_t first);
+  void insert(ResultStore::File file);
+  bool isSorted() const { return !sortOrder_.empty(); }
   void sortAgain();
   size_t sortAttribute(CFStringRef name) const;
   ValueColumn* columnOf(CFStringRef attribute) const;
@@ -86,13 +88,12 @@ class QueryResults {
   std::vector<SortKey> sortKeys() const;
 
   ResultStore store_;
-  std::vector<ResultStore::File> order_;
-  size_t settled_ = 0;                       // how many of them are in their order
-  mutable std::vector<uint32_t> positions_;  // of files in the order; empty when they aren't known
-  std::vector<MDItemRef> items_;             // by file; null for those that weren't looked at
-  std::vector<SortAttribute> sortable_;      // named at creation
-  std::vector<size_t> sortOrder_;            // which of them, the primary key first
-  std::unique_ptr<Ranker> ranker_;           // where there are sortable attributes
+  ResultOrder order_;
+  std::vector<ResultStore::File> unsettled_;  // of a sorted query that gathers: in no order yet
+  std::vector<MDItemRef> items_;              // by file; null for those that weren't looked at
+  std::vector<SortAttribute> sortable_;       // named at creation
+  std::vector<size_t> sortOrder_;             // which of them, the primary key first
+  std::unique_ptr<Ranker> ranker_;            // where there are sortable attributes
   Ranks ranks_;
   std::vector<std::unique_ptr<ValueColumn>> columns_;
 };
