@@ -1,0 +1,19 @@
+// Commands run as they are by a shell, and what they take.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace bench {
+
+struct Usage {
+  int status = -1;           // of the command; -1 where it was ended or could not be run
+  double seconds = 0;        // of the processor, in user mode and in the kernel, with that of its children
+  double megabytes = 0;      // of memory at its peak
+  std::string errors;        // what it printed to standard error
+};
+
+// Runs the command, found by PATH, with its standard output in a file that is thrown away.
+Usage run(const std::vector<std::string>& command);
+
+}  // namespace bench
