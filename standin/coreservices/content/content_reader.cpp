@@ -49,6 +49,15 @@ uint64_t hashOf(const std::string& text) {
   return hash;
 }
 
+ContentReader::Options usualOptions() {
+  ContentReader::Options options;
+  options.store.folder = ownContentOptions().storeFolder;
+  options.complain = ownContentOptions().complain;
+  options.tags = {exiftoolReader(processors()), {"exiftool"}};
+  options.text = {textReader(processors()), {textReader(1).program, "pdftotext"}};
+  return options;
+}
+
 ContentReader* ownReader = nullptr;  // once it is made
 int manyLookups = 0;
 
@@ -178,21 +187,15 @@ ContentBytes ContentReader::read(Content content, const FileLocation& file, std:
   }
 }
 
-ContentReader::Options& contentReaderOptions() {
-  static ContentReader::Options options = [] {
-    ContentReader::Options usual;
-    usual.tags = {exiftoolReader(processors()), {"perl", "exiftool"}};
-    usual.text = {textReader(processors()), {textReader(1).program, "pdftotext"}};
-    usual.complain = [](const std::string& message) {
-      std::fprintf(stderr, "standin: metadata: %s\n", message.c_str());
-    };
-    return usual;
-  }();
+OwnContentOptions& ownContentOptions() {
+  static OwnContentOptions options{{}, [](const std::string& message) {
+                                     std::fprintf(stderr, "standin: metadata: %s\n", message.c_str());
+                                   }};
   return options;
 }
 
 ContentReader& contentReader() {
-  static ContentReader reader(contentReaderOptions());
+  static ContentReader reader(usualOptions());
   if (!ownReader) {
     ownReader = &reader;
     reader.setHoldsStill(manyLookups > 0);

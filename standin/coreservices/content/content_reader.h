@@ -102,6 +102,13 @@ class ContentReader {
 
 // The process's own.
 ContentReader& contentReader();
+// What it is made with when it is first asked for: nothing is kept on disk, and complaints go to standard error,
+// unless that is changed before.
+struct OwnContentOptions {
+  std::string storeFolder;
+  std::function<void(const std::string&)> complain;
+};
+OwnContentOptions& ownContentOptions();
 
 // While one is alive, many files are looked up: the process's own reader keeps the store open to that.
 class ManyLookups {

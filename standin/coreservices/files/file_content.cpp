@@ -125,6 +125,17 @@ const ContentBytes& FileContent::bytes(Content content, std::string_view format)
   return bytes;
 }
 
+// The type takes a look at the file. What is in the store was put there by its type, and whatever changes that
+// changes the file's state, too; so where the name promises such a type, the store is looked at first.
+template <class Promises>
+bool FileContent::isKnownByName(Content content, const Promises& promises) {
+  ContentBytes& bytes = bytes_[static_cast<size_t>(content)];
+  if (!bytes && !type_ && promises(contentTypeOfName(file_.name, Node::File))) {
+    bytes = contentReader().known(content, file_);
+  }
+  return bytes != nullptr;
+}
+
 bool FileContent::askForMissing() {
   bool any = false;
   for (const Content content : {Content::Tags, Content::Text}) {
@@ -137,7 +148,9 @@ bool FileContent::askForMissing() {
 
 bool FileContent::tagValues(FileAttribute attribute, std::vector<Value>& values) {
   if (!isMediaAttribute(attribute)) return true;
-  if (!S_ISREG(file_.info.stx_mode) || !type() || type()->metadata != Metadata::Embedded) return true;
+  if (!S_ISREG(file_.info.stx_mode)) return true;
+  const auto mayHaveTags = [](const ContentType* type) { return type && type->metadata == Metadata::Embedded; };
+  if (!isKnownByName(Content::Tags, mayHaveTags) && !mayHaveTags(type())) return true;
   const ContentBytes& tags = bytes(Content::Tags, {});
   if (tags) decodeValues(*tags, attribute, values);
   return tags != nullptr;

@@ -38,6 +38,8 @@ class FileContent {
   const std::string& extendedAttribute(std::optional<std::string>& kept, const char* name);
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);
+  template <class Promises>
+  bool isKnownByName(Content content, const Promises& promises);
 
   FileLocation file_;
   const Reading reading_;

@@ -23,8 +23,8 @@ std::unique_ptr<ContentDatabase> databaseIn(const std::string& folder) {
 }  // namespace
 
 void setContentOptions(ContentOptions options) {
-  metadata::ContentReader::Options& own = metadata::contentReaderOptions();
-  own.store.folder = std::move(options.folder);
+  metadata::OwnContentOptions& own = metadata::ownContentOptions();
+  own.storeFolder = std::move(options.folder);
   if (options.complain) own.complain = std::move(options.complain);
 }
 

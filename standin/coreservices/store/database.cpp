@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
@@ -14,14 +15,21 @@ constexpr int64_t kFormat = 1;
 constexpr int kPatience = 1000;  // milliseconds to wait for another process that writes
 constexpr int kPageSize = 4096;
 
+// Few bytes, as the tags of a photo are, stand in the entry itself, where one search finds them; many, as a text
+// has, stand apart, so that entries stay close together.
+constexpr size_t kMostBytesInEntry = 1000;
+
 constexpr char kTables[] = R"(
   CREATE TABLE entry(device INTEGER, inode INTEGER, reader INTEGER, size INTEGER, modified INTEGER,
-                     changed INTEGER, version INTEGER, used INTEGER, content INTEGER,
-                     PRIMARY KEY(device, inode, reader)) WITHOUT ROWID;
-  CREATE TABLE content(id INTEGER PRIMARY KEY, checksum INTEGER, bytes BLOB);
+                     changed INTEGER, version INTEGER, checksum INTEGER, used INTEGER, bytes BLOB,
+                     apart INTEGER, PRIMARY KEY(device, inode, reader)) WITHOUT ROWID;
+  CREATE TABLE apart(id INTEGER PRIMARY KEY, bytes BLOB);
   CREATE TABLE total(reads INTEGER, hits INTEGER);
   INSERT INTO total VALUES(0, 0);
 )";
+
+constexpr char kEntries[] =
+    "SELECT device, inode, reader, size, modified, changed, version, checksum, used, bytes, apart FROM entry";
 
 DatabaseError::Kind kindOf(int code) {
   switch (code & 0xFF) {
@@ -120,8 +128,8 @@ ContentDatabase::ContentDatabase(const std::string& path, Access access) {
   }
   find_ = std::make_unique<Statement>(
       *this,
-      "SELECT size, modified, changed, version, used, checksum, bytes FROM entry JOIN content ON id = content "
-      "WHERE device = ? AND inode = ? AND reader = ?");
+      (std::string(kEntries) + " WHERE device = ? AND inode = ? AND reader = ?").c_str());
+  findApart_ = std::make_unique<Statement>(*this, "SELECT bytes FROM apart WHERE id = ?");
 }
 
 ContentDatabase::~ContentDatabase() = default;
@@ -146,7 +154,7 @@ void ContentDatabase::prepareTables() {
   if (number("PRAGMA user_version") == kFormat) return;
   run("BEGIN IMMEDIATE");
   if (number("PRAGMA user_version") != kFormat) {
-    run("DROP TABLE IF EXISTS entry; DROP TABLE IF EXISTS content; DROP TABLE IF EXISTS total;");
+    run("DROP TABLE IF EXISTS entry; DROP TABLE IF EXISTS apart; DROP TABLE IF EXISTS total;");
     run(kTables);
     run(("PRAGMA user_version = " + std::to_string(kFormat)).c_str());
   }
@@ -179,29 +187,66 @@ uint32_t ContentDatabase::checksum(const ContentKey& key, std::string_view bytes
 }
 
 std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t today) {
-  const FileState& file = key.file;
   if (holdsStill_ && !isReading_) {
     run("BEGIN");
     isReading_ = true;
   }
-  find_->bind(file.device, file.inode, key.reader);
-  if (!find_->step()) return {};
-  const bool isTheSame = find_->number(0) == integer(file.size) && find_->number(1) == integer(file.modified) &&
-                         find_->number(2) == integer(file.changed) && find_->number(3) == integer(key.version);
-  std::optional<std::string> bytes;
-  if (isTheSame) {
-    bytes = find_->bytes(6);
-    if (find_->number(5) != checksum(key, *bytes)) {
-      find_->reset();
-      throw DatabaseError(DatabaseError::Damaged, "an entry isn't what was written");
-    }
-    if (find_->number(4) != today) used_.push_back({file, key.reader});
+  const EntryId id = {integer(key.file.device), integer(key.file.inode), key.reader};
+  if (holdsStill_ && isTimeToReadAll()) readAll();
+  const Entry* entry = nullptr;
+  Entry sought;
+  if (!all_.empty()) {
+    const auto found = std::lower_bound(all_.begin(), all_.end(), id,
+                                        [](const Entry& each, const EntryId& wanted) { return each.id < wanted; });
+    if (found != all_.end() && found->id == id) entry = &*found;
+  } else {
+    find_->bind(id[0], id[1], id[2]);
+    if (find_->step()) entry = &(sought = entryAt(*find_));
+    find_->reset();
   }
-  find_->reset();
+  if (!entry || entry->size != integer(key.file.size) || entry->modified != integer(key.file.modified) ||
+      entry->changed != integer(key.file.changed) || entry->version != integer(key.version)) {
+    return {};
+  }
+  std::string bytes = entry->apart != 0 ? bytesApart(entry->apart) : entry->bytes;
+  if (entry->checksum != checksum(key, bytes)) {
+    throw DatabaseError(DatabaseError::Damaged, "an entry isn't what was written");
+  }
+  if (entry->used != today) used_.push_back({key.file, key.reader});
+  return bytes;
+}
+
+// Reading all entries one after the other takes an eighth of the time of finding each of them: once that many have
+// been sought, nothing is lost by it.
+bool ContentDatabase::isTimeToReadAll() {
+  constexpr uint64_t kFewest = 128;
+  constexpr uint64_t kTimesFaster = 8;
+  const uint64_t sought = ++sought_;
+  if (!all_.empty() || sought < kFewest || (sought & (sought - 1)) != 0) return false;
+  return static_cast<uint64_t>(number("SELECT count(*) FROM entry")) <= sought * kTimesFaster;
+}
+
+void ContentDatabase::readAll() {
+  Statement all(*this, (std::string(kEntries) + " ORDER BY device, inode, reader").c_str());
+  while (all.step()) all_.push_back(entryAt(all));
+}
+
+ContentDatabase::Entry ContentDatabase::entryAt(const Statement& row) {
+  const auto at = [&](int column) { return row.number(column); };
+  return {{at(0), at(1), at(2)}, at(3), at(4), at(5), at(6), at(7), at(8), std::string(row.bytes(9)), at(10)};
+}
+
+std::string ContentDatabase::bytesApart(int64_t id) {
+  findApart_->bind(id);
+  std::string bytes;
+  if (findApart_->step()) bytes = findApart_->bytes(0);
+  findApart_->reset();
   return bytes;
 }
 
 void ContentDatabase::endReading() {
+  all_ = {};
+  sought_ = 0;
   if (std::exchange(isReading_, false)) run("COMMIT");
 }
 
@@ -216,17 +261,23 @@ void ContentDatabase::write(const std::vector<ContentRow>& rows, uint64_t reads,
   run("BEGIN IMMEDIATE");
   try {
     Statement forget(*this,
-                     "DELETE FROM content WHERE id = (SELECT content FROM entry WHERE device = ? AND inode = ? "
+                     "DELETE FROM apart WHERE id = (SELECT apart FROM entry WHERE device = ? AND inode = ? "
                      "AND reader = ?)");
-    Statement keep(*this, "INSERT INTO content(checksum, bytes) VALUES(?, ?)");
-    Statement enter(*this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, last_insert_rowid())");
+    Statement keepApart(*this, "INSERT INTO apart(bytes) VALUES(?)");
+    Statement enter(*this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, NULL)");
+    Statement enterApart(
+        *this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, NULL, last_insert_rowid())");
     Statement use(*this, "UPDATE entry SET used = ? WHERE device = ? AND inode = ? AND reader = ?");
     for (const auto& [key, bytes] : rows) {
       const FileState& file = key.file;
       forget.bind(file.device, file.inode, key.reader).run();
-      keep.bind(checksum(key, bytes)).bindBytes(bytes).run();
-      enter.bind(file.device, file.inode, key.reader, file.size, file.modified, file.changed, key.version, today)
-          .run();
+      const bool isApart = bytes.size() > kMostBytesInEntry;
+      if (isApart) keepApart.bind().bindBytes(bytes).run();
+      Statement& into = isApart ? enterApart : enter;
+      into.bind(file.device, file.inode, key.reader, file.size, file.modified, file.changed, key.version,
+                checksum(key, bytes), today);
+      if (!isApart) into.bindBytes(bytes);
+      into.run();
     }
     for (const auto& [file, reader] : used_) use.bind(today, file.device, file.inode, reader).run();
     Statement(*this, "UPDATE total SET reads = reads + ?, hits = hits + ?").bind(reads, hits).run();
@@ -249,16 +300,16 @@ void ContentDatabase::makeRoom(uint64_t limit) {
   const uint64_t entries = static_cast<uint64_t>(number("SELECT count(*) FROM entry"));
   // Entries are of very different sizes; a share of them is taken until enough is gone.
   const uint64_t share = entries / 16 + 1;
-  Statement oldest(*this, "SELECT device, inode, reader, content FROM entry ORDER BY used, content LIMIT ?");
-  Statement forget(*this, "DELETE FROM content WHERE id = ?");
+  Statement oldest(*this, "SELECT device, inode, reader, apart FROM entry ORDER BY used LIMIT ?");
+  Statement forget(*this, "DELETE FROM apart WHERE id = ?");
   Statement leave(*this, "DELETE FROM entry WHERE device = ? AND inode = ? AND reader = ?");
   while (pagesUsed() * kPageSize > limit / 10 * 9) {
     std::vector<std::array<int64_t, 4>> old;
     oldest.bind(share);
     while (oldest.step()) old.push_back({oldest.number(0), oldest.number(1), oldest.number(2), oldest.number(3)});
     if (old.empty()) return;
-    for (const auto& [device, inode, reader, content] : old) {
-      forget.bind(content).run();
+    for (const auto& [device, inode, reader, apart] : old) {
+      if (apart != 0) forget.bind(apart).run();
       leave.bind(device, inode, reader).run();
     }
   }
@@ -282,8 +333,8 @@ std::vector<std::string> ContentDatabase::check() {
   }
   if (!faults.empty()) return faults;
   Statement all(*this,
-                "SELECT device, inode, reader, size, modified, changed, version, checksum, bytes FROM entry "
-                "LEFT JOIN content ON id = content");
+                "SELECT device, inode, reader, size, modified, changed, version, checksum, "
+                "CASE WHEN apart THEN (SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END FROM entry");
   uint64_t bad = 0;
   while (all.step()) {
     const auto at = [&](int column) { return static_cast<uint64_t>(all.number(column)); };

@@ -1,6 +1,7 @@
 // An SQLite database of what readers said of files: one table, read by file, written in batches.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -76,6 +77,14 @@ class ContentDatabase {
 
  private:
   class Statement;
+  using EntryId = std::array<int64_t, 3>;  // device, inode, reader
+  struct Entry {
+    EntryId id{};
+    int64_t size = 0, modified = 0, changed = 0, version = 0;
+    int64_t checksum = 0, used = 0;
+    std::string bytes;
+    int64_t apart = 0;  // where its bytes are, if they aren't here
+  };
   struct Used {
     FileState file;
     int reader;
@@ -83,7 +92,11 @@ class ContentDatabase {
 
   void fail(int code) const;
   void run(const char* sql);
+  bool isTimeToReadAll();
+  void readAll();
+  static Entry entryAt(const Statement& row);
   void endReading();
+  std::string bytesApart(int64_t id);
   int64_t number(const char* sql);
   void prepareTables();
   void makeRoom(uint64_t limit);
@@ -93,7 +106,9 @@ class ContentDatabase {
     void operator()(sqlite3* connection) const;
   };
   std::unique_ptr<sqlite3, Close> connection_;
-  std::unique_ptr<Statement> find_;
+  std::unique_ptr<Statement> find_, findApart_;
+  std::vector<Entry> all_;  // in their order, where they were read
+  uint64_t sought_ = 0;     // since the reading began
   std::vector<Used> used_;
   bool holdsStill_ = false;
   bool isReading_ = false;  // in a transaction
