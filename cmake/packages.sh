@@ -1,7 +1,8 @@
 # Sourced by ./run and ./test: brings a Debian 12 machine to where the project builds.
 
-required_packages="cmake ninja-build g++-multilib clang-14 clang-tidy-14 llvm-14 googletest libicu-dev libicu72:i386 libsqlite3-dev
-  libsqlite3-0:i386 findutils  nlohmann-json3-dev libimage-exiftool-perl libarchive-zip-perl"
+required_packages="cmake ninja-build g++-multilib clang-14 clang-tidy-14 llvm-14 googletest findutils
+  libicu-dev libicu72:i386 libsqlite3-dev libsqlite3-0:i386 libarchive-dev libxml2-dev poppler-utils
+  nlohmann-json3-dev libimage-exiftool-perl libarchive-zip-perl"
 
 is_installed() {
   dpkg-query -W -f='${db:Status-Abbrev}' "$1" 2>/dev/null | grep -q '^ii'

@@ -1,0 +1,96 @@
+// document-text: reads the text of documents for another program, on its standard input and output.
+//
+//   ready\n                     once, from here
+//   FORMAT PATH\0               a question; as many as one likes may be sent ahead
+//   ok LENGTH\n TEXT            the answer: LENGTH bytes of UTF-8
+//   error LENGTH\n MESSAGE      or this, for people, without the path: "is encrypted"
+//
+// Answers come in the order of the questions, and end with the input. Who asks should wait no longer than ten
+// seconds for an answer: what this program's own limits (limits.h) don't stop is best killed.
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstdio>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "standin/documents/file.h"
+#include "standin/documents/formats.h"
+#include "standin/documents/questions.h"
+
+namespace standin::documents {
+namespace {
+
+constexpr struct {
+  std::string_view name;
+  void (*read)(int file, const Deadline& deadline, Text& text);
+} kFormats[] = {
+    {"pdf", readPdf},         {"opendocument", readOpenDocument},
+    {"openxml", readOpenXml}, {"epub", readEpub},
+    {"html", readHtml},       {"rtf", readRtf},
+};
+
+auto readerOf(std::string_view name) {
+  std::string names;
+  for (const auto& format : kFormats) {
+    if (format.name == name) return format.read;
+    names += (names.empty() ? "" : ", ") + std::string(format.name);
+  }
+  throw DocumentError("is of a format that isn't known; there are " + names);
+}
+
+std::string answer(std::string_view status, std::string_view bytes) {
+  return std::string(status) + ' ' + std::to_string(bytes.size()) + '\n' + std::string(bytes);
+}
+
+std::string answerTo(const Question& question) {
+  try {
+    const auto read = readerOf(question.format);
+    const Deadline deadline;
+    const DocumentFile file(question.path);
+    Text text;
+    read(file.descriptor(), deadline, text);
+    return answer("ok", text.utf8());
+  } catch (const DocumentError& error) {
+    return answer("error", error.what());
+  } catch (const std::bad_alloc&) {
+    return answer("error",
+                  "takes more than " + std::to_string(kMostMemory / kMegabyte) + " MB of memory to read");
+  }
+}
+
+// The sanitizers need far more address space than they use.
+void limitMemory() {
+#if !defined(__SANITIZE_ADDRESS__)
+  rlimit limit{};
+  ::getrlimit(RLIMIT_AS, &limit);
+  limit.rlim_cur = std::min<rlim_t>(kMostMemory, limit.rlim_max);
+  ::setrlimit(RLIMIT_AS, &limit);
+#endif
+}
+
+int run() {
+  std::setlocale(LC_CTYPE, "C.UTF-8");  // for libarchive, which gives names in the locale's encoding
+  limitMemory();
+  if (!writeAll(STDOUT_FILENO, "ready\n")) return 1;
+  QuestionReader questions(STDIN_FILENO);
+  while (const auto question = questions.next()) {
+    if (!writeAll(STDOUT_FILENO, answerTo(*question))) return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+}  // namespace standin::documents
+
+int main() {
+  try {
+    return standin::documents::run();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "document-text: %s\n", error.what());
+    return 1;
+  }
+}
