@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <new>
@@ -24,19 +25,25 @@
 namespace standin::documents {
 namespace {
 
-constexpr struct {
+struct Format {
   std::string_view name;
   void (*read)(int file, const Deadline& deadline, Text& text);
-} kFormats[] = {
-    {"pdf", readPdf},         {"opendocument", readOpenDocument},
-    {"openxml", readOpenXml}, {"epub", readEpub},
-    {"html", readHtml},       {"rtf", readRtf},
+  std::chrono::seconds time = kLongestTime;
 };
 
-auto readerOf(std::string_view name) {
+constexpr Format kFormats[] = {
+    {"pdf", readPdf, kLongestTimeOfPdftotext},
+    {"opendocument", readOpenDocument},
+    {"openxml", readOpenXml},
+    {"epub", readEpub},
+    {"html", readHtml},
+    {"rtf", readRtf},
+};
+
+const Format& formatNamed(std::string_view name) {
   std::string names;
-  for (const auto& format : kFormats) {
-    if (format.name == name) return format.read;
+  for (const Format& format : kFormats) {
+    if (format.name == name) return format;
     names += (names.empty() ? "" : ", ") + std::string(format.name);
   }
   throw DocumentError("is of a format that isn't known; there are " + names);
@@ -48,11 +55,11 @@ std::string answer(std::string_view status, std::string_view bytes) {
 
 std::string answerTo(const Question& question) {
   try {
-    const auto read = readerOf(question.format);
-    const Deadline deadline;
+    const Format& format = formatNamed(question.format);
+    const Deadline deadline(format.time);
     const DocumentFile file(question.path);
     Text text;
-    read(file.descriptor(), deadline, text);
+    format.read(file.descriptor(), deadline, text);
     return answer("ok", text.utf8());
   } catch (const DocumentError& error) {
     return answer("error", error.what());

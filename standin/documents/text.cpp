@@ -31,7 +31,7 @@ void Text::add(std::string_view characters) {
     UChar32 character = 0;
     U8_NEXT(characters.data(), position, length, character);
     if (character < 0) character = kReplacement;
-    if (u_isUWhiteSpace(character) || u_iscntrl(character)) {
+    if (u_isUWhiteSpace(character) || u_charType(character) == U_CONTROL_CHAR) {
       blank_ = true;
     } else if (character != kSoftHyphen && character != kByteOrderMark) {
       char encoded[U8_MAX_LENGTH];
