@@ -1,4 +1,4 @@
-# Everything built on Linux is i386 ELF (the linker and the loader of the Mach-O dylib included):
+# Everything built on Linux but standin/documents is i386 ELF (the linker and the loader of the Mach-O dylib included):
 # the plug-in is 32-bit, and a process loads libraries of its own kind only.
 add_compile_options(-m32 -msse2 -mfpmath=sse -Wall -Wextra -Werror)
 add_link_options(-m32)

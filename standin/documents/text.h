@@ -1,6 +1,7 @@
 // The text of a document as it grows.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -22,7 +23,8 @@ class Text {
   const std::string& utf8() const { return utf8_; }
 
  private:
-  void append(const char* character, size_t length);
+  void addCharacter(int32_t character);  // negative for what is none
+  void append(std::string_view characters);
 
   std::string utf8_;
   bool blank_ = false;

@@ -21,8 +21,14 @@ bool startsWith(int file, std::string_view bytes) {
 }
 
 [[noreturn]] void failAsDamaged(archive* reader) {
-  const char* const why = archive_error_string(reader);
-  throw DocumentError(std::string("is a damaged ZIP archive: ") + (why ? why : "no reason is known"));
+  const char* const reason = archive_error_string(reader);
+  std::string why = reason ? reason : "no reason is known";
+  while (why.ends_with('\n')) why.pop_back();  // some have it
+  throw DocumentError("is a damaged ZIP archive: " + why);
+}
+
+[[noreturn]] void failAsTooMuch() {
+  throw DocumentError("unpacks to more than " + std::to_string(kMostUnpacked / kMegabyte) + " MB");
 }
 
 }  // namespace
@@ -66,12 +72,12 @@ std::string_view ZipArchive::name() const {
 std::string_view ZipArchive::read() {
   deadline_.check();
   if (archive_entry_is_data_encrypted(entry_)) throw DocumentError("is encrypted");
+  // What the directory says of the size spares the work; but it may be wrong.
+  if (archive_entry_size(entry_) > static_cast<la_int64_t>(kMostUnpacked)) failAsTooMuch();
   const la_ssize_t size = archive_read_data(reader_.get(), buffer_.data(), buffer_.size());
   if (size < 0) failAsDamaged(reader_.get());
   unpacked_ += static_cast<uint64_t>(size);
-  if (unpacked_ > kMostUnpacked) {
-    throw DocumentError("unpacks to more than " + std::to_string(kMostUnpacked / kMegabyte) + " MB");
-  }
+  if (unpacked_ > kMostUnpacked) failAsTooMuch();
   return {buffer_.data(), static_cast<size_t>(size)};
 }
 

@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <stdexcept>
 
 #include "tests/support/build_folder.h"
@@ -79,6 +81,15 @@ Answer DocumentWorker::receive() {
 Answer DocumentWorker::ask(std::string_view format, std::string_view path) {
   send(std::string(format) + ' ' + std::string(path) + '\0');
   return receive();
+}
+
+std::chrono::milliseconds DocumentWorker::processorTime() const {
+  clockid_t clock{};
+  timespec time{};
+  if (::clock_getcpuclockid(process_, &clock) != 0 || ::clock_gettime(clock, &time) != 0) {
+    throw std::runtime_error("the worker has no clock");
+  }
+  return std::chrono::milliseconds(time.tv_sec * 1000 + time.tv_nsec / 1000000);
 }
 
 int DocumentWorker::wait() {

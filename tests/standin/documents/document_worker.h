@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "tests/support/scratch_folder.h"
 
@@ -40,6 +42,9 @@ class DocumentWorker {
   void closeInput();
   Answer receive();
   Answer ask(std::string_view format, std::string_view path);
+
+  // The processor's time that it has used so far: other than the time, it is the same on a busy machine.
+  std::chrono::milliseconds processorTime() const;
 
   // The exit status, once it has ended; -1 when a signal ended it.
   int wait();

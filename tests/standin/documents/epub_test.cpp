@@ -1,4 +1,5 @@
 #include <string>
+#include <vector>
 
 #include "tests/standin/documents/document_worker.h"
 #include "tests/standin/documents/zip_writer.h"

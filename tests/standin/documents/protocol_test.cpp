@@ -1,5 +1,4 @@
 // Questions and answers, whatever the documents say.
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>

@@ -8,15 +8,6 @@ void put(std::string& bytes, uint32_t number, int size) {
   for (int i = 0; i < size; ++i) bytes += static_cast<char>(number >> 8 * i);
 }
 
-uint32_t crcOf(std::string_view bytes) {
-  uint32_t crc = ~0U;
-  for (const char c : bytes) {
-    crc ^= static_cast<uint8_t>(c);
-    for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320U : 0);
-  }
-  return ~crc;
-}
-
 // The fields that the entry has both before its data and in the directory.
 std::string commonFields(const ZipEntry& entry) {
   std::string fields;
@@ -24,7 +15,7 @@ std::string commonFields(const ZipEntry& entry) {
   put(fields, entry.flags, 2);
   put(fields, entry.method, 2);
   put(fields, 0, 4);  // time
-  put(fields, entry.method == 0 ? crcOf(entry.data) : 0, 4);
+  put(fields, entry.crc, 4);
   put(fields, static_cast<uint32_t>(entry.data.size()), 4);
   put(fields, entry.size, 4);
   put(fields, static_cast<uint32_t>(entry.name.size()), 2);
@@ -63,8 +54,9 @@ void addStored(Bits& bits, std::string_view data, bool isLast) {
   bits.align();
 }
 
-// One blank, and then nothing but "258 bytes as the one before", which two zero bits stand for.
-void addBlanks(Bits& bits, size_t count) {
+// One blank, and then nothing but "258 bytes as the one before", which two zero bits stand for: four times in
+// each zero byte, and four times more in the odd bits before and behind.
+void addBlanks(Bits& bits, size_t zeros) {
   bits.add(0, 1);
   bits.add(2, 2);  // with codes of its own
   bits.add(286 - 257, 5);
@@ -76,39 +68,50 @@ void addBlanks(Bits& bits, size_t count) {
   const char* const kZeros = "0";  // so many symbols without a code
   const char* const kOneBit = "10";
   const char* const kTwoBits = "11";
-  const auto zeros = [&](unsigned symbols) {
+  const auto none = [&](unsigned symbols) {
     bits.addCode(kZeros);
     bits.add(symbols - 11, 7);
   };
-  zeros(32);
+  none(32);
   bits.addCode(kTwoBits);  // the blank
-  zeros(138);
-  zeros(85);
+  none(138);
+  none(85);
   bits.addCode(kTwoBits);  // the end of the block
-  zeros(28);
+  none(28);
   bits.addCode(kOneBit);  // 258 bytes
   bits.addCode(kOneBit);  // of the distance 1
   bits.addCode("10");     // a blank
   bits.align();           // by an odd number of bits, so that
-  bits.bytes.append(count, '\0');
+  bits.bytes.append(zeros, '\0');
   bits.align();
   bits.add(0, 1);  // one is missing
 }
 
 }  // namespace
 
-ZipEntry stored(std::string name, std::string data) {
-  const auto size = static_cast<uint32_t>(data.size());
-  return {std::move(name), std::move(data), size, 0};
+uint32_t crcOf(std::string_view bytes) {
+  uint32_t crc = ~0U;
+  for (const char c : bytes) {
+    crc ^= static_cast<uint8_t>(c);
+    for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320U : 0);
+  }
+  return ~crc;
 }
 
-ZipEntry bomb(std::string name, std::string_view start, size_t blanks, std::string_view end) {
+ZipEntry stored(std::string name, std::string data) {
+  const auto size = static_cast<uint32_t>(data.size());
+  const uint32_t crc = crcOf(data);
+  return {std::move(name), std::move(data), size, 0, 0, crc};
+}
+
+ZipEntry bomb(std::string name, std::string_view start, size_t zeros, std::string_view end) {
   Bits bits;
   addStored(bits, start, false);
-  addBlanks(bits, blanks);
+  addBlanks(bits, zeros);
   bits.addCode("11");
   addStored(bits, end, true);
-  return {std::move(name), bits.bytes, static_cast<uint32_t>(blanks * 1032), 8};
+  const size_t size = start.size() + blanksOf(zeros) + end.size();
+  return {std::move(name), bits.bytes, static_cast<uint32_t>(size), 8};
 }
 
 std::string zipOf(const std::vector<ZipEntry>& entries) {

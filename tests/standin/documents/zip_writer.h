@@ -12,11 +12,18 @@ struct ZipEntry {
   uint32_t size;     // that it is said to have when unpacked
   uint16_t method;   // 0: as it is; 8: deflated
   uint16_t flags = 0;
+  uint32_t crc = 0;
 };
 
 ZipEntry stored(std::string name, std::string data);
 
-// Unpacks to `start`, blanks and `end`: 1,032 of them for each byte that `blanks` has here.
-ZipEntry bomb(std::string name, std::string_view start, size_t blanks, std::string_view end);
+uint32_t crcOf(std::string_view bytes);
+
+// Unpacks to `start`, blanksOf(zeros) blanks and `end`. The checksum is not told: nobody should get as far.
+ZipEntry bomb(std::string name, std::string_view start, size_t zeros, std::string_view end);
+
+constexpr size_t blanksOf(size_t zeros) {
+  return 1 + 258 * 4 * (zeros + 1);
+}
 
 std::string zipOf(const std::vector<ZipEntry>& entries);
