@@ -33,8 +33,10 @@ class FileContent {
   // Asks the readers for what wasn't known. Answers whether there was anything.
   bool askForMissing();
 
- private:
+  // Null for devices and the like, which have none.
   const ContentType* type();
+
+ private:
   const std::string& extendedAttribute(std::optional<std::string>& kept, const char* name);
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);
