@@ -3,6 +3,7 @@
 #include <sched.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <utility>
@@ -88,14 +89,17 @@ ContentReader::ContentReader(Options options)
 
 ContentReader::~ContentReader() = default;
 
-ContentKey ContentReader::keyOf(Content content, const FileLocation& file) {
+// Of a file that several names lead to, one may say that it is a web page, and another that it is rich text.
+ContentKey ContentReader::keyOf(Content content, const FileLocation& file, std::string_view format) {
   std::optional<uint64_t>& version = versions_[static_cast<size_t>(content)];
   if (!version) {
     std::string identity = CONTENT_SOURCES;
     for (const std::string& program : programs_[static_cast<size_t>(content)]) identity += '\n' + identityOf(program);
     version = hashOf(identity);
   }
-  return {stateOf(file.info), static_cast<int>(content), *version};
+  const auto* const known = std::ranges::find(kTextFormats, format);
+  const auto reader = content == Content::Tags ? 0 : 1 + (known - std::begin(kTextFormats));
+  return {stateOf(file.info), static_cast<int>(reader), *version};
 }
 
 // The first of the files are named.
@@ -108,10 +112,10 @@ void ContentReader::complainOf(const std::string& path, const std::string& why) 
   }
 }
 
-ContentBytes ContentReader::known(Content content, const FileLocation& file) {
-  const ContentKey key = keyOf(content, file);
+ContentBytes ContentReader::known(Content content, const FileLocation& file, std::string_view format) {
+  const ContentKey key = keyOf(content, file, format);
   Last& last = last_[static_cast<size_t>(content)];
-  if (last.bytes && last.file == key.file) return last.bytes;
+  if (last.bytes && last.key == key) return last.bytes;
   ContentBytes bytes;
   if (const auto fresh = fresh_.find(key); fresh != fresh_.end()) {
     bytes = std::move(fresh->second);
@@ -125,13 +129,13 @@ ContentBytes ContentReader::known(Content content, const FileLocation& file) {
   } else {
     return nullptr;
   }
-  last = {key.file, bytes};
+  last = {key, bytes};
   return bytes;
 }
 
 void ContentReader::ask(Content content, const FileLocation& file, std::string_view format,
                         ReaderPool::Turn turn) {
-  const ContentKey key = keyOf(content, file);
+  const ContentKey key = keyOf(content, file, format);
   const auto [asked, isNew] = asked_.try_emplace(key, nextTicket_);
   if (!isNew) return;
   const ReaderPool::Ticket ticket = nextTicket_++;
@@ -181,7 +185,7 @@ void ContentReader::forgetQuestions() {
 ContentBytes ContentReader::read(Content content, const FileLocation& file, std::string_view format) {
   constexpr auto kPatience = std::chrono::seconds(1);
   for (;;) {
-    if (ContentBytes bytes = known(content, file)) return bytes;
+    if (ContentBytes bytes = known(content, file, format)) return bytes;
     ask(content, file, format, ReaderPool::Turn::First);
     wait(kPatience);
   }

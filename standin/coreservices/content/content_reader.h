@@ -49,9 +49,9 @@ class ContentReader {
   ContentReader(const ContentReader&) = delete;
   ContentReader& operator=(const ContentReader&) = delete;
 
-  // What is known without reading the file: null when it must be read. `format` says what kind of document it
-  // is, where text is wanted.
-  ContentBytes known(Content content, const FileLocation& file);
+  // What is known without reading the file: null when it must be read. `format` is one of kTextFormats where
+  // text is wanted, and empty otherwise.
+  ContentBytes known(Content content, const FileLocation& file, std::string_view format);
   // Has the file read, meanwhile; not again where that was asked for already.
   void ask(Content content, const FileLocation& file, std::string_view format) {
     ask(content, file, format, ReaderPool::Turn::Last);
@@ -76,13 +76,13 @@ class ContentReader {
     bool lasting;  // the file's times say for sure what is in it
   };
   struct Last {
-    FileState file;
+    ContentKey key;
     ContentBytes bytes;
   };
 
   void ask(Content content, const FileLocation& file, std::string_view format, ReaderPool::Turn turn);
   void take(Content content, ReaderPool::Ticket ticket, ReaderAnswer answer);
-  ContentKey keyOf(Content content, const FileLocation& file);
+  ContentKey keyOf(Content content, const FileLocation& file, std::string_view format);
   ReaderPool& pool(Content content) { return *pools_[static_cast<size_t>(content)]; }
   void complainOf(const std::string& path, const std::string& why);
 

@@ -2,12 +2,16 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <string_view>
 
 #include "standin/coreservices/readers/reader_pool.h"
 
 namespace standin::metadata {
 
 ReaderPool::Options textReader(size_t processes);
+
+// What it is told that a document is, before its path.
+inline constexpr std::string_view kTextFormats[] = {"pdf",  "opendocument", "openxml",
+                                                    "epub", "html",         "rtf"};
 
 }  // namespace standin::metadata

@@ -323,6 +323,16 @@ void appendBackwards(const ContentType& type, std::vector<std::string_view>& tre
   tree.push_back(type.identifier);
 }
 
+Text findTextOf(const ContentType& type) {
+  if (std::ranges::find(kUnknownTypes, type.identifier) != std::end(kUnknownTypes)) return Text::Plain;
+  for (const std::string_view identifier : contentTypeTree(type)) {
+    for (const auto& reader : kReaders) {
+      if (identifier == reader.identifier) return reader.text;
+    }
+  }
+  return Text::None;
+}
+
 }  // namespace
 
 const ContentType* contentTypeNamed(std::string_view identifier) {
@@ -357,13 +367,12 @@ const std::vector<std::string_view>& contentTypeTree(const ContentType& type) {
 }
 
 Text textOf(const ContentType& type) {
-  if (std::ranges::find(kUnknownTypes, type.identifier) != std::end(kUnknownTypes)) return Text::Plain;
-  for (const std::string_view identifier : contentTypeTree(type)) {
-    for (const auto& reader : kReaders) {
-      if (identifier == reader.identifier) return reader.text;
-    }
-  }
-  return Text::None;
+  static const std::vector<Text> texts = [] {
+    std::vector<Text> each;
+    for (const ContentType& known : kTypes) each.push_back(findTextOf(known));
+    return each;
+  }();
+  return texts[static_cast<size_t>(&type - kTypes)];
 }
 
 }  // namespace standin::metadata

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "standin/coreservices/content/text_reader.h"
 #include "standin/coreservices/disk/descriptor.h"
 #include "standin/coreservices/media/media_attributes.h"
 #include "standin/coreservices/media/media_table.h"
@@ -82,26 +83,18 @@ const ContentType* typeOf(const FileLocation& file) {
   }
 }
 
-// What document-text calls it.
+// The formats follow each other as these do.
+static_assert(static_cast<size_t>(Text::Rtf) - static_cast<size_t>(Text::Pdf) + 1 == std::size(kTextFormats));
 std::string_view formatOf(Text text) {
-  switch (text) {
-    case Text::Pdf:
-      return "pdf";
-    case Text::OpenDocument:
-      return "opendocument";
-    case Text::OpenXml:
-      return "openxml";
-    case Text::Epub:
-      return "epub";
-    case Text::Html:
-      return "html";
-    case Text::Rtf:
-      return "rtf";
-    case Text::None:
-    case Text::Plain:
-      break;
-  }
-  return {};
+  return kTextFormats[static_cast<size_t>(text) - static_cast<size_t>(Text::Pdf)];
+}
+
+bool isDocument(const ContentType* type) {
+  return type && textOf(*type) != Text::None && textOf(*type) != Text::Plain;
+}
+
+bool mayHaveTags(const ContentType* type) {
+  return type && type->metadata == Metadata::Embedded;
 }
 
 }  // namespace
@@ -120,19 +113,20 @@ const ContentBytes& FileContent::bytes(Content content, std::string_view format)
   ContentBytes& bytes = bytes_[static_cast<size_t>(content)];
   if (bytes) return bytes;
   bytes = reading_ == Reading::Now ? contentReader().read(content, file_, format)
-                                   : contentReader().known(content, file_);
+                                   : contentReader().known(content, file_, format);
   if (!bytes) missing_[static_cast<size_t>(content)] = format;
   return bytes;
 }
 
 // The type takes a look at the file. What is in the store was put there by its type, and whatever changes that
 // changes the file's state, too; so where the name promises such a type, the store is looked at first.
-template <class Promises>
-bool FileContent::isKnownByName(Content content, const Promises& promises) {
+const ContentType* FileContent::promisedType() const {
+  return type_ ? *type_ : contentTypeOfName(file_.name, Node::File);
+}
+
+bool FileContent::isInStore(Content content, std::string_view format) {
   ContentBytes& bytes = bytes_[static_cast<size_t>(content)];
-  if (!bytes && !type_ && promises(contentTypeOfName(file_.name, Node::File))) {
-    bytes = contentReader().known(content, file_);
-  }
+  if (!bytes) bytes = contentReader().known(content, file_, format);
   return bytes != nullptr;
 }
 
@@ -149,22 +143,24 @@ bool FileContent::askForMissing() {
 bool FileContent::tagValues(FileAttribute attribute, std::vector<Value>& values) {
   if (!isMediaAttribute(attribute)) return true;
   if (!S_ISREG(file_.info.stx_mode)) return true;
-  const auto mayHaveTags = [](const ContentType* type) { return type && type->metadata == Metadata::Embedded; };
-  if (!isKnownByName(Content::Tags, mayHaveTags) && !mayHaveTags(type())) return true;
+  const ContentType* const named = promisedType();
+  const bool isKnown = mayHaveTags(named) && isInStore(Content::Tags, {});
+  if (!isKnown && !mayHaveTags(type())) return true;
   const ContentBytes& tags = bytes(Content::Tags, {});
   if (tags) decodeValues(*tags, attribute, values);
   return tags != nullptr;
 }
 
 bool FileContent::text(std::vector<Value>& values) {
-  if (!S_ISREG(file_.info.stx_mode) || !type()) return true;
-  const Text kind = textOf(*type());
-  if (kind == Text::None) return true;
-  if (kind == Text::Plain) {
+  if (!S_ISREG(file_.info.stx_mode)) return true;
+  const ContentType* named = promisedType();
+  if (!isDocument(named) || !isInStore(Content::Text, formatOf(textOf(*named)))) named = type();
+  if (!named || textOf(*named) == Text::None) return true;
+  if (textOf(*named) == Text::Plain) {
     if (const auto text = plainText_.read(file_.folder, file_.pathFromFolder)) values.emplace_back(*text);
     return true;
   }
-  const ContentBytes& text = bytes(Content::Text, formatOf(kind));
+  const ContentBytes& text = bytes(Content::Text, formatOf(textOf(*named)));
   if (text && !text->empty()) values.emplace_back(*text);
   return text != nullptr;
 }

@@ -40,8 +40,8 @@ class FileContent {
   const std::string& extendedAttribute(std::optional<std::string>& kept, const char* name);
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);
-  template <class Promises>
-  bool isKnownByName(Content content, const Promises& promises);
+  const ContentType* promisedType() const;
+  bool isInStore(Content content, std::string_view format);
 
   FileLocation file_;
   const Reading reading_;
