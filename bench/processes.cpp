@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
@@ -40,12 +41,14 @@ Usage run(const std::vector<std::string>& command) {
     std::perror("no temporary file");
     std::exit(1);
   }
+  const auto start = std::chrono::steady_clock::now();
   const pid_t child = ::fork();
   if (child == 0) become(command, ::fileno(output), ::fileno(errors));
   Usage usage;
   int status = 0;
   rusage resources{};
   if (child > 0 && ::wait4(child, &status, 0, &resources) == child) {
+    usage.elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (WIFEXITED(status)) usage.status = WEXITSTATUS(status);
     usage.seconds = secondsOf(resources.ru_utime) + secondsOf(resources.ru_stime);
     usage.megabytes = static_cast<double>(resources.ru_maxrss) / 1024;

@@ -1,6 +1,5 @@
 #include "bench/tree.h"
 
-#include <fcntl.h>
 #include <malloc.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -9,6 +8,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
 namespace bench {
 namespace {
@@ -17,33 +17,42 @@ namespace fs = std::filesystem;
 
 constexpr int kFilesPerFolder = 100;
 
-void makeFiles(const char* program, const std::string& root, int files) {
+// Up to 39 bytes of text.
+std::string smallText(int number, std::string& content) {
+  content.assign("any text, but not more than that of it", static_cast<size_t>(number % 39));
+  return "txt";
+}
+
+void makeFiles(const char* program, const std::string& root, int files, const MakeContent& make) {
   for (int i = 0; i < files; ++i) {
     char folder[64];
     std::snprintf(folder, sizeof folder, "/group-%03d/folder-%05d", i / kFilesPerFolder / 50,
                   i / kFilesPerFolder);
     if (i % kFilesPerFolder == 0) fs::create_directories(root + folder);
     char name[64];
-    std::snprintf(name, sizeof name, "/a file named %06d.txt", i);
-    const std::string path = root + folder + name;
-    const int fd = ::open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
-    if (fd < 0 || ::write(fd, path.data(), static_cast<size_t>(i % 40)) < 0) {
+    std::snprintf(name, sizeof name, "/a file named %06d.", i);
+    std::string content;
+    const std::string extension = make(i, content);
+    const std::string path = root + folder + name + extension;
+    std::ofstream file(path, std::ios::binary);
+    if (!(file << content).flush()) {
       std::fprintf(stderr, "%s: can't write %s\n", program, path.c_str());
       std::exit(1);
     }
-    ::close(fd);
   }
 }
 
 }  // namespace
 
-Tree::Tree(const char* program, int files) {
+Tree::Tree(const char* program, int files) : Tree(program, files, smallText) {}
+
+Tree::Tree(const char* program, int files, const MakeContent& make) {
   path_ = (fs::canonical(fs::temp_directory_path()) / "bench-XXXXXX").string();
   if (!::mkdtemp(path_.data())) {
     std::fprintf(stderr, "%s: no temporary folder\n", program);
     std::exit(1);
   }
-  makeFiles(program, path_, files);
+  makeFiles(program, path_, files, make);
 }
 
 Tree::~Tree() {

@@ -20,11 +20,24 @@ Progress::~Progress() {
   clear();
 }
 
-void Progress::show(size_t count, const char* what) {
-  if (!terminal_ || Clock::now() < next_) return;
+void Progress::print(const std::string& line) {
   next_ = Clock::now() + kInterval;
-  std::fprintf(stderr, "\r%zu %s\x1B[K", count, what);
+  std::fprintf(stderr, "\r%s\x1B[K", line.c_str());
   shown_ = true;
+}
+
+void Progress::show(size_t count, const char* what) {
+  if (isDue()) print(std::to_string(count) + ' ' + what);
+}
+
+void Progress::showLooked(size_t looked, size_t toBeRead, bool isAll) {
+  if (!isDue()) return;
+  const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+  const size_t done = looked - toBeRead;
+  std::string line = std::to_string(done) + " files looked at, " +
+                     std::to_string(static_cast<size_t>(static_cast<double>(done) / seconds)) + " a second";
+  if (toBeRead > 0) line += "; " + std::to_string(toBeRead) + (isAll ? "" : " or more") + " are still to be read";
+  print(line);
 }
 
 void Progress::clear() {

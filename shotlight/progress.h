@@ -17,11 +17,17 @@ class Progress {
 
   // "12345 results so far". Cheap to call often.
   void show(size_t count, const char* what);
+  // "12345 files looked at, 210 a second; 2300 are still to be read", or what of that there is to tell.
+  void showLooked(size_t looked, size_t toBeRead, bool isAll);
   void clear();
 
  private:
   using Clock = std::chrono::steady_clock;
   const bool terminal_;
+  bool isDue() const { return terminal_ && Clock::now() >= next_; }
+  void print(const std::string& line);
+
+  const Clock::time_point start_ = Clock::now();
   Clock::time_point next_;
   bool shown_ = false;
 };

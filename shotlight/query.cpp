@@ -133,7 +133,8 @@ bool gather(const host::Value& query, int32_t flags, Interrupts& interrupts) {
       host::call(query, "Stop");
       return false;
     }
-    progress.show(static_cast<size_t>(host::call(query, "ResultCount").integer()), "results so far");
+    const standin::SearchProgress search = standin::currentSearch();
+    progress.showLooked(search.looked, search.waiting, search.walked);
   }
   checkExceptions();
   return true;

@@ -13,7 +13,7 @@ namespace standin::documents {
 namespace {
 
 [[noreturn]] void failToRead(int error) {
-  throw DocumentError(std::string("can't be read: ") + std::strerror(error));
+  throw UnreadableError(std::string("can't be read: ") + std::strerror(error));
 }
 
 void checkKind(const struct stat& info) {
@@ -23,16 +23,22 @@ void checkKind(const struct stat& info) {
   }
 }
 
+// How a file is named that somebody has open, because its path is too long for the system.
+bool isDescriptor(const std::string& path) {
+  return path.starts_with("/proc/") && path.find("/fd/") != std::string::npos;
+}
+
 int openDocument(const std::string& path) {
   if (!path.starts_with('/')) throw DocumentError("isn't named by an absolute path");
   // A device may do something when it is opened, so it isn't.
+  const bool follows = isDescriptor(path);
   struct stat info;
-  if (::lstat(path.c_str(), &info) != 0) failToRead(errno);
+  if ((follows ? ::stat(path.c_str(), &info) : ::lstat(path.c_str(), &info)) != 0) failToRead(errno);
   checkKind(info);
   // Should another kind of file take its place now, it isn't waited for.
-  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  int descriptor = ::open(path.c_str(), kFlags | O_NOATIME);
-  if (descriptor < 0 && errno == EPERM) descriptor = ::open(path.c_str(), kFlags);
+  const int flags = O_RDONLY | (follows ? 0 : O_NOFOLLOW) | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  int descriptor = ::open(path.c_str(), flags | O_NOATIME);
+  if (descriptor < 0 && errno == EPERM) descriptor = ::open(path.c_str(), flags);
   if (descriptor < 0) failToRead(errno);
   return descriptor;
 }

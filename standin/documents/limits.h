@@ -39,6 +39,12 @@ class DocumentError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The same where it is not the document's fault, and may be otherwise next time.
+class UnreadableError : public DocumentError {
+ public:
+  using DocumentError::DocumentError;
+};
+
 class Deadline {
  public:
   // From now on.
@@ -52,7 +58,7 @@ class Deadline {
   // Throws when the time is over.
   void check() const {
     if (left().count() > 0) return;
-    throw DocumentError("takes more than " + std::to_string(time_.count()) + " seconds to read");
+    throw UnreadableError("takes more than " + std::to_string(time_.count()) + " seconds to read");
   }
 
  private:

@@ -4,6 +4,7 @@
 //   FORMAT PATH\0               a question; as many as one likes may be sent ahead
 //   ok LENGTH\n TEXT            the answer: LENGTH bytes of UTF-8
 //   error LENGTH\n MESSAGE      or this, for people, without the path: "is encrypted"
+//   unreadable LENGTH\n MESSAGE or this, where it isn't the document's fault: "can't be read: Permission denied"
 //
 // Answers come in the order of the questions, and end with the input. Who asks should wait no longer than ten
 // seconds for an answer: what this program's own limits (limits.h) don't stop is best killed.
@@ -61,6 +62,8 @@ std::string answerTo(const Question& question) {
     Text text;
     format.read(file.descriptor(), deadline, text);
     return answer("ok", text.utf8());
+  } catch (const UnreadableError& error) {
+    return answer("unreadable", error.what());
   } catch (const DocumentError& error) {
     return answer("error", error.what());
   } catch (const std::bad_alloc&) {

@@ -31,7 +31,7 @@ class Pipe {
  public:
   Pipe() {
     if (::pipe2(ends_, O_CLOEXEC) != 0)
-      throw DocumentError(std::string("can't be read: ") + std::strerror(errno));
+      throw UnreadableError(std::string("can't be read: ") + std::strerror(errno));
   }
   ~Pipe() {
     closeWriteEnd();
@@ -69,7 +69,7 @@ class Pdftotext {
   explicit Pdftotext(int file) {
     const pid_t parent = ::getpid();
     process_ = ::fork();
-    if (process_ < 0) throw DocumentError(std::string("pdftotext can't be started: ") + std::strerror(errno));
+    if (process_ < 0) throw UnreadableError(std::string("pdftotext can't be started: ") + std::strerror(errno));
     if (process_ == 0) becomePdftotext(file, output_.writeEnd(), complaints_.writeEnd(), parent);
     output_.closeWriteEnd();
     complaints_.closeWriteEnd();
@@ -90,7 +90,7 @@ class Pdftotext {
     while ((ends[0].fd >= 0 || ends[1].fd >= 0) && text.size() < kLongestText) {
       deadline.check();
       const int ready = ::poll(ends, std::size(ends), static_cast<int>(deadline.left().count()));
-      if (ready < 0 && errno != EINTR) throw DocumentError("can't be read: poll failed");
+      if (ready < 0 && errno != EINTR) throw UnreadableError("can't be read: poll failed");
       if (ready <= 0) continue;
       readInto(text, kLongestText, ends[0]);
       readInto(complaints, kMostComplaints, ends[1]);
@@ -133,7 +133,7 @@ void checkSignature(int file) {
   const auto complainsOf = [&](std::string_view what) {
     return complaints.find(what) != std::string_view::npos;
   };
-  if (status == kNotThere) throw DocumentError("pdftotext isn't there: install Debian's poppler-utils");
+  if (status == kNotThere) throw UnreadableError("pdftotext isn't there: install Debian's poppler-utils");
   if (complainsOf("Incorrect password") || complainsOf("encrypt")) throw DocumentError("is encrypted");
   if (complainsOf("not allowed")) throw DocumentError("forbids that its text is copied");
   if (status < 0) throw DocumentError("makes pdftotext crash");

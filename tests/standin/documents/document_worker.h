@@ -13,7 +13,7 @@
 #include "tests/support/scratch_folder.h"
 
 struct Answer {
-  std::string status;  // "ok" or "error"; empty when there was no answer
+  std::string status;  // "ok", "error" or "unreadable"; empty when there was no answer
   std::string text;
   bool operator==(const Answer&) const = default;
 };
@@ -24,6 +24,10 @@ inline Answer ok(std::string text) {
 
 inline Answer error(std::string text) {
   return {"error", std::move(text)};
+}
+
+inline Answer unreadable(std::string text) {
+  return {"unreadable", std::move(text)};
 }
 
 inline std::ostream& operator<<(std::ostream& out, const Answer& answer) {

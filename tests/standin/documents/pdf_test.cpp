@@ -59,7 +59,7 @@ TEST_F(PdfDocuments, ThatAreCutOffAreAnsweredSomehow) {
 
 TEST_F(PdfDocuments, NeedAProgramThatIsMissed) {
   DocumentWorker poor("/nonexistent");
-  EXPECT_EQ(poor.ask("pdf", kReport), error("pdftotext isn't there: install Debian's poppler-utils"));
+  EXPECT_EQ(poor.ask("pdf", kReport), unreadable("pdftotext isn't there: install Debian's poppler-utils"));
   EXPECT_EQ(poor.ask("html", scratch.file("page", "text")), ok("text"));
 }
 
@@ -81,7 +81,7 @@ TEST_F(OtherPdftotext, IsToldTheFileAndTheEncoding) {
 
 TEST_F(OtherPdftotext, IsKilledWhenItTakesTooLong) {
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(readWith("echo some; exec sleep 100"), error("takes more than 8 seconds to read"));
+  EXPECT_EQ(readWith("echo some; exec sleep 100"), unreadable("takes more than 8 seconds to read"));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 

@@ -1,4 +1,5 @@
 // Questions and answers, whatever the documents say.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -81,10 +82,21 @@ TEST_F(Documents, ThatAreNoRegularFilesAreNotOpened) {
     EXPECT_EQ(worker.ask(format, scratch.at("link")), answer);
     EXPECT_EQ(worker.ask(format, scratch.path()), answer);
     EXPECT_EQ(worker.ask(format, "/dev/zero"), answer);
-    EXPECT_EQ(worker.ask(format, scratch.at("none")), error("can't be read: No such file or directory"));
+    EXPECT_EQ(worker.ask(format, scratch.at("none")), unreadable("can't be read: No such file or directory"));
     EXPECT_EQ(worker.ask(format, "page"), error("isn't named by an absolute path"));
-    EXPECT_EQ(worker.ask(format, "/" + std::string(5000, 'x')), error("can't be read: File name too long"));
+    EXPECT_EQ(worker.ask(format, "/" + std::string(5000, 'x')), unreadable("can't be read: File name too long"));
   }
+}
+
+// Of a file whose path is too long for the system, somebody has a descriptor.
+TEST_F(Documents, AreReadThroughDescriptors) {
+  const std::string path = scratch.file("page", "text");
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_GE(file, 0);
+  const std::string shown = "/proc/" + std::to_string(::getpid()) + "/fd/";
+  EXPECT_EQ(worker.ask("html", shown + std::to_string(file)), ok("text"));
+  ::close(file);
+  EXPECT_EQ(worker.ask("html", shown + "999999"), unreadable("can't be read: No such file or directory"));
 }
 
 TEST_F(Documents, ThatAreEmptyAreNoDocumentsButPages) {
