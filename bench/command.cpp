@@ -1,6 +1,6 @@
-// What whole commands cost: shotlight beside the command that people would type instead, in processor time and
-// paired in each round; and instructions for each file, where there is valgrind. Usage: bench-command [FILES];
-// 100,000 unless said otherwise.
+// What whole commands cost: shotlight beside the command that people would type instead, in processor time
+// and paired in each round; and instructions for each file, where there is valgrind. Usage: bench-command
+// [FILES]; 100,000 unless said otherwise.
 #include <algorithm>
 #include <cstdio>
 #include <string>

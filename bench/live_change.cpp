@@ -1,5 +1,5 @@
-// Makes files one by one in a folder that a query follows, each told before the next is made: for counting the
-// instructions of a change. Usage: bench-live-change FOLDER CHANGES
+// Makes files one by one in a folder that a query follows, each told before the next is made: for counting
+// the instructions of a change. Usage: bench-live-change FOLDER CHANGES
 #include <CoreServices/CoreServices.h>
 #include <fcntl.h>
 #include <unistd.h>

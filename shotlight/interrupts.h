@@ -3,8 +3,8 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include <chrono>
 #include <csignal>
+#include <cstdint>
 
 namespace shotlight {
 
@@ -28,7 +28,7 @@ class Interrupts {
   sigset_t before_;
   int fd_;
   int signal_ = 0;
-  std::chrono::steady_clock::time_point asked_;  // when recentSignal last asked the system
+  int64_t asked_ = 0;  // when recentSignal last asked the system, in milliseconds of its clock
   CFFileDescriptorRef descriptor_;
   CFRunLoopSourceRef source_;
 };

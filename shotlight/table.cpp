@@ -1,6 +1,7 @@
 #include "shotlight/table.h"
 
 #include <algorithm>
+#include <array>
 
 #include "shotlight/output.h"
 #include "shotlight/text.h"
@@ -33,9 +34,16 @@ void printAligned(const std::vector<Column>& columns, const std::vector<size_t>&
   print(line + '\n');
 }
 
-// Whether the text is printed as it is.
-bool isPrintable(const std::string& text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F && c != '\\'; });
+// The bytes that are printed as they are, whatever stands beside them.
+constexpr std::array<bool, 256> plainBytes() {
+  std::array<bool, 256> plain{};
+  for (size_t byte = 0x20; byte < 0x7F; ++byte) plain[byte] = byte != '\\';
+  return plain;
+}
+constexpr auto kPlain = plainBytes();
+
+bool isPlain(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](unsigned char byte) { return kPlain[byte]; });
 }
 
 }  // namespace
@@ -47,13 +55,11 @@ std::string printable(const std::string& text) {
 }
 
 void printRow(const std::vector<std::string>& row) {
-  size_t length = row.size();
-  for (const std::string& text : row) length += text.size();
-  std::string line;
-  line.reserve(length);
+  static std::string line;  // its memory serves the next row, too
+  line.clear();
   for (size_t i = 0; i < row.size(); ++i) {
     if (i > 0) line += '\t';
-    if (isPrintable(row[i])) {
+    if (isPlain(row[i])) {
       line += row[i];
     } else {
       line += printable(row[i]);

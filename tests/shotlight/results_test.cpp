@@ -52,6 +52,54 @@ TEST(Results, StayOneLineWhateverControlCharactersANameHas) {
   EXPECT_EQ(sorted(names(folder)), sorted(expected));
 }
 
+TEST(Results, AreEscapedWhereverPlainCharactersBeginAndEnd) {
+  const std::pair<std::string, std::string> specials[] = {
+      {"\t", "\\t"},
+      {"\n", "\\n"},
+      {"\\", "\\\\"},
+      {"\x01", "\\x01"},
+      {"\x1F", "\\x1F"},
+      {"\x7F", "\\x7F"},
+      {"\u009B", "\\u009B"},
+      {"\u2028", "\\u2028"},
+      {"\u202E", "\\u202E"},
+      {"\u00E9", "\u00E9"},
+      {"\U0001F30A", "\U0001F30A"},
+  };
+  const ScratchFolder folder;
+  std::vector<std::string> expected;
+  const auto add = [&](const std::string& name, const std::string& printed) {
+    folder.file(name);
+    expected.push_back(printed);
+  };
+  const std::string run(20, '~');
+  for (const auto& [special, printed] : specials) {
+    add(special, printed);
+    add("a" + special, "a" + printed);
+    add(special + "a", printed + "a");
+    add(special + special, printed + printed);
+    add(run + special + " " + special + run, run + printed + " " + printed + run);
+  }
+  add("\t\\\n\u00E9\x7F", "\\t\\\\\\n\u00E9\\x7F");
+  const Result result = find({"kMDItemFSName == \"*\"", "--in", folder.path(), "--show", "kMDItemFSName"});
+  EXPECT_EQ(sorted(lines(result.output)), sorted(expected)) << result;
+}
+
+TEST(Results, AreAsManyAsThereAreFiles) {
+  for (const int files : {0, 1, 2, 1500}) {
+    const ScratchFolder folder;
+    std::vector<std::string> expected;
+    for (int i = 0; i < files; ++i) {
+      const std::string name = std::to_string(i) + ".txt";
+      folder.file(name);
+      expected.push_back(name + "\t0\t" + folder.at(name));
+    }
+    const Result result = find({kEveryText, "--in", folder.path()});
+    EXPECT_EQ(sorted(lines(result.output)), sorted(expected)) << files;
+    EXPECT_EQ(result.status, files > 0 ? 0 : 1) << result;
+  }
+}
+
 TEST(Results, TellABackslashFromAnEscape) {
   const ScratchFolder folder;
   folder.file("a\tb.txt");

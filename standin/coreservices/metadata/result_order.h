@@ -1,7 +1,7 @@
 // The order of a query's results: which file is at an index, and at which index a file is.
 //
-// Files stand in pieces of some hundred, so that one that comes or goes moves its neighbours and not all those
-// behind it. What is left of the cost of all results is a number for each piece.
+// Files stand in pieces of some hundred, so that one that comes or goes moves its neighbours and not all
+// those behind it. What is left of the cost of all results is a number for each piece.
 #pragma once
 
 #include <algorithm>
@@ -22,9 +22,9 @@ class ResultOrder {
   ResultOrder& operator=(const ResultOrder&) = delete;
 
   size_t size() const { return size_; }
-  File at(size_t index) const;       // below size()
-  size_t indexOf(File file) const;   // of a file that is there
-  std::vector<File> files() const;   // all, in their order
+  File at(size_t index) const;      // below size()
+  size_t indexOf(File file) const;  // of a file that is there
+  std::vector<File> files() const;  // all, in their order
   void assign(const std::vector<File>& files);
 
   // None of these may be there already.
@@ -39,8 +39,8 @@ class ResultOrder {
   static constexpr size_t kLargestPiece = 512;
 
   struct Piece {
-    size_t start;  // the index of its first file
-    size_t number;  // of the piece
+    size_t start;             // the index of its first file
+    size_t number;            // of the piece
     std::vector<File> files;  // never empty
   };
 

@@ -269,9 +269,12 @@ std::string lower(std::string_view text) {
   return result;
 }
 
-bool sameLetters(const char* one, const char* other, size_t length) {
-  return std::equal(one, one + length, other,
-                    [](char a, char b) { return a == b || lowerCase(a) == lowerCase(b); });
+int compareLetters(const char* one, const char* other, size_t length) {
+  for (size_t i = 0; i < length; ++i) {
+    if (one[i] == other[i]) continue;
+    if (const int difference = lowerCase(one[i]) - lowerCase(other[i])) return difference;
+  }
+  return 0;
 }
 
 bool sameSignature(const Declaration& one, const Declaration& other) {

@@ -20,8 +20,13 @@ const Property* findProperty(const Class& start, std::string_view name) {
   return nullptr;
 }
 
+bool ClassTable::Before::operator()(std::string_view one, std::string_view other) const {
+  if (one.size() != other.size()) return one.size() < other.size();
+  return compareLetters(one.data(), other.data(), one.size()) < 0;
+}
+
 const Class* ClassTable::find(std::string_view name) const {
-  const auto found = classes_.find(lower(name));
+  const auto found = classes_.find(name);
   return found == classes_.end() ? nullptr : found->second.get();
 }
 
@@ -34,7 +39,8 @@ const Class* ClassTable::find(const ClassReference* reference) const {
 
 void ClassTable::add(std::unique_ptr<Class> cls) {
   if (cls->isRegistered()) registered_.push_back(cls.get());
-  classes_[lower(cls->name)] = std::move(cls);
+  const std::string name = cls->name;
+  classes_.insert_or_assign(name, std::move(cls));
 }
 
 }  // namespace standin::host

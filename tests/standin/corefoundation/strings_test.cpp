@@ -52,6 +52,20 @@ TEST_F(Strings, EveryEncodingComesBackAsItWent) {
   }
 }
 
+TEST_F(Strings, ALetterBeyondAsciiIsSeenWhereverItStands) {
+  for (size_t length = 1; length < 20; ++length) {
+    for (size_t at = 0; at < length; ++at) {
+      std::string bytes(length, 'a');
+      bytes[at] = '\x8E';  // in MacRoman, é
+      const Owned<CFStringRef> string(
+          CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(bytes.data()),
+                                  static_cast<CFIndex>(length), kCFStringEncodingMacRoman, false));
+      EXPECT_EQ(CFStringGetCStringPtr(string.get(), kCFStringEncodingASCII), nullptr);
+      EXPECT_EQ(CFStringGetCharacterAtIndex(string.get(), static_cast<CFIndex>(at)), 0xE9);
+    }
+  }
+}
+
 TEST_F(Strings, UnitsMayLieAtAnOddAddress) {
   const char16_t units[] = u"odd \u00e9";
   char bytes[1 + sizeof units];

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unicode/utf8.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -85,6 +86,31 @@ TEST(Wildcards, StandForAnyRunAndForOneCharacter) {
          {u"\"a**b\"", "ab", true},
          {u"\"**\"", "", true},
          {u"\"a**?b\"", "ab", false}});
+}
+
+// Text of ASCII alone is compared in a way of its own: with a letter beyond it on both sides, it is compared
+// in the general one.
+TEST(Wildcards, MeanTheSameInAsciiTextAndInOther) {
+  std::mt19937 random(3);
+  const auto textOf = [&random](const std::string& letters, size_t most) {
+    std::string text;
+    for (size_t length = random() % (most + 1); length > 0; --length)
+      text += letters[random() % letters.size()];
+    return text;
+  };
+  int matching = 0;
+  for (int round = 0; round < 20000; ++round) {
+    const std::string pattern = textOf("abA?*", 6), text = textOf("abB", 9);
+    for (const char* const modifiers : {"", "c", "d"}) {
+      const std::u16string quoted = u'"' + std::u16string(pattern.begin(), pattern.end()) + u'"';
+      const std::u16string longer = u'"' + std::u16string(pattern.begin(), pattern.end()) + u"\u00e9\"";
+      const std::u16string how(modifiers, modifiers + std::strlen(modifiers));
+      const bool matches = matchesValue(quoted + how, text);
+      ASSERT_EQ(matches, matchesValue(longer + how, text + "\xC3\xA9")) << pattern << " with " << text;
+      matching += matches;
+    }
+  }
+  EXPECT_GT(matching, 1000);
 }
 
 TEST(Wildcards, AreOrdinaryCharactersWhenEscaped) {

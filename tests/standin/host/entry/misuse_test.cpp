@@ -30,6 +30,39 @@ TEST_F(Misuse, UseOfAFreedString) {
   EXPECT_DEATH(entry<Object(String)>("StringToVariant")(string), "StringToVariant: use of a freed handle");
 }
 
+TEST_F(Misuse, UseOfAFreedVariant) {
+  const Object variant = entry<Object(int32_t)>("Int32ToVariant")(5);
+  unlockObject(variant);
+  EXPECT_DEATH(lockObject(variant), "REALLockObject: use of a freed handle \\(it was a variant\\)");
+}
+
+// Handles are found again and none is mixed up with another, however many there are and whichever go.
+TEST_F(Misuse, UseOfAFreedObjectAmongMany) {
+  std::vector<Object> things;
+  for (int i = 0; i < 5000; ++i) things.push_back(newInstance("ThingZNK"));
+  for (size_t i = 0; i < things.size(); i += 2) unlockObject(things[i]);
+  for (size_t i = 1; i < things.size(); i += 2) {
+    lockObject(things[i]);
+    unlockObject(things[i]);
+  }
+  EXPECT_DEATH(lockObject(things[4000]), "REALLockObject: use of a freed handle");
+  for (size_t i = 1; i < things.size(); i += 2) unlockObject(things[i]);
+  EXPECT_DEATH(unlockObject(things[4001]), "REALUnlockObject: use of a freed handle");
+}
+
+TEST_F(Misuse, ACountOfCallsThatNobodyCounted) {
+  EXPECT_DEATH(standin::callCount("REALUnlockString"), "callCount: calls are not counted");
+  const String string = build("x");
+  lockString(string);
+  standin::countCalls();
+  unlockString(string);
+  unlockString(string);
+  EXPECT_EQ(standin::callCount("REALUnlockString"), 2);
+  EXPECT_EQ(standin::callCount("REALLockString"), 0);
+  standin::countCalls();
+  EXPECT_EQ(standin::callCount("REALUnlockString"), 0);
+}
+
 TEST_F(Misuse, AReleaseOfAReferenceThatIsTheHosts) {
   const auto thing = host::newInstance("ThingZNK");
   const host::Value text("x");

@@ -21,6 +21,8 @@ void PrintTo(const Conversion& row, std::ostream* out) {
   *out << row.utf8 << " in " << std::hex << row.encoding;
 }
 
+class PlainText : public HostTest {};
+
 class Encodings : public HostTest, public testing::WithParamInterface<Conversion> {};
 
 TEST_P(Encodings, ConvertThereAndBack) {
@@ -55,6 +57,29 @@ TEST(Conversions, WhatIsNoTextOrHasNoPlaceIsNotConverted) {
   EXPECT_FALSE(host::convert("€", host::kEncodingUtf8, host::kEncodingAscii));
   EXPECT_FALSE(host::convert("中", host::kEncodingUtf8, host::kEncodingMacRoman));
   EXPECT_FALSE(host::convert("a", 0x1234, host::kEncodingUtf8));
+}
+
+// Plain text is told apart several bytes at once: a byte beyond it must be seen wherever it stands.
+TEST_F(PlainText, EndsAtTheFirstByteThatIsNone) {
+  for (size_t length = 1; length < 20; ++length) {
+    for (size_t at = 0; at < length; ++at) {
+      std::string bytes(length, 'a');
+      EXPECT_EQ(host::convert(bytes, host::kEncodingMacRoman, host::kEncodingUtf8), bytes);
+      EXPECT_EQ(host::convert(bytes, host::kEncodingAscii, host::kEncodingUtf8), bytes);
+      bytes[at] = '\x8E';  // in MacRoman, é
+      const std::string expected = std::string(at, 'a') + "\u00e9" + std::string(length - at - 1, 'a');
+      EXPECT_EQ(host::convert(bytes, host::kEncodingMacRoman, host::kEncodingUtf8), expected);
+      EXPECT_EQ(host::convert(bytes, host::kEncodingAscii, host::kEncodingUtf8), std::nullopt);
+      EXPECT_EQ(host::convert(bytes, host::kEncodingUtf8, host::kEncodingMacRoman), std::nullopt);
+    }
+  }
+}
+
+TEST_F(PlainText, HasAnEncodingOnBothSides) {
+  EXPECT_EQ(host::convert("a", host::kEncodingUnknown, host::kEncodingUtf8), "a");
+  EXPECT_EQ(host::convert("a", host::kEncodingUtf8, host::kEncodingUnknown), std::nullopt);
+  EXPECT_EQ(host::convert("a", 12345, host::kEncodingUtf8), std::nullopt);
+  EXPECT_EQ(host::convert("a", host::kEncodingUtf8, 12345), std::nullopt);
 }
 
 }  // namespace
