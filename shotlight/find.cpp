@@ -158,7 +158,8 @@ class Find {
                      [&](const host::Value& name) { return host::call(item, "GetAttribute", name); });
       checkExceptions();
       take(values);
-      progress.show(++read, "results read");
+      ++read;
+      if (!isReadAlong_) progress.show(read, "results read");
     }
     return read;
   }
@@ -177,6 +178,8 @@ class Find {
 
   const FindOptions& options_;
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  // What is read through a pipe may be on the terminal already, where a line of progress would break into it.
+  const bool isReadAlong_ = outputIsPipe();
   Interrupts interrupts_;
   const host::Value query_;
 };

@@ -1,6 +1,7 @@
 #include "shotlight/output.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -24,6 +25,11 @@ void keepStandardStreamsApart() {
     // A new descriptor gets the lowest free number.
     if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
+}
+
+bool outputIsPipe() {
+  struct stat output {};
+  return fstat(STDOUT_FILENO, &output) == 0 && (S_ISFIFO(output.st_mode) || S_ISSOCK(output.st_mode));
 }
 
 void print(const std::string& text) {

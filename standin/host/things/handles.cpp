@@ -14,8 +14,8 @@ namespace {
 
 // None of these is ever destroyed: references are dropped until the very end.
 constinit HandleTable alive;
-// Left over from ended runs: kept, so that references to them can still be dropped. Of an address that serves
-// again, the last one.
+// Left over from ended runs: kept, so that references to them can still be dropped, and no handle serves
+// again.
 auto& abandoned = *new std::unordered_map<const void*, std::unique_ptr<Counted>>;
 long& stringsAlive = ledgerLine("host string");
 long& objectsAlive = ledgerLine("host object");
