@@ -90,8 +90,10 @@ host::Value newQuery(const FindOptions& options) {
   std::vector<std::string> sortingKeys;
   for (const SortKey& each : options.sorting) sortingKeys.push_back(each.key);
   const host::Value sorting = host::stringArray(sortingKeys);
-  const host::Value valueList =
-      host::stringArray(options.valuesOf.empty() ? Arguments{} : Arguments{options.valuesOf});
+  // What is shown of every result may take a reader, and is best read while the results are gathered.
+  Arguments valueKeys = options.limit > 0 ? Arguments{} : options.keys;
+  if (!options.valuesOf.empty()) valueKeys = {options.valuesOf};
+  const host::Value valueList = host::stringArray(valueKeys);
   host::Value query;
   if (options.within.empty()) {
     query = made(host::construct(kClass, options.query, valueList, sorting), options.query);

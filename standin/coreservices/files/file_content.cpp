@@ -99,6 +99,10 @@ bool mayHaveTags(const ContentType* type) {
 
 }  // namespace
 
+bool mayTakeReader(FileAttribute attribute) {
+  return isMediaAttribute(attribute);
+}
+
 const ContentType* FileContent::type() {
   if (!type_) type_ = typeOf(file_);
   return *type_;

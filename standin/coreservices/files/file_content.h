@@ -19,6 +19,9 @@ namespace standin::metadata {
 // Whether what takes a reader beside this process is waited for.
 enum class Reading { Now, Later };
 
+// Whether the attribute may be one that only a reader can tell.
+bool mayTakeReader(FileAttribute attribute);
+
 // Everything is read when it is first asked for, and kept.
 class FileContent {
  public:

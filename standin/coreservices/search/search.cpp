@@ -1,5 +1,7 @@
 #include "standin/coreservices/search/search.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "standin/coreservices/disk/paths.h"
@@ -38,7 +40,9 @@ Search::Search(SearchRequest request, ResultStore& results, Found found)
       results_(results),
       onFound_(std::move(found)),
       folders_(distinctFolders(request_.folders, report_.missingFolders)),
-      excluded_(fileIdsOf(request_.excluded)) {}
+      excluded_(fileIdsOf(request_.excluded)) {
+  std::ranges::copy_if(request_.alsoRead, std::back_inserter(toBeKnown_), mayTakeReader);
+}
 
 Search::~Search() {
   if (asked_) contentReader().forgetQuestions();
@@ -50,7 +54,7 @@ Match Search::matchOf(FileRecord& record) {
   if (match != Match::Yes) return match;
   values_.clear();
   bool areKnown = true;
-  for (const FileAttribute attribute : request_.alsoRead) {
+  for (const FileAttribute attribute : toBeKnown_) {
     areKnown = record.values(attribute, values_) && areKnown;
   }
   return areKnown ? match : Match::Unknown;

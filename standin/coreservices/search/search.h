@@ -85,6 +85,7 @@ class Search {
   const SearchRequest request_;
   ResultStore& results_;
   const Found onFound_;
+  std::vector<FileAttribute> toBeKnown_;  // of results, as it takes readers to tell them
   size_t found_ = 0;
   SearchReport report_;  // of the folders that are done
   std::vector<std::string> folders_;
