@@ -46,9 +46,9 @@ TEST_F(Cost, OfAFileIsBounded) {
     double limit;
   } cases[] = {
       {{}, 35000},  // name, size and path
-      {{"--show", "kMDItemPath"}, 20000},
-      {{"--count"}, 2200},
-      {{"--show", "kMDItemPath", "--sort", "kMDItemFSName"}, 34000},
+      {{"--show", "kMDItemPath"}, 19300},
+      {{"--count"}, 2110},
+      {{"--show", "kMDItemPath", "--sort", "kMDItemFSName"}, 33600},
   };
   for (const auto& [options, limit] : cases) {
     SCOPED_TRACE(testing::PrintToString(options));
