@@ -32,7 +32,41 @@ std::optional<FileId> idOf(int fd) {
 struct Entry {
   uint32_t name;  // offset into the folder's names
   bool mayBeFolder;
+  uint64_t differing;  // eight bytes of the name, for sorting
 };
+
+// How many bytes the names begin with that are the same in all of them.
+size_t commonLength(const std::vector<Entry>& entries, const char* names) {
+  if (entries.empty()) return 0;
+  const char* const first = names + entries.front().name;
+  size_t length = std::strlen(first);
+  for (const Entry& entry : entries) {
+    const char* const name = names + entry.name;
+    size_t same = 0;
+    while (same < length && name[same] == first[same]) ++same;
+    length = same;
+  }
+  return length;
+}
+
+// The bytes from there on as one number, which orders as they do; zero after the name's end.
+uint64_t bytesAt(const char* text) {
+  uint64_t bytes = 0;
+  for (int shift = 56; shift >= 0 && *text; shift -= 8) {
+    bytes |= uint64_t{static_cast<unsigned char>(*text++)} << shift;
+  }
+  return bytes;
+}
+
+// By their bytes. Names of one folder often begin alike, and few bytes after that decide most comparisons.
+void sortByName(std::vector<Entry>& entries, const char* names) {
+  const size_t same = commonLength(entries, names);
+  for (Entry& entry : entries) entry.differing = bytesAt(names + entry.name + same);
+  std::sort(entries.begin(), entries.end(), [names, same](const Entry& left, const Entry& right) {
+    if (left.differing != right.differing) return left.differing < right.differing;
+    return std::strcmp(names + left.name + same, names + right.name + same) < 0;
+  });
+}
 
 struct Folder {
   Descriptor descriptor;
@@ -131,17 +165,14 @@ class Walk::Implementation {
         addEntry(folder, record->d_name, record->d_type);
       }
     }
-    const char* const names = folder.names.data();
-    std::sort(folder.entries.begin(), folder.entries.end(), [names](const Entry& left, const Entry& right) {
-      return std::strcmp(names + left.name, names + right.name) < 0;
-    });
+    sortByName(folder.entries, folder.names.data());
     return true;
   }
 
   static void addEntry(Folder& folder, const char* name, unsigned char type) {
     if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) return;
     folder.entries.push_back(
-        {static_cast<uint32_t>(folder.names.size()), type == DT_DIR || type == DT_UNKNOWN});
+        {static_cast<uint32_t>(folder.names.size()), type == DT_DIR || type == DT_UNKNOWN, 0});
     folder.names.append(name, std::strlen(name) + 1);
   }
 

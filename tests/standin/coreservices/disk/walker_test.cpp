@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <random>
 
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
@@ -51,6 +53,25 @@ TEST(Walk, ListsEntriesByTheirBytesAndAFoldersContentRightAfterIt) {
   EXPECT_EQ(report.folders, 2u);
   EXPECT_EQ(report.unreadableFolders, 0u);
   EXPECT_EQ(listing.depth, 0);
+}
+
+// The same beginnings, names that others begin with, and differences before, in and after any eight bytes.
+TEST(Walk, ListsNamesThatBeginAlikeByTheirBytes) {
+  for (const std::string beginning : {"", "a", "a file named ", "\xC3\xA9\xC3\xA9\xC3\xA9"}) {
+    const ScratchFolder scratch;
+    Texts names;
+    for (const char* const end : {"\x01", "0", "00", "000000000", "0000000a", "0000000a\xFF", "00000010", "1", "Z",
+                                  "a", "a b", "aaaaaaaa", "aaaaaaaaa", "aaaaaaaab", "\x7F", "\x80", "\xFF"}) {
+      names.push_back(beginning + end);
+    }
+    std::ranges::shuffle(names, std::minstd_rand(1));
+    for (const std::string& name : names) scratch.file(name);
+    if (!beginning.empty()) names.push_back(scratch.within({scratch.file(beginning)}).front());
+    std::ranges::sort(names);
+    Listing listing;
+    walk(scratch.path(), {}, listing);
+    EXPECT_EQ(scratch.within(listing.paths), names) << beginning;
+  }
 }
 
 TEST(Walk, ListsHiddenFilesAndNamesOfAnyBytes) {
