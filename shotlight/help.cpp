@@ -90,7 +90,7 @@ the search was interrupted before its end.
 const char attrsHelp[] =
     R"(shotlight attrs: prints all that is known about files.
 
-usage: shotlight attrs FILE... [--keys KEY,...] [--json]
+usage: shotlight attrs FILE... [--keys KEY,...] [--json] [--no-store]
 
   --keys KEY,...  these attributes only, in this order; see shotlight keys
   --json          an array with one object a file: "path", and "attributes" by

@@ -24,10 +24,9 @@ int report(const std::string& folder) {
   const uint64_t lookups = report.hits + report.reads;
   const uint64_t percent = lookups > 0 ? report.hits * 100 / lookups : 0;
   print("store  " + printable(report.path) + (report.exists ? "" : " (nothing is kept yet)") + '\n' +
-        "size   " + megabytes(report.bytes) + ", at the most " + megabytes(report.limit) + '\n' +
-        "files  " + std::to_string(report.files) + '\n' +
-        "hits   " + std::to_string(report.hits) + " of " + std::to_string(lookups) + " (" +
-        std::to_string(percent) + " %)\n");
+        "size   " + megabytes(report.bytes) + ", at the most " + megabytes(report.limit) + '\n' + "files  " +
+        std::to_string(report.files) + '\n' + "hits   " + std::to_string(report.hits) + " of " +
+        std::to_string(lookups) + " (" + std::to_string(percent) + " %)\n");
   return kFound;
 }
 
@@ -37,7 +36,8 @@ int check(const std::string& folder) {
   if (faults.empty()) print("every entry is as it was written\n");
   finishOutput();
   if (!faults.empty())
-    throw CommandError("the store is damaged; it is made anew when that is met, or by shotlight store --clear");
+    throw CommandError(
+        "the store is damaged; it is made anew when that is met, or by shotlight store --clear");
   return kFound;
 }
 
@@ -50,13 +50,15 @@ int clear(const std::string& folder) {
 
 int store(const Arguments& arguments) {
   bool clears = false, checks = false;
-  const Arguments operands = takeOptions(
-      "store", arguments, {switchOption("--clear", clears), switchOption("--check", checks)});
-  if (!operands.empty()) throw UsageError("'" + operands.front() + "': store takes no arguments; leave it out");
+  const Arguments operands =
+      takeOptions("store", arguments, {switchOption("--clear", clears), switchOption("--check", checks)});
+  if (!operands.empty())
+    throw UsageError("'" + operands.front() + "': store takes no arguments; leave it out");
   if (clears && checks) throw UsageError("--clear and --check don't go together; leave one out");
   const std::string folder = storeFolder();
   if (folder.empty())
-    throw CommandError("there is no folder for the store; set HOME or XDG_CACHE_HOME to a path that starts with /");
+    throw CommandError(
+        "there is no folder for the store; set HOME or XDG_CACHE_HOME to a path that starts with /");
   try {
     const int status = clears ? clear(folder) : checks ? check(folder) : report(folder);
     finishOutput();
@@ -64,7 +66,9 @@ int store(const Arguments& arguments) {
   } catch (const CommandError&) {
     throw;
   } catch (const std::runtime_error& error) {
-    throw CommandError("the store " + folder + ": " + error.what() + "; see that its folder is yours and writable");
+    throw CommandError(
+        "the store " + folder + ": " + error.what() +
+        "; see that its folder is yours and writable, or take it away with shotlight store --clear");
   }
 }
 

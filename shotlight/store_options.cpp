@@ -3,13 +3,14 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "shotlight/text.h"
 #include "standin/coreservices/metadata/content_control.h"
 
 namespace shotlight {
 namespace {
 
 void complain(const std::string& message) {
-  std::fprintf(stderr, "shotlight: %s\n", message.c_str());
+  std::fprintf(stderr, "shotlight: %s\n", escapeControls(message).c_str());
 }
 
 // Relative ones count as none.

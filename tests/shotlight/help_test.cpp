@@ -7,7 +7,7 @@
 
 namespace {
 
-const char* const kCommands[] = {"find", "attrs", "schema", "keys", "window"};
+const char* const kCommands[] = {"find", "attrs", "schema", "keys", "store", "window"};
 
 std::string helpOf(const std::string& command) {
   return run({.arguments = {command, "--help"}}).output;
@@ -69,12 +69,16 @@ TEST(Help, NamesEveryCommand) {
 
 TEST(Help, ExplainsEveryOption) {
   const auto help = lines(helpOf("find"));
-  for (const char* option :
-       {"--in FOLDER", "--scope NAME,...", "--within QUERY", "--show KEY,...", "--sort KEY,...", "--limit N",
-        "--count", "--values KEY", "--live", "--for SECONDS", "--plugin FILE", "--      ", "--help   "}) {
+  for (const char* option : {"--in FOLDER", "--scope NAME,...", "--within QUERY", "--show KEY,...",
+                             "--sort KEY,...", "--limit N", "--count", "--values KEY", "--live",
+                             "--for SECONDS", "--no-store", "--plugin FILE", "--      ", "--help   "}) {
     EXPECT_TRUE(hasLine(help, "  " + std::string(option))) << option;
   }
-  for (const char* option : {"--keys KEY,...", "--json", "--plugin FILE", "--      ", "--help   "}) {
+  for (const char* option : {"--clear", "--check", "--help   "}) {
+    EXPECT_TRUE(hasLine(lines(helpOf("store")), "  " + std::string(option))) << option;
+  }
+  for (const char* option :
+       {"--keys KEY,...", "--json", "--no-store", "--plugin FILE", "--      ", "--help   "}) {
     EXPECT_TRUE(hasLine(lines(helpOf("attrs")), "  " + std::string(option))) << option;
   }
 }

@@ -69,7 +69,7 @@ void obeyPermissions() {
   }
 }
 
-[[noreturn]] void become(const Launch& what, int output, int errors) {
+[[noreturn]] void become(const Launch& what, const std::string& cache, int output, int errors) {
   if (output >= 0) {
     dup2(output, STDOUT_FILENO);
   } else {
@@ -77,6 +77,7 @@ void obeyPermissions() {
   }
   dup2(errors, STDERR_FILENO);
   if (!what.folder.empty() && chdir(what.folder.c_str()) != 0) _exit(kNotStarted);
+  setenv("XDG_CACHE_HOME", cache.c_str(), 1);
   for (const std::string& variable : what.environment) putenv(const_cast<char*>(variable.c_str()));
   if (what.unprivileged) obeyPermissions();
   if (what.pendingSignal != 0) {
@@ -123,7 +124,7 @@ Running::Running(const Launch& what) {
   const Channel errors = makePipe();
   child_ = fork();
   if (child_ < 0) throw std::runtime_error("no process");
-  if (child_ == 0) become(what, output.writer, errors.writer);
+  if (child_ == 0) become(what, cache_.path(), output.writer, errors.writer);
   if (output.writer >= 0) close(output.writer);
   close(errors.writer);
   descriptors_[0] = output.reader;

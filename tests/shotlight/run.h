@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/support/texts.h"
 
 // The files that the tests are about, from the test program's own command line.
@@ -32,8 +33,9 @@ struct Launch {
   Output output = Output::pipe;
   bool unprivileged = false;  // a root that must obey the permissions of files
   std::string program = files.program;
-  std::vector<std::string> environment = {};  // "NAME=value", beside the test's own
-  int pendingSignal = 0;                      // sent before the program starts, and blocked until then
+  // "NAME=value", beside the test's own; XDG_CACHE_HOME is an empty folder of this run unless it is here.
+  std::vector<std::string> environment = {};
+  int pendingSignal = 0;  // sent before the program starts, and blocked until then
 };
 
 struct Result {
@@ -64,6 +66,7 @@ class Running {
  private:
   bool readSome();
 
+  const ScratchFolder cache_;
   pid_t child_;
   int descriptors_[2];  // its output and its errors
   Result result_;

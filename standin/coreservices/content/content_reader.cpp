@@ -18,16 +18,14 @@ namespace standin::metadata {
 namespace {
 
 constexpr size_t kFilesNamed = 5;  // of those that can't be read
-// Before the answer of a file that is none, in the store.
-constexpr char kRefusal = '\0';
-// What is written twice within a tick of the system's clock may look as if it had been written once.
-constexpr int64_t kLongestTick = 20'000'000;  // nanoseconds
+// What the store keeps ends with what it is.
+constexpr char kAnswer = 'a';   // after what is in the file
+constexpr char kRefusal = 'r';  // after why that can't be said
 
-bool isSettled(const FileState& file) {
+bool isSettledNow(const FileState& file) {
   timespec now;
   ::clock_gettime(CLOCK_REALTIME, &now);
-  const int64_t nanoseconds = int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
-  return nanoseconds - static_cast<int64_t>(file.changed) > kLongestTick;
+  return isSettled(file, int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec);
 }
 
 size_t processors() {
@@ -44,8 +42,7 @@ std::string identityOf(const std::string& program) {
          std::to_string(info.st_mtim.tv_nsec);
 }
 
-uint64_t hashOf(const std::string& text) {
-  uint64_t hash = 14695981039346656037ULL;  // FNV-1a
+uint64_t hashOf(const std::string& text, uint64_t hash = 14695981039346656037ULL) {  // FNV-1a
   for (const char c : text) hash = (hash ^ static_cast<uint8_t>(c)) * 1099511628211ULL;
   return hash;
 }
@@ -71,7 +68,8 @@ ContentStore::Options withComplaints(ContentStore::Options store,
 }  // namespace
 
 ContentReader::ContentReader(Options options)
-    : complain_(std::move(options.complain)),
+    : unseenLimit_(options.unseenLimit),
+      complain_(std::move(options.complain)),
       store_(withComplaints(std::move(options.store), complain_)),
       programs_{std::move(options.tags.programs), std::move(options.text.programs)} {
   const auto addPool = [this](Content content, const char* what, ReaderPool::Options pool) {
@@ -89,42 +87,52 @@ ContentReader::ContentReader(Options options)
 
 ContentReader::~ContentReader() = default;
 
-// Of a file that several names lead to, one may say that it is a web page, and another that it is rich text.
+// One file may have several names, which tell readers more than its content does: of text the format, of tags
+// the extension.
 ContentKey ContentReader::keyOf(Content content, const FileLocation& file, std::string_view format) {
   std::optional<uint64_t>& version = versions_[static_cast<size_t>(content)];
   if (!version) {
     std::string identity = CONTENT_SOURCES;
-    for (const std::string& program : programs_[static_cast<size_t>(content)]) identity += '\n' + identityOf(program);
+    for (const std::string& program : programs_[static_cast<size_t>(content)])
+      identity += '\n' + identityOf(program);
     version = hashOf(identity);
   }
-  const auto* const known = std::ranges::find(kTextFormats, format);
-  const auto reader = content == Content::Tags ? 0 : 1 + (known - std::begin(kTextFormats));
-  return {stateOf(file.info), static_cast<int>(reader), *version};
+  const std::string_view name = file.name;
+  const std::string_view kind =
+      content == Content::Text ? format : name.substr(std::min(name.rfind('.'), name.size()));
+  return {stateOf(file.info), static_cast<int>(content), hashOf(std::string(kind), *version)};
 }
 
 // The first of the files are named.
 void ContentReader::complainOf(const std::string& path, const std::string& why) {
-  if (complaints_ > kFilesNamed) return;
-  if (++complaints_ > kFilesNamed) {
-    complain_("more files can't be read; they are not named");
-  } else {
+  if (named_.contains(path)) return;
+  if (named_.size() < kFilesNamed) {
+    named_.insert(path);
     complain_(path + ": " + why + "; what is in it is not searched");
+  } else if (std::exchange(namesMore_, false)) {
+    complain_("more files can't be read; they are not named");
   }
 }
 
+// What was read of a file that had just been written counts until its times are sure: what came after that
+// may have been written within the same tick of the clock.
 ContentBytes ContentReader::known(Content content, const FileLocation& file, std::string_view format) {
   const ContentKey key = keyOf(content, file, format);
   Last& last = last_[static_cast<size_t>(content)];
+  if (passing_.contains(key) && isSettledNow(key.file)) {
+    forget(key);
+    return nullptr;
+  }
   if (last.bytes && last.key == key) return last.bytes;
   ContentBytes bytes;
   if (const auto fresh = fresh_.find(key); fresh != fresh_.end()) {
     bytes = std::move(fresh->second);
+    freshBytes_ -= bytes->size();
     fresh_.erase(fresh);
   } else if (std::optional<std::string> kept = store_.find(key)) {
-    if (kept->starts_with(kRefusal)) {
-      complainOf(std::string(file.path), kept->substr(1));
-      kept->clear();
-    }
+    const bool isRefusal = kept->ends_with(kRefusal);
+    if (!kept->empty()) kept->pop_back();
+    if (isRefusal) complainOf(std::string(file.path), std::exchange(*kept, {}));
     bytes = std::make_shared<std::string>(std::move(*kept));
   } else {
     return nullptr;
@@ -133,13 +141,38 @@ ContentBytes ContentReader::known(Content content, const FileLocation& file, std
   return bytes;
 }
 
+// It is read again.
+void ContentReader::forget(const ContentKey& key) {
+  passing_.erase(key);
+  Last& last = last_[static_cast<size_t>(key.reader)];
+  if (last.key == key) last = {};
+  if (const auto fresh = fresh_.find(key); fresh != fresh_.end()) {
+    freshBytes_ -= fresh->second->size();
+    fresh_.erase(fresh);
+  }
+}
+
+// What is too much to wait for being seen is in the store, or read again.
+void ContentReader::keepForSeeing(const ContentKey& key, std::string bytes) {
+  freshBytes_ += bytes.size();
+  fresh_[key] = std::make_shared<std::string>(std::move(bytes));
+  freshOrder_.push_back(key);
+  while (freshBytes_ > unseenLimit_ && freshOrder_.front() != key) {
+    if (const auto oldest = fresh_.find(freshOrder_.front()); oldest != fresh_.end()) {
+      freshBytes_ -= oldest->second->size();
+      fresh_.erase(oldest);
+    }
+    freshOrder_.pop_front();
+  }
+}
+
 void ContentReader::ask(Content content, const FileLocation& file, std::string_view format,
                         ReaderPool::Turn turn) {
   const ContentKey key = keyOf(content, file, format);
   const auto [asked, isNew] = asked_.try_emplace(key, nextTicket_);
   if (!isNew) return;
   const ReaderPool::Ticket ticket = nextTicket_++;
-  Question question{key, PathForReader(file), isSettled(key.file)};
+  Question question{key, PathForReader(file), isSettledNow(key.file)};
   const std::string path = question.path.get();
   questions_.emplace(ticket, std::move(question));
   if (path.empty()) {
@@ -153,18 +186,20 @@ void ContentReader::take(Content content, ReaderPool::Ticket ticket, ReaderAnswe
   auto node = questions_.extract(ticket);
   const Question& question = node.mapped();
   ++filesRead_;
-  std::string bytes, kept;
+  std::string bytes;
   if (answer.kind == ReaderAnswer::Read && content == Content::Tags) {
     const std::optional<MediaTags> tags = parseMediaTags(answer.bytes);
-    if (tags) kept = bytes = encodeAttributes(attributesOf(*tags));
+    if (tags) bytes = encodeAttributes(attributesOf(*tags));
     if (!tags) answer = {ReaderAnswer::Unreadable, "exiftool gave an answer that makes no sense"};
   } else if (answer.kind == ReaderAnswer::Read) {
-    kept = bytes = std::move(answer.bytes);
+    bytes = std::move(answer.bytes);
   }
-  if (answer.kind == ReaderAnswer::Refused) kept = kRefusal + answer.bytes;
-  if (answer.kind != ReaderAnswer::Read && !answer.bytes.empty()) complainOf(question.path.get(), answer.bytes);
-  store_.put(question.key, std::move(kept), question.lasting && answer.kind != ReaderAnswer::Unreadable);
-  if (asked_.erase(question.key) > 0) fresh_[question.key] = std::make_shared<std::string>(std::move(bytes));
+  std::string kept = answer.kind == ReaderAnswer::Refused ? answer.bytes + kRefusal : bytes + kAnswer;
+  if (answer.kind != ReaderAnswer::Read && !answer.bytes.empty())
+    complainOf(question.path.get(), answer.bytes);
+  store_.put(question.key, std::move(kept), question.settled && answer.kind != ReaderAnswer::Unreadable);
+  if (!question.settled) passing_.insert(question.key);
+  if (asked_.erase(question.key) > 0) keepForSeeing(question.key, std::move(bytes));
 }
 
 void ContentReader::wait(std::chrono::milliseconds time) {
@@ -179,7 +214,10 @@ void ContentReader::wait(std::chrono::milliseconds time) {
 void ContentReader::forgetQuestions() {
   asked_.clear();
   fresh_.clear();
-  for (const auto& pool : pools_) pool->forget([this](ReaderPool::Ticket ticket) { return questions_.erase(ticket) > 0; });
+  freshOrder_.clear();
+  freshBytes_ = 0;
+  for (const auto& pool : pools_)
+    pool->forget([this](ReaderPool::Ticket ticket) { return questions_.erase(ticket) > 0; });
 }
 
 ContentBytes ContentReader::read(Content content, const FileLocation& file, std::string_view format) {

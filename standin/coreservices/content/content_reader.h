@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -41,6 +42,7 @@ class ContentReader {
     ContentStore::Options store;
     Reader tags;
     Reader text;
+    size_t unseenLimit = 64'000'000;  // bytes of answers that nobody has looked at yet
     std::function<void(const std::string&)> complain = [](const std::string&) {};
   };
 
@@ -73,7 +75,7 @@ class ContentReader {
   struct Question {
     ContentKey key;
     PathForReader path;
-    bool lasting;  // the file's times say for sure what is in it
+    bool settled;  // the file's times say for sure what is in it
   };
   struct Last {
     ContentKey key;
@@ -83,9 +85,12 @@ class ContentReader {
   void ask(Content content, const FileLocation& file, std::string_view format, ReaderPool::Turn turn);
   void take(Content content, ReaderPool::Ticket ticket, ReaderAnswer answer);
   ContentKey keyOf(Content content, const FileLocation& file, std::string_view format);
+  void keepForSeeing(const ContentKey& key, std::string bytes);
+  void forget(const ContentKey& key);
   ReaderPool& pool(Content content) { return *pools_[static_cast<size_t>(content)]; }
   void complainOf(const std::string& path, const std::string& why);
 
+  const size_t unseenLimit_;
   const std::function<void(const std::string&)> complain_;
   ContentStore store_;
   std::array<std::vector<std::string>, 2> programs_;
@@ -94,10 +99,14 @@ class ContentReader {
   std::map<ContentKey, ReaderPool::Ticket> asked_;
   std::unordered_map<ReaderPool::Ticket, Question> questions_;
   std::map<ContentKey, ContentBytes> fresh_;  // answers that nobody has seen
+  std::deque<ContentKey> freshOrder_;         // of these and of some that were seen, the oldest first
+  size_t freshBytes_ = 0;
+  std::set<ContentKey> passing_;  // were read before the file's times said for sure what is in it
   std::array<Last, 2> last_;
   ReaderPool::Ticket nextTicket_ = 0;
   size_t filesRead_ = 0;
-  size_t complaints_ = 0;
+  std::set<std::string> named_;  // files that can't be read
+  bool namesMore_ = true;
 };
 
 // The process's own.

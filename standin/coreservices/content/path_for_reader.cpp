@@ -11,8 +11,8 @@ PathForReader::PathForReader(const FileLocation& file) {
     path_ = file.path;
     return;
   }
-  descriptor_ = Descriptor(
-      ::openat(file.folder, file.pathFromFolder, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  descriptor_ =
+      Descriptor(::openat(file.folder, file.pathFromFolder, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!descriptor_) return;
   path_ = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(descriptor_.get());
 }

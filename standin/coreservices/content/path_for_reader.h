@@ -8,8 +8,8 @@
 
 namespace standin::metadata {
 
-// A path that is longer than the system takes in one call leads through the descriptor of the open file, which
-// must stay open until the file is read.
+// A path that is longer than the system takes in one call leads through the descriptor of the open file,
+// which must stay open until the file is read.
 class PathForReader {
  public:
   explicit PathForReader(const FileLocation& file);

@@ -1,7 +1,5 @@
 #include "standin/coreservices/metadata/content_control.h"
 
-#include <filesystem>
-#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -9,19 +7,6 @@
 #include "standin/coreservices/store/content_store.h"
 
 namespace standin {
-namespace {
-
-using metadata::ContentDatabase;
-
-// Null where there is no database.
-std::unique_ptr<ContentDatabase> databaseIn(const std::string& folder) {
-  const std::string path = metadata::contentDatabaseIn(folder);
-  if (!std::filesystem::exists(path)) return nullptr;
-  return std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
-}
-
-}  // namespace
-
 void setContentOptions(ContentOptions options) {
   metadata::OwnContentOptions& own = metadata::ownContentOptions();
   own.storeFolder = std::move(options.folder);
@@ -32,8 +17,8 @@ ContentStoreReport contentStoreIn(const std::string& folder) {
   ContentStoreReport report;
   report.path = metadata::contentDatabaseIn(folder);
   report.limit = metadata::ContentStore::Options().limit;
-  if (const auto database = databaseIn(folder)) {
-    const ContentDatabase::Totals totals = database->totals();
+  if (const auto database = metadata::openContentDatabase(folder)) {
+    const metadata::ContentDatabase::Totals totals = database->totals();
     report.exists = true;
     report.bytes = totals.bytes;
     report.files = totals.files;
@@ -45,7 +30,7 @@ ContentStoreReport contentStoreIn(const std::string& folder) {
 
 std::vector<std::string> checkContentStore(const std::string& folder) {
   try {
-    const auto database = databaseIn(folder);
+    const auto database = metadata::openContentDatabase(folder);
     return database ? database->check() : std::vector<std::string>();
   } catch (const metadata::DatabaseError& error) {
     if (error.kind != metadata::DatabaseError::Damaged) throw;

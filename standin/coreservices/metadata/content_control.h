@@ -22,15 +22,15 @@ struct ContentOptions {
 STANDIN_API void setContentOptions(ContentOptions options);
 
 struct ContentStoreReport {
-  std::string path;                  // of the database
-  bool exists = false;               // the rest is 0 otherwise
-  uint64_t bytes = 0, limit = 0;     // that it takes on disk, and may take
-  uint64_t files = 0;                // that something is known of
-  uint64_t reads = 0, hits = 0;      // of files, and what needed none, since it was made
+  std::string path;               // of the database
+  bool exists = false;            // the rest is 0 otherwise
+  uint64_t bytes = 0, limit = 0;  // that it takes on disk, and may take
+  uint64_t files = 0;             // that something is known of
+  uint64_t reads = 0, hits = 0;   // of files, and what needed none, since it was made
 };
 
-// About the store in a folder. They throw std::runtime_error, with a text for people, where the store can't be
-// opened, read or taken away.
+// About the store in a folder. They throw std::runtime_error, with a text for people, where the store can't
+// be opened, read or taken away.
 STANDIN_API ContentStoreReport contentStoreIn(const std::string& folder);
 // What is wrong with it, entry by entry: empty when all is well, also where there is none.
 STANDIN_API std::vector<std::string> checkContentStore(const std::string& folder);

@@ -76,9 +76,10 @@ void Search::look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder,
 // The first of those that wait becomes a result, or none, or must wait for more.
 void Search::settleFirst(std::chrono::milliseconds patience) {
   Waiting& first = waiting_.front();
-  FileByPath file(first.path, Reading::Later);
+  // What was known of a result when it was decided may have been forgotten meanwhile; it is sorted by that.
+  FileByPath file(first.path, first.isResult ? Reading::Now : Reading::Later);
   if (!first.isResult) {
-    const Match match = matchOf(file.record());
+    const Match match = file.record().exists() ? matchOf(file.record()) : Match::No;
     if (match == Match::Unknown) {
       file.record().askForMissing();
       contentReader().wait(patience);

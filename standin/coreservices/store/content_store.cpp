@@ -7,13 +7,13 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <utility>
 
 namespace standin::metadata {
 namespace {
 
 constexpr size_t kRowsWrittenAtOnce = 256;
+constexpr size_t kBytesWrittenAtOnce = 16'000'000;
 constexpr auto kLongestWait = std::chrono::milliseconds(500);
 constexpr mode_t kFolderRights = 0700;
 constexpr mode_t kFileRights = 0600;
@@ -22,23 +22,48 @@ std::string systemError(const std::string& what) {
   return what + ": " + std::strerror(errno);
 }
 
-// Empty where it is this user's and nobody else may do with it what `others` says.
-std::string makePrivate(const std::string& path, mode_t type, mode_t rights) {
-  struct stat info;
-  if (::lstat(path.c_str(), &info) != 0) return systemError("can't be looked at");
-  if ((info.st_mode & S_IFMT) != type) return type == S_IFDIR ? "is no folder" : "is no file";
-  if (info.st_uid != ::geteuid()) return "belongs to another user";
-  if ((info.st_mode & 07777 & ~rights) != 0 && ::chmod(path.c_str(), info.st_mode & rights) != 0)
-    return systemError("its rights can't be changed");
-  return {};
+DatabaseError unusable(const std::string& problem) {
+  return {DatabaseError::Unusable, problem};
 }
 
-// SQLite gives the files beside a database the rights of the database itself.
-std::string makeDatabaseFile(const std::string& path) {
-  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, kFileRights);
-  if (file < 0 && errno != EACCES && errno != EROFS) return systemError("can't be opened");
+// Nobody else may do anything with it afterwards; what isn't this user's is refused. Links aren't followed.
+// Answers whether there is one.
+bool makePrivate(const std::string& path, mode_t type, mode_t rights) {
+  struct stat info;
+  if (::lstat(path.c_str(), &info) != 0) {
+    if (errno == ENOENT) return false;
+    throw unusable(systemError("can't be looked at"));
+  }
+  if ((info.st_mode & S_IFMT) != type) throw unusable(type == S_IFDIR ? "is no folder" : "is no file");
+  if (info.st_uid != ::geteuid()) throw unusable("belongs to another user");
+  if ((info.st_mode & 07777 & ~rights) != 0 && ::chmod(path.c_str(), info.st_mode & rights) != 0)
+    throw unusable(systemError("its rights can't be changed"));
+  return true;
+}
+
+void makeFolder(const std::string& folder) {
+  if (::mkdir(folder.c_str(), kFolderRights) == 0 || errno == EEXIST) return;
+  const size_t slash = folder.rfind('/');
+  if (errno != ENOENT || slash == 0 || slash == std::string::npos)
+    throw unusable(systemError("can't be made"));
+  makeFolder(folder.substr(0, slash));
+  if (::mkdir(folder.c_str(), kFolderRights) != 0 && errno != EEXIST)
+    throw unusable(systemError("can't be made"));
+}
+
+// One that is there isn't opened here: closing it would end the locks of this process's other connections.
+void makeDatabaseFile(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileRights);
+  if (file < 0 && errno != EEXIST) throw unusable(systemError("can't be made"));
   if (file >= 0) ::close(file);
-  return makePrivate(path, S_IFREG, kFileRights);
+}
+
+// Of the database and what SQLite keeps beside it; those get the rights of the database itself. Answers
+// whether there is a database.
+bool makeFilesPrivate(const std::string& path) {
+  const bool exists = makePrivate(path, S_IFREG, kFileRights);
+  for (const char* const end : {"-wal", "-shm"}) makePrivate(path + end, S_IFREG, kFileRights);
+  return exists;
 }
 
 }  // namespace
@@ -47,13 +72,10 @@ std::string contentDatabaseIn(const std::string& folder) {
   return folder + "/content.sqlite";
 }
 
-std::optional<std::string> makeStoreFolder(const std::string& folder) {
-  std::error_code error;
-  std::filesystem::create_directories(std::filesystem::path(folder).parent_path(), error);
-  if (::mkdir(folder.c_str(), kFolderRights) != 0 && errno != EEXIST) return systemError("can't be made");
-  std::string problem = makePrivate(folder, S_IFDIR, kFolderRights);
-  if (problem.empty()) return {};
-  return problem;
+std::unique_ptr<ContentDatabase> openContentDatabase(const std::string& folder) {
+  const std::string path = contentDatabaseIn(folder);
+  if (!makePrivate(folder, S_IFDIR, kFolderRights) || !makeFilesPrivate(path)) return nullptr;
+  return std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
 }
 
 std::optional<std::string> removeContentDatabase(const std::string& folder) {
@@ -80,20 +102,29 @@ int64_t ContentStore::today() {
 bool ContentStore::openDisk() {
   if (state_ != Disk::NotOpened) return disk_ != nullptr;
   state_ = Disk::Unused;
-  std::string problem = makeStoreFolder(options_.folder).value_or("");
   const std::string path = contentDatabaseIn(options_.folder);
-  if (problem.empty()) problem = makeDatabaseFile(path);
-  if (!problem.empty()) throw DatabaseError(DatabaseError::Unusable, problem);
+  makeFolder(options_.folder);
+  makePrivate(options_.folder, S_IFDIR, kFolderRights);
+  makeDatabaseFile(path);
+  makeFilesPrivate(path);
   try {
     disk_ = std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
     disk_->setHoldsStill(holdsStill_);
     state_ = Disk::Writable;
   } catch (const DatabaseError& error) {
     if (error.kind != DatabaseError::Unusable) throw;
-    disk_ = std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadOnly);
+    openReadOnly(path);
     faultOf(error, While::Writing);
   }
-  return true;
+  return disk_ != nullptr;
+}
+
+// Where that doesn't go either, what is in the way of writing is what people should know.
+void ContentStore::openReadOnly(const std::string& path) {
+  try {
+    disk_ = std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadOnly);
+  } catch (const DatabaseError&) {
+  }
 }
 
 // What can't be relied on is made anew, once. What can't be written is read as long as that goes.
@@ -114,8 +145,8 @@ void ContentStore::faultOf(const DatabaseError& error, While what) {
     state_ = Disk::Unused;
   }
   if (std::exchange(complained_, true)) return;
-  options_.complain("the store of what is in files, " + contentDatabaseIn(options_.folder) + ", can't be used: " +
-                    error.what() + ". " + consequence + '.');
+  options_.complain("the store of what is in files, " + contentDatabaseIn(options_.folder) +
+                    ", can't be used: " + error.what() + ". " + consequence + '.');
 }
 
 template <class Work>
@@ -177,8 +208,9 @@ void ContentStore::put(ContentKey key, std::string bytes, bool lasting) {
   }
   ++reads_;
   if (unwritten_.empty()) firstUnwritten_ = Clock::now();
+  bytesUnwritten_ += bytes.size();
   unwritten_.insert_or_assign(key, std::move(bytes));
-  write(unwritten_.size() >= kRowsWrittenAtOnce);
+  write(unwritten_.size() >= kRowsWrittenAtOnce || bytesUnwritten_ >= kBytesWrittenAtOnce);
 }
 
 void ContentStore::write(bool all) {
@@ -186,9 +218,11 @@ void ContentStore::write(bool all) {
   if (!all && !isTime) return;
   std::vector<ContentRow> rows;
   for (auto& [key, bytes] : std::exchange(unwritten_, {})) rows.push_back({key, std::move(bytes)});
+  bytesUnwritten_ = 0;
   if (rows.empty() && hits_ == 0) return;
-  const bool written = state_ != Disk::ReadOnly && state_ != Disk::Unused &&
-                       tryOnDisk(While::Writing, [&] { disk_->write(rows, reads_, hits_, options_.limit, today_); });
+  const bool written = state_ != Disk::ReadOnly && state_ != Disk::Unused && tryOnDisk(While::Writing, [&] {
+                         disk_->write(rows, reads_, hits_, options_.limit, today_);
+                       });
   reads_ = hits_ = 0;
   if (!written && !rows.empty()) keepInMemory(rows);
 }

@@ -1,5 +1,5 @@
-// What readers said of files, kept in a database on disk, in memory where there is none, and never the cause of
-// another result: whatever is wrong with the database costs time, and is said once.
+// What readers said of files, kept in a database on disk, in memory where there is none, and never the cause
+// of another result: whatever is wrong with the database costs time, and is said once.
 #pragma once
 
 #include <chrono>
@@ -17,9 +17,9 @@ namespace standin::metadata {
 class ContentStore {
  public:
   struct Options {
-    std::string folder;                     // empty: memory alone
-    uint64_t limit = 1'000'000'000;         // bytes on disk
-    uint64_t memoryLimit = 250'000'000;     // bytes
+    std::string folder;                                                            // empty: memory alone
+    uint64_t limit = 1'000'000'000;                                                // bytes on disk
+    uint64_t memoryLimit = 250'000'000;                                            // bytes
     std::function<void(const std::string&)> complain = [](const std::string&) {};  // called once at the most
   };
 
@@ -47,6 +47,7 @@ class ContentStore {
   template <class Work>
   bool tryOnDisk(While what, const Work& work);
   bool openDisk();
+  void openReadOnly(const std::string& path);
   void faultOf(const DatabaseError& error, While what);
   ContentDatabase& memory();
   std::optional<std::string> findInMemory(const ContentKey& key);
@@ -61,6 +62,7 @@ class ContentStore {
   bool complained_ = false;
   std::unique_ptr<ContentDatabase> memory_;
   std::map<ContentKey, std::string> unwritten_;
+  size_t bytesUnwritten_ = 0;
   Clock::time_point firstUnwritten_;
   uint64_t reads_ = 0, hits_ = 0;  // that aren't written
   const int64_t today_ = today();
@@ -69,8 +71,8 @@ class ContentStore {
 // The database file in a store's folder.
 std::string contentDatabaseIn(const std::string& folder);
 
-// Makes the folder where it isn't there, with the rights that a store has. Nothing, or why that can't be.
-std::optional<std::string> makeStoreFolder(const std::string& folder);
+// Opens it, for this user alone. Null where there is none. Throws DatabaseError.
+std::unique_ptr<ContentDatabase> openContentDatabase(const std::string& folder);
 
 // Takes the database away, with what SQLite keeps beside it. Nothing, or why that can't be.
 std::optional<std::string> removeContentDatabase(const std::string& folder);

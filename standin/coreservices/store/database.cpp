@@ -4,16 +4,18 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
 namespace standin::metadata {
 namespace {
 
-// Of the tables below. A database of another one is emptied.
-constexpr int64_t kFormat = 1;
+// Of the tables and the checksums below. A database of another one is emptied.
+constexpr int64_t kFormat = 2;
 constexpr int kPatience = 1000;  // milliseconds to wait for another process that writes
-constexpr int kPageSize = 4096;
+constexpr int kMoment = 5;       // milliseconds between two attempts to open
 
 // Few bytes, as the tags of a photo are, stand in the entry itself, where one search finds them; many, as a text
 // has, stand apart, so that entries stay close together.
@@ -35,7 +37,7 @@ DatabaseError::Kind kindOf(int code) {
   switch (code & 0xFF) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-    case SQLITE_ERROR:   // a table that isn't as this program makes it
+    case SQLITE_ERROR:  // a table that isn't as this program makes it
     case SQLITE_FORMAT:
     case SQLITE_MISMATCH:
     case SQLITE_CONSTRAINT:
@@ -53,14 +55,28 @@ sqlite3_int64 integer(uint64_t number) {
   return static_cast<sqlite3_int64>(number);
 }
 
+// Without a lock file there is no reading beside a writer: what is read-only is taken as nobody's to write.
+std::string readOnlyUri(const std::string& path) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string uri = "file:";
+  for (const char c : path) {
+    if (c == '%' || c == '?' || c == '#') {
+      uri += {'%', kDigits[c >> 4], kDigits[c & 15]};
+    } else {
+      uri += c;
+    }
+  }
+  return uri + "?immutable=1";
+}
+
 }  // namespace
 
 // Ready for the next use when this dies or is reset.
 class ContentDatabase::Statement {
  public:
   Statement(const ContentDatabase& database, const char* sql) : database_(database) {
-    const int code =
-        sqlite3_prepare_v3(database.connection_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr);
+    const int code = sqlite3_prepare_v3(database.connection_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT,
+                                        &statement_, nullptr);
     if (code != SQLITE_OK) database.fail(code);
   }
   ~Statement() { sqlite3_finalize(statement_); }
@@ -106,6 +122,25 @@ class ContentDatabase::Statement {
   int next_ = 1;
 };
 
+// Takes everything back that isn't committed.
+class ContentDatabase::Transaction {
+ public:
+  explicit Transaction(ContentDatabase& database) : database_(database) { database.run("BEGIN IMMEDIATE"); }
+  ~Transaction() {
+    if (!committed_) sqlite3_exec(database_.connection_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  void commit() {
+    database_.run("COMMIT");
+    committed_ = true;
+  }
+
+ private:
+  ContentDatabase& database_;
+  bool committed_ = false;
+};
+
 void ContentDatabase::Close::operator()(sqlite3* connection) const {
   sqlite3_close_v2(connection);
 }
@@ -113,22 +148,17 @@ void ContentDatabase::Close::operator()(sqlite3* connection) const {
 ContentDatabase::ContentDatabase(const std::string& path, Access access) {
   const bool writes = access == Access::ReadWrite;
   sqlite3* connection = nullptr;
-  // Without a lock file there is no reading beside a writer: what is read-only is taken as nobody's to write.
-  const std::string name = path.empty() ? ":memory:" : writes ? path : "file:" + path + "?immutable=1";
-  const int flags = writes ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+  const std::string name = path.empty() ? ":memory:" : writes ? path : readOnlyUri(path);
+  const int flags =
+      writes ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
   const int code = sqlite3_open_v2(name.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   connection_.reset(connection);
   if (code != SQLITE_OK) fail(code);
   sqlite3_busy_timeout(connection, kPatience);
-  if (writes) {
-    // What a crash of the system leaves damaged is found by the checksums, and read anew: nothing waits for
-    // the disk.
-    run("PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
-    prepareTables();
-  }
+  if (writes) prepare();
+  pageSize_ = static_cast<uint64_t>(number("PRAGMA page_size"));
   find_ = std::make_unique<Statement>(
-      *this,
-      (std::string(kEntries) + " WHERE device = ? AND inode = ? AND reader = ?").c_str());
+      *this, (std::string(kEntries) + " WHERE device = ? AND inode = ? AND reader = ?").c_str());
   findApart_ = std::make_unique<Statement>(*this, "SELECT bytes FROM apart WHERE id = ?");
 }
 
@@ -149,20 +179,42 @@ int64_t ContentDatabase::number(const char* sql) {
   return statement.step() ? statement.number(0) : 0;
 }
 
+// SQLite doesn't wait where several processes switch to the log, or repair it, at the same time.
+void ContentDatabase::prepare() {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(kPatience);
+  for (;;) {
+    try {
+      // What a crash of the system leaves damaged is found by the checksums, and read anew: nothing waits for
+      // the disk.
+      run("PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL;");
+      return prepareTables();
+    } catch (const DatabaseError& error) {
+      if (error.kind != DatabaseError::Busy || Clock::now() >= end) throw;
+      sqlite3_sleep(kMoment);
+    }
+  }
+}
+
+bool ContentDatabase::hasOurFormat() {
+  return number("PRAGMA user_version") == kFormat;
+}
+
 // Whoever finds another format empties the database, once, whatever other processes do at the same time.
 void ContentDatabase::prepareTables() {
-  if (number("PRAGMA user_version") == kFormat) return;
-  run("BEGIN IMMEDIATE");
-  if (number("PRAGMA user_version") != kFormat) {
+  if (hasOurFormat()) return;
+  Transaction transaction(*this);
+  if (!hasOurFormat()) {
     run("DROP TABLE IF EXISTS entry; DROP TABLE IF EXISTS apart; DROP TABLE IF EXISTS total;");
     run(kTables);
     run(("PRAGMA user_version = " + std::to_string(kFormat)).c_str());
   }
-  run("COMMIT");
+  transaction.commit();
 }
 
 // Finds what became of bytes on a disk, not what somebody made of them. It is FNV-1a, of words rather than of
-// bytes, in four lanes that a processor works on at once: texts are long.
+// bytes, in four lanes that a processor works on at once: texts are long. Multiplying carries what a bit
+// changes to higher bits only; turning brings it back to the low ones.
 uint32_t ContentDatabase::checksum(const ContentKey& key, std::string_view bytes) {
   constexpr uint32_t kPrime = 16777619;
   std::array<uint32_t, 4> sums = {2166136261, 2166136262, 2166136263, 2166136264};
@@ -172,13 +224,13 @@ uint32_t ContentDatabase::checksum(const ContentKey& key, std::string_view bytes
       const size_t left = size - done;
       if (left < sizeof words) words = {};
       std::memcpy(words.data(), data + done, left < sizeof words ? left : sizeof words);
-      for (size_t lane = 0; lane < sums.size(); ++lane) sums[lane] = (sums[lane] ^ words[lane]) * kPrime;
+      for (size_t lane = 0; lane < sums.size(); ++lane)
+        sums[lane] = std::rotl((sums[lane] ^ words[lane]) * kPrime, 13);
     }
   };
-  const uint64_t numbers[] = {key.file.device,  key.file.inode,
-                              key.file.size,    key.file.modified,
-                              key.file.changed, static_cast<uint64_t>(key.reader),
-                              key.version,      bytes.size()};
+  const uint64_t numbers[] = {key.file.device,   key.file.inode,   key.file.size,
+                              key.file.modified, key.file.changed, static_cast<uint64_t>(key.reader),
+                              key.version,       bytes.size()};
   add(reinterpret_cast<const char*>(numbers), sizeof numbers);
   add(bytes.data(), bytes.size());
   uint32_t sum = 0;
@@ -212,7 +264,7 @@ std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t 
   if (entry->checksum != checksum(key, bytes)) {
     throw DatabaseError(DatabaseError::Damaged, "an entry isn't what was written");
   }
-  if (entry->used != today) used_.push_back({key.file, key.reader});
+  if (entry->used != today) used_.insert(id);
   return bytes;
 }
 
@@ -255,58 +307,56 @@ void ContentDatabase::setHoldsStill(bool holdsStill) {
   if (!holdsStill) endReading();
 }
 
-void ContentDatabase::write(const std::vector<ContentRow>& rows, uint64_t reads, uint64_t hits, uint64_t limit,
-                            int64_t today) {
+void ContentDatabase::write(const std::vector<ContentRow>& rows, uint64_t reads, uint64_t hits,
+                            uint64_t limit, int64_t today) {
   endReading();
-  run("BEGIN IMMEDIATE");
-  try {
-    Statement forget(*this,
-                     "DELETE FROM apart WHERE id = (SELECT apart FROM entry WHERE device = ? AND inode = ? "
-                     "AND reader = ?)");
-    Statement keepApart(*this, "INSERT INTO apart(bytes) VALUES(?)");
-    Statement enter(*this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, NULL)");
-    Statement enterApart(
-        *this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, NULL, last_insert_rowid())");
-    Statement use(*this, "UPDATE entry SET used = ? WHERE device = ? AND inode = ? AND reader = ?");
-    for (const auto& [key, bytes] : rows) {
-      const FileState& file = key.file;
-      forget.bind(file.device, file.inode, key.reader).run();
-      const bool isApart = bytes.size() > kMostBytesInEntry;
-      if (isApart) keepApart.bind().bindBytes(bytes).run();
-      Statement& into = isApart ? enterApart : enter;
-      into.bind(file.device, file.inode, key.reader, file.size, file.modified, file.changed, key.version,
-                checksum(key, bytes), today);
-      if (!isApart) into.bindBytes(bytes);
-      into.run();
-    }
-    for (const auto& [file, reader] : used_) use.bind(today, file.device, file.inode, reader).run();
-    Statement(*this, "UPDATE total SET reads = reads + ?, hits = hits + ?").bind(reads, hits).run();
-    makeRoom(limit);
-    run("COMMIT");
-  } catch (...) {
-    sqlite3_exec(connection_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-    throw;
+  Transaction transaction(*this);
+  if (!hasOurFormat())
+    throw DatabaseError(DatabaseError::Unusable, "another version of this program has taken it over");
+  Statement forget(*this,
+                   "DELETE FROM apart WHERE id = (SELECT apart FROM entry WHERE device = ? AND inode = ? "
+                   "AND reader = ?)");
+  Statement keepApart(*this, "INSERT INTO apart(bytes) VALUES(?)");
+  Statement enter(*this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, NULL)");
+  Statement enterApart(
+      *this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, NULL, last_insert_rowid())");
+  Statement use(*this, "UPDATE entry SET used = ? WHERE device = ? AND inode = ? AND reader = ?");
+  for (const auto& [key, bytes] : rows) {
+    const FileState& file = key.file;
+    forget.bind(file.device, file.inode, key.reader).run();
+    const bool isApart = bytes.size() > kMostBytesInEntry;
+    if (isApart) keepApart.bind().bindBytes(bytes).run();
+    Statement& into = isApart ? enterApart : enter;
+    into.bind(file.device, file.inode, key.reader, file.size, file.modified, file.changed, key.version,
+              checksum(key, bytes), today);
+    if (!isApart) into.bindBytes(bytes);
+    into.run();
   }
+  for (const auto& [device, inode, reader] : used_) use.bind(today, device, inode, reader).run();
+  Statement(*this, "UPDATE total SET reads = reads + ?, hits = hits + ?").bind(reads, hits).run();
+  makeRoom(limit);
+  transaction.commit();
   used_.clear();
+}
+
+uint64_t ContentDatabase::bytesUsed() {
+  return static_cast<uint64_t>(number("PRAGMA page_count") - number("PRAGMA freelist_count")) * pageSize_;
 }
 
 // Takes away what was used longest ago, down to nine tenths of the limit.
 void ContentDatabase::makeRoom(uint64_t limit) {
-  const auto pagesUsed = [this] {
-    return static_cast<uint64_t>(number("PRAGMA page_count") - number("PRAGMA freelist_count"));
-  };
-  const uint64_t pages = pagesUsed();
-  if (pages * kPageSize <= limit) return;
+  if (bytesUsed() <= limit) return;
   const uint64_t entries = static_cast<uint64_t>(number("SELECT count(*) FROM entry"));
   // Entries are of very different sizes; a share of them is taken until enough is gone.
   const uint64_t share = entries / 16 + 1;
   Statement oldest(*this, "SELECT device, inode, reader, apart FROM entry ORDER BY used LIMIT ?");
   Statement forget(*this, "DELETE FROM apart WHERE id = ?");
   Statement leave(*this, "DELETE FROM entry WHERE device = ? AND inode = ? AND reader = ?");
-  while (pagesUsed() * kPageSize > limit / 10 * 9) {
+  while (bytesUsed() > limit / 10 * 9) {
     std::vector<std::array<int64_t, 4>> old;
     oldest.bind(share);
-    while (oldest.step()) old.push_back({oldest.number(0), oldest.number(1), oldest.number(2), oldest.number(3)});
+    while (oldest.step())
+      old.push_back({oldest.number(0), oldest.number(1), oldest.number(2), oldest.number(3)});
     if (old.empty()) return;
     for (const auto& [device, inode, reader, apart] : old) {
       if (apart != 0) forget.bind(apart).run();
@@ -317,9 +367,10 @@ void ContentDatabase::makeRoom(uint64_t limit) {
 
 ContentDatabase::Totals ContentDatabase::totals() {
   Totals totals;
-  totals.files = static_cast<uint64_t>(number("SELECT count(*) FROM (SELECT DISTINCT device, inode FROM entry)"));
+  totals.files =
+      static_cast<uint64_t>(number("SELECT count(*) FROM (SELECT DISTINCT device, inode FROM entry)"));
   totals.entries = static_cast<uint64_t>(number("SELECT count(*) FROM entry"));
-  totals.bytes = static_cast<uint64_t>(number("PRAGMA page_count") - number("PRAGMA freelist_count")) * kPageSize;
+  totals.bytes = bytesUsed();
   totals.reads = static_cast<uint64_t>(number("SELECT reads FROM total"));
   totals.hits = static_cast<uint64_t>(number("SELECT hits FROM total"));
   return totals;
@@ -333,15 +384,16 @@ std::vector<std::string> ContentDatabase::check() {
   }
   if (!faults.empty()) return faults;
   Statement all(*this,
-                "SELECT device, inode, reader, size, modified, changed, version, checksum, "
-                "CASE WHEN apart THEN (SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END FROM entry");
+                "SELECT device, inode, reader, size, modified, changed, version, checksum, CASE WHEN apart THEN "
+                "(SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END FROM entry");
   uint64_t bad = 0;
   while (all.step()) {
     const auto at = [&](int column) { return static_cast<uint64_t>(all.number(column)); };
     const ContentKey key{{at(0), at(1), at(3), at(4), at(5)}, static_cast<int>(at(2)), at(6)};
     if (all.number(7) != checksum(key, all.bytes(8))) ++bad;
   }
-  if (bad > 0) faults.push_back(std::to_string(bad) + (bad == 1 ? " entry isn't" : " entries aren't") + " as written");
+  if (bad > 0)
+    faults.push_back(std::to_string(bad) + (bad == 1 ? " entry isn't" : " entries aren't") + " as written");
   return faults;
 }
 

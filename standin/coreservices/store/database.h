@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -64,7 +65,8 @@ class ContentDatabase {
   // In one transaction: adds the rows, each in place of the one of the same file and reader; notes what was
   // used today, how many files were read and how many needn't be; and makes room where there is more than
   // `limit` bytes.
-  void write(const std::vector<ContentRow>& rows, uint64_t reads, uint64_t hits, uint64_t limit, int64_t today);
+  void write(const std::vector<ContentRow>& rows, uint64_t reads, uint64_t hits, uint64_t limit,
+             int64_t today);
 
   struct Totals {
     uint64_t files = 0, entries = 0, bytes = 0;  // bytes of the database that are in use
@@ -85,10 +87,7 @@ class ContentDatabase {
     std::string bytes;
     int64_t apart = 0;  // where its bytes are, if they aren't here
   };
-  struct Used {
-    FileState file;
-    int reader;
-  };
+  class Transaction;
 
   void fail(int code) const;
   void run(const char* sql);
@@ -98,7 +97,10 @@ class ContentDatabase {
   void endReading();
   std::string bytesApart(int64_t id);
   int64_t number(const char* sql);
+  void prepare();
+  bool hasOurFormat();
   void prepareTables();
+  uint64_t bytesUsed();
   void makeRoom(uint64_t limit);
   static uint32_t checksum(const ContentKey& key, std::string_view bytes);
 
@@ -109,7 +111,8 @@ class ContentDatabase {
   std::unique_ptr<Statement> find_, findApart_;
   std::vector<Entry> all_;  // in their order, where they were read
   uint64_t sought_ = 0;     // since the reading began
-  std::vector<Used> used_;
+  uint64_t pageSize_ = 0;
+  std::set<EntryId> used_;  // today
   bool holdsStill_ = false;
   bool isReading_ = false;  // in a transaction
 };

@@ -12,8 +12,8 @@
 
 namespace standin::metadata {
 
-// The same as long as the file is the same, and nobody has written to it or changed what is known of it. Times
-// are in nanoseconds since 1970, modulo 2^64.
+// The same as long as the file is the same, and nobody has written to it or changed what is known of it.
+// Times are in nanoseconds since 1970, modulo 2^64.
 struct FileState {
   uint64_t device = 0;
   uint64_t inode = 0;
@@ -24,5 +24,9 @@ struct FileState {
 };
 
 FileState stateOf(const struct statx& info);
+
+// Whether nobody can write to the file any more without changing its state. What is written twice within a
+// tick of the clock that files are dated by may look as if it had been written once.
+bool isSettled(const FileState& file, int64_t now);  // in nanoseconds since 1970
 
 }  // namespace standin::metadata

@@ -1,5 +1,5 @@
-// Programs that read files beside this process: many questions for one process, and no harm to anyone when it is
-// missing, ends, hangs or talks nonsense.
+// Programs that read files beside this process: many questions for one process, and no harm to anyone when it
+// is missing, ends, hangs or talks nonsense.
 #include "standin/coreservices/readers/reader_pool.h"
 
 #include <fcntl.h>
@@ -39,8 +39,8 @@ std::set<pid_t> children() {
 std::string reader(const std::string& special = "") {
   return "#!/usr/bin/perl\n$| = 1; $/ = \"\\0\"; print \"ready\\n\";\n"
          "sub say_ { print \"$_[0] \" . length($_[1]) . \"\\n$_[1]\" }\n"
-         "while (my $question = <STDIN>) { chomp $question;\n" + special +
-         "\nsay_('ok', \"read $question\"); }\n";
+         "while (my $question = <STDIN>) { chomp $question;\n" +
+         special + "\nsay_('ok', \"read $question\"); }\n";
 }
 
 class Readers : public ::testing::Test {
@@ -173,7 +173,8 @@ TEST_F(Readers, ForgetWhatWasNotBegun) {
 }
 
 TEST_F(Readers, AreAskedFirstWhatIsWaitedFor) {
-  ReaderPool pool(options(program(reader("open my $log, '>>', '" + log() + "'; print $log \"$question\\n\"; close $log;"))),
+  ReaderPool pool(options(program(reader("open my $log, '>>', '" + log() +
+                                         "'; print $log \"$question\\n\"; close $log;"))),
                   take());
   for (ReaderPool::Ticket i = 0; i < 3; ++i) pool.ask(i, "later");
   pool.ask(3, "now", ReaderPool::Turn::First);
@@ -195,8 +196,9 @@ TEST_F(Readers, ThatNeverStartAreGivenUp) {
   askAll(pool, 100);
   EXPECT_EQ(count(ReaderAnswer::Unreadable), 100u);
   EXPECT_EQ(contentOf(log()), "start\nstart\nstart\n");
-  EXPECT_EQ(complaints, Strings{"reader can't be used, it ended without an answer: see that Debian's reader-package is "
-                                "installed whole"});
+  EXPECT_EQ(complaints,
+            Strings{"reader can't be used, it ended without an answer: see that Debian's reader-package is "
+                    "installed whole"});
   EXPECT_EQ(ownChildren(), std::set<pid_t>{});
 }
 
@@ -238,8 +240,8 @@ TEST_F(Readers, ThatWereEndedFromOutsideAreStartedAgain) {
 
 TEST_F(Readers, ThatHangCostOneFileItsTimeAndAreEndedWithAllTheyStarted) {
   const std::string script = program(reader(
-      "if ($question =~ / 3$/) { my $pid = fork; exec 'sleep', 1000 unless $pid; open my $log, '>', '" + log() +
-      "'; print $log $pid; close $log; sleep 1000 }\n"));
+      "if ($question =~ / 3$/) { my $pid = fork; exec 'sleep', 1000 unless $pid; open my $log, '>', '" +
+      log() + "'; print $log $pid; close $log; sleep 1000 }\n"));
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);  // orphans come to this process, to be waited for
   // Again with more time where the system was too busy for the program to start what it is to start.
   std::string sleeper;
@@ -267,8 +269,8 @@ TEST_F(Readers, ThatTalkNonsenseCostThatFile) {
   for (const char* const nonsense :
        {"what?\\n", "ok many\\n", "ok -1\\n", "ok 99999999999\\n", "ok 1", "ok 3\\nabcdef"}) {
     answers.clear();
-    ReaderPool::Options brief = options(program(
-        reader("if ($question =~ / 1$/) { print \"" + std::string(nonsense) + "\"; sleep 1000 }")));
+    ReaderPool::Options brief = options(
+        program(reader("if ($question =~ / 1$/) { print \"" + std::string(nonsense) + "\"; sleep 1000 }")));
     brief.timeToAnswer = 1s;
     ReaderPool pool(brief, take());
     askAll(pool, 4);
@@ -282,8 +284,9 @@ TEST_F(Readers, ThatNeverStopTalkingAreEnded) {
   ReaderPool pool(options(shell("exec yes")), take());
   askAll(pool, 1);
   EXPECT_EQ(answers[0].kind, ReaderAnswer::Unreadable);
-  EXPECT_EQ(complaints, Strings{"reader can't be used, it gave an answer that makes no sense: see that Debian's "
-                                "reader-package is installed whole"});
+  EXPECT_EQ(complaints,
+            Strings{"reader can't be used, it gave an answer that makes no sense: see that Debian's "
+                    "reader-package is installed whole"});
   EXPECT_EQ(ownChildren(), std::set<pid_t>{});
 }
 
@@ -296,7 +299,8 @@ TEST_F(Readers, InheritNoDescriptorAndNoSignals) {
   ::sigaddset(&blocked, SIGUSR1);
   ::sigprocmask(SIG_BLOCK, &blocked, &before);
   const auto pipe = ::signal(SIGPIPE, SIG_IGN);
-  ReaderPool pool(options(shell("ls -l /proc/$$/fd > \"$log\"; grep Sig /proc/self/status >> \"$log\"")), take());
+  ReaderPool pool(options(shell("ls -l /proc/$$/fd > \"$log\"; grep Sig /proc/self/status >> \"$log\"")),
+                  take());
   askAll(pool, 1);
   ::signal(SIGPIPE, pipe);
   ::sigprocmask(SIG_SETMASK, &before, nullptr);

@@ -1,0 +1,200 @@
+// What is known of a file's content, from which program or store it came, and for how long.
+#include "standin/coreservices/content/content_reader.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "tests/standin/coreservices/content/reader_programs.h"
+#include "tests/support/scratch_folder.h"
+
+namespace standin::metadata {
+namespace {
+
+namespace fs = std::filesystem;
+using Strings = std::vector<std::string>;
+
+class Contents : public testing::Test {
+ protected:
+  Contents() {
+    options.text.pool = textProgram(scratch);
+    options.text.programs = {options.text.pool.program};
+    options.complain = [this](const std::string& message) { complaints.push_back(message); };
+  }
+  void open() {
+    reader.reset();
+    reader = std::make_unique<ContentReader>(options);
+  }
+
+  // Of a file that was changed so long ago.
+  struct Known {
+    std::string path;
+    struct statx info;
+  };
+  static constexpr int64_t kLongAgo = 3600;
+  Known known(const std::string& path, int64_t secondsAgo = kLongAgo) {
+    Known file{path, {}};
+    EXPECT_EQ(::statx(AT_FDCWD, path.c_str(), 0, STATX_BASIC_STATS, &file.info), 0) << path;
+    timespec now;
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    file.info.stx_ctime = {now.tv_sec - secondsAgo, static_cast<uint32_t>(now.tv_nsec), {}};
+    return file;
+  }
+  static FileLocation locationOf(const Known& file) {
+    return {AT_FDCWD, file.path.c_str(), file.path.c_str() + file.path.rfind('/') + 1, file.path, file.info};
+  }
+  std::string read(const Known& file, const char* format = "html") {
+    return *reader->read(Content::Text, locationOf(file), format);
+  }
+  bool isKnown(const Known& file, const char* format = "html") {
+    return reader->known(Content::Text, locationOf(file), format) != nullptr;
+  }
+  void ask(const Known& file) { reader->ask(Content::Text, locationOf(file), "html"); }
+
+  ScratchFolder scratch;
+  ContentReader::Options options;
+  Strings complaints;
+  std::unique_ptr<ContentReader> reader;
+};
+
+TEST_F(Contents, AreReadOnceAndFoundByTheNextProcess) {
+  options.store.folder = scratch.at("store");
+  const Known file = known(scratch.file("a.html", "some text"));
+  open();
+  EXPECT_FALSE(isKnown(file));
+  EXPECT_EQ(read(file), "html some text");
+  EXPECT_EQ(read(file), "html some text");
+  EXPECT_EQ(reader->filesRead(), 1u);
+  open();
+  EXPECT_TRUE(isKnown(file));
+  EXPECT_EQ(read(file), "html some text");
+  EXPECT_EQ(reader->filesRead(), 0u);
+}
+
+// One file may have names of several kinds.
+TEST_F(Contents, AreThoseOfTheFormat) {
+  options.store.folder = scratch.at("store");
+  const Known file = known(scratch.file("a.html", "some text"));
+  fs::create_hard_link(file.path, scratch.at("a.rtf"));
+  Known link = file;
+  link.path = scratch.at("a.rtf");
+  for (int round = 0; round < 2; ++round) {
+    open();
+    EXPECT_EQ(read(file), "html some text");
+    EXPECT_EQ(read(link, "rtf"), "rtf some text");
+    EXPECT_EQ(read(file), "html some text");
+  }
+}
+
+TEST_F(Contents, MayStartWithAnyByte) {
+  options.store.folder = scratch.at("store");
+  const Known file = known(scratch.file("a.html", "nul"));
+  for (int round = 0; round < 2; ++round) {
+    open();
+    EXPECT_EQ(read(file), std::string("\0\1\2", 3));
+  }
+  EXPECT_EQ(complaints, Strings{});
+}
+
+TEST_F(Contents, ThatAreRefusedAreNamedOnceInAProcessAndNotReadAgain) {
+  options.store.folder = scratch.at("store");
+  const Known file = known(scratch.file("a.html", "refuse"));
+  const Known other = known(scratch.file("b.html", "text"));
+  for (int round = 0; round < 2; ++round) {
+    complaints.clear();
+    open();
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(read(file), "");
+      EXPECT_EQ(read(other), "html text");
+    }
+    EXPECT_EQ(complaints, Strings{file.path + ": makes no sense; what is in it is not searched"});
+    EXPECT_EQ(reader->filesRead(), round == 0 ? 2u : 0u);
+  }
+}
+
+TEST_F(Contents, ThatCannotBeReadAreNamedForSomeFiles) {
+  open();
+  for (int i = 0; i < 9; ++i) read(known(scratch.file(std::to_string(i) + ".html", "refuse")));
+  ASSERT_EQ(complaints.size(), 6u);
+  EXPECT_EQ(complaints[5], "more files can't be read; they are not named");
+}
+
+// A failure may have nothing to do with the file: the next process tries again.
+TEST_F(Contents, ThatEndedTheReaderAreReadAgainByTheNextProcessOnly) {
+  options.store.folder = scratch.at("store");
+  const Known file = known(scratch.file("a.html", "end"));
+  const Known other = known(scratch.file("b.html", "text"));
+  for (int round = 0; round < 2; ++round) {
+    complaints.clear();
+    open();
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(read(file), "");
+      EXPECT_EQ(read(other), "html text");
+    }
+    EXPECT_EQ(complaints.size(), 1u);
+    EXPECT_EQ(reader->filesRead(), round == 0 ? 2u : 1u);
+  }
+}
+
+// What is written twice within a tick of the system's clock has the same times.
+TEST_F(Contents, OfAFileThatWasJustWrittenCountForAMoment) {
+  options.store.folder = scratch.at("store");
+  open();
+  const Known other = known(scratch.file("b.html", "text"));
+  read(other);  // the program is started
+  const Known file = known(scratch.file("a.html", "first"), 0);
+  EXPECT_EQ(read(file), "html first");
+  scratch.file("a.html", "later");
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  EXPECT_EQ(read(file), "html later");
+  EXPECT_EQ(read(other), "html text");
+  EXPECT_EQ(read(file), "html later");
+  EXPECT_EQ(reader->filesRead(), 3u);
+  open();
+  EXPECT_TRUE(isKnown(file));
+}
+
+TEST_F(Contents, ThatNobodyHasSeenTakeLimitedMemory) {
+  options.unseenLimit = 1000;
+  options.store.memoryLimit = 0;  // so that what is forgotten is read again
+  open();
+  std::vector<Known> files;
+  for (int i = 0; i < 10; ++i)
+    files.push_back(known(scratch.file(std::to_string(i) + ".html", std::string(300, 'x'))));
+  for (const Known& file : files) ask(file);
+  while (reader->filesRead() < files.size()) reader->wait(std::chrono::seconds(1));
+  int seen = 0;
+  for (const Known& file : files) seen += isKnown(file);
+  EXPECT_GE(seen, 1);
+  EXPECT_LE(seen, 3);
+  for (const Known& file : files) EXPECT_EQ(read(file).size(), 305u);
+}
+
+TEST_F(Contents, AreReadAnewWhenTheReaderIsAnother) {
+  options.store.folder = scratch.at("store");
+  const Known file = known(scratch.file("a.html", "text"));
+  open();
+  read(file);
+  open();
+  EXPECT_TRUE(isKnown(file));
+  const std::string program = options.text.pool.program;
+  for (const bool rewritten : {true, false}) {
+    if (rewritten) fs::last_write_time(program, fs::last_write_time(program) + std::chrono::nanoseconds(1));
+    if (!rewritten) fs::remove(program);
+    open();
+    EXPECT_FALSE(isKnown(file)) << rewritten;
+    EXPECT_EQ(read(file), rewritten ? "html text" : "");
+  }
+  EXPECT_EQ(complaints,
+            Strings{"text program isn't there: install Debian's text-package, or set PATH. Texts of "
+                    "documents may be missing."});
+}
+
+}  // namespace
+}  // namespace standin::metadata
