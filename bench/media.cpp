@@ -1,6 +1,6 @@
-// What queries for the content of photos, songs and documents cost, the first time and later, each beside what
-// people would type instead: exiftool over all the files, with as many processes as there are processors, and
-// find. Usage: bench-media [FILES]; 2,000 unless said otherwise.
+// What queries for the content of photos, songs and documents cost, the first time and later, each beside
+// what people would type instead: exiftool over all the files, with as many processes as there are
+// processors, and find. Usage: bench-media [FILES]; 2,000 unless said otherwise.
 #include <stdlib.h>
 #include <sys/stat.h>
 
@@ -46,8 +46,8 @@ std::string copied(const std::vector<fs::path>& files, int number, std::string& 
 }
 
 std::string words(int number) {
-  static const char* const kVocabulary[] = {"water",  "boat",  "wind", "the",   "of",     "and",   "a",
-                                            "anchor", "rope",  "tide", "storm", "crew",   "deck",  "light",
+  static const char* const kVocabulary[] = {"water",  "boat",  "wind", "the",   "of",     "and",    "a",
+                                            "anchor", "rope",  "tide", "storm", "crew",   "deck",   "light",
                                             "north",  "chart", "sail", "coast", "island", "Captain"};
   std::minstd_rand random(static_cast<unsigned>(number) + 1);
   std::string text;
@@ -63,7 +63,8 @@ std::string pdf(const std::string& text) {
   const std::string objects[] = {
       "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [4 0 R] /Count 1 >>",
       "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>",
-      "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 595 842] /Contents 5 0 R /Resources << /Font << /F1 3 0 R >> "
+      "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 595 842] /Contents 5 0 R /Resources << /Font << /F1 3 0 R "
+      ">> "
       ">> >>",
       "<< /Length " + std::to_string(page.size()) + " >>\nstream\n" + page + "\nendstream"};
   std::string file = "%PDF-1.4\n", table = "xref\n0 6\n0000000000 65535 f \n";
@@ -153,9 +154,10 @@ void compareQuery(const char* what, const char* query, const std::string& folder
                                      " -n \"$2\" exiftool -q -j -fast",
                                  folder, share);
   const Command find = shell("find \"$1\" -printf '%s %T@ %p\\n'", folder);
-  const Measured first = compare((std::string(what) + ", first").c_str(), ours, exiftool, "exiftool", kFirstRounds,
-                                 {SHOTLIGHT, "store", "--clear"});
-  const Measured later = compare((std::string(what) + ", later").c_str(), ours, find, "find", kLaterRounds, {});
+  const Measured first = compare((std::string(what) + ", first").c_str(), ours, exiftool, "exiftool",
+                                 kFirstRounds, {SHOTLIGHT, "store", "--clear"});
+  const Measured later =
+      compare((std::string(what) + ", later").c_str(), ours, find, "find", kLaterRounds, {});
   std::printf("%-26s %8.0f times faster than the first\n", "", first.ours / later.ours);
 }
 
@@ -166,8 +168,8 @@ int main(int argc, char** argv) {
   const bench::Tree tree("bench-media", files, media);
   const bench::Tree cache("bench-media", 1);
   ::setenv("XDG_CACHE_HOME", cache.path().c_str(), 1);
-  std::printf("%d photos, songs and documents; the median of %d rounds first, %d later; of wall time\n", files,
-              kFirstRounds, kLaterRounds);
+  std::printf("%d photos, songs and documents; the median of %d rounds first, %d later; of wall time\n",
+              files, kFirstRounds, kLaterRounds);
   compareQuery("ISO speed", "kMDItemISOSpeed > 100", tree.path(), files);
   compareQuery("text", "kMDItemTextContent == \"harbour\"c", tree.path(), files);
 }

@@ -11,8 +11,8 @@ namespace bench {
 // Writes the content of the file of that number, and answers its name's extension.
 using MakeContent = std::function<std::string(int number, std::string& content)>;
 
-// A new folder with so many files in it, 100 in a folder: small ones, or what is made for each. It is gone with
-// its owner. Ends the process where it can't be made.
+// A new folder with so many files in it, 100 in a folder: small ones, or what is made for each. It is gone
+// with its owner. Ends the process where it can't be made.
 class Tree {
  public:
   Tree(const char* program, int files);

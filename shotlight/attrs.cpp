@@ -30,10 +30,10 @@ struct AttrsOptions {
 
 AttrsOptions parse(const Arguments& arguments) {
   AttrsOptions options;
-  options.files = takeOptions("attrs", arguments,
-                              {keysOption("--keys", options.keys), switchOption("--json", options.json),
-                               switchOption("--no-store", options.noStore),
-                               nameOption("--plugin", options.plugin)});
+  options.files =
+      takeOptions("attrs", arguments,
+                  {keysOption("--keys", options.keys), switchOption("--json", options.json),
+                   switchOption("--no-store", options.noStore), nameOption("--plugin", options.plugin)});
   if (options.files.empty()) throw UsageError("attrs needs a file, such as NOTES.TXT");
   return options;
 }

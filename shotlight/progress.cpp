@@ -36,7 +36,8 @@ void Progress::showLooked(size_t looked, size_t toBeRead, bool isAll) {
   const size_t done = looked - toBeRead;
   std::string line = std::to_string(done) + " files looked at, " +
                      std::to_string(static_cast<size_t>(static_cast<double>(done) / seconds)) + " a second";
-  if (toBeRead > 0) line += "; " + std::to_string(toBeRead) + (isAll ? "" : " or more") + " are still to be read";
+  if (toBeRead > 0)
+    line += "; " + std::to_string(toBeRead) + (isAll ? "" : " or more") + " are still to be read";
   print(line);
 }
 

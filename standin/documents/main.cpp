@@ -4,7 +4,8 @@
 //   FORMAT PATH\0               a question; as many as one likes may be sent ahead
 //   ok LENGTH\n TEXT            the answer: LENGTH bytes of UTF-8
 //   error LENGTH\n MESSAGE      or this, for people, without the path: "is encrypted"
-//   unreadable LENGTH\n MESSAGE or this, where it isn't the document's fault: "can't be read: Permission denied"
+//   unreadable LENGTH\n MESSAGE or this, where it isn't the document's fault: "can't be read: Permission
+//   denied"
 //
 // Answers come in the order of the questions, and end with the input. Who asks should wait no longer than ten
 // seconds for an answer: what this program's own limits (limits.h) don't stop is best killed.

@@ -69,7 +69,8 @@ class Pdftotext {
   explicit Pdftotext(int file) {
     const pid_t parent = ::getpid();
     process_ = ::fork();
-    if (process_ < 0) throw UnreadableError(std::string("pdftotext can't be started: ") + std::strerror(errno));
+    if (process_ < 0)
+      throw UnreadableError(std::string("pdftotext can't be started: ") + std::strerror(errno));
     if (process_ == 0) becomePdftotext(file, output_.writeEnd(), complaints_.writeEnd(), parent);
     output_.closeWriteEnd();
     complaints_.closeWriteEnd();

@@ -49,8 +49,9 @@ uint64_t hashOf(const std::string& text, uint64_t hash = 14695981039346656037ULL
 
 ContentReader::Options usualOptions() {
   ContentReader::Options options;
-  options.store.folder = ownContentOptions().storeFolder;
-  options.complain = ownContentOptions().complain;
+  options.complain = [](const std::string& message) {
+    std::fprintf(stderr, "standin: metadata: %s\n", message.c_str());
+  };
   options.tags = {exiftoolReader(processors()), {"exiftool"}};
   options.text = {textReader(processors()), {textReader(1).program, "pdftotext"}};
   return options;
@@ -141,9 +142,8 @@ ContentBytes ContentReader::known(Content content, const FileLocation& file, std
   return bytes;
 }
 
-// It is read again.
+// It is read again: until then it counts as not known, wherever it still is.
 void ContentReader::forget(const ContentKey& key) {
-  passing_.erase(key);
   Last& last = last_[static_cast<size_t>(key.reader)];
   if (last.key == key) last = {};
   if (const auto fresh = fresh_.find(key); fresh != fresh_.end()) {
@@ -198,7 +198,11 @@ void ContentReader::take(Content content, ReaderPool::Ticket ticket, ReaderAnswe
   if (answer.kind != ReaderAnswer::Read && !answer.bytes.empty())
     complainOf(question.path.get(), answer.bytes);
   store_.put(question.key, std::move(kept), question.settled && answer.kind != ReaderAnswer::Unreadable);
-  if (!question.settled) passing_.insert(question.key);
+  if (question.settled) {
+    passing_.erase(question.key);
+  } else {
+    passing_.insert(question.key);
+  }
   if (asked_.erase(question.key) > 0) keepForSeeing(question.key, std::move(bytes));
 }
 
@@ -229,15 +233,13 @@ ContentBytes ContentReader::read(Content content, const FileLocation& file, std:
   }
 }
 
-OwnContentOptions& ownContentOptions() {
-  static OwnContentOptions options{{}, [](const std::string& message) {
-                                     std::fprintf(stderr, "standin: metadata: %s\n", message.c_str());
-                                   }};
+ContentReader::Options& contentReaderOptions() {
+  static ContentReader::Options options = usualOptions();
   return options;
 }
 
 ContentReader& contentReader() {
-  static ContentReader reader(usualOptions());
+  static ContentReader reader(contentReaderOptions());
   if (!ownReader) {
     ownReader = &reader;
     reader.setHoldsStill(manyLookups > 0);

@@ -111,13 +111,9 @@ class ContentReader {
 
 // The process's own.
 ContentReader& contentReader();
-// What it is made with when it is first asked for: nothing is kept on disk, and complaints go to standard error,
-// unless that is changed before.
-struct OwnContentOptions {
-  std::string storeFolder;
-  std::function<void(const std::string&)> complain;
-};
-OwnContentOptions& ownContentOptions();
+// What it is made with, when it is first asked for: nothing is kept on disk, and complaints go to standard
+// error, unless it is changed before.
+ContentReader::Options& contentReaderOptions();
 
 // While one is alive, many files are looked up: the process's own reader keeps the store open to that.
 class ManyLookups {
@@ -127,9 +123,5 @@ class ManyLookups {
   ManyLookups(const ManyLookups&) = delete;
   ManyLookups& operator=(const ManyLookups&) = delete;
 };
-
-// What it is made with, when it is first asked for: nothing is kept on disk, and complaints go to standard
-// error, unless it is changed before.
-ContentReader::Options& contentReaderOptions();
 
 }  // namespace standin::metadata

@@ -11,7 +11,6 @@ namespace standin::metadata {
 ReaderPool::Options textReader(size_t processes);
 
 // What it is told that a document is, before its path.
-inline constexpr std::string_view kTextFormats[] = {"pdf",  "opendocument", "openxml",
-                                                    "epub", "html",         "rtf"};
+inline constexpr std::string_view kTextFormats[] = {"pdf", "opendocument", "openxml", "epub", "html", "rtf"};
 
 }  // namespace standin::metadata

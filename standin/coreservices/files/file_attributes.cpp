@@ -96,7 +96,8 @@ std::string_view FileRecord::path() {
 
 FileContent* FileRecord::content() {
   if (!content_ && info()) {
-    content_ = std::make_unique<FileContent>(FileLocation{folder_, pathFromFolder_, name_, path(), info_}, reading_);
+    content_ =
+        std::make_unique<FileContent>(FileLocation{folder_, pathFromFolder_, name_, path(), info_}, reading_);
   }
   return content_.get();
 }

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "standin/coreservices/attributes/attributes.h"
-#include "standin/coreservices/disk/file_location.h"
 #include "standin/coreservices/content/content_reader.h"
+#include "standin/coreservices/disk/file_location.h"
 #include "standin/coreservices/files/content_type.h"
 #include "standin/coreservices/files/text_content.h"
 
@@ -27,8 +27,8 @@ class FileContent {
  public:
   FileContent(const FileLocation& file, Reading reading) : file_(file), reading_(reading) {}
 
-  // Appends the attribute's values: none when the file has no such attribute. False when they aren't known, as
-  // a reader would have to be waited for.
+  // Appends the attribute's values: none when the file has no such attribute. False when they aren't known,
+  // as a reader would have to be waited for.
   bool values(FileAttribute attribute, std::vector<Value>& values);
   // The same of its text.
   bool text(std::vector<Value>& values);

@@ -11,6 +11,9 @@
 namespace standin::metadata {
 namespace {
 
+// exiftool unpacks some parts of documents whole, however large they get.
+constexpr size_t kMostMemory = size_t{1} << 30;
+
 constexpr char kReadTags[] =
 #include "read_tags.inc"  // read_tags.pl as a literal, made by CMake
     ;
@@ -31,6 +34,7 @@ ReaderPool::Options exiftoolReader(size_t processes, const std::string& perl, co
   options.program = perl;
   options.package = "libimage-exiftool-perl";
   options.processes = processes;
+  options.mostMemory = kMostMemory;
   options.arguments = {"-e", kReadTags, "--", realProgram(exiftool)};
   std::set<std::string_view> wanted;
   for (const MediaRow& row : mediaTable()) {

@@ -8,8 +8,8 @@
 
 namespace standin {
 void setContentOptions(ContentOptions options) {
-  metadata::OwnContentOptions& own = metadata::ownContentOptions();
-  own.storeFolder = std::move(options.folder);
+  metadata::ContentReader::Options& own = metadata::contentReaderOptions();
+  own.store.folder = std::move(options.folder);
   if (options.complain) own.complain = std::move(options.complain);
 }
 

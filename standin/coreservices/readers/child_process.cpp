@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -27,12 +28,15 @@ void restoreSignals() {
 }
 
 // Between fork and exec nothing may be called but what is safe in a signal handler: no memory is taken here.
-[[noreturn]] void become(const char* path, char* const* arguments, int socket, pid_t parent) {
+[[noreturn]] void become(const char* path, char* const* arguments, int socket, pid_t parent,
+                         size_t mostMemory) {
   constexpr int kCannotRun = 127;
   ::setpgid(0, 0);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != parent) ::_exit(kCannotRun);  // the parent has ended meanwhile
   restoreSignals();
+  const rlimit memory{mostMemory, mostMemory};
+  if (mostMemory > 0) ::setrlimit(RLIMIT_AS, &memory);
   const int nowhere = ::open("/dev/null", O_WRONLY);
   if (nowhere < 0 || ::dup2(socket, STDIN_FILENO) < 0 || ::dup2(socket, STDOUT_FILENO) < 0 ||
       ::dup2(nowhere, STDERR_FILENO) < 0) {
@@ -77,7 +81,8 @@ std::optional<std::string> findProgram(const std::string& name) {
 ChildProcess::ChildProcess(pid_t pid, int socket) : pid_(pid), owner_(::getpid()), socket_(socket) {}
 
 std::unique_ptr<ChildProcess> ChildProcess::start(const std::string& path,
-                                                  const std::vector<std::string>& arguments) {
+                                                  const std::vector<std::string>& arguments,
+                                                  size_t mostMemory) {
   std::vector<char*> argv{const_cast<char*>(path.c_str())};
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
@@ -85,7 +90,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(const std::string& path,
   if (!makeSockets(sockets)) return nullptr;
   const pid_t parent = ::getpid();
   const pid_t pid = ::fork();
-  if (pid == 0) become(path.c_str(), argv.data(), sockets[1], parent);
+  if (pid == 0) become(path.c_str(), argv.data(), sockets[1], parent, mostMemory);
   ::close(sockets[1]);
   if (pid < 0) {
     ::close(sockets[0]);

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,9 +19,11 @@ std::optional<std::string> findProgram(const std::string& name);
 // signals; what it says on standard error is thrown away. It ends when this process does, however that ends.
 class ChildProcess {
  public:
-  // Null when no process can be had. A program that can't be run ends at once.
+  // Null when no process can be had. A program that can't be run ends at once. It gets no more than so many
+  // bytes of address space, unless that is 0.
   static std::unique_ptr<ChildProcess> start(const std::string& path,
-                                             const std::vector<std::string>& arguments);
+                                             const std::vector<std::string>& arguments,
+                                             size_t mostMemory = 0);
   // Ends the program, with all that it has started, and waits for it.
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;

@@ -22,8 +22,9 @@ struct AnswerWord {
   std::string_view word;
   ReaderAnswer::Kind kind;
 };
-constexpr AnswerWord kAnswerWords[] = {
-    {"ok ", ReaderAnswer::Read}, {"error ", ReaderAnswer::Refused}, {"unreadable ", ReaderAnswer::Unreadable}};
+constexpr AnswerWord kAnswerWords[] = {{"ok ", ReaderAnswer::Read},
+                                       {"error ", ReaderAnswer::Refused},
+                                       {"unreadable ", ReaderAnswer::Unreadable}};
 
 }  // namespace
 
@@ -32,7 +33,8 @@ ReaderPool::ReaderPool(Options options, Take take) : options_(std::move(options)
 ReaderPool::~ReaderPool() = default;
 
 void ReaderPool::ask(Ticket ticket, std::string question, Turn turn) {
-  questions_.insert(turn == Turn::First ? questions_.begin() : questions_.end(), {ticket, std::move(question)});
+  questions_.insert(turn == Turn::First ? questions_.begin() : questions_.end(),
+                    {ticket, std::move(question)});
   startAsNeeded();
 }
 
@@ -46,7 +48,7 @@ bool ReaderPool::start() {
     giveUp("isn't there: install Debian's " + options_.package + ", or set PATH");
     return false;
   }
-  std::unique_ptr<ChildProcess> process = ChildProcess::start(*path, options_.arguments);
+  std::unique_ptr<ChildProcess> process = ChildProcess::start(*path, options_.arguments, options_.mostMemory);
   if (!process) {
     giveUp("can't be started: the system has no more processes or descriptors");
     return false;
@@ -92,8 +94,7 @@ bool ReaderPool::askMore(Reader& reader) {
 
 ReaderPool::Parsed ReaderPool::parse(std::string_view received, ReaderAnswer& answer, size_t& length) {
   const size_t end = received.find('\n');
-  if (end == std::string_view::npos)
-    return received.size() > kLongestLine ? Parsed::Nonsense : Parsed::More;
+  if (end == std::string_view::npos) return received.size() > kLongestLine ? Parsed::Nonsense : Parsed::More;
   for (const AnswerWord& each : kAnswerWords) {
     if (!received.starts_with(each.word)) continue;
     size_t size = 0;
@@ -123,9 +124,8 @@ bool ReaderPool::takeAnswers(Reader& reader) {
   while (reader.ready && used < reader.received.size()) {
     ReaderAnswer answer;
     size_t length = 0;
-    parsed = reader.asked.empty()
-                 ? Parsed::Nonsense
-                 : parse(std::string_view(reader.received).substr(used), answer, length);
+    parsed = reader.asked.empty() ? Parsed::Nonsense
+                                  : parse(std::string_view(reader.received).substr(used), answer, length);
     if (parsed != Parsed::Answer) break;
     used += length;
     taken.emplace_back(std::move(reader.asked.front()), std::move(answer));
@@ -136,7 +136,8 @@ bool ReaderPool::takeAnswers(Reader& reader) {
   const bool nonsense =
       parsed == Parsed::Nonsense || (!reader.ready && reader.received.size() >= kReady.size());
   const bool lives = !nonsense && goesOn && askMore(reader);
-  if (!lives) fail(reader, nonsense ? "gave an answer that makes no sense" : "ended without an answer", !nonsense);
+  if (!lives)
+    fail(reader, nonsense ? "gave an answer that makes no sense" : "ended without an answer", !nonsense);
   for (auto& [question, answer] : taken) this->answer(std::move(question), std::move(answer));
   return lives;
 }
@@ -149,8 +150,8 @@ void ReaderPool::answer(Question question, ReaderAnswer answer) {
 // Ends the process. The file that it was at when it ended by itself may have had nothing to do with that, and
 // gets a second chance.
 void ReaderPool::fail(Reader& reader, const std::string& how, bool ended) {
-  const auto mine = std::find_if(readers_.begin(), readers_.end(),
-                                 [&](const auto& each) { return each.get() == &reader; });
+  const auto mine =
+      std::find_if(readers_.begin(), readers_.end(), [&](const auto& each) { return each.get() == &reader; });
   const std::unique_ptr<Reader> failed = std::move(*mine);
   readers_.erase(mine);
   failed->process.reset();

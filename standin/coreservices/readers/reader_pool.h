@@ -4,9 +4,9 @@
 // Here: so many processes of one program, which are asked about one file after the other.
 //
 // A process prints "ready\n" once it can be asked. A question is any bytes without a zero byte, and a zero
-// byte. Answers come in the order of the questions, each a line and so many bytes: "ok LENGTH\n" and what is in
-// the file; "error LENGTH\n" and why there is nothing to be said of what is in it, for people;
-// "unreadable LENGTH\n" and why it can't be read now. It ends at the end of its input.
+// byte. Answers come in the order of the questions, each a line and so many bytes: "ok LENGTH\n" and what is
+// in the file; "error LENGTH\n" and why there is nothing to be said of what is in it, for people; "unreadable
+// LENGTH\n" and why it can't be read now. It ends at the end of its input.
 #pragma once
 
 #include <chrono>
@@ -44,6 +44,7 @@ class ReaderPool {
     std::string package;                 // of Debian, which the program is in
     std::vector<std::string> arguments;  // of the program
     size_t processes = 1;                // at the most
+    size_t mostMemory = 0;               // bytes of address space of each; 0: no limit of ours
     Milliseconds timeToStart = std::chrono::seconds(30);
     Milliseconds timeToAnswer = std::chrono::seconds(5);  // for one file
     // Called once where the program can't be used.
@@ -65,8 +66,8 @@ class ReaderPool {
   void forget(const std::function<bool(Ticket)>& which);
   bool isIdle() const { return asked_ == 0 && questions_.empty(); }
 
-  // Asks what can be asked and takes the answers that are there; waits for some where there are none, no longer
-  // than that. A signal ends the waiting.
+  // Asks what can be asked and takes the answers that are there; waits for some where there are none, no
+  // longer than that. A signal ends the waiting.
   void wait(Milliseconds time);
 
   int starts() const { return starts_; }

@@ -85,8 +85,7 @@ bool LiveChanges::isResult(const std::string& path) {
   const auto isAround = [&](const std::string& folder) { return path != folder && liesIn(path, folder); };
   if (std::none_of(folders_.begin(), folders_.end(), isAround)) return false;
   FileByPath file(path);
-  return file.record().exists() && isReached(path) &&
-         match(*expression_, file.record()) == Match::Yes;
+  return file.record().exists() && isReached(path) && match(*expression_, file.record()) == Match::Yes;
 }
 
 }  // namespace standin::metadata

@@ -51,8 +51,8 @@ class Search {
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
 
-  // Looks at one more entry at the most, or waits a moment for what is in one. Answers whether there is more to
-  // come.
+  // Looks at one more entry at the most, or waits a moment for what is in one. Answers whether there is more
+  // to come.
   bool step();
   size_t found() const { return found_; }
   SearchReport report() const;

@@ -17,8 +17,8 @@ constexpr int64_t kFormat = 2;
 constexpr int kPatience = 1000;  // milliseconds to wait for another process that writes
 constexpr int kMoment = 5;       // milliseconds between two attempts to open
 
-// Few bytes, as the tags of a photo are, stand in the entry itself, where one search finds them; many, as a text
-// has, stand apart, so that entries stay close together.
+// Few bytes, as the tags of a photo are, stand in the entry itself, where one search finds them; many, as a
+// text has, stand apart, so that entries stay close together.
 constexpr size_t kMostBytesInEntry = 1000;
 
 constexpr char kTables[] = R"(
@@ -248,8 +248,9 @@ std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t 
   const Entry* entry = nullptr;
   Entry sought;
   if (!all_.empty()) {
-    const auto found = std::lower_bound(all_.begin(), all_.end(), id,
-                                        [](const Entry& each, const EntryId& wanted) { return each.id < wanted; });
+    const auto found =
+        std::lower_bound(all_.begin(), all_.end(), id,
+                         [](const Entry& each, const EntryId& wanted) { return each.id < wanted; });
     if (found != all_.end() && found->id == id) entry = &*found;
   } else {
     find_->bind(id[0], id[1], id[2]);
@@ -268,8 +269,8 @@ std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t 
   return bytes;
 }
 
-// Reading all entries one after the other takes an eighth of the time of finding each of them: once that many have
-// been sought, nothing is lost by it.
+// Reading all entries one after the other takes an eighth of the time of finding each of them: once that many
+// have been sought, nothing is lost by it.
 bool ContentDatabase::isTimeToReadAll() {
   constexpr uint64_t kFewest = 128;
   constexpr uint64_t kTimesFaster = 8;
@@ -383,9 +384,10 @@ std::vector<std::string> ContentDatabase::check() {
     if (const std::string_view said = structure.bytes(0); said != "ok") faults.emplace_back(said);
   }
   if (!faults.empty()) return faults;
-  Statement all(*this,
-                "SELECT device, inode, reader, size, modified, changed, version, checksum, CASE WHEN apart THEN "
-                "(SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END FROM entry");
+  Statement all(
+      *this,
+      "SELECT device, inode, reader, size, modified, changed, version, checksum, CASE WHEN apart THEN "
+      "(SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END FROM entry");
   uint64_t bad = 0;
   while (all.step()) {
     const auto at = [&](int column) { return static_cast<uint64_t>(all.number(column)); };

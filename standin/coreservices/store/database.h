@@ -58,8 +58,8 @@ class ContentDatabase {
   // Today is what the entry was used last on.
   std::optional<std::string> find(const ContentKey& key, int64_t today);
 
-  // Until it is called with false, or something is written, find() sees the database as it was at the first call
-  // of find(), which is faster; what other processes write has to be kept apart meanwhile.
+  // Until it is called with false, or something is written, find() sees the database as it was at the first
+  // call of find(), which is faster; what other processes write has to be kept apart meanwhile.
   void setHoldsStill(bool holdsStill);
 
   // In one transaction: adds the rows, each in place of the one of the same file and reader; notes what was

@@ -84,7 +84,8 @@ TEST_F(Documents, ThatAreNoRegularFilesAreNotOpened) {
     EXPECT_EQ(worker.ask(format, "/dev/zero"), answer);
     EXPECT_EQ(worker.ask(format, scratch.at("none")), unreadable("can't be read: No such file or directory"));
     EXPECT_EQ(worker.ask(format, "page"), error("isn't named by an absolute path"));
-    EXPECT_EQ(worker.ask(format, "/" + std::string(5000, 'x')), unreadable("can't be read: File name too long"));
+    EXPECT_EQ(worker.ask(format, "/" + std::string(5000, 'x')),
+              unreadable("can't be read: File name too long"));
   }
 }
 

@@ -60,8 +60,9 @@ TEST(Walk, ListsNamesThatBeginAlikeByTheirBytes) {
   for (const std::string beginning : {"", "a", "a file named ", "\xC3\xA9\xC3\xA9\xC3\xA9"}) {
     const ScratchFolder scratch;
     Texts names;
-    for (const char* const end : {"\x01", "0", "00", "000000000", "0000000a", "0000000a\xFF", "00000010", "1", "Z",
-                                  "a", "a b", "aaaaaaaa", "aaaaaaaaa", "aaaaaaaab", "\x7F", "\x80", "\xFF"}) {
+    for (const char* const end :
+         {"\x01", "0", "00", "000000000", "0000000a", "0000000a\xFF", "00000010", "1", "Z", "a", "a b",
+          "aaaaaaaa", "aaaaaaaaa", "aaaaaaaab", "\x7F", "\x80", "\xFF"}) {
       names.push_back(beginning + end);
     }
     std::ranges::shuffle(names, std::minstd_rand(1));

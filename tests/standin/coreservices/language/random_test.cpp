@@ -396,7 +396,8 @@ TEST(RandomConditions, MatchWhatTheirPlainReadingMatches) {
       FileOfValues source(file);
       const bool meant = means(condition, file);
       matched += meant;
-      ASSERT_EQ(match(*expression, source), meant ? Match::Yes : Match::No) << "round " << round << ": " << shown;
+      ASSERT_EQ(match(*expression, source), meant ? Match::Yes : Match::No)
+          << "round " << round << ": " << shown;
     }
   }
   EXPECT_GT(matched, rounds * 4);

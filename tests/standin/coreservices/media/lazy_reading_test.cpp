@@ -24,8 +24,8 @@ class LazyReading : public ItemTest {
  protected:
   void SetUp() override {
     ItemTest::SetUp();
-    const std::string perl = scratch.file(
-        "bin/perl", "#!/bin/sh\necho start >> '" + log() + "'\nexec /usr/bin/perl \"$@\"\n");
+    const std::string perl =
+        scratch.file("bin/perl", "#!/bin/sh\necho start >> '" + log() + "'\nexec /usr/bin/perl \"$@\"\n");
     ASSERT_EQ(::chmod(perl.c_str(), 0755), 0);
     photo = picture(1);
     notes = scratch.file("notes.txt", "text");

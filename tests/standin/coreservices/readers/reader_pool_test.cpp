@@ -290,6 +290,16 @@ TEST_F(Readers, ThatNeverStopTalkingAreEnded) {
   EXPECT_EQ(ownChildren(), std::set<pid_t>{});
 }
 
+TEST_F(Readers, GetNoMoreMemoryThanIsSaid) {
+  ReaderPool::Options little =
+      options(program(reader("if ($question =~ / 1$/) { my @much = map { 'x' x 10_000_000 } 1 .. 100 }")));
+  little.mostMemory = 200'000'000;
+  ReaderPool pool(little, take());
+  askAll(pool, 3);
+  EXPECT_EQ(answers[1].kind, ReaderAnswer::Unreadable);
+  EXPECT_EQ(answers[2].bytes, "read question 2");
+}
+
 TEST_F(Readers, InheritNoDescriptorAndNoSignals) {
   const std::string secret = scratch.file("secret");
   const int open = ::open(secret.c_str(), O_RDONLY);  // without O_CLOEXEC, as a host may have it

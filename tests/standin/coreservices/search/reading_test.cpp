@@ -227,7 +227,7 @@ TEST_F(SearchThatReads, TellsEveryResultWithItsAttributes) {
                     });
     while (!running.search.report().walked) running.search.step();
     EXPECT_EQ(running.search.report().waiting, 1u);
-    Sql(contentDatabaseIn(store)).run("DELETE FROM entry; DELETE FROM content");
+    Sql(contentDatabaseIn(store)).run("DELETE FROM entry; DELETE FROM apart");
     running.finish();
     ASSERT_EQ(titles.size(), 10u);
     EXPECT_EQ(titles[0], "slow 300");

@@ -100,7 +100,13 @@ TEST_F(Database, HasOneEntryForAFileAndReader) {
   const ContentDatabase::Totals totals = database->totals();
   EXPECT_EQ(totals.entries, 2u);
   EXPECT_EQ(totals.files, 1u);
-  EXPECT_EQ(Sql(path).run("SELECT count(*) FROM content"), 2);
+  const std::string longBytes(2000, 'x');  // too many for the entry itself
+  write({{newer.key, longBytes}});
+  EXPECT_EQ(find(newer.key), longBytes);
+  EXPECT_EQ(Sql(path).run("SELECT count(*) FROM apart"), 1);
+  write({newer});
+  EXPECT_EQ(find(newer.key), "newer");
+  EXPECT_EQ(Sql(path).run("SELECT count(*) FROM apart"), 0);
 }
 
 TEST_F(Database, TellsTimesApartThatAreFarOffOrBefore1970) {
@@ -292,11 +298,16 @@ TEST_F(Database, IsReadWithoutRightsToWriteWhateverItsName) {
 // Damage
 
 TEST_F(Database, TellsWhenAnEntryIsNotAsItWasWritten) {
-  write({sampleRow(1), sampleRow(2)});
-  Sql(path).run("UPDATE content SET bytes = 'other' WHERE id = 1");
-  EXPECT_EQ(database->check(), std::vector<std::string>{"1 entry isn't as written"});
-  EXPECT_EQ(kindOf([&] { find(sampleKey(1)); }), DatabaseError::Damaged);
-  EXPECT_TRUE(has(2));
+  for (const size_t size : {10, 5000}) {  // in the entry, and apart from it
+    SCOPED_TRACE(size);
+    write({{sampleKey(1), std::string(size, 'x')}, sampleRow(2)});
+    const std::string inode = std::to_string(sampleKey(1).file.inode);
+    Sql(path).run(size < 100 ? "UPDATE entry SET bytes = 'other' WHERE inode = " + inode
+                             : "UPDATE apart SET bytes = 'other'");
+    EXPECT_EQ(database->check(), std::vector<std::string>{"1 entry isn't as written"});
+    EXPECT_EQ(kindOf([&] { find(sampleKey(1)); }), DatabaseError::Damaged);
+    EXPECT_TRUE(has(2));
+  }
 }
 
 // A bit of memory that is always set damages more than one word that passes through it.
@@ -307,9 +318,9 @@ TEST_F(Database, TellsWhenOneBitOfTwoWordsIsAnother) {
     std::string damaged = bytes;
     for (const size_t word : {0, 32}) damaged[word + bit / 8] ^= static_cast<char>(1 << bit % 8);
     write({{sampleKey(1), damaged}});
-    const int64_t checksum = sql.run("SELECT checksum FROM content");
+    const int64_t checksum = sql.run("SELECT checksum FROM entry");
     write({{sampleKey(1), bytes}});
-    sql.run("UPDATE content SET checksum = " + std::to_string(checksum));
+    sql.run("UPDATE entry SET checksum = " + std::to_string(checksum));
     EXPECT_EQ(kindOf([&] { find(sampleKey(1)); }), DatabaseError::Damaged) << bit;
   }
 }
