@@ -7,6 +7,7 @@
 #include <bit>
 #include <chrono>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace standin::metadata {
@@ -21,14 +22,13 @@ constexpr int kMoment = 5;       // milliseconds between two attempts to open
 // text has, stand apart, so that entries stay close together.
 constexpr size_t kMostBytesInEntry = 1000;
 
-constexpr char kTables[] = R"(
-  CREATE TABLE entry(device INTEGER, inode INTEGER, reader INTEGER, size INTEGER, modified INTEGER,
-                     changed INTEGER, version INTEGER, checksum INTEGER, used INTEGER, bytes BLOB,
-                     apart INTEGER, PRIMARY KEY(device, inode, reader)) WITHOUT ROWID;
-  CREATE TABLE apart(id INTEGER PRIMARY KEY, bytes BLOB);
-  CREATE TABLE total(reads INTEGER, hits INTEGER);
-  INSERT INTO total VALUES(0, 0);
-)";
+// As SQLite keeps their texts.
+constexpr const char* kTables[] = {
+    "CREATE TABLE entry(device INTEGER, inode INTEGER, reader INTEGER, size INTEGER, modified INTEGER, "
+    "changed INTEGER, version INTEGER, checksum INTEGER, used INTEGER, bytes BLOB, apart INTEGER, "
+    "PRIMARY KEY(device, inode, reader)) WITHOUT ROWID",
+    "CREATE TABLE apart(id INTEGER PRIMARY KEY, bytes BLOB)",
+    "CREATE TABLE total(reads INTEGER, hits INTEGER)"};
 
 constexpr char kEntries[] =
     "SELECT device, inode, reader, size, modified, changed, version, checksum, used, bytes, apart FROM entry";
@@ -202,14 +202,23 @@ bool ContentDatabase::hasOurFormat() {
 
 // Whoever finds another format empties the database, once, whatever other processes do at the same time.
 void ContentDatabase::prepareTables() {
-  if (hasOurFormat()) return;
+  if (hasOurFormat()) return checkTables();
   Transaction transaction(*this);
   if (!hasOurFormat()) {
     run("DROP TABLE IF EXISTS entry; DROP TABLE IF EXISTS apart; DROP TABLE IF EXISTS total;");
-    run(kTables);
+    for (const char* const table : kTables) run(table);
+    run("INSERT INTO total VALUES(0, 0)");
     run(("PRAGMA user_version = " + std::to_string(kFormat)).c_str());
   }
   transaction.commit();
+}
+
+// With a column of another type everything seems to work, and nothing is ever found.
+void ContentDatabase::checkTables() {
+  Statement texts(*this, "SELECT sql FROM sqlite_schema WHERE type = 'table'");
+  size_t found = 0;
+  while (texts.step()) found += static_cast<size_t>(std::ranges::count(kTables, texts.bytes(0)));
+  if (found != std::size(kTables)) throw DatabaseError(DatabaseError::Damaged, "its tables are others");
 }
 
 // Finds what became of bytes on a disk, not what somebody made of them. It is FNV-1a, of words rather than of

@@ -100,6 +100,7 @@ class ContentDatabase {
   void prepare();
   bool hasOurFormat();
   void prepareTables();
+  void checkTables();
   uint64_t bytesUsed();
   void makeRoom(uint64_t limit);
   static uint32_t checksum(const ContentKey& key, std::string_view bytes);

@@ -310,6 +310,16 @@ TEST_F(Database, TellsWhenAnEntryIsNotAsItWasWritten) {
   }
 }
 
+// Everything but finding works with such a table.
+TEST_F(Database, TellsWhenATableIsAnother) {
+  write({sampleRow(1)});
+  database.reset();
+  Sql sql(path);
+  sql.run(
+      "PRAGMA writable_schema = ON; UPDATE sqlite_schema SET sql = replace(sql, 'id INTEGER', 'id INTEGEX')");
+  EXPECT_EQ(kindOf([&] { open(); }), DatabaseError::Damaged);
+}
+
 // A bit of memory that is always set damages more than one word that passes through it.
 TEST_F(Database, TellsWhenOneBitOfTwoWordsIsAnother) {
   const std::string bytes = randomBytes(64, 5);
