@@ -1,8 +1,5 @@
 #include "standin/coreservices/language/text_pattern.h"
 
-#include <unicode/uchar.h>
-#include <unicode/unorm2.h>
-#include <unicode/ustring.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -11,78 +8,6 @@
 
 namespace standin::metadata {
 namespace {
-
-// Characters below this are their own composed form and never combine with what stands before them.
-constexpr char32_t kFirstThatMayCompose = 0x300;
-
-char lowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-std::u32string composed(std::u32string_view text) {
-  const bool plain =
-      std::all_of(text.begin(), text.end(), [](char32_t c) { return c < kFirstThatMayCompose; });
-  if (plain) return std::u32string(text);
-  const std::u16string units = utf16(text);
-  UErrorCode error = U_ZERO_ERROR;
-  const UNormalizer2* const normalizer = unorm2_getNFCInstance(&error);
-  std::u16string result(units.size() * 3 + 1, u'\0');  // the longest composed form of anything
-  const int32_t length = unorm2_normalize(normalizer, units.data(), static_cast<int32_t>(units.size()),
-                                          result.data(), static_cast<int32_t>(result.size()), &error);
-  if (U_FAILURE(error)) return std::u32string(text);
-  result.resize(static_cast<size_t>(length));
-  return fromUtf16(result);
-}
-
-bool isMark(char32_t character) {
-  return (U_GET_GC_MASK(static_cast<UChar32>(character)) & U_GC_M_MASK) != 0;
-}
-
-std::u32string withoutMarks(char32_t character) {
-  UChar buffer[32];
-  UErrorCode error = U_ZERO_ERROR;
-  const int32_t length = unorm2_getDecomposition(
-      unorm2_getNFDInstance(&error), static_cast<UChar32>(character), buffer, std::size(buffer), &error);
-  std::u32string characters(1, character);
-  if (U_SUCCESS(error) && length > 0) {
-    characters = fromUtf16(std::u16string_view(buffer, static_cast<size_t>(length)));
-  }
-  std::erase_if(characters, isMark);
-  return characters;
-}
-
-std::u32string caseFolded(std::u32string_view text) {
-  const std::u16string units = utf16(text);
-  UChar buffer[96];
-  UErrorCode error = U_ZERO_ERROR;
-  const int32_t length = u_strFoldCase(buffer, std::size(buffer), units.data(),
-                                       static_cast<int32_t>(units.size()), U_FOLD_CASE_DEFAULT, &error);
-  if (U_FAILURE(error)) return std::u32string(text);
-  return fromUtf16(std::u16string_view(buffer, static_cast<size_t>(length)));
-}
-
-std::u32string foldCharacter(char32_t character, TextOptions options) {
-  if (character < 0x80) {
-    return {options.ignoreCase ? static_cast<char32_t>(lowerAscii(static_cast<char>(character))) : character};
-  }
-  std::u32string folded = options.ignoreDiacritics ? withoutMarks(character) : std::u32string(1, character);
-  return options.ignoreCase ? caseFolded(folded) : folded;
-}
-
-bool isAsciiLetter(char32_t c) {
-  return (c >= U'a' && c <= U'z') || (c >= U'A' && c <= U'Z');
-}
-
-bool isLetter(char32_t c) {
-  return c < 0x80 ? isAsciiLetter(c) : u_isalpha(static_cast<UChar32>(c)) != 0;
-}
-
-// Whether a word may start or end between two characters, of which the left one isn't a mark.
-bool isBorder(char32_t left, char32_t right) {
-  if (right >= kFirstThatMayCompose && isMark(right)) return false;  // belongs to the letter before it
-  if (!isLetter(left) || !isLetter(right)) return true;
-  return u_islower(static_cast<UChar32>(left)) && u_isupper(static_cast<UChar32>(right));
-}
 
 std::u32string fold(std::u32string_view text, TextOptions options) {
   std::u32string folded;
@@ -100,6 +25,7 @@ class Progress {
 
   void startHere() { reach(now_, 0); }
   bool atEnd() const { return now_.back() != 0; }
+  bool isAnywhere() const { return isAnywhere_; }
 
   // One character of the text that folds to itself or to one other.
   void read(char32_t character) { step<true>(character); }
@@ -108,7 +34,7 @@ class Progress {
   // them together, and a run takes any part of them.
   void read(std::u32string_view folded) {
     if (folded.size() == 1) return read(folded.front());
-    if (!active_) return;
+    if (!isAnywhere_) return;
     before_ = now_;
     for (const char32_t character : folded) step<false>(character);
     for (size_t i = 0; i < elements_.size(); ++i) {
@@ -119,8 +45,8 @@ class Progress {
  private:
   template <bool isWhole>
   void step(char32_t character) {
-    if (!active_) return;
-    active_ = false;
+    if (!isAnywhere_) return;
+    isAnywhere_ = false;
     std::fill(next_.begin(), next_.end(), 0);
     for (size_t i = 0; i < elements_.size(); ++i) {
       if (!now_[i]) continue;
@@ -141,7 +67,7 @@ class Progress {
 
   // A run may be empty, so reaching its start reaches what follows it too.
   void reach(std::vector<char>& places, size_t place) {
-    active_ = true;
+    isAnywhere_ = true;
     places[place] = 1;
     while (place < elements_.size() && elements_[place].kind == PatternElement::AnyRun) places[++place] = 1;
   }
@@ -150,52 +76,77 @@ class Progress {
   std::vector<char> now_;
   std::vector<char> next_;
   std::vector<char> before_;
-  bool active_ = false;  // some place is reached
+  bool isAnywhere_ = false;  // some place is reached
 };
 
-// The first part of the text, of a size that can be composed and folded at once; what follows starts with a
-// character that composes with nothing before it, as far as such a one comes soon.
-std::string_view firstPiece(std::string_view bytes) {
-  constexpr size_t kPiece = 64 << 10;
-  if (bytes.size() <= kPiece) return bytes;
-  UErrorCode error = U_ZERO_ERROR;
-  const UNormalizer2* const normalizer = unorm2_getNFCInstance(&error);
-  const auto length = static_cast<int32_t>(std::min(bytes.size(), 2 * kPiece));
-  int32_t end = kPiece;
-  while (end < length && U8_IS_TRAIL(bytes[static_cast<size_t>(end)])) ++end;
+// A character, and what may compose with it.
+struct Cluster {
+  std::string_view bytes;
+  UChar32 single;  // what that is, where it is a character by itself; otherwise negative
+};
+
+// At the start of the text, which isn't empty. It has an end also where marks follow each other without one.
+Cluster firstCluster(std::string_view text) {
+  constexpr size_t kLongest = 64 << 10;
+  const auto length = static_cast<int32_t>(std::min(text.size(), kLongest));
+  int32_t end = 0;
+  UChar32 first = 0;
+  U8_NEXT(text.data(), end, length, first);
+  const auto has = [](UChar32 character, CharacterProperty property) {  // false of what is no UTF-8
+    return character >= 0 && (propertiesOf(static_cast<char32_t>(character)) & property) != 0;
+  };
+  bool isSingle = has(first, kIsComposed);
   for (int32_t next = end; next < length; end = next) {
     UChar32 character = 0;
-    U8_NEXT(bytes.data(), next, length, character);
-    if (character >= 0 && unorm2_hasBoundaryBefore(normalizer, character)) break;
+    U8_NEXT(text.data(), next, length, character);
+    if (!has(character, kComposesBackward)) break;
+    isSingle = false;
   }
-  return bytes.substr(0, static_cast<size_t>(end));
+  return {text.substr(0, static_cast<size_t>(end)), isSingle ? first : -1};
 }
 
-// Reads text piece by piece, so that a long one takes no more memory than a short one.
+// Reads text cluster by cluster, so that a long one takes no more memory than a short one.
 class Reading {
  public:
-  Reading(const std::vector<PatternElement>& elements, TextOptions options)
-      : progress_(elements), options_(options) {}
+  Reading(const std::vector<PatternElement>& elements, TextOptions options, const WordSearch* words)
+      : progress_(elements), options_(options), words_(words) {}
 
-  bool matches(std::string_view bytes) {
+  bool matches(std::string_view text) {
     progress_.startHere();
-    while (!bytes.empty()) {
-      const std::string_view piece = firstPiece(bytes);
-      bytes.remove_prefix(piece.size());
-      for (const char32_t character : composed(readableText(piece))) {
-        if (endsBefore(character)) return true;
-        read(character);
+    while (!text.empty()) {
+      if (words_ && !progress_.isAnywhere()) {
+        passOver(text);
+        if (text.empty()) break;
+      }
+      const Cluster cluster = firstCluster(text);
+      text.remove_prefix(cluster.bytes.size());
+      if (cluster.single >= 0) {
+        if (matchesUpTo(static_cast<char32_t>(cluster.single))) return true;
+      } else {
+        for (const char32_t character : composed(readableText(cluster.bytes))) {
+          if (matchesUpTo(character)) return true;
+        }
       }
     }
     return progress_.atEnd();
   }
 
  private:
-  // Borders are found in the text before folding, which hides the change from lower to upper case.
-  bool endsBefore(char32_t character) {
-    if (!options_.wholeWords || !isBorder(last_, character)) return false;
-    if (progress_.atEnd()) return true;
-    progress_.startHere();
+  void passOver(std::string_view& text) {
+    const size_t count = words_->passOver(text);
+    if (count > 0) last_ = static_cast<char32_t>(text[count - 1]);
+    text.remove_prefix(count);
+  }
+
+  // Reads the character where nothing matches that ends before it. Borders are found in the text before
+  // folding, which hides the change from lower to upper case.
+  bool matchesUpTo(char32_t character) {
+    if (options_.wholeWords && isWordBorder(last_, character)) {
+      if (progress_.atEnd()) return true;
+      progress_.startHere();
+    }
+    if (progress_.isAnywhere()) read(character);
+    if (!isMark(character)) last_ = character;
     return false;
   }
 
@@ -203,16 +154,15 @@ class Reading {
     if (character < 0x80) {
       const auto ascii = static_cast<char>(character);
       progress_.read(static_cast<char32_t>(options_.ignoreCase ? lowerAscii(ascii) : ascii));
-      last_ = character;
-      return;
+    } else {
+      progress_.read(foldCharacter(character, options_));
     }
-    progress_.read(foldCharacter(character, options_));
-    if (!isMark(character)) last_ = character;
   }
 
   Progress progress_;
   const TextOptions options_;
-  char32_t last_ = 0;  // that isn't a mark
+  const WordSearch* const words_;  // null where the pattern isn't words alone
+  char32_t last_ = 0;              // that isn't a mark
 };
 
 // ASCII text, of which each character folds to itself or to its small letter, against a pattern of no matter
@@ -273,13 +223,17 @@ TextPattern::TextPattern(const std::vector<PatternElement>& elements, TextOption
   }
   endRun();
   const auto isLiteral = [](const PatternElement& e) { return e.kind == PatternElement::Literal; };
-  literal_ = !options.wholeWords && std::all_of(elements_.begin(), elements_.end(), isLiteral);
+  literal_ = std::all_of(elements_.begin(), elements_.end(), isLiteral);
+  if (!literal_ || !options.wholeWords || elements_.empty()) return;
+  std::u32string words;
+  for (const PatternElement& element : elements_) words += element.character;
+  words_.emplace(words, options.ignoreCase);
 }
 
 bool TextPattern::matches(std::string_view bytes) const {
   if (!options_.wholeWords && isAscii(bytes)) return matchesAscii(elements_, bytes, options_.ignoreCase);
-  if (literal_) return equalLiterals(elements_, fold(readableText(bytes), options_));
-  return Reading(elements_, options_).matches(bytes);
+  if (!options_.wholeWords && literal_) return equalLiterals(elements_, fold(readableText(bytes), options_));
+  return Reading(elements_, options_, words_ ? &*words_ : nullptr).matches(bytes);
 }
 
 bool TextPattern::matchesEverything() const {

@@ -7,16 +7,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
-namespace standin::metadata {
+#include "standin/coreservices/language/characters.h"
+#include "standin/coreservices/language/word_search.h"
 
-struct TextOptions {
-  bool ignoreCase = false;
-  bool ignoreDiacritics = false;
-  bool wholeWords = false;
-};
+namespace standin::metadata {
 
 struct PatternElement {
   enum Kind : uint8_t { Literal, AnyOne, AnyRun } kind;
@@ -39,7 +37,8 @@ class TextPattern {
  private:
   std::vector<PatternElement> elements_;  // literal runs folded
   TextOptions options_;
-  bool literal_ = false;  // neither wildcards nor wholeWords
+  bool literal_ = false;             // no wildcards
+  std::optional<WordSearch> words_;  // of one character or more, with wholeWords and no wildcards
 };
 
 }  // namespace standin::metadata
