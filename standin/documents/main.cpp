@@ -67,8 +67,8 @@ std::string answerTo(const Question& question) {
     return answer("unreadable", error.what());
   } catch (const DocumentError& error) {
     return answer("error", error.what());
-  } catch (const std::bad_alloc&) {
-    return answer("error",
+  } catch (const std::bad_alloc&) {  // here, or in the whole system
+    return answer("unreadable",
                   "takes more than " + std::to_string(kMostMemory / kMegabyte) + " MB of memory to read");
   }
 }

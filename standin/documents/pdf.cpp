@@ -26,6 +26,7 @@ constexpr size_t kWhereNamed = 1024;
 constexpr size_t kMostComplaints = 4096;
 
 constexpr int kNotThere = 127;  // as shells have it
+constexpr int kForbidden = 3;   // by the document; 1 is a damaged one
 
 class Pipe {
  public:
@@ -137,7 +138,9 @@ void checkSignature(int file) {
   if (status == kNotThere) throw UnreadableError("pdftotext isn't there: install Debian's poppler-utils");
   if (complainsOf("Incorrect password") || complainsOf("encrypt")) throw DocumentError("is encrypted");
   if (complainsOf("not allowed")) throw DocumentError("forbids that its text is copied");
-  if (status < 0) throw DocumentError("makes pdftotext crash");
+  // It, or the system for want of memory, ended it; or it failed for a reason that isn't the document's.
+  if (status < 0) throw UnreadableError("makes pdftotext crash");
+  if (status > kForbidden) throw UnreadableError("can't be read by pdftotext");
   throw DocumentError("is a damaged PDF");
 }
 

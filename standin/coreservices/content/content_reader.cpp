@@ -1,10 +1,12 @@
 #include "standin/coreservices/content/content_reader.h"
 
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <utility>
 #include <vector>
@@ -52,7 +54,7 @@ ContentReader::Options usualOptions() {
   options.complain = [](const std::string& message) {
     std::fprintf(stderr, "standin: metadata: %s\n", message.c_str());
   };
-  options.tags = {exiftoolReader(processors()), {"exiftool"}};
+  options.tags = {exiftoolReader(processors()), {"perl", "exiftool"}};
   options.text = {textReader(processors()), {textReader(1).program, "pdftotext"}};
   return options;
 }
@@ -93,7 +95,9 @@ ContentReader::~ContentReader() = default;
 ContentKey ContentReader::keyOf(Content content, const FileLocation& file, std::string_view format) {
   std::optional<uint64_t>& version = versions_[static_cast<size_t>(content)];
   if (!version) {
-    std::string identity = CONTENT_SOURCES;
+    // perl may be told to take its libraries from elsewhere.
+    const char* const libraries = std::getenv("PERL5LIB");
+    std::string identity = std::string(CONTENT_SOURCES) + (libraries ? libraries : "");
     for (const std::string& program : programs_[static_cast<size_t>(content)])
       identity += '\n' + identityOf(program);
     version = hashOf(identity);
@@ -120,7 +124,8 @@ void ContentReader::complainOf(const std::string& path, const std::string& why) 
 ContentBytes ContentReader::known(Content content, const FileLocation& file, std::string_view format) {
   const ContentKey key = keyOf(content, file, format);
   Last& last = last_[static_cast<size_t>(content)];
-  if (passing_.contains(key) && isSettledNow(key.file)) {
+  const auto passing = passing_.find({key.file.device, key.file.inode});
+  if (passing != passing_.end() && passing->second == key && isSettledNow(key.file)) {
     forget(key);
     return nullptr;
   }
@@ -130,6 +135,7 @@ ContentBytes ContentReader::known(Content content, const FileLocation& file, std
     bytes = std::move(fresh->second);
     freshBytes_ -= bytes->size();
     fresh_.erase(fresh);
+    if (fresh_.empty()) freshOrder_.clear();
   } else if (std::optional<std::string> kept = store_.find(key)) {
     const bool isRefusal = kept->ends_with(kRefusal);
     if (!kept->empty()) kept->pop_back();
@@ -166,20 +172,30 @@ void ContentReader::keepForSeeing(const ContentKey& key, std::string bytes) {
   }
 }
 
-void ContentReader::ask(Content content, const FileLocation& file, std::string_view format,
+bool ContentReader::ask(Content content, const FileLocation& file, std::string_view format,
                         ReaderPool::Turn turn) {
   const ContentKey key = keyOf(content, file, format);
   const auto [asked, isNew] = asked_.try_emplace(key, nextTicket_);
-  if (!isNew) return;
+  if (!isNew) return false;
   const ReaderPool::Ticket ticket = nextTicket_++;
-  Question question{key, PathForReader(file), isSettledNow(key.file)};
+  Question question{key, std::string(file.path), PathForReader(file), isSettledNow(key.file)};
   const std::string path = question.path.get();
   questions_.emplace(ticket, std::move(question));
   if (path.empty()) {
     take(content, ticket, {ReaderAnswer::Unreadable, "can't be opened"});
-    return;
+    return true;
   }
   pool(content).ask(ticket, format.empty() ? path : std::string(format) + ' ' + path, turn);
+  return true;
+}
+
+// Readers open files by their paths, to which something else may have moved meanwhile.
+bool ContentReader::isAsItWas(const Question& question) {
+  const std::string& path = question.path.get();
+  const int flags = question.path.isDescriptor() ? 0 : AT_SYMLINK_NOFOLLOW;
+  struct statx info;
+  return ::statx(AT_FDCWD, path.c_str(), flags, STATX_BASIC_STATS, &info) == 0 &&
+         stateOf(info) == question.key.file;
 }
 
 void ContentReader::take(Content content, ReaderPool::Ticket ticket, ReaderAnswer answer) {
@@ -196,12 +212,15 @@ void ContentReader::take(Content content, ReaderPool::Ticket ticket, ReaderAnswe
   }
   std::string kept = answer.kind == ReaderAnswer::Refused ? answer.bytes + kRefusal : bytes + kAnswer;
   if (answer.kind != ReaderAnswer::Read && !answer.bytes.empty())
-    complainOf(question.path.get(), answer.bytes);
-  store_.put(question.key, std::move(kept), question.settled && answer.kind != ReaderAnswer::Unreadable);
+    complainOf(question.shownPath, answer.bytes);
+  if (isAsItWas(question)) {
+    store_.put(question.key, std::move(kept), question.settled && answer.kind != ReaderAnswer::Unreadable);
+  }
+  const FileState& file = question.key.file;
   if (question.settled) {
-    passing_.erase(question.key);
+    passing_.erase({file.device, file.inode});
   } else {
-    passing_.insert(question.key);
+    passing_[{file.device, file.inode}] = question.key;
   }
   if (asked_.erase(question.key) > 0) keepForSeeing(question.key, std::move(bytes));
 }

@@ -54,9 +54,9 @@ class ContentReader {
   // What is known without reading the file: null when it must be read. `format` is one of kTextFormats where
   // text is wanted, and empty otherwise.
   ContentBytes known(Content content, const FileLocation& file, std::string_view format);
-  // Has the file read, meanwhile; not again where that was asked for already.
-  void ask(Content content, const FileLocation& file, std::string_view format) {
-    ask(content, file, format, ReaderPool::Turn::Last);
+  // Has the file read, meanwhile. False where that was asked for already.
+  bool ask(Content content, const FileLocation& file, std::string_view format) {
+    return ask(content, file, format, ReaderPool::Turn::Last);
   }
   // Takes what has been read; waits for some where there is none yet, no longer than that.
   void wait(std::chrono::milliseconds time);
@@ -74,6 +74,7 @@ class ContentReader {
  private:
   struct Question {
     ContentKey key;
+    std::string shownPath;  // for people
     PathForReader path;
     bool settled;  // the file's times say for sure what is in it
   };
@@ -82,9 +83,10 @@ class ContentReader {
     ContentBytes bytes;
   };
 
-  void ask(Content content, const FileLocation& file, std::string_view format, ReaderPool::Turn turn);
+  bool ask(Content content, const FileLocation& file, std::string_view format, ReaderPool::Turn turn);
   void take(Content content, ReaderPool::Ticket ticket, ReaderAnswer answer);
   ContentKey keyOf(Content content, const FileLocation& file, std::string_view format);
+  static bool isAsItWas(const Question& question);
   void keepForSeeing(const ContentKey& key, std::string bytes);
   void forget(const ContentKey& key);
   ReaderPool& pool(Content content) { return *pools_[static_cast<size_t>(content)]; }
@@ -101,7 +103,8 @@ class ContentReader {
   std::map<ContentKey, ContentBytes> fresh_;  // answers that nobody has seen
   std::deque<ContentKey> freshOrder_;         // of these and of some that were seen, the oldest first
   size_t freshBytes_ = 0;
-  std::set<ContentKey> passing_;  // were read before the file's times said for sure what is in it
+  // By device and inode: what was read before the file's times said for sure what is in it.
+  std::map<std::pair<uint64_t, uint64_t>, ContentKey> passing_;
   std::array<Last, 2> last_;
   ReaderPool::Ticket nextTicket_ = 0;
   size_t filesRead_ = 0;

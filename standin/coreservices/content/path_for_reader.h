@@ -15,6 +15,7 @@ class PathForReader {
   explicit PathForReader(const FileLocation& file);
 
   const std::string& get() const { return path_; }  // empty when the file can't be opened
+  bool isDescriptor() const { return static_cast<bool>(descriptor_); }
 
  private:
   std::string path_;

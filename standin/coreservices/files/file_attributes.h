@@ -36,7 +36,7 @@ class FileRecord : public AttributeSource {
   // alone.
   bool values(const AttributeKey& key, std::vector<Value>& values) override;
 
-  // Asks the readers for what wasn't known. Answers whether there was anything.
+  // Asks the readers for what wasn't known. Answers whether there was anything that wasn't asked for already.
   bool askForMissing();
 
   // The first of the values.

@@ -138,8 +138,7 @@ bool FileContent::askForMissing() {
   bool any = false;
   for (const Content content : {Content::Tags, Content::Text}) {
     std::optional<std::string_view>& format = missing_[static_cast<size_t>(content)];
-    if (format) contentReader().ask(content, file_, *format);
-    any = any || format;
+    if (format && contentReader().ask(content, file_, *format)) any = true;
   }
   return any;
 }
@@ -157,14 +156,16 @@ bool FileContent::tagValues(FileAttribute attribute, std::vector<Value>& values)
 
 bool FileContent::text(std::vector<Value>& values) {
   if (!S_ISREG(file_.info.stx_mode)) return true;
-  const ContentType* named = promisedType();
-  if (!isDocument(named) || !isInStore(Content::Text, formatOf(textOf(*named)))) named = type();
-  if (!named || textOf(*named) == Text::None) return true;
-  if (textOf(*named) == Text::Plain) {
+  const ContentType* const named = promisedType();
+  const bool isKnown = isDocument(named) && isInStore(Content::Text, formatOf(textOf(*named)));
+  const ContentType* const actual = isKnown ? named : type();
+  if (!actual || textOf(*actual) == Text::None) return true;
+  if (textOf(*actual) == Text::Plain) {
     if (const auto text = plainText_.read(file_.folder, file_.pathFromFolder)) values.emplace_back(*text);
     return true;
   }
-  const ContentBytes& text = bytes(Content::Text, formatOf(textOf(*named)));
+  if (file_.info.stx_size == 0) return true;  // no document at all
+  const ContentBytes& text = bytes(Content::Text, formatOf(textOf(*actual)));
   if (text && !text->empty()) values.emplace_back(*text);
   return text != nullptr;
 }

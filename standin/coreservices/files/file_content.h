@@ -33,7 +33,7 @@ class FileContent {
   // The same of its text.
   bool text(std::vector<Value>& values);
 
-  // Asks the readers for what wasn't known. Answers whether there was anything.
+  // Asks the readers for what wasn't known. Answers whether there was anything that wasn't asked for already.
   bool askForMissing();
 
   // Null for devices and the like, which have none.

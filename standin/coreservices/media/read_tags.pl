@@ -62,6 +62,9 @@ sub bytesOf {
 sub tagsOf {
     my ($path) = @_;
     $exiftool->ExtractInfo($path);
+    # An unknown format has no tags; what can't be read may have some.
+    my $error = $exiftool->GetValue('Error');
+    die "$error\n" if defined $error and $error =~ /\b(open|read)ing\b/;
     my %chosen;
     for my $key ($exiftool->GetFoundTags('Input')) {
         (my $name = $key) =~ s/ \(.*//;
@@ -90,5 +93,5 @@ while (my $path = <STDIN>) {
     answer('unreadable', "can't be opened: $!"), next unless $opened;
     close $file;
     my $bytes = eval { tagsOf($path) };
-    defined $bytes ? answer('ok', $bytes) : answer('error', "exiftool can't read it");
+    defined $bytes ? answer('ok', $bytes) : answer('unreadable', "exiftool can't read it");
 }

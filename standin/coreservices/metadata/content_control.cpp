@@ -1,5 +1,6 @@
 #include "standin/coreservices/metadata/content_control.h"
 
+#include <filesystem>
 #include <stdexcept>
 #include <utility>
 
@@ -20,7 +21,11 @@ ContentStoreReport contentStoreIn(const std::string& folder) {
   if (const auto database = metadata::openContentDatabase(folder)) {
     const metadata::ContentDatabase::Totals totals = database->totals();
     report.exists = true;
-    report.bytes = totals.bytes;
+    for (const char* const end : {"", "-wal"}) {
+      std::error_code missing;
+      const auto size = std::filesystem::file_size(report.path + end, missing);
+      if (!missing) report.bytes += size;
+    }
     report.files = totals.files;
     report.reads = totals.reads;
     report.hits = totals.hits;

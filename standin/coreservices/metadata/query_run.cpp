@@ -249,14 +249,18 @@ void QueryRun::stopTimer() {
   CFRelease(std::exchange(timer_, nullptr));
 }
 
-// Looks at changes until there are as many as make a batch. A path that has to be looked at again, because
-// of what became of a folder above it meanwhile, belongs to the next batch: in this one it has been counted.
+// Looks at changes until there are as many as make a batch, or for a moment, as some take a reader. A path
+// that has to be looked at again, because of what became of a folder above it meanwhile, belongs to the next
+// batch: in this one it has been counted.
 ResultChanges QueryRun::lookAtNext() {
   ResultChanges changes;
   std::unordered_set<std::string> looked;
   const size_t enough = std::max<size_t>(state_.batches.update_max_num, 1);
+  constexpr double kMoment = 0.2;  // seconds
+  const double end = clockTime() + kMoment;
   const ResultStore& store = state_.results.store();
-  while (!changes_->empty() && changes.size() < enough && looked.insert(changes_->next()).second) {
+  while (!changes_->empty() && changes.size() < enough && clockTime() < end &&
+         looked.insert(changes_->next()).second) {
     const std::string path = changes_->take(store);
     const ResultStore::File file = store.find(path);
     const bool known = file != ResultStore::kNoFile;

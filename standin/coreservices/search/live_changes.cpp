@@ -1,5 +1,7 @@
 #include "standin/coreservices/search/live_changes.h"
 
+#include <limits.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -84,8 +86,24 @@ bool LiveChanges::isReached(const std::string& path) {
 bool LiveChanges::isResult(const std::string& path) {
   const auto isAround = [&](const std::string& folder) { return path != folder && liesIn(path, folder); };
   if (std::none_of(folders_.begin(), folders_.end(), isAround)) return false;
-  FileByPath file(path);
-  return file.record().exists() && isReached(path) && match(*expression_, file.record()) == Match::Yes;
+  FileByPath file(path, Reading::Later);
+  if (!file.record().exists() || !isReached(path)) return false;
+  const Match known = match(*expression_, file.record());
+  if (known != Match::Unknown) return known == Match::Yes;
+  file.record().askForMissing();
+  askAhead();
+  FileByPath now(path);
+  return match(*expression_, now.record()) == Match::Yes;
+}
+
+// Has the readers work at what comes next, while one file is waited for.
+void LiveChanges::askAhead() {
+  constexpr size_t kAhead = 32;
+  for (size_t i = 0; i < std::min(queue_.size(), kAhead); ++i) {
+    if (queue_[i].size() >= PATH_MAX) continue;
+    FileByPath file(queue_[i], Reading::Later);
+    if (match(*expression_, file.record()) == Match::Unknown) file.record().askForMissing();
+  }
 }
 
 }  // namespace standin::metadata

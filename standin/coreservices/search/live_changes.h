@@ -39,6 +39,7 @@ class LiveChanges {
 
   void add(const std::string& path, Extent extent);
   bool isReached(const std::string& path);
+  void askAhead();
 
   const ExpressionRef expression_;
   const std::vector<std::string> folders_;

@@ -1,5 +1,7 @@
 #include "standin/coreservices/search/search.h"
 
+#include <limits.h>
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -13,6 +15,7 @@ namespace {
 constexpr size_t kMostWaiting = 100000;
 constexpr auto kMoment = std::chrono::milliseconds(20);
 constexpr size_t kStepsBetweenAnswers = 64;
+constexpr int kMostChanges = 4;  // of a file while it is waited for
 
 }  // namespace
 
@@ -62,12 +65,19 @@ Match Search::matchOf(FileRecord& record) {
 
 void Search::look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder, const char* name) {
   ++report_.entries;
-  const Match match = matchOf(record);
+  Match match = matchOf(record);
+  // A file with so long a path is read through its descriptor, of which there are few: it isn't left waiting.
+  if (match == Match::Unknown && record.path().size() >= PATH_MAX) {
+    const std::string path(record.path());
+    FileByPath file(path, Reading::Now);
+    match = matchOf(file.record());
+  }
   if (match == Match::No) return;
   if (match == Match::Yes && waiting_.empty()) return add(folder, name, record);
   const bool isResult = match == Match::Yes;
   if (!isResult) {
-    asked_ = record.askForMissing();
+    record.askForMissing();
+    asked_ = true;
     ++undecided_;
   }
   waiting_.push_back({folder, std::string(record.path()), isResult});
@@ -75,25 +85,25 @@ void Search::look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder,
 
 // The first of those that wait becomes a result, or none, or must wait for more.
 void Search::settleFirst(std::chrono::milliseconds patience) {
-  Waiting& first = waiting_.front();
+  Waiting first = std::move(waiting_.front());
+  waiting_.pop_front();
   // What was known of a result when it was decided may have been forgotten meanwhile; it is sorted by that.
-  FileByPath file(first.path, first.isResult ? Reading::Now : Reading::Later);
+  // And a file that changes all the time is taken as it is now.
+  const bool isNow = first.isResult || first.asked > kMostChanges;
+  FileByPath file(first.path, isNow ? Reading::Now : Reading::Later);
   if (!first.isResult) {
     const Match match = file.record().exists() ? matchOf(file.record()) : Match::No;
     if (match == Match::Unknown) {
-      file.record().askForMissing();
+      if (file.record().askForMissing()) ++first.asked;
+      waiting_.push_front(std::move(first));
       contentReader().wait(patience);
       mayBeKnown_ = false;
       return;
     }
     --undecided_;
-    first.isResult = match == Match::Yes;
+    if (match == Match::No) return;
   }
-  const Waiting settled = std::move(first);
-  waiting_.pop_front();
-  if (settled.isResult) {
-    add(settled.folder, std::string_view(settled.path).substr(settled.path.rfind('/') + 1), file.record());
-  }
+  add(first.folder, std::string_view(first.path).substr(first.path.rfind('/') + 1), file.record());
 }
 
 void Search::add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record) {

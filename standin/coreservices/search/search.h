@@ -71,6 +71,7 @@ class Search {
     std::shared_ptr<OpenFolder> folder;
     std::string path;
     bool isResult;  // decided
+    int asked = 1;  // how often a reader was asked, as the file changed
   };
 
   bool nextFolder();

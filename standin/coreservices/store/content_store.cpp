@@ -58,6 +58,12 @@ void makeDatabaseFile(const std::string& path) {
   if (file >= 0) ::close(file);
 }
 
+// 0 where there is none.
+ino_t inodeOf(const std::string& path) {
+  struct stat info;
+  return ::lstat(path.c_str(), &info) == 0 ? info.st_ino : 0;
+}
+
 // Of the database and what SQLite keeps beside it; those get the rights of the database itself. Answers
 // whether there is a database.
 bool makeFilesPrivate(const std::string& path) {
@@ -75,7 +81,12 @@ std::string contentDatabaseIn(const std::string& folder) {
 std::unique_ptr<ContentDatabase> openContentDatabase(const std::string& folder) {
   const std::string path = contentDatabaseIn(folder);
   if (!makePrivate(folder, S_IFDIR, kFolderRights) || !makeFilesPrivate(path)) return nullptr;
-  return std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
+  try {
+    return std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
+  } catch (const DatabaseError& error) {
+    if (error.kind != DatabaseError::Unusable) throw;
+    return std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadOnly);
+  }
 }
 
 std::optional<std::string> removeContentDatabase(const std::string& folder) {
@@ -107,6 +118,7 @@ bool ContentStore::openDisk() {
   makePrivate(options_.folder, S_IFDIR, kFolderRights);
   makeDatabaseFile(path);
   makeFilesPrivate(path);
+  inode_ = inodeOf(path);
   try {
     disk_ = std::make_unique<ContentDatabase>(path, ContentDatabase::Access::ReadWrite);
     disk_->setHoldsStill(holdsStill_);
@@ -133,7 +145,10 @@ void ContentStore::faultOf(const DatabaseError& error, While what) {
   if (error.kind == DatabaseError::Damaged) {
     disk_.reset();
     state_ = Disk::Unused;
-    if (!std::exchange(madeAnew_, true) && !removeContentDatabase(options_.folder)) {
+    // Another process may have made it anew before.
+    const std::string path = contentDatabaseIn(options_.folder);
+    const bool isGone = inodeOf(path) != inode_ || !removeContentDatabase(options_.folder);
+    if (!std::exchange(madeAnew_, true) && isGone) {
       state_ = Disk::NotOpened;
       consequence = "It is made anew";
     }
@@ -157,8 +172,10 @@ bool ContentStore::tryOnDisk(While what, const Work& work) {
     return true;
   } catch (const DatabaseError& error) {
     faultOf(error, what);
-    return false;
+  } catch (const std::bad_alloc&) {
+    faultOf(unusable("there is not enough memory"), what);
   }
+  return false;
 }
 
 ContentDatabase& ContentStore::memory() {

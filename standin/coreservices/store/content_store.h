@@ -2,6 +2,8 @@
 // of another result: whatever is wrong with the database costs time, and is said once.
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -59,6 +61,7 @@ class ContentStore {
   enum class Disk { NotOpened, Writable, ReadOnly, Unused } state_;
   bool holdsStill_ = false;
   bool madeAnew_ = false;
+  ino_t inode_ = 0;  // of the database that was opened
   bool complained_ = false;
   std::unique_ptr<ContentDatabase> memory_;
   std::map<ContentKey, std::string> unwritten_;

@@ -158,7 +158,10 @@ ContentDatabase::ContentDatabase(const std::string& path, Access access) {
   if (writes) prepare();
   pageSize_ = static_cast<uint64_t>(number("PRAGMA page_size"));
   find_ = std::make_unique<Statement>(
-      *this, (std::string(kEntries) + " WHERE device = ? AND inode = ? AND reader = ?").c_str());
+      *this,
+      "SELECT device, inode, reader, size, modified, changed, version, checksum, used, "
+      "CASE WHEN apart THEN (SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END, NULL FROM entry "
+      "WHERE device = ? AND inode = ? AND reader = ?");
   findApart_ = std::make_unique<Statement>(*this, "SELECT bytes FROM apart WHERE id = ?");
 }
 
@@ -227,15 +230,16 @@ void ContentDatabase::checkTables() {
 uint32_t ContentDatabase::checksum(const ContentKey& key, std::string_view bytes) {
   constexpr uint32_t kPrime = 16777619;
   std::array<uint32_t, 4> sums = {2166136261, 2166136262, 2166136263, 2166136264};
-  const auto add = [&sums](const char* data, size_t size) {
+  const auto addBlock = [&sums](const char* data, size_t size) {
     std::array<uint32_t, 4> words{};
-    for (size_t done = 0; done < size; done += sizeof words) {
-      const size_t left = size - done;
-      if (left < sizeof words) words = {};
-      std::memcpy(words.data(), data + done, left < sizeof words ? left : sizeof words);
-      for (size_t lane = 0; lane < sums.size(); ++lane)
-        sums[lane] = std::rotl((sums[lane] ^ words[lane]) * kPrime, 13);
+    std::memcpy(words.data(), data, size);
+    for (size_t lane = 0; lane < sums.size(); ++lane) {
+      sums[lane] = std::rotl((sums[lane] ^ words[lane]) * kPrime, 13);
     }
+  };
+  const auto add = [&](const char* data, size_t size) {
+    for (; size >= sizeof sums; size -= sizeof sums, data += sizeof sums) addBlock(data, sizeof sums);
+    if (size > 0) addBlock(data, size);
   };
   const uint64_t numbers[] = {key.file.device,   key.file.inode,   key.file.size,
                               key.file.modified, key.file.changed, static_cast<uint64_t>(key.reader),
@@ -282,10 +286,12 @@ std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t 
 // have been sought, nothing is lost by it.
 bool ContentDatabase::isTimeToReadAll() {
   constexpr uint64_t kFewest = 128;
+  constexpr uint64_t kMost = 50000;  // of less than 1 KB each, and mostly of half of that
   constexpr uint64_t kTimesFaster = 8;
   const uint64_t sought = ++sought_;
   if (!all_.empty() || sought < kFewest || (sought & (sought - 1)) != 0) return false;
-  return static_cast<uint64_t>(number("SELECT count(*) FROM entry")) <= sought * kTimesFaster;
+  const auto entries = static_cast<uint64_t>(number("SELECT count(*) FROM entry"));
+  return entries <= kMost && entries <= sought * kTimesFaster;
 }
 
 void ContentDatabase::readAll() {

@@ -1,4 +1,4 @@
-// An SQLite database of what readers said of files: one table, read by file, written in batches.
+// An SQLite database of what readers said of files, read by file and written in batches.
 #pragma once
 
 #include <array>

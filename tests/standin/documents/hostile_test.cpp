@@ -135,7 +135,7 @@ TEST_F(HostileDocuments, ThatKeepTheParserBusyAreGivenUp) {
 TEST_F(HostileDocuments, CannotTakeTheMemory) {
   if (underAddressSanitizer()) GTEST_SKIP() << "the sanitizer needs more address space than any limit";
   EXPECT_EQ(read("rtf", "{\\rtf1" + std::string(30 << 20, '{')),
-            error("takes more than 512 MB of memory to read"));
+            unreadable("takes more than 512 MB of memory to read"));
   EXPECT_EQ(read("html", "next"), ok("next"));
 }
 

@@ -93,7 +93,8 @@ TEST_F(OtherPdftotext, IsKilledWhenThereIsTextEnough) {
 }
 
 TEST_F(OtherPdftotext, MayCrashOrComplain) {
-  EXPECT_EQ(readWith("kill -SEGV $$"), error("makes pdftotext crash"));
+  EXPECT_EQ(readWith("kill -SEGV $$"), unreadable("makes pdftotext crash"));
+  EXPECT_EQ(readWith("exit 99"), unreadable("can't be read by pdftotext"));
   EXPECT_EQ(readWith("yes | head -c 1000000 >&2; echo text"), ok("text"));
   EXPECT_EQ(readWith("echo Copying of text from this document is not allowed >&2; exit 3"),
             error("forbids that its text is copied"));

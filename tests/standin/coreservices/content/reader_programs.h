@@ -13,7 +13,8 @@
 namespace standin::metadata {
 
 // What a file holds says what becomes of reading it: "refuse", "end" (the reader ends), "hang", "slow N"
-// (after so many milliseconds), "nul"; else `answer`, a term of perl, says what is in it.
+// (after so many milliseconds), "grow" (the file, too), "nul"; else `answer`, a term of perl, says what is in
+// it.
 inline ReaderPool::Options readerProgram(const ScratchFolder& scratch, const std::string& name,
                                          const std::string& answer, size_t processes) {
   const std::string path = scratch.file("programs/" + name, R"(#!/usr/bin/perl
@@ -26,6 +27,7 @@ while (my $question = <STDIN>) {
   if ($text =~ /^refuse/) { say_('error', 'makes no sense'); next }
   exit 1 if $text =~ /^end/;
   sleep 1000 if $text =~ /^hang/;
+  if ($text =~ /^grow/) { open my $file, '>>', $path; print $file ' harbour'; close $file }
   select undef, undef, undef, $1 / 1000 if $text =~ /^slow (\d+)/;
   say_('ok', $text =~ /^nul/ ? "\0\1\2" : )" + answer + R"();
 }

@@ -207,6 +207,33 @@ TEST_F(SearchThatReads, ForgetsFilesThatAreGoneWhenTheirTurnComes) {
   });
 }
 
+TEST_F(SearchThatReads, EndsThoughAFileChangesWheneverItIsRead) {
+  file("1.html", "grow harbour");
+  file("2.html", "harbour");
+  inCopy([&] { EXPECT_EQ(find(kHarbour), (Strings{"tree/1.html", "tree/2.html"})); });
+}
+
+// Texts of up to 15 characters lie within the object that has them.
+TEST_F(SearchThatReads, TellsResultsWithShortPaths) {
+  std::string folder = "/tmp/XXXXXX";
+  ASSERT_TRUE(::mkdtemp(folder.data()));
+  Strings paths;
+  for (const char* const name : {"a", "b", "c"}) {
+    paths.push_back(folder + '/' + name);
+    std::ofstream(paths.back()) << "<html>harbour";
+  }
+  inCopy([&] {
+    ResultStore results;
+    Strings told;
+    Search search({std::get<ExpressionRef>(parseQuery(kHarbour)), {folder}, {}, SIZE_MAX, {}}, results,
+                  [&](ResultStore::File, FileRecord& record) { told.emplace_back(record.path()); });
+    while (search.step()) {
+    }
+    EXPECT_EQ(told, paths);
+  });
+  std::filesystem::remove_all(folder);
+}
+
 // A result waits for others before it, and what was known of it is lost meanwhile: it is told with it all the
 // same.
 TEST_F(SearchThatReads, TellsEveryResultWithItsAttributes) {
