@@ -69,13 +69,17 @@ void obeyPermissions() {
   }
 }
 
-[[noreturn]] void become(const Launch& what, const std::string& cache, int output, int errors) {
-  if (output >= 0) {
-    dup2(output, STDOUT_FILENO);
+void replace(int descriptor, int by) {
+  if (by >= 0) {
+    dup2(by, descriptor);
   } else {
-    close(STDOUT_FILENO);
+    close(descriptor);
   }
-  dup2(errors, STDERR_FILENO);
+}
+
+[[noreturn]] void become(const Launch& what, const std::string& cache, int output, int errors) {
+  replace(STDOUT_FILENO, output);
+  replace(STDERR_FILENO, errors);
   if (!what.folder.empty() && chdir(what.folder.c_str()) != 0) _exit(kNotStarted);
   setenv("XDG_CACHE_HOME", cache.c_str(), 1);
   for (const std::string& variable : what.environment) putenv(const_cast<char*>(variable.c_str()));
@@ -121,12 +125,12 @@ Result run(const Launch& what) {
 
 Running::Running(const Launch& what) {
   const Channel output = channelOf(what.output);
-  const Channel errors = makePipe();
+  const Channel errors = channelOf(what.errors);
   child_ = fork();
   if (child_ < 0) throw std::runtime_error("no process");
   if (child_ == 0) become(what, cache_.path(), output.writer, errors.writer);
   if (output.writer >= 0) close(output.writer);
-  close(errors.writer);
+  if (errors.writer >= 0) close(errors.writer);
   descriptors_[0] = output.reader;
   descriptors_[1] = errors.reader;
 }

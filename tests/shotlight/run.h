@@ -31,6 +31,7 @@ struct Launch {
   std::vector<std::string> arguments;  // after the program's name
   std::string folder = {};             // to run in; empty: the test's own
   Output output = Output::pipe;
+  Output errors = Output::pipe;
   bool unprivileged = false;  // a root that must obey the permissions of files
   std::string program = files.program;
   // "NAME=value", beside the test's own; XDG_CACHE_HOME is an empty folder of this run unless it is here.
