@@ -153,7 +153,7 @@ void compareQuery(const char* what, const char* query, const std::string& folder
   const Command exiftool = shell("find \"$1\" -type f -print0 | xargs -0 -P " + std::to_string(processors) +
                                      " -n \"$2\" exiftool -q -j -fast",
                                  folder, share);
-  const Command find = shell("find \"$1\" -printf '%s %T@ %p\\n'", folder);
+  const Command find = {"find", folder, "-printf", "%s %T@ %p\\n"};
   const Measured first = compare((std::string(what) + ", first").c_str(), ours, exiftool, "exiftool",
                                  kFirstRounds, {SHOTLIGHT, "store", "--clear"});
   const Measured later =

@@ -190,7 +190,7 @@ void ContentDatabase::prepare() {
     try {
       // What a crash of the system leaves damaged is found by the checksums, and read anew: nothing waits for
       // the disk.
-      run("PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL;");
+      run("PRAGMA page_size=16384; PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL;");
       return prepareTables();
     } catch (const DatabaseError& error) {
       if (error.kind != DatabaseError::Busy || Clock::now() >= end) throw;
