@@ -7,13 +7,18 @@
 namespace bench {
 
 std::optional<uint64_t> instructionsOf(const std::vector<std::string>& command) {
-  std::vector<std::string> counted = {"valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"};
+  std::vector<std::string> counted = {"valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null",
+                                      "--trace-children=yes"};
   counted.insert(counted.end(), command.begin(), command.end());
   const Usage usage = run(counted);
-  const std::string label = "Collected : ";
-  const size_t at = usage.errors.rfind(label);
-  if (usage.status != 0 || at == std::string::npos) return {};
-  return std::strtoull(usage.errors.c_str() + at + label.size(), nullptr, 10);
+  if (usage.status != 0) return {};
+  const std::string label = "Collected : ";  // by each process, when it ends
+  uint64_t sum = 0;
+  for (size_t at = usage.errors.find(label); at != std::string::npos; at = usage.errors.find(label, at)) {
+    at += label.size();
+    sum += std::strtoull(usage.errors.c_str() + at, nullptr, 10);
+  }
+  return sum > 0 ? std::optional(sum) : std::nullopt;
 }
 
 std::optional<double> instructionsEach(const std::vector<std::string>& less,

@@ -8,7 +8,8 @@
 
 namespace bench {
 
-// How many instructions the command takes in user mode, counted by valgrind; what it prints is thrown away.
+// How many instructions the command takes in user mode, with those of the programs that it runs, counted by
+// valgrind; what it prints is thrown away.
 // Nothing where there is no valgrind, or where the command fails under it.
 std::optional<uint64_t> instructionsOf(const std::vector<std::string>& command);
 
