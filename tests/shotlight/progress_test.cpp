@@ -81,11 +81,11 @@ TEST_F(ProgressLine, TellsOnATerminalWhatIsStillToBeRead) {
   for (size_t i = 0; i < shown.size(); ++i) {
     EXPECT_EQ(shown[i].looked + shown[i].remaining, kPhotos) << result;
     EXPECT_LE(shown[i].perSecond, shown[i].looked) << "a second has passed when it is first shown";
-    EXPECT_GT(shown[i].perSecond, 0);
     if (i > 0) {
       EXPECT_LE(shown[i].remaining, shown[i - 1].remaining);
     }
   }
+  EXPECT_GT(shown.back().perSecond, 0) << result;  // the first may come before the reader has answered
   EXPECT_LT(shown.back().remaining, shown.front().remaining) << result;
   // It is taken away before anything else is said.
   EXPECT_TRUE(matches(result.errors, "(\r[^\r\n]*\x1B\\[K)*\r\x1B\\[K0 results in [0-9.]+ s\n"));
