@@ -23,7 +23,7 @@ if(NOT ICU_UC_LIBRARY OR NOT ICU_I18N_LIBRARY)
   message(FATAL_ERROR "ICU for i386 is missing: install libicu72:i386 (./test does)")
 endif()
 
-# For the same reason.
+# SQLite the same way: headers from the machine's own package, the library by its file name.
 find_path(SQLITE_INCLUDE_DIR sqlite3.h REQUIRED)
 find_file(SQLITE_LIBRARY libsqlite3.so.0 PATHS /usr/lib/i386-linux-gnu NO_DEFAULT_PATH REQUIRED)
 

@@ -23,10 +23,11 @@ class Progress {
 
  private:
   using Clock = std::chrono::steady_clock;
-  const bool terminal_;
+
   bool isDue() const { return terminal_ && Clock::now() >= next_; }
   void print(const std::string& line);
 
+  const bool terminal_;
   const Clock::time_point start_ = Clock::now();
   Clock::time_point next_;
   bool shown_ = false;

@@ -1,5 +1,4 @@
 // What is kept of the contents of files.
-#include <cinttypes>
 #include <cstdio>
 #include <stdexcept>
 

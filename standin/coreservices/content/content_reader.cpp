@@ -55,7 +55,8 @@ ContentReader::Options usualOptions() {
     std::fprintf(stderr, "standin: metadata: %s\n", message.c_str());
   };
   options.tags = {exiftoolReader(processors()), {"perl", "exiftool"}};
-  options.text = {textReader(processors()), {textReader(1).program, "pdftotext"}};
+  options.text.pool = textReader(processors());
+  options.text.programs = {options.text.pool.program, "pdftotext"};
   return options;
 }
 

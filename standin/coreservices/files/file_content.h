@@ -36,10 +36,8 @@ class FileContent {
   // Asks the readers for what wasn't known. Answers whether there was anything that wasn't asked for already.
   bool askForMissing();
 
-  // Null for devices and the like, which have none.
-  const ContentType* type();
-
  private:
+  const ContentType* type();  // null for devices and the like, which have none
   const std::string& extendedAttribute(std::optional<std::string>& kept, const char* name);
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <set>
+#include <string>
 #include <string_view>
 
 #include "standin/coreservices/media/media_table.h"
@@ -28,14 +29,14 @@ std::string realProgram(const std::string& name) {
 
 }  // namespace
 
-ReaderPool::Options exiftoolReader(size_t processes, const std::string& perl, const std::string& exiftool) {
+ReaderPool::Options exiftoolReader(size_t processes) {
   ReaderPool::Options options;
   options.name = "exiftool";
-  options.program = perl;
+  options.program = "perl";
   options.package = "libimage-exiftool-perl";
   options.processes = processes;
   options.mostMemory = kMostMemory;
-  options.arguments = {"-e", kReadTags, "--", realProgram(exiftool)};
+  options.arguments = {"-e", kReadTags, "--", realProgram("exiftool")};
   std::set<std::string_view> wanted;
   for (const MediaRow& row : mediaTable()) {
     for (const std::string_view tag : row.tags) {

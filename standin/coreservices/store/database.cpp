@@ -32,6 +32,10 @@ constexpr const char* kTables[] = {
 
 constexpr char kEntries[] =
     "SELECT device, inode, reader, size, modified, changed, version, checksum, used, bytes, apart FROM entry";
+// With all their bytes: none are apart.
+constexpr char kWholeEntries[] =
+    "SELECT device, inode, reader, size, modified, changed, version, checksum, used, CASE WHEN apart THEN "
+    "(SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END, NULL FROM entry";
 
 DatabaseError::Kind kindOf(int code) {
   switch (code & 0xFF) {
@@ -158,10 +162,7 @@ ContentDatabase::ContentDatabase(const std::string& path, Access access) {
   if (writes) prepare();
   pageSize_ = static_cast<uint64_t>(number("PRAGMA page_size"));
   find_ = std::make_unique<Statement>(
-      *this,
-      "SELECT device, inode, reader, size, modified, changed, version, checksum, used, "
-      "CASE WHEN apart THEN (SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END, NULL FROM entry "
-      "WHERE device = ? AND inode = ? AND reader = ?");
+      *this, (std::string(kWholeEntries) + " WHERE device = ? AND inode = ? AND reader = ?").c_str());
   findApart_ = std::make_unique<Statement>(*this, "SELECT bytes FROM apart WHERE id = ?");
 }
 
@@ -399,15 +400,12 @@ std::vector<std::string> ContentDatabase::check() {
     if (const std::string_view said = structure.bytes(0); said != "ok") faults.emplace_back(said);
   }
   if (!faults.empty()) return faults;
-  Statement all(
-      *this,
-      "SELECT device, inode, reader, size, modified, changed, version, checksum, CASE WHEN apart THEN "
-      "(SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END FROM entry");
+  Statement all(*this, kWholeEntries);
   uint64_t bad = 0;
   while (all.step()) {
     const auto at = [&](int column) { return static_cast<uint64_t>(all.number(column)); };
     const ContentKey key{{at(0), at(1), at(3), at(4), at(5)}, static_cast<int>(at(2)), at(6)};
-    if (all.number(7) != checksum(key, all.bytes(8))) ++bad;
+    if (all.number(7) != checksum(key, all.bytes(9))) ++bad;
   }
   if (bad > 0)
     faults.push_back(std::to_string(bad) + (bad == 1 ? " entry isn't" : " entries aren't") + " as written");

@@ -15,7 +15,6 @@
 #include "standin/coreservices/store/file_state.h"
 
 struct sqlite3;
-struct sqlite3_stmt;
 
 namespace standin::metadata {
 
@@ -55,7 +54,7 @@ class ContentDatabase {
   ContentDatabase(const ContentDatabase&) = delete;
   ContentDatabase& operator=(const ContentDatabase&) = delete;
 
-  // Today is what the entry was used last on.
+  // `today` counts days; it becomes the day of the entry's last use with the next write().
   std::optional<std::string> find(const ContentKey& key, int64_t today);
 
   // Until it is called with false, or something is written, find() sees the database as it was at the first

@@ -25,8 +25,9 @@ struct FileState {
 
 FileState stateOf(const struct statx& info);
 
-// Whether nobody can write to the file any more without changing its state. What is written twice within a
-// tick of the clock that files are dated by may look as if it had been written once.
+// Whether nobody can write to the file any more without changing its state, but through a mapping of it. What
+// is written twice within a tick of the clock that files are dated by may look as if it had been written
+// once.
 bool isSettled(const FileState& file, int64_t now);  // in nanoseconds since 1970
 
 }  // namespace standin::metadata

@@ -55,6 +55,13 @@ class Contents : public testing::Test {
   bool isKnown(const Known& file, const char* format = "html") {
     return reader->known(Content::Text, locationOf(file), format) != nullptr;
   }
+  // Some times, a file of which nothing can be read and another one with text in it.
+  void readInTurn(const Known& file, const Known& other) {
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(read(file), "");
+      EXPECT_EQ(read(other), "html text");
+    }
+  }
   void ask(const Known& file) { reader->ask(Content::Text, locationOf(file), "html"); }
 
   ScratchFolder scratch;
@@ -109,10 +116,7 @@ TEST_F(Contents, ThatAreRefusedAreNamedOnceInAProcessAndNotReadAgain) {
   for (int round = 0; round < 2; ++round) {
     complaints.clear();
     open();
-    for (int i = 0; i < 3; ++i) {
-      EXPECT_EQ(read(file), "");
-      EXPECT_EQ(read(other), "html text");
-    }
+    readInTurn(file, other);
     EXPECT_EQ(complaints, Strings{file.path + ": makes no sense; what is in it is not searched"});
     EXPECT_EQ(reader->filesRead(), round == 0 ? 2u : 0u);
   }
@@ -133,10 +137,7 @@ TEST_F(Contents, ThatEndedTheReaderAreReadAgainByTheNextProcessOnly) {
   for (int round = 0; round < 2; ++round) {
     complaints.clear();
     open();
-    for (int i = 0; i < 3; ++i) {
-      EXPECT_EQ(read(file), "");
-      EXPECT_EQ(read(other), "html text");
-    }
+    readInTurn(file, other);
     EXPECT_EQ(complaints.size(), 1u);
     EXPECT_EQ(reader->filesRead(), round == 0 ? 2u : 1u);
   }
