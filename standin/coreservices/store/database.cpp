@@ -13,29 +13,20 @@
 namespace standin::metadata {
 namespace {
 
-// Of the tables and the checksums below. A database of another one is emptied.
-constexpr int64_t kFormat = 2;
+// Of the tables and what is in them. A database of another one is emptied.
+constexpr int64_t kFormat = 3;
 constexpr int kPatience = 1000;  // milliseconds to wait for another process that writes
 constexpr int kMoment = 5;       // milliseconds between two attempts to open
 
 // Few bytes, as the tags of a photo are, stand in the entry itself, where one search finds them; many, as a
-// text has, stand apart, so that entries stay close together.
+// text has, stand apart under the same id, so that entries stay close together.
 constexpr size_t kMostBytesInEntry = 1000;
 
-// As SQLite keeps their texts.
-constexpr const char* kTables[] = {
-    "CREATE TABLE entry(device INTEGER, inode INTEGER, reader INTEGER, size INTEGER, modified INTEGER, "
-    "changed INTEGER, version INTEGER, checksum INTEGER, used INTEGER, bytes BLOB, apart INTEGER, "
-    "PRIMARY KEY(device, inode, reader)) WITHOUT ROWID",
-    "CREATE TABLE apart(id INTEGER PRIMARY KEY, bytes BLOB)",
-    "CREATE TABLE total(reads INTEGER, hits INTEGER)"};
-
-constexpr char kEntries[] =
-    "SELECT device, inode, reader, size, modified, changed, version, checksum, used, bytes, apart FROM entry";
-// With all their bytes: none are apart.
-constexpr char kWholeEntries[] =
-    "SELECT device, inode, reader, size, modified, changed, version, checksum, used, CASE WHEN apart THEN "
-    "(SELECT bytes FROM apart WHERE id = entry.apart) ELSE bytes END, NULL FROM entry";
+// As SQLite keeps their texts. The content of an entry is a Head, and the bytes unless they are apart: each
+// further column would cost every lookup.
+constexpr const char* kTables[] = {"CREATE TABLE entry(id INTEGER PRIMARY KEY, used INTEGER, content BLOB)",
+                                   "CREATE TABLE apart(id INTEGER PRIMARY KEY, bytes BLOB)",
+                                   "CREATE TABLE total(reads INTEGER, hits INTEGER)"};
 
 DatabaseError::Kind kindOf(int code) {
   switch (code & 0xFF) {
@@ -59,6 +50,20 @@ sqlite3_int64 integer(uint64_t number) {
   return static_cast<sqlite3_int64>(number);
 }
 
+// Files that were made one after the other, as those of a folder often were, stay close together. Where two
+// devices share an id the later entry takes the place of the other one; which file it is of stands in it.
+int64_t idOf(const ContentKey& key) {
+  constexpr int kDeviceBits = 16;
+  constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
+  const uint64_t device = (key.file.device * kOdd) >> (64 - kDeviceBits) << (64 - kDeviceBits);
+  return integer((key.file.inode << 1 | static_cast<uint64_t>(key.reader & 1)) ^ device);
+}
+constexpr char kFiles[] = "SELECT count(DISTINCT id >> 1) FROM entry";
+
+[[noreturn]] void failOfEntry() {
+  throw DatabaseError(DatabaseError::Damaged, "an entry isn't what was written");
+}
+
 // Without a lock file there is no reading beside a writer: what is read-only is taken as nobody's to write.
 std::string readOnlyUri(const std::string& path) {
   constexpr char kDigits[] = "0123456789ABCDEF";
@@ -73,7 +78,63 @@ std::string readOnlyUri(const std::string& path) {
   return uri + "?immutable=1";
 }
 
+// Finds what became of bytes on a disk, not what somebody made of them. It is FNV-1a, of words rather than of
+// bytes, in four lanes that a processor works on at once: texts are long. Multiplying carries what a bit
+// changes to higher bits only; turning brings it back to the low ones.
+uint32_t checksum(const ContentKey& key, std::string_view bytes) {
+  constexpr uint32_t kPrime = 16777619;
+  std::array<uint32_t, 4> sums = {2166136261, 2166136262, 2166136263, 2166136264};
+  const auto addBlock = [&sums](const char* data, size_t size) {
+    std::array<uint32_t, 4> words{};
+    std::memcpy(words.data(), data, size);
+    for (size_t lane = 0; lane < sums.size(); ++lane) {
+      sums[lane] = std::rotl((sums[lane] ^ words[lane]) * kPrime, 13);
+    }
+  };
+  const auto add = [&](const char* data, size_t size) {
+    for (; size >= sizeof sums; size -= sizeof sums, data += sizeof sums) addBlock(data, sizeof sums);
+    if (size > 0) addBlock(data, size);
+  };
+  const uint64_t numbers[] = {key.file.device,   key.file.inode,   key.file.size,
+                              key.file.modified, key.file.changed, static_cast<uint64_t>(key.reader),
+                              key.version,       bytes.size()};
+  add(reinterpret_cast<const char*>(numbers), sizeof numbers);
+  add(bytes.data(), bytes.size());
+  uint32_t sum = 0;
+  for (const uint32_t each : sums) sum = (sum ^ each) * kPrime;
+  return sum;
+}
+
 }  // namespace
+
+// As it is in memory: the database stays on its machine.
+struct ContentDatabase::Head {
+  uint64_t device, inode, size, modified, changed, version;
+  uint32_t reader, isApart, sum;
+
+  static Head of(const ContentKey& key, std::string_view bytes) {
+    const FileState& file = key.file;
+    return {file.device,
+            file.inode,
+            file.size,
+            file.modified,
+            file.changed,
+            key.version,
+            static_cast<uint32_t>(key.reader),
+            bytes.size() > kMostBytesInEntry,
+            checksum(key, bytes)};
+  }
+  static Head read(std::string_view content) {
+    Head head;
+    if (content.size() < sizeof head) failOfEntry();
+    std::memcpy(&head, content.data(), sizeof head);
+    return head;
+  }
+  std::string_view written() const { return {reinterpret_cast<const char*>(this), sizeof *this}; }
+  ContentKey key() const {
+    return {{device, inode, size, modified, changed}, static_cast<int>(reader), version};
+  }
+};
 
 // Ready for the next use when this dies or is reset.
 class ContentDatabase::Statement {
@@ -161,8 +222,7 @@ ContentDatabase::ContentDatabase(const std::string& path, Access access) {
   sqlite3_busy_timeout(connection, kPatience);
   if (writes) prepare();
   pageSize_ = static_cast<uint64_t>(number("PRAGMA page_size"));
-  find_ = std::make_unique<Statement>(
-      *this, (std::string(kWholeEntries) + " WHERE device = ? AND inode = ? AND reader = ?").c_str());
+  find_ = std::make_unique<Statement>(*this, "SELECT id, used, content FROM entry WHERE id = ?");
   findApart_ = std::make_unique<Statement>(*this, "SELECT bytes FROM apart WHERE id = ?");
 }
 
@@ -225,60 +285,28 @@ void ContentDatabase::checkTables() {
   if (found != std::size(kTables)) throw DatabaseError(DatabaseError::Damaged, "its tables are others");
 }
 
-// Finds what became of bytes on a disk, not what somebody made of them. It is FNV-1a, of words rather than of
-// bytes, in four lanes that a processor works on at once: texts are long. Multiplying carries what a bit
-// changes to higher bits only; turning brings it back to the low ones.
-uint32_t ContentDatabase::checksum(const ContentKey& key, std::string_view bytes) {
-  constexpr uint32_t kPrime = 16777619;
-  std::array<uint32_t, 4> sums = {2166136261, 2166136262, 2166136263, 2166136264};
-  const auto addBlock = [&sums](const char* data, size_t size) {
-    std::array<uint32_t, 4> words{};
-    std::memcpy(words.data(), data, size);
-    for (size_t lane = 0; lane < sums.size(); ++lane) {
-      sums[lane] = std::rotl((sums[lane] ^ words[lane]) * kPrime, 13);
-    }
-  };
-  const auto add = [&](const char* data, size_t size) {
-    for (; size >= sizeof sums; size -= sizeof sums, data += sizeof sums) addBlock(data, sizeof sums);
-    if (size > 0) addBlock(data, size);
-  };
-  const uint64_t numbers[] = {key.file.device,   key.file.inode,   key.file.size,
-                              key.file.modified, key.file.changed, static_cast<uint64_t>(key.reader),
-                              key.version,       bytes.size()};
-  add(reinterpret_cast<const char*>(numbers), sizeof numbers);
-  add(bytes.data(), bytes.size());
-  uint32_t sum = 0;
-  for (const uint32_t each : sums) sum = (sum ^ each) * kPrime;
-  return sum;
-}
-
 std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t today) {
   if (holdsStill_ && !isReading_) {
     run("BEGIN");
     isReading_ = true;
   }
-  const EntryId id = {integer(key.file.device), integer(key.file.inode), key.reader};
+  const int64_t id = idOf(key);
   if (holdsStill_ && isTimeToReadAll()) readAll();
   const Entry* entry = nullptr;
   Entry sought;
   if (!all_.empty()) {
-    const auto found =
-        std::lower_bound(all_.begin(), all_.end(), id,
-                         [](const Entry& each, const EntryId& wanted) { return each.id < wanted; });
+    const auto found = std::ranges::lower_bound(all_, id, {}, &Entry::id);
     if (found != all_.end() && found->id == id) entry = &*found;
   } else {
-    find_->bind(id[0], id[1], id[2]);
+    find_->bind(id);
     if (find_->step()) entry = &(sought = entryAt(*find_));
     find_->reset();
   }
-  if (!entry || entry->size != integer(key.file.size) || entry->modified != integer(key.file.modified) ||
-      entry->changed != integer(key.file.changed) || entry->version != integer(key.version)) {
-    return {};
-  }
-  std::string bytes = entry->apart != 0 ? bytesApart(entry->apart) : entry->bytes;
-  if (entry->checksum != checksum(key, bytes)) {
-    throw DatabaseError(DatabaseError::Damaged, "an entry isn't what was written");
-  }
+  if (!entry) return {};
+  const Head head = Head::read(entry->content);
+  if (head.key() != key) return {};
+  std::string bytes = bytesOf(*entry);
+  if (head.sum != checksum(key, bytes)) failOfEntry();
   if (entry->used != today) used_.insert(id);
   return bytes;
 }
@@ -296,21 +324,27 @@ bool ContentDatabase::isTimeToReadAll() {
 }
 
 void ContentDatabase::readAll() {
-  Statement all(*this, (std::string(kEntries) + " ORDER BY device, inode, reader").c_str());
+  Statement all(*this, "SELECT id, used, content FROM entry ORDER BY id");
   while (all.step()) all_.push_back(entryAt(all));
 }
 
 ContentDatabase::Entry ContentDatabase::entryAt(const Statement& row) {
-  const auto at = [&](int column) { return row.number(column); };
-  return {{at(0), at(1), at(2)}, at(3), at(4), at(5), at(6), at(7), at(8), std::string(row.bytes(9)), at(10)};
+  return {row.number(0), row.number(1), std::string(row.bytes(2))};
 }
 
-std::string ContentDatabase::bytesApart(int64_t id) {
-  findApart_->bind(id);
+std::string ContentDatabase::bytesOf(const Entry& entry) {
+  if (!Head::read(entry.content).isApart) return entry.content.substr(sizeof(Head));
+  findApart_->bind(entry.id);
   std::string bytes;
   if (findApart_->step()) bytes = findApart_->bytes(0);
   findApart_->reset();
   return bytes;
+}
+
+bool ContentDatabase::isWhole(const Entry& entry) {
+  if (entry.content.size() < sizeof(Head)) return false;
+  const Head head = Head::read(entry.content);
+  return idOf(head.key()) == entry.id && head.sum == checksum(head.key(), bytesOf(entry));
 }
 
 void ContentDatabase::endReading() {
@@ -330,26 +364,23 @@ void ContentDatabase::write(const std::vector<ContentRow>& rows, uint64_t reads,
   Transaction transaction(*this);
   if (!hasOurFormat())
     throw DatabaseError(DatabaseError::Unusable, "another version of this program has taken it over");
-  Statement forget(*this,
-                   "DELETE FROM apart WHERE id = (SELECT apart FROM entry WHERE device = ? AND inode = ? "
-                   "AND reader = ?)");
-  Statement keepApart(*this, "INSERT INTO apart(bytes) VALUES(?)");
-  Statement enter(*this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, NULL)");
-  Statement enterApart(
-      *this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, NULL, last_insert_rowid())");
-  Statement use(*this, "UPDATE entry SET used = ? WHERE device = ? AND inode = ? AND reader = ?");
+  Statement enter(*this, "INSERT OR REPLACE INTO entry VALUES(?, ?, ?)");
+  Statement keepApart(*this, "INSERT OR REPLACE INTO apart VALUES(?, ?)");
+  Statement forgetApart(*this, "DELETE FROM apart WHERE id = ?");
+  Statement use(*this, "UPDATE entry SET used = ? WHERE id = ?");
   for (const auto& [key, bytes] : rows) {
-    const FileState& file = key.file;
-    forget.bind(file.device, file.inode, key.reader).run();
-    const bool isApart = bytes.size() > kMostBytesInEntry;
-    if (isApart) keepApart.bind().bindBytes(bytes).run();
-    Statement& into = isApart ? enterApart : enter;
-    into.bind(file.device, file.inode, key.reader, file.size, file.modified, file.changed, key.version,
-              checksum(key, bytes), today);
-    if (!isApart) into.bindBytes(bytes);
-    into.run();
+    const int64_t id = idOf(key);
+    const Head head = Head::of(key, bytes);
+    std::string content(head.written());
+    if (head.isApart) {
+      keepApart.bind(id).bindBytes(bytes).run();
+    } else {
+      forgetApart.bind(id).run();
+      content += bytes;
+    }
+    enter.bind(id, today).bindBytes(content).run();
   }
-  for (const auto& [device, inode, reader] : used_) use.bind(today, device, inode, reader).run();
+  for (const int64_t id : used_) use.bind(today, id).run();
   Statement(*this, "UPDATE total SET reads = reads + ?, hits = hits + ?").bind(reads, hits).run();
   makeRoom(limit);
   transaction.commit();
@@ -366,26 +397,24 @@ void ContentDatabase::makeRoom(uint64_t limit) {
   const uint64_t entries = static_cast<uint64_t>(number("SELECT count(*) FROM entry"));
   // Entries are of very different sizes; a share of them is taken until enough is gone.
   const uint64_t share = entries / 16 + 1;
-  Statement oldest(*this, "SELECT device, inode, reader, apart FROM entry ORDER BY used LIMIT ?");
-  Statement forget(*this, "DELETE FROM apart WHERE id = ?");
-  Statement leave(*this, "DELETE FROM entry WHERE device = ? AND inode = ? AND reader = ?");
+  Statement oldest(*this, "SELECT id FROM entry ORDER BY used LIMIT ?");
+  Statement forgetApart(*this, "DELETE FROM apart WHERE id = ?");
+  Statement leave(*this, "DELETE FROM entry WHERE id = ?");
   while (bytesUsed() > limit / 10 * 9) {
-    std::vector<std::array<int64_t, 4>> old;
+    std::vector<int64_t> old;
     oldest.bind(share);
-    while (oldest.step())
-      old.push_back({oldest.number(0), oldest.number(1), oldest.number(2), oldest.number(3)});
+    while (oldest.step()) old.push_back(oldest.number(0));
     if (old.empty()) return;
-    for (const auto& [device, inode, reader, apart] : old) {
-      if (apart != 0) forget.bind(apart).run();
-      leave.bind(device, inode, reader).run();
+    for (const int64_t id : old) {
+      forgetApart.bind(id).run();
+      leave.bind(id).run();
     }
   }
 }
 
 ContentDatabase::Totals ContentDatabase::totals() {
   Totals totals;
-  totals.files =
-      static_cast<uint64_t>(number("SELECT count(*) FROM (SELECT DISTINCT device, inode FROM entry)"));
+  totals.files = static_cast<uint64_t>(number(kFiles));
   totals.entries = static_cast<uint64_t>(number("SELECT count(*) FROM entry"));
   totals.bytes = bytesUsed();
   totals.reads = static_cast<uint64_t>(number("SELECT reads FROM total"));
@@ -400,12 +429,10 @@ std::vector<std::string> ContentDatabase::check() {
     if (const std::string_view said = structure.bytes(0); said != "ok") faults.emplace_back(said);
   }
   if (!faults.empty()) return faults;
-  Statement all(*this, kWholeEntries);
+  Statement all(*this, "SELECT id, used, content FROM entry");
   uint64_t bad = 0;
   while (all.step()) {
-    const auto at = [&](int column) { return static_cast<uint64_t>(all.number(column)); };
-    const ContentKey key{{at(0), at(1), at(3), at(4), at(5)}, static_cast<int>(at(2)), at(6)};
-    if (all.number(7) != checksum(key, all.bytes(9))) ++bad;
+    if (!isWhole(entryAt(all))) ++bad;
   }
   if (bad > 0)
     faults.push_back(std::to_string(bad) + (bad == 1 ? " entry isn't" : " entries aren't") + " as written");

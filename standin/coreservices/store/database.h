@@ -1,7 +1,6 @@
 // An SQLite database of what readers said of files, read by file and written in batches.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -20,7 +19,7 @@ namespace standin::metadata {
 
 struct ContentKey {
   FileState file;
-  int reader = 0;        // which of the readers of a file's content
+  int reader = 0;        // which of the two readers of a file's content
   uint64_t version = 0;  // of that reader
   auto operator<=>(const ContentKey&) const = default;
 };
@@ -78,13 +77,12 @@ class ContentDatabase {
 
  private:
   class Statement;
-  using EntryId = std::array<int64_t, 3>;  // device, inode, reader
+  struct Head;
+  // What a row has beside its bytes, and those where they aren't apart.
   struct Entry {
-    EntryId id{};
-    int64_t size = 0, modified = 0, changed = 0, version = 0;
-    int64_t checksum = 0, used = 0;
-    std::string bytes;
-    int64_t apart = 0;  // where its bytes are, if they aren't here
+    int64_t id = 0;  // of the file and the reader
+    int64_t used = 0;
+    std::string content;
   };
   class Transaction;
 
@@ -92,9 +90,10 @@ class ContentDatabase {
   void run(const char* sql);
   bool isTimeToReadAll();
   void readAll();
-  static Entry entryAt(const Statement& row);
   void endReading();
-  std::string bytesApart(int64_t id);
+  static Entry entryAt(const Statement& row);
+  std::string bytesOf(const Entry& entry);
+  bool isWhole(const Entry& entry);
   int64_t number(const char* sql);
   void prepare();
   bool hasOurFormat();
@@ -102,7 +101,6 @@ class ContentDatabase {
   void checkTables();
   uint64_t bytesUsed();
   void makeRoom(uint64_t limit);
-  static uint32_t checksum(const ContentKey& key, std::string_view bytes);
 
   struct Close {
     void operator()(sqlite3* connection) const;
@@ -112,7 +110,7 @@ class ContentDatabase {
   std::vector<Entry> all_;  // in their order, where they were read
   uint64_t sought_ = 0;     // since the reading began
   uint64_t pageSize_ = 0;
-  std::set<EntryId> used_;  // today
+  std::set<int64_t> used_;  // today
   bool holdsStill_ = false;
   bool isReading_ = false;  // in a transaction
 };
