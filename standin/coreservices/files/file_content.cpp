@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 
 #include "standin/coreservices/content/text_reader.h"
 #include "standin/coreservices/disk/descriptor.h"
@@ -18,9 +19,10 @@ namespace {
 // The largest that Linux keeps.
 constexpr size_t kLongestExtendedAttribute = 65536;
 
-// A path of any length, by the folder that is open.
+// The system takes no folder for extended attributes. By its own path a file is found in half the time that
+// it takes by the folder that is open, which is for paths that are too long.
 std::string reachablePath(const FileLocation& file) {
-  if (file.folder == AT_FDCWD) return file.pathFromFolder;
+  if (file.path.size() < PATH_MAX) return std::string(file.path);
   return "/proc/self/fd/" + std::to_string(file.folder) + '/' + file.pathFromFolder;
 }
 

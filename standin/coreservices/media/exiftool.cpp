@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "standin/coreservices/media/media_table.h"
 #include "standin/coreservices/readers/child_process.h"
@@ -27,6 +28,19 @@ std::string realProgram(const std::string& name) {
   return error ? *found : path.string();
 }
 
+std::vector<std::string> arguments() {
+  std::set<std::string_view> wanted;
+  for (const MediaRow& row : mediaTable()) {
+    for (const std::string_view tag : row.tags) {
+      if (!tag.empty()) wanted.insert(tag);
+    }
+  }
+  wanted.insert(std::begin(kFurtherTags), std::end(kFurtherTags));
+  std::vector<std::string> all = {"-e", kReadTags, "--", realProgram("exiftool")};
+  all.insert(all.end(), wanted.begin(), wanted.end());
+  return all;
+}
+
 }  // namespace
 
 ReaderPool::Options exiftoolReader(size_t processes) {
@@ -36,15 +50,7 @@ ReaderPool::Options exiftoolReader(size_t processes) {
   options.package = "libimage-exiftool-perl";
   options.processes = processes;
   options.mostMemory = kMostMemory;
-  options.arguments = {"-e", kReadTags, "--", realProgram("exiftool")};
-  std::set<std::string_view> wanted;
-  for (const MediaRow& row : mediaTable()) {
-    for (const std::string_view tag : row.tags) {
-      if (!tag.empty()) wanted.insert(tag);
-    }
-  }
-  wanted.insert(std::begin(kFurtherTags), std::end(kFurtherTags));
-  options.arguments.insert(options.arguments.end(), wanted.begin(), wanted.end());
+  options.arguments = arguments;
   return options;
 }
 

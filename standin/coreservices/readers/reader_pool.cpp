@@ -48,7 +48,8 @@ bool ReaderPool::start() {
     giveUp("isn't there: install Debian's " + options_.package + ", or set PATH");
     return false;
   }
-  std::unique_ptr<ChildProcess> process = ChildProcess::start(*path, options_.arguments, options_.mostMemory);
+  std::unique_ptr<ChildProcess> process =
+      ChildProcess::start(*path, options_.arguments(), options_.mostMemory);
   if (!process) {
     giveUp("can't be started: the system has no more processes or descriptors");
     return false;

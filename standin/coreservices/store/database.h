@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <memory_resource>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -82,8 +83,9 @@ class ContentDatabase {
   struct Entry {
     int64_t id = 0;  // of the file and the reader
     int64_t used = 0;
-    std::string content;
+    std::string_view content;
   };
+  class Reset;
   class Transaction;
 
   void fail(int code) const;
@@ -108,7 +110,8 @@ class ContentDatabase {
   std::unique_ptr<sqlite3, Close> connection_;
   std::unique_ptr<Statement> find_, findApart_;
   std::vector<Entry> all_;  // in their order, where they were read
-  uint64_t sought_ = 0;     // since the reading began
+  std::pmr::monotonic_buffer_resource allContents_;
+  uint64_t sought_ = 0;  // since the reading began
   uint64_t pageSize_ = 0;
   std::set<int64_t> used_;  // today
   bool holdsStill_ = false;
