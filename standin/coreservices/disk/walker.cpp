@@ -1,6 +1,7 @@
 #include "standin/coreservices/disk/walker.h"
 
 #include <dirent.h>
+#include <endian.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -8,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "standin/coreservices/disk/descriptor.h"
@@ -30,7 +32,8 @@ std::optional<FileId> idOf(int fd) {
 }
 
 struct Entry {
-  uint32_t name;  // offset into the folder's names
+  uint32_t name;    // offset into the folder's names
+  uint16_t length;  // of the name
   bool mayBeFolder;
   uint64_t differing;  // eight bytes of the name, for sorting
 };
@@ -39,29 +42,29 @@ struct Entry {
 size_t commonLength(const std::vector<Entry>& entries, const char* names) {
   if (entries.empty()) return 0;
   const char* const first = names + entries.front().name;
-  size_t length = std::strlen(first);
+  size_t length = entries.front().length;
   for (const Entry& entry : entries) {
     const char* const name = names + entry.name;
-    size_t same = 0;
-    while (same < length && name[same] == first[same]) ++same;
-    length = same;
+    if (entry.length >= length && std::memcmp(name, first, length) == 0) continue;
+    length = static_cast<size_t>(
+        std::mismatch(name, name + std::min<size_t>(entry.length, length), first).first - name);
   }
   return length;
 }
 
-// The bytes from there on as one number, which orders as they do; zero after the name's end.
-uint64_t bytesAt(const char* text) {
+// The first bytes as one number, which orders as they do; zero after the end.
+uint64_t firstBytes(std::string_view text) {
   uint64_t bytes = 0;
-  for (int shift = 56; shift >= 0 && *text; shift -= 8) {
-    bytes |= uint64_t{static_cast<unsigned char>(*text++)} << shift;
-  }
-  return bytes;
+  std::memcpy(&bytes, text.data(), std::min(text.size(), sizeof bytes));
+  return be64toh(bytes);
 }
 
 // By their bytes. Names of one folder often begin alike, and few bytes after that decide most comparisons.
 void sortByName(std::vector<Entry>& entries, const char* names) {
   const size_t same = commonLength(entries, names);
-  for (Entry& entry : entries) entry.differing = bytesAt(names + entry.name + same);
+  for (Entry& entry : entries) {
+    entry.differing = firstBytes({names + entry.name + same, entry.length - same});
+  }
   std::sort(entries.begin(), entries.end(), [names, same](const Entry& left, const Entry& right) {
     if (left.differing != right.differing) return left.differing < right.differing;
     return std::strcmp(names + left.name + same, names + right.name + same) < 0;
@@ -113,7 +116,7 @@ class Walk::Implementation {
     visitor_.found(folder.descriptor.get(), path_, name);
     if (!entry.mayBeFolder) return true;
     Descriptor descriptor = openFolder(folder.descriptor.get(), name);
-    const size_t nameLength = std::strlen(name);
+    const size_t nameLength = entry.length;
     const size_t pathLength = path_.size();
     const int error = errno;
     if (path_.back() != '/') path_ += '/';
@@ -170,10 +173,11 @@ class Walk::Implementation {
   }
 
   static void addEntry(Folder& folder, const char* name, unsigned char type) {
-    if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) return;
-    folder.entries.push_back(
-        {static_cast<uint32_t>(folder.names.size()), type == DT_DIR || type == DT_UNKNOWN, 0});
-    folder.names.append(name, std::strlen(name) + 1);
+    if (name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]))) return;
+    const size_t length = std::strlen(name);
+    folder.entries.push_back({static_cast<uint32_t>(folder.names.size()), static_cast<uint16_t>(length),
+                              type == DT_DIR || type == DT_UNKNOWN, 0});
+    folder.names.append(name, length + 1);
   }
 
   void leave() {

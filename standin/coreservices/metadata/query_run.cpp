@@ -175,7 +175,6 @@ void QueryRun::finishGathering() {
   const SearchReport report = search_->report();
   lastStatistics() = {report.foldersSearched, report.unreadableFolders, report.missingFolders};
   search_.reset();
-  state_.results.store().shrink();
   state_.gathered = true;
   touchedWhileGathering_ = {};
   if (descriptor_) {

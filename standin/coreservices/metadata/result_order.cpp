@@ -36,13 +36,24 @@ void ResultOrder::append(File file) {
     pieces_.push_back(std::make_unique<Piece>(Piece{size_, pieces_.size(), {}}));
     pieces_.back()->files.reserve(kLargestPiece);
   }
-  put(file, pieces_.size() - 1, pieces_.back()->files.size());
+  Piece& last = *pieces_.back();
+  setPiece(file, last);
+  last.files.push_back(file);
+  ++size_;
+}
+
+void ResultOrder::setPiece(File file, Piece& piece) {
+  if (file == pieceOf_.size()) {
+    pieceOf_.push_back(&piece);
+  } else {
+    if (file > pieceOf_.size()) pieceOf_.resize(file + 1);
+    pieceOf_[file] = &piece;
+  }
 }
 
 void ResultOrder::put(File file, size_t number, size_t place) {
   Piece& piece = *pieces_[number];
-  if (pieceOf_.size() <= file) pieceOf_.resize(file + 1);
-  pieceOf_[file] = &piece;
+  setPiece(file, piece);
   piece.files.insert(piece.files.begin() + static_cast<ptrdiff_t>(place), file);
   ++size_;
   shiftStarts(number + 1, 1);

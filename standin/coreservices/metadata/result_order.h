@@ -45,6 +45,7 @@ class ResultOrder {
   };
 
   void put(File file, size_t piece, size_t place);
+  void setPiece(File file, Piece& piece);
   void split(size_t piece);
   void shiftStarts(size_t firstPiece, size_t by);
 

@@ -1,5 +1,6 @@
 #include "standin/coreservices/search/result_store.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -8,15 +9,25 @@
 
 namespace standin::metadata {
 
-uint32_t ResultStore::keep(std::string_view name) {
-  const auto offset = static_cast<uint32_t>(names_.size());
-  names_.append(name);
-  names_ += '\0';
-  return offset;
+// One that is longer than a piece has a piece of its own.
+ResultStore::Name ResultStore::Names::add(std::string_view name) {
+  const size_t needed = name.size() + 1;
+  if (room_ < needed) {
+    const size_t size = std::max(kPieceSize, needed);
+    pieces_.push_back(std::unique_ptr<char[]>(new char[size]));
+    room_ = kPieceSize;
+  }
+  const auto place = static_cast<Name>(kPieceSize - room_);
+  char* const copy = pieces_.back().get() + place;
+  std::memcpy(copy, name.data(), name.size());
+  copy[name.size()] = '\0';
+  room_ -= std::min(room_, needed);
+  size_ += needed;
+  return static_cast<Name>((pieces_.size() - 1) << kPieceBits) | place;
 }
 
 ResultStore::Folder ResultStore::addFolder(Folder above, std::string_view name) {
-  folders_.push_back({above, keep(name)});
+  folders_.push_back({above, names_.add(name)});
   const auto folder = static_cast<Folder>(folders_.size() - 1);
   if (!foldersByPath_.empty()) foldersByPath_.insert(folder);
   return folder;
@@ -25,11 +36,11 @@ ResultStore::Folder ResultStore::addFolder(Folder above, std::string_view name) 
 ResultStore::File ResultStore::add(Folder folder, std::string_view name) {
   File file = static_cast<File>(files_.size());
   if (free_.empty()) {
-    files_.push_back({folder, keep(name)});
+    files_.push_back({folder, names_.add(name)});
   } else {
     file = free_.back();
     free_.pop_back();
-    files_[file] = {folder, keep(name)};
+    files_[file] = {folder, names_.add(name)};
   }
   if (filesIndexed_) filesByPath_.insert(file);
   return file;
@@ -50,22 +61,16 @@ ResultStore::Folder ResultStore::folderAt(std::string_view path) {
 
 void ResultStore::remove(File file) {
   if (filesIndexed_) filesByPath_.erase(file);
-  removedNames_ += std::strlen(names_.data() + files_[file].name) + 1;
+  removedNames_ += std::strlen(names_.at(files_[file].name)) + 1;
   files_[file].name = kRemoved;
   free_.push_back(file);
-}
-
-void ResultStore::shrink() {
-  names_.shrink_to_fit();
-  folders_.shrink_to_fit();
-  files_.shrink_to_fit();
 }
 
 void ResultStore::compact() {
   constexpr size_t kWorthIt = 64 * 1024;
   if (removedNames_ < kWorthIt || removedNames_ < names_.size() / 2) return;
-  const std::string oldNames = std::exchange(names_, {});
-  const std::vector<Entry> oldFolders = std::exchange(folders_, {});
+  const Names oldNames = std::exchange(names_, {});
+  const Entries oldFolders = std::exchange(folders_, {});
   removedNames_ = 0;
   std::vector<bool> used(oldFolders.size());
   for (const Entry& file : files_) {
@@ -77,16 +82,16 @@ void ResultStore::compact() {
   for (Folder f = 0; f < oldFolders.size(); ++f) {  // those above come before those below
     if (!used[f]) continue;
     const Folder above = oldFolders[f].folder;
-    moved[f] = addFolder(above == kNoFolder ? kNoFolder : moved[above], oldNames.data() + oldFolders[f].name);
+    moved[f] = addFolder(above == kNoFolder ? kNoFolder : moved[above], oldNames.at(oldFolders[f].name));
   }
   for (Entry& file : files_) {
-    if (file.name != kRemoved) file = {moved[file.folder], keep(oldNames.data() + file.name)};
+    if (file.name != kRemoved) file = {moved[file.folder], names_.add(oldNames.at(file.name))};
   }
 }
 
 // Written from the end, after one way up for the length: no list of the folders is needed.
 std::string ResultStore::pathOf(const Entry& entry) const {
-  const auto nameOf = [&](const Entry& e) { return std::string_view(names_.data() + e.name); };
+  const auto nameOf = [&](const Entry& e) { return std::string_view(names_.at(e.name)); };
   size_t length = nameOf(entry).size();
   for (Folder f = entry.folder; f != kNoFolder; f = folders_[f].folder) {
     length += nameOf(folders_[f]) == "/" ? 1 : nameOf(folders_[f]).size() + 1;

@@ -1,9 +1,13 @@
 // The files that a search found, in little memory: a name each, and a number for its folder, whose name is
-// kept once for all that was found in it.
+// kept once for all that was found in it. Memory is taken in pieces, which stay where they are: what grows by
+// moving takes twice as much, and the time to fill it again.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -27,7 +31,6 @@ class ResultStore {
   File add(Folder folder, std::string_view name);
   File add(std::string_view path);  // absolute, of a file that isn't there yet
   void remove(File file);
-  void shrink();  // gives back spare memory
   // Gives back the memory of removed files, once that is worth it. Numbers of folders change.
   void compact();
 
@@ -37,24 +40,41 @@ class ResultStore {
   std::vector<std::string> pathsBelow(std::string_view folder) const;
 
  private:
+  using Name = uint32_t;  // a piece of names, and a place in it
   struct Entry {
     Folder folder;
-    uint32_t name;  // offset of its zero-ended bytes; kRemoved for a file that isn't there
+    Name name;  // kRemoved for a file that isn't there
   };
-  static constexpr uint32_t kRemoved = UINT32_MAX;
+  using Entries = std::deque<Entry>;
+  static constexpr Name kRemoved = UINT32_MAX;
+
+  // Each ended by a zero byte.
+  class Names {
+   public:
+    Name add(std::string_view name);
+    const char* at(Name name) const { return pieces_[name >> kPieceBits].get() + (name & (kPieceSize - 1)); }
+    size_t size() const { return size_; }  // bytes
+
+   private:
+    static constexpr int kPieceBits = 16;
+    static constexpr size_t kPieceSize = size_t{1} << kPieceBits;
+    std::vector<std::unique_ptr<char[]>> pieces_;
+    size_t room_ = 0;  // in the last of them
+    size_t size_ = 0;
+  };
 
   // Hash and equality of entries by their paths, in sets of numbers.
   struct PathHash {
     using is_transparent = void;
     const ResultStore* store;
-    const std::vector<Entry>* entries;
+    const Entries* entries;
     size_t operator()(uint32_t number) const { return (*this)(store->pathOf((*entries)[number])); }
     size_t operator()(std::string_view path) const { return std::hash<std::string_view>{}(path); }
   };
   struct SamePath {
     using is_transparent = void;
     const ResultStore* store;
-    const std::vector<Entry>* entries;
+    const Entries* entries;
     bool operator()(uint32_t left, uint32_t right) const { return left == right; }
     bool operator()(std::string_view path, uint32_t number) const {
       return store->pathOf((*entries)[number]) == path;
@@ -63,14 +83,13 @@ class ResultStore {
   };
   using ByPath = std::unordered_set<uint32_t, PathHash, SamePath>;
 
-  uint32_t keep(std::string_view name);
   std::string pathOf(const Entry& entry) const;
   Folder folderAt(std::string_view path);
 
-  std::string names_;
+  Names names_;
   size_t removedNames_ = 0;  // bytes
-  std::vector<Entry> folders_;
-  std::vector<Entry> files_;
+  Entries folders_;
+  Entries files_;
   std::vector<File> free_;
   // Filled when they are first needed, and kept up to date from then on.
   mutable bool filesIndexed_ = false;
