@@ -4,8 +4,10 @@
 // lays out its structures wrongly is found out.
 #include <cstdint>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "standin/gate/gate.h"
@@ -71,14 +73,17 @@ class RegistrationError : public std::runtime_error {
   throw RegistrationError(what);
 }
 
-void require(bool fits, const std::string& what) {
-  if (!fits) refuse(what);
+// What is wrong, told in parts, which are put together only then.
+template <class... Parts>
+void require(bool fits, const Parts&... what) {
+  if (fits) return;
+  std::ostringstream text;
+  (text << ... << what);
+  refuse(text.str());
 }
 
-void requireZero(const uint32_t* row, int first, int end, const std::string& what) {
-  for (int i = first; i < end; ++i) {
-    require(row[i] == 0, what + ": word " + std::to_string(i) + " is not 0");
-  }
+void requireZero(const uint32_t* row, int first, int end, std::string_view what) {
+  for (int i = first; i < end; ++i) require(row[i] == 0, what, ": word ", i, " is not 0");
 }
 
 Method readMethod(const uint32_t* row, const Layout& layout) {
@@ -86,13 +91,13 @@ Method readMethod(const uint32_t* row, const Layout& layout) {
   Method method;
   method.text = textAt(row[2]);
   method.declaration = parseMethod(method.text);
-  require(row[0] != 0, method.text + ": no function");
-  require(row[3] == kMemberFlags, method.text + ": flags " + std::to_string(row[3]) + " instead of 4");
+  require(row[0] != 0, method.text, ": no function");
+  require(row[3] == kMemberFlags, method.text, ": flags ", row[3], " instead of 4");
   requireZero(row, 4, layout.methodWords, method.text);
   method.function = addressIn(row[0]);
   method.setter = addressIn(row[1]);
-  require(!method.setter || method.declaration.result.kind != TypeKind::none,
-          method.text + ": a setter, but no type");
+  require(!method.setter || method.declaration.result.kind != TypeKind::none, method.text,
+          ": a setter, but no type");
   return method;
 }
 
@@ -101,26 +106,25 @@ Property readProperty(const uint32_t* row, const Layout& layout, uint32_t dataSi
   Property property;
   property.name = parseName(textAt(row[1]));
   property.type = parseType(textAt(row[2]));
-  require(row[0] == 0, property.name + ": a group, which this host does not take");
-  require(row[3] == kPropertyFlags, property.name + ": flags " + std::to_string(row[3]) + " instead of 6");
+  require(row[0] == 0, property.name, ": a group, which this host does not take");
+  require(row[3] == kPropertyFlags, property.name, ": flags ", row[3], " instead of 6");
   requireZero(row, 7, layout.propertyWords, property.name);
-  require(row[4] != 0, property.name + ": no getter");
+  require(row[4] != 0, property.name, ": no getter");
   property.parameter = row[6];
   property.readOnly = row[5] == 0;
   property.access = row[4] == kStandardAccess ? Property::Access::field : Property::Access::functions;
   if (property.access == Property::Access::functions) {
-    require(row[5] != kStandardAccess, property.name + ": a getter function and a standard setter");
+    require(row[5] != kStandardAccess, property.name, ": a getter function and a standard setter");
     property.getter = addressIn(row[4]);
     property.setter = addressIn(row[5]);
     return property;
   }
-  require(row[5] == 0 || row[5] == kStandardAccess,
-          property.name + ": a standard getter and a setter function");
+  require(row[5] == 0 || row[5] == kStandardAccess, property.name,
+          ": a standard getter and a setter function");
   const auto size = static_cast<uint32_t>(property.type.size());
-  require(property.parameter % (size > 4 ? 4 : size) == 0, property.name + ": a field at an odd position");
-  require(property.parameter < dataSize && dataSize - property.parameter >= size,
-          property.name + ": a field at " + std::to_string(property.parameter) + " in instance data of " +
-              std::to_string(dataSize) + " bytes");
+  require(property.parameter % (size > 4 ? 4 : size) == 0, property.name, ": a field at an odd position");
+  require(property.parameter < dataSize && dataSize - property.parameter >= size, property.name,
+          ": a field at ", property.parameter, " in instance data of ", dataSize, " bytes");
   return property;
 }
 
@@ -129,8 +133,8 @@ Property readProperty(const uint32_t* row, const Layout& layout, uint32_t dataSi
 void requireKnownClasses(const Declaration& declaration, const std::string& text, const std::string& own) {
   for (const Parameter& parameter : declaration.parameters) {
     const std::string& name = parameter.type.className;
-    require(name.empty() || sameName(name, own) || runtime().classes.find(name),
-            text + ": the class " + name + " is unknown");
+    require(name.empty() || sameName(name, own) || runtime().classes.find(name), text, ": the class ", name,
+            " is unknown");
   }
 }
 
@@ -158,7 +162,7 @@ Constant readConstant(const uint32_t* row, const Layout& layout) {
 template <class Read>
 void readTable(const uint32_t* record, int word, int rowWords, const char* what, Read read) {
   const auto count = static_cast<int32_t>(record[word + 1]);
-  require(count >= 0 && count <= kMostRows, std::string(what) + ": a count of " + std::to_string(count));
+  require(count >= 0 && count <= kMostRows, what, ": a count of ", count);
   auto* const table = static_cast<uint32_t*>(addressIn(record[word]));
   if (!table && count > 0) {
     runtime().registrationErrors.push_back(std::string(textAt(record[className])) + ": the table of " + what +
@@ -176,10 +180,9 @@ void readTable(const uint32_t* record, int word, int rowWords, const char* what,
 
 void checkVersion(int32_t version) {
   const auto& announced = runtime().announced;
-  require(version >= 9 && version <= 12, "control version " + std::to_string(version));
-  require(!announced || *announced == version, "control version " + std::to_string(version) +
-                                                   " in the record, " +
-                                                   std::to_string(announced.value_or(0)) + " announced");
+  require(version >= 9 && version <= 12, "control version ", version);
+  require(!announced || *announced == version, "control version ", version, " in the record, ",
+          announced.value_or(0), " announced");
 }
 
 void checkClassWords(const uint32_t* record, const Layout& layout) {
@@ -187,8 +190,7 @@ void checkClassWords(const uint32_t* record, const Layout& layout) {
   require(record[classSuper] == 0, "a superclass, which this host does not take");
   require(record[classDataSize] % 16 == 0, "a data size that is no multiple of 16");
   require(record[classDataSize] <= 4096, "a data size above 4096");
-  require(record[classFlags] == kMemberFlags,
-          "class flags " + std::to_string(record[classFlags]) + " instead of 4");
+  require(record[classFlags] == kMemberFlags, "class flags ", record[classFlags], " instead of 4");
   requireZero(record, classEventInstances, classConstants, "class record");
   requireZero(record, classSharedProperties, classSharedMethods, "class record");
   requireZero(record, classNewer, layout.classWords, "class record");
@@ -212,7 +214,7 @@ void checkDeclaredOnce(const Class& cls) {
     for (size_t i = 0; i < methods.size(); ++i) {
       for (size_t j = 0; j < i; ++j) {
         if (sameSignature(methods[i].declaration, methods[j].declaration))
-          require(false, methods[i].text + ": declared twice");
+          refuse(methods[i].text + ": declared twice");
       }
     }
   };

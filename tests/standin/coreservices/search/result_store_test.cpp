@@ -64,6 +64,20 @@ TEST(StoredResults, AreListedByAFolderAboveThem) {
 }
 
 // Names of removed files and of folders that are no longer needed would pile up otherwise.
+// Names stand in pieces of 64 KB.
+TEST(StoredResults, HaveNamesOfAnyLength) {
+  ResultStore results;
+  std::vector<std::string> paths;
+  for (const size_t length : {1, 65'000, 535, 65'535, 65'536, 3, 200'000, 65'534, 255, 65'300}) {
+    paths.push_back('/' + std::string(length - 1, 'a') + static_cast<char>('a' + paths.size()));
+    results.add(paths.back());
+  }
+  for (size_t i = 0; i < paths.size(); ++i) {
+    EXPECT_TRUE(results.path(static_cast<ResultStore::File>(i)) == paths[i]) << i;
+    EXPECT_EQ(results.find(paths[i]), i);
+  }
+}
+
 TEST(StoredResults, KeepTheirPathsWhenWhatWasRemovedIsGivenBack) {
   ResultStore results;
   const std::string stays = "/top/folder/stays";
