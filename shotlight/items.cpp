@@ -1,11 +1,17 @@
 #include "shotlight/items.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "shotlight/errors.h"
 #include "shotlight/query.h"
 #include "shotlight/session.h"
 #include "shotlight/text.h"
+#include "standin/coreservices/metadata/control.h"
+#include "standin/system/paths.h"
 
 namespace shotlight {
 namespace {
@@ -13,43 +19,53 @@ namespace {
 namespace host = standin::host;
 namespace fs = std::filesystem;
 
-std::string quoted(const std::string& text) {
-  std::string result = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\' || c == '*' || c == '?') result += '\\';
-    result += c;
-  }
-  return result + '"';
+// While one is alive, a query looks at the files of its scope, and not below them.
+class LookAtFilesAlone {
+ public:
+  LookAtFilesAlone() { standin::setLooksAtScopesAlone(true); }
+  ~LookAtFilesAlone() { standin::setLooksAtScopesAlone(false); }
+  LookAtFilesAlone(const LookAtFilesAlone&) = delete;
+  LookAtFilesAlone& operator=(const LookAtFilesAlone&) = delete;
+};
+
+// The real path of the folder with the file's own name, which may be that of a link. Nothing, and errno,
+// where no file is there.
+std::optional<std::string> pathOf(const std::string& file) {
+  const std::string name = fs::path(file).filename();
+  if (name.empty() || name == "." || name == "..") return standin::realPath(file);
+  const std::string parent = fs::path(file).parent_path();
+  std::optional<std::string> path = standin::realPath(parent.empty() ? "." : parent);
+  if (!path) return {};
+  *path += (path->ends_with('/') ? "" : "/") + name;
+  struct stat info;
+  if (::lstat(path->c_str(), &info) != 0) return {};
+  return path;
 }
 
 }  // namespace
 
 std::string itemPath(const std::string& file) {
-  std::error_code error;
-  const fs::path name = fs::path(file).filename();
-  const bool ownName = !name.empty() && name != "." && name != "..";
-  const fs::path parent = fs::path(file).parent_path();
-  const fs::path path =
-      ownName ? fs::canonical(parent.empty() ? "." : parent, error) / name : fs::canonical(file, error);
-  if (file.empty() || (!error && !fs::exists(fs::symlink_status(path, error)) && !error))
-    error = std::make_error_code(std::errc::no_such_file_or_directory);
-  if (error) throw FileError("'" + file + "': " + error.message() + "; name a file that exists");
-  if (!path.has_relative_path())
-    throw FileError("'" + file + "': the root has no folder in which to find it");
-  if (!utf16(path.string())) throw FileError("'" + file + "': its path is not valid UTF-8; rename it");
-  return path.string();
+  const std::optional<std::string> path = pathOf(file);
+  if (!path) {
+    const bool mayBeThere = errno == EACCES;
+    throw FileError("'" + file + "': " + std::strerror(errno) +
+                    (mayBeThere ? "; name a file whose folder you may search" : "; name a file that exists"));
+  }
+  if (!utf16(*path)) throw FileError("'" + file + "': its path is not valid UTF-8; rename it");
+  return *path;
 }
 
 host::Value itemOf(const std::string& file, Interrupts& interrupts) {
-  const fs::path path = itemPath(file);
-  const host::Value query = newQuery("kMDItemFSName == " + quoted(path.filename().string()));
-  setSearchScope(query, {path.parent_path().string()}, {});
+  const std::string path = itemPath(file);
+  const host::Value query = newQuery("kMDItemFSName == \"*\"");
+  setSearchScope(query, {path}, {});
+  const LookAtFilesAlone alone;
   if (!gather(query, 0, interrupts)) return {};
   for (const host::Value& item : host::elements(host::call(query, "Results"))) {
-    if (!item.isNil() && host::get(item, "Path").text() == path.string()) return item;
+    if (!item.isNil() && host::get(item, "Path").text() == path) return item;
   }
   checkExceptions();
-  throw FileError("'" + file + "': there is no metadata of it; name a file whose folder may be read");
+  throw FileError("'" + file + "': there is no metadata of it; see that it is still there");
 }
 
 }  // namespace shotlight

@@ -8,7 +8,7 @@
 
 namespace shotlight {
 
-// The item class makes no items out of nothing: a query in the file's folder finds it by its name. Symbolic
+// The item class makes no items out of nothing: a query that looks at nothing but the file finds it. Symbolic
 // links are items of their own. Nil when it was interrupted. Throws FileError, which names the file, when
 // there is none.
 standin::host::Value itemOf(const std::string& file, Interrupts& interrupts);

@@ -138,7 +138,6 @@ TEST(Attributes, OfTheOtherFilesAreShownWhenOneIsMissing) {
 
 TEST(Attributes, CantBeHadOfEverything) {
   const ScratchFolder folder;
-  expectError(attrs({"/"}), "'/': the root has no folder in which to find it");
   expectError(attrs({"none/x"}, folder.path()),
               "'none/x': No such file or directory; name a file that exists");
   expectError(attrs({folder.file("a.txt") + "/x"}),
@@ -148,13 +147,21 @@ TEST(Attributes, CantBeHadOfEverything) {
   expectError(attrs({""}), "'': No such file or directory; name a file that exists");
 }
 
-TEST(Attributes, OfAFileWhoseFolderMayNotBeReadAreAnError) {
+TEST(Attributes, OfAFileWhoseFolderMayBeSearchedButNotRead) {
   const ScratchFolder folder;
   const std::string path = folder.file("closed/a.txt");
   ASSERT_EQ(chmod(folder.at("closed").c_str(), 0100), 0);
+  const Result result = run({.arguments = {"attrs", path, "--keys=kMDItemFSName"}, .unprivileged = true});
+  EXPECT_EQ(result.output, "kMDItemFSName = \"a.txt\"\n") << result;
+  ASSERT_EQ(chmod(folder.at("closed").c_str(), 0600), 0);
   expectError(run({.arguments = {"attrs", path}, .unprivileged = true}),
-              "'" + path + "': there is no metadata of it; name a file whose folder may be read");
+              "'" + path + "': Permission denied; name a file whose folder you may search");
   chmod(folder.at("closed").c_str(), 0700);
+}
+
+TEST(Attributes, OfTheRoot) {
+  EXPECT_EQ(attrs({"/", "--keys=kMDItemFSName,kMDItemPath"}).output,
+            "kMDItemFSName = \"/\"\nkMDItemPath   = \"/\"\n");
 }
 
 TEST(Attributes, NeedAFileAndKnownKeys) {

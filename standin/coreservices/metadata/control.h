@@ -23,6 +23,11 @@ namespace standin {
 STANDIN_API void setIndexedFolders(std::vector<std::string> folders,
                                    std::vector<std::string> excluded = {"/proc", "/sys", "/dev"});
 
+// From now on a query looks at the files and folders that its scope names themselves, and at nothing below
+// them: what is at a known path is found without a walk. At first, and after false, it looks at what lies
+// below the folders. Live updates are always of that.
+STANDIN_API void setLooksAtScopesAlone(bool alone);
+
 struct QueryError {
   size_t position;  // in UTF-16 units from the start of the query string
   std::string reason;

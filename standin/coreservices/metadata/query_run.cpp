@@ -84,6 +84,7 @@ QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : que
   if (wantsUpdates) watch(folders, excluded);
   SearchRequest request{state.expression, folders, excluded};
   request.alsoRead = state.results.attributes();
+  request.themselves = looksAtScopesAlone();
   if (state.maximum > 0) request.maximum = static_cast<size_t>(state.maximum);
   search_ = std::make_unique<Search>(std::move(request), state.results.store(),
                                      [&results = state.results](ResultStore::File file, FileRecord& record) {

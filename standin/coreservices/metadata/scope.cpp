@@ -28,6 +28,11 @@ IndexedFolders& indexedFolders() {
   return set;
 }
 
+bool& scopesAlone() {
+  static bool alone = false;
+  return alone;
+}
+
 SearchScope& notedScope() {
   static SearchScope noted;
   return noted;
@@ -133,7 +138,15 @@ const std::vector<std::string>& excludedFolders() {
   return indexedFolders().excluded;
 }
 
+bool looksAtScopesAlone() {
+  return scopesAlone();
+}
+
 }  // namespace standin::metadata
+
+void standin::setLooksAtScopesAlone(bool alone) {
+  metadata::scopesAlone() = alone;
+}
 
 void standin::setIndexedFolders(std::vector<std::string> folders, std::vector<std::string> excluded) {
   metadata::indexedFolders() = {std::move(folders), std::move(excluded)};

@@ -26,6 +26,10 @@ void noteScope(CFArrayRef array, OptionBits options);
 // The folders whose contents no query looks at, unless its scope names them: set with setIndexedFolders().
 const std::vector<std::string>& excludedFolders();
 
+// Whether a query looks at what its scope names, and not at what lies below: set with
+// setLooksAtScopesAlone().
+bool looksAtScopesAlone();
+
 // The folders that a scope means now; without one, those that count as indexed. There is no network. Only
 // what lies in the scopes around it, too, counts.
 std::vector<std::string> foldersOf(const std::optional<Scope>& scope, const std::vector<Scope>& around = {});

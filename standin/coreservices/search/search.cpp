@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "standin/coreservices/disk/paths.h"
+#include "standin/system/paths.h"
 
 namespace standin::metadata {
 namespace {
@@ -42,7 +43,8 @@ Search::Search(SearchRequest request, ResultStore& results, Found found)
     : request_(std::move(request)),
       results_(results),
       onFound_(std::move(found)),
-      folders_(distinctFolders(request_.folders, report_.missingFolders)),
+      folders_(request_.themselves ? request_.folders
+                                   : distinctFolders(request_.folders, report_.missingFolders)),
       excluded_(fileIdsOf(request_.excluded)) {
   std::ranges::copy_if(request_.alsoRead, std::back_inserter(toBeKnown_), mayTakeReader);
 }
@@ -127,9 +129,23 @@ bool Search::nextFolder() {
     walk_.reset();
   }
   if (next_ == folders_.size()) return false;
+  if (request_.themselves) {
+    lookAtPlace(folders_[next_++]);
+    return true;
+  }
   collector_ = std::make_unique<Collector>(*this);
   walk_ = std::make_unique<Walk>(folders_[next_++], excluded_, *collector_);
   return true;
+}
+
+void Search::lookAtPlace(const std::string& path) {
+  FileByPath file(path, Reading::Later);
+  if (path.starts_with('/') && file.record().exists()) {
+    look(file.record(), std::make_shared<OpenFolder>(OpenFolder{nullptr, parentPath(path)}),
+         path.substr(path.rfind('/') + 1).c_str());
+  } else {
+    ++report_.missingFolders;
+  }
 }
 
 bool Search::walkOn() {

@@ -38,6 +38,8 @@ struct SearchRequest {
   std::vector<std::string> excluded;  // folders whose content is left out, unless named in `folders`
   size_t maximum = std::numeric_limits<size_t>::max();  // of results
   std::vector<FileAttribute> alsoRead = {};             // attributes that will be asked of every result
+  // The `folders`, which may then be files as well, are looked at themselves, and nothing below them.
+  bool themselves = false;
 };
 
 class Search {
@@ -76,6 +78,7 @@ class Search {
 
   bool nextFolder();
   bool walkOn();
+  void lookAtPlace(const std::string& path);
   void look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder, const char* name);
   Match matchOf(FileRecord& record);
   void settleFirst(std::chrono::milliseconds patience);

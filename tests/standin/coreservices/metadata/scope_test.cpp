@@ -66,6 +66,23 @@ TEST_F(QueryScope, PassesOverWhatIsNoFolder) {
   EXPECT_EQ(standin::lastSearch().missingFolders, 5u);
 }
 
+TEST_F(QueryScope, MayStandForItselfAlone) {
+  scratch.link("link.txt", "two/c.txt");
+  const auto everything = makeQuery("kMDItemFSName == \"*\"");
+  setScope(everything, url(scratch.at("two/c.txt")), string(scratch.at("link.txt")), url(scratch.at("one")),
+           string(scratch.at("missing")), string("two"));
+  standin::setLooksAtScopesAlone(true);
+  EXPECT_EQ(found(everything), (Texts{"two/c.txt", "link.txt", "one"}));
+  EXPECT_EQ(standin::lastSearch().foldersSearched, 0u);
+  EXPECT_EQ(standin::lastSearch().missingFolders, 2u);
+  setScope(query, url(scratch.at("one")), string(scratch.at("two/c.txt")));
+  EXPECT_EQ(found(query), Texts{"two/c.txt"});
+  standin::setLooksAtScopesAlone(false);
+  const auto walks = makeQuery("kMDItemFSName == \"*.txt\"");
+  setScope(walks, url(scratch.at("two")));
+  EXPECT_EQ(found(walks), Texts{"two/c.txt"});
+}
+
 struct PlaceCase {
   const char* key;
   std::vector<std::string> found;
