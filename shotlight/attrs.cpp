@@ -116,7 +116,9 @@ int showAll(const AttrsOptions& options) {
     }
   }
   printer.finish();
-  return interrupts.signal() != 0 ? kInterrupted + interrupts.signal() : status;
+  if (interrupts.signal() == 0) return status;
+  interrupts.tell();
+  return kInterrupted + interrupts.signal();
 }
 
 }  // namespace

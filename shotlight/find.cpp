@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <functional>
 
@@ -61,7 +62,11 @@ class Find {
     return options_.valuesOf.empty() ? runRows() : runValues();
   }
 
-  int signal() { return interrupts_.signal(); }
+  // Answers the exit status.
+  int endInterrupted() {
+    interrupts_.tell();
+    return kInterrupted + interrupts_.signal();
+  }
 
  private:
   int64_t count() const { return host::call(query_, "ResultCount").integer(); }
@@ -69,7 +74,9 @@ class Find {
 
   int runLive() {
     follow(query_, options_.seconds, interrupts_);
+    if (interrupts_.signal() == SIGPIPE) throw Interrupted();  // the others are how people end it
     summarise(countText(count()), "after");
+    interrupts_.setStatus(status());
     return status();
   }
 
@@ -84,6 +91,7 @@ class Find {
     Rows rows;
     for (const host::Value& value :
          host::elements(host::call(query_, "ValuesOfAttribute", options_.valuesOf))) {
+      if (interrupts_.signal() != 0) throw Interrupted();
       const host::Value having =
           host::call(query_, "CountOfResultsWithAttributeValue", options_.valuesOf, value);
       rows.push_back({plainText(having), joinedText(value)});
@@ -152,7 +160,7 @@ class Find {
     size_t read = 0;
     Progress progress;
     for (const host::Value& item : host::elements(items)) {
-      if (interrupts_.recentSignal() != 0) throw Interrupted();
+      if (interrupts_.signal() != 0) throw Interrupted();
       if (item.isNil()) continue;
       std::transform(names.begin(), names.end(), values.begin(),
                      [&](const host::Value& name) { return host::call(item, "GetAttribute", name); });
@@ -205,8 +213,7 @@ int find(const Arguments& arguments) {
     try {
       status = command.run();
     } catch (const Interrupted&) {
-      std::fprintf(stderr, "shotlight: interrupted\n");
-      status = kInterrupted + command.signal();
+      status = command.endInterrupted();
     }
   }
   session.close();
