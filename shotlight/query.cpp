@@ -4,19 +4,19 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
+#include <optional>
 
 #include "shotlight/errors.h"
 #include "shotlight/progress.h"
 #include "shotlight/session.h"
 #include "shotlight/text.h"
 #include "standin/coreservices/metadata/control.h"
+#include "standin/system/paths.h"
 
 namespace shotlight {
 namespace {
 
 namespace host = standin::host;
-namespace fs = std::filesystem;
 
 const char kClass[] = "MDQueryZNK";
 const double kProgressInterval = 0.1;  // seconds
@@ -64,16 +64,16 @@ class EndOfGathering {
 
 std::string realFolder(const std::string& name) {
   const std::string what = "--in '" + name + "': ";
-  std::error_code error;
-  const fs::path path = fs::canonical(name, error);
-  if (error == std::errc::no_such_file_or_directory)
-    throw CommandError(what + error.message() + "; name a folder that exists");
-  if (error) throw CommandError(what + error.message() + "; name a folder that can be read");
-  if (!fs::is_directory(path, error)) throw CommandError(what + "not a folder; name the folder it is in");
-  if (access(path.c_str(), R_OK | X_OK) != 0)
+  const std::optional<std::string> path = standin::realPath(name);
+  if (!path)
+    throw CommandError(
+        what + std::strerror(errno) +
+        (errno == ENOENT ? "; name a folder that exists" : "; name a folder that can be read"));
+  if (!standin::isFolder(*path)) throw CommandError(what + "not a folder; name the folder it is in");
+  if (access(path->c_str(), R_OK | X_OK) != 0)
     throw CommandError(what + std::strerror(errno) + "; name a folder that you may read");
-  if (!utf16(path.string())) throw CommandError(what + "its path is not valid UTF-8; name a folder above it");
-  return path.string();
+  if (!utf16(*path)) throw CommandError(what + "its path is not valid UTF-8; name a folder above it");
+  return *path;
 }
 
 }  // namespace

@@ -1,10 +1,13 @@
 #include "shotlight/session.h"
 
-#include <filesystem>
+#include <limits.h>
+#include <unistd.h>
+
 #include <map>
 
 #include "shotlight/errors.h"
 #include "shotlight/plugin_check.h"
+#include "standin/system/paths.h"
 
 namespace shotlight {
 namespace {
@@ -14,8 +17,14 @@ namespace host = standin::host;
 constexpr size_t kFreedBytesKept = 256 * 1024;
 
 std::string builtPlugin() {
-  const auto program = std::filesystem::read_symlink("/proc/self/exe");
-  return (program.parent_path().parent_path() / "lib" / "SpotlightZNK.dylib").string();
+  char path[PATH_MAX];
+  const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+  if (length <= 0)
+    throw CommandError(
+        "the plug-in that was built with this program can't be found without /proc; name its file "
+        "with --plugin");
+  const std::string program(path, static_cast<size_t>(length));
+  return standin::parentPath(standin::parentPath(program)) + "/lib/SpotlightZNK.dylib";
 }
 
 standin::PluginFile open(const std::string& file) {

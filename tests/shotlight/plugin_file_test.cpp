@@ -1,6 +1,7 @@
 // Files that are no plug-in: each is named, with what is wrong and what to do.
 #include <elf.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <filesystem>
@@ -68,6 +69,12 @@ TEST_F(PluginFile, ThatIsAPipeOrADevice) {
 
 TEST_F(PluginFile, ThatIsEmpty) {
   expectRefused(scratch_.file("empty"), "an empty file; build or copy the file again");
+}
+
+TEST_F(PluginFile, ThatIsFarTooLarge) {
+  const std::string plugin = scratch_.file("large");
+  ASSERT_EQ(truncate(plugin.c_str(), off_t{3} << 30), 0);
+  expectRefused(plugin, "3221225472 bytes, more than any plug-in has; name the plug-in's file");
 }
 
 TEST_F(PluginFile, ThatMayNotBeRead) {

@@ -8,8 +8,10 @@
 
 namespace fs = std::filesystem;
 
-ScratchFolder::ScratchFolder() {
-  std::string path = (fs::canonical(fs::temp_directory_path()) / "scratch-XXXXXX").string();
+ScratchFolder::ScratchFolder() : ScratchFolder(fs::temp_directory_path()) {}
+
+ScratchFolder::ScratchFolder(const std::string& parent) {
+  std::string path = (fs::canonical(parent) / "scratch-XXXXXX").string();
   if (!::mkdtemp(path.data())) throw std::runtime_error(path + ": can't be made; check the temporary folder");
   path_ = path;
 }

@@ -7,7 +7,8 @@
 
 class ScratchFolder {
  public:
-  ScratchFolder();
+  ScratchFolder();                                    // in the temporary folder
+  explicit ScratchFolder(const std::string& parent);  // in that one
   ~ScratchFolder();
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;

@@ -1,6 +1,7 @@
 #include "standin/coreservices/metadata/content_control.h"
 
-#include <filesystem>
+#include <sys/stat.h>
+
 #include <stdexcept>
 #include <utility>
 
@@ -22,9 +23,9 @@ ContentStoreReport contentStoreIn(const std::string& folder) {
     const metadata::ContentDatabase::Totals totals = database->totals();
     report.exists = true;
     for (const char* const end : {"", "-wal"}) {
-      std::error_code missing;
-      const auto size = std::filesystem::file_size(report.path + end, missing);
-      if (!missing) report.bytes += size;
+      struct stat info;
+      if (::stat((report.path + end).c_str(), &info) == 0)
+        report.bytes += static_cast<uint64_t>(info.st_size);
     }
     report.files = totals.files;
     report.reads = totals.reads;

@@ -10,6 +10,8 @@
 #include <iterator>
 #include <utility>
 
+#include "standin/coreservices/store/sqlite_files.h"
+
 namespace standin::metadata {
 namespace {
 
@@ -221,6 +223,7 @@ void ContentDatabase::Close::operator()(sqlite3* connection) const {
 }
 
 ContentDatabase::ContentDatabase(const std::string& path, Access access) {
+  letSQLiteUseFilesOfAnyDate();
   const bool writes = access == Access::ReadWrite;
   sqlite3* connection = nullptr;
   const std::string name = path.empty() ? ":memory:" : writes ? path : readOnlyUri(path);
