@@ -1,6 +1,7 @@
 #include "standin/coreservices/language/expression.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace standin::metadata {
 namespace {
@@ -18,6 +19,19 @@ void setPeriod(Literal& literal, Period period) {
   literal.period = period;
 }
 
+ExpressionRef comparing(Comparison comparison) {
+  const Cost cost = comparison.key.any ? Cost::Content : costOf(comparison.key.file);
+  return std::make_shared<Expression>(
+      Expression{Expression::Kind::Comparison, std::move(comparison), {}, cost});
+}
+
+ExpressionRef joined(Expression::Kind kind, std::vector<ExpressionRef> parts) {
+  const auto costOfPart = [](const ExpressionRef& part) { return part->cost; };
+  std::ranges::stable_sort(parts, {}, costOfPart);
+  const Cost cost = parts.back()->cost;
+  return std::make_shared<Expression>(Expression{kind, {}, std::move(parts), cost});
+}
+
 ExpressionRef resolve(const ExpressionRef& expression, Date now) {
   if (expression->kind == Expression::Kind::Comparison) {
     const Comparison& comparison = expression->comparison;
@@ -30,7 +44,7 @@ ExpressionRef resolve(const ExpressionRef& expression, Date now) {
   std::vector<ExpressionRef> parts;
   for (const ExpressionRef& part : expression->parts) parts.push_back(resolve(part, now));
   if (parts == expression->parts) return expression;
-  return std::make_shared<Expression>(Expression{expression->kind, {}, std::move(parts)});
+  return joined(expression->kind, std::move(parts));
 }
 
 }  // namespace standin::metadata

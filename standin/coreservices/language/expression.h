@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "standin/coreservices/attributes/attribute_source.h"
+#include "standin/coreservices/attributes/schema.h"
 #include "standin/coreservices/language/text_pattern.h"
 #include "standin/coreservices/language/time_values.h"
 
@@ -42,8 +43,14 @@ using ExpressionRef = std::shared_ptr<const Expression>;
 struct Expression {
   enum class Kind { Comparison, And, Or, Not } kind;
   Comparison comparison;             // of a Comparison
-  std::vector<ExpressionRef> parts;  // of And and Or: two or more; of Not: one
+  std::vector<ExpressionRef> parts;  // of And and Or: two or more, the cheapest first; of Not: one
+  Cost cost = Cost::Name;            // of the attributes that it compares, the highest
 };
+
+ExpressionRef comparing(Comparison comparison);
+
+// Of And, Or or Not. Parts of the same cost stay in their order.
+ExpressionRef joined(Expression::Kind kind, std::vector<ExpressionRef> parts);
 
 // The expression with its relative times fixed, as when a query starts at `now`. Before, a relative time
 // is equal to no number and no date, and comes neither before nor after any.

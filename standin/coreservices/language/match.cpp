@@ -95,14 +95,15 @@ Match matchComparison(const Comparison& comparison, AttributeSource& source, std
   return matchOf(values.empty() && comparison.op == Operator::NotEqual);
 }
 
-Match matchPart(const Expression& expression, AttributeSource& source, std::vector<Value>& values);
+// What costs more than `most` isn't asked for, and counts as not known.
+Match matchPart(const Expression& expression, Cost most, AttributeSource& source, std::vector<Value>& values);
 
 // Looks at the parts in their order until one decides.
-Match matchParts(const Expression& expression, Match deciding, AttributeSource& source,
+Match matchParts(const Expression& expression, Match deciding, Cost most, AttributeSource& source,
                  std::vector<Value>& values) {
   bool allKnown = true;
   for (const ExpressionRef& part : expression.parts) {
-    const Match each = matchPart(*part, source, values);
+    const Match each = matchPart(*part, most, source, values);
     if (each == deciding) return deciding;
     allKnown = allKnown && each != Match::Unknown;
   }
@@ -110,16 +111,18 @@ Match matchParts(const Expression& expression, Match deciding, AttributeSource& 
   return deciding == Match::Yes ? Match::No : Match::Yes;
 }
 
-Match matchPart(const Expression& expression, AttributeSource& source, std::vector<Value>& values) {
+Match matchPart(const Expression& expression, Cost most, AttributeSource& source,
+                std::vector<Value>& values) {
   switch (expression.kind) {
     case Expression::Kind::Comparison:
+      if (expression.cost > most) return Match::Unknown;
       return matchComparison(expression.comparison, source, values);
     case Expression::Kind::And:
-      return matchParts(expression, Match::No, source, values);
+      return matchParts(expression, Match::No, most, source, values);
     case Expression::Kind::Or:
-      return matchParts(expression, Match::Yes, source, values);
+      return matchParts(expression, Match::Yes, most, source, values);
     case Expression::Kind::Not: {
-      const Match part = matchPart(*expression.parts.front(), source, values);
+      const Match part = matchPart(*expression.parts.front(), most, source, values);
       return part == Match::Unknown ? part : matchOf(part == Match::No);
     }
   }
@@ -134,7 +137,12 @@ Match match(const Expression& expression, AttributeSource& source) {
 }
 
 Match match(const Expression& expression, AttributeSource& source, std::vector<Value>& values) {
-  return matchPart(expression, source, values);
+  // The parts' order alone isn't enough: a cheap part may stand within a dear one.
+  if (expression.cost > Cost::Record) {
+    const Match cheap = matchPart(expression, Cost::Record, source, values);
+    if (cheap != Match::Unknown) return cheap;
+  }
+  return matchPart(expression, Cost::Content, source, values);
 }
 
 }  // namespace standin::metadata

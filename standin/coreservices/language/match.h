@@ -15,7 +15,8 @@ namespace standin::metadata {
 // Of a time that lasts, as a day does, `==` means within it and `!=` not within it; `<`, `>`, `<=`, `>=` and
 // InRange compare with its start.
 //
-// Unknown where it depends on an attribute whose values the source doesn't know yet.
+// Unknown where it depends on an attribute whose values the source doesn't know yet. The source is asked for
+// what is cheap first, and for the rest only where that doesn't decide.
 enum class Match { No, Yes, Unknown };
 Match match(const Expression& expression, AttributeSource& source);
 // The same for who matches many: `values` is memory to work with, whatever is in it.

@@ -125,33 +125,31 @@ class Parser {
     if (!take(symbol)) fail(reason);
   }
 
-  static ExpressionRef joined(Kind kind, std::vector<ExpressionRef> parts) {
-    if (parts.size() == 1) return std::move(parts.front());
-    return std::make_shared<Expression>(Expression{kind, {}, std::move(parts)});
+  static ExpressionRef oneOrJoined(Kind kind, std::vector<ExpressionRef> parts) {
+    return parts.size() == 1 ? std::move(parts.front()) : joined(kind, std::move(parts));
   }
 
   ExpressionRef parseOr() {
     std::vector<ExpressionRef> parts;
     do parts.push_back(parseAnd());
     while (take(u"||"));
-    return joined(Kind::Or, std::move(parts));
+    return oneOrJoined(Kind::Or, std::move(parts));
   }
 
   ExpressionRef parseAnd() {
     std::vector<ExpressionRef> parts;
     do parts.push_back(parsePrimary());
     while (take(u"&&"));
-    return joined(Kind::And, std::move(parts));
+    return oneOrJoined(Kind::And, std::move(parts));
   }
 
   ExpressionRef parsePrimary() {
     if (take(u"!")) {
       if (peek() != u'(') fail("expected ( after !");
-      return std::make_shared<Expression>(Expression{Kind::Not, {}, {parseParentheses()}});
+      return joined(Kind::Not, {parseParentheses()});
     }
     if (peek() == u'(') return parseParentheses();
-    Comparison comparison = startsRange() ? parseRange() : parseComparison();
-    return std::make_shared<Expression>(Expression{Kind::Comparison, std::move(comparison), {}});
+    return comparing(startsRange() ? parseRange() : parseComparison());
   }
 
   ExpressionRef parseParentheses() {

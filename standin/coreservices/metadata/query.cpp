@@ -97,8 +97,7 @@ MDQueryRef MDQueryCreateSubset(CFAllocatorRef allocator, MDQueryRef query, CFStr
   checkStrings(__func__, sortingAttrs);
   ExpressionRef own = parse(queryString);
   if (gate.fails() || !own) return nullptr;
-  auto both = std::make_shared<Expression>(
-      Expression{Expression::Kind::And, {}, {parent.expression, std::move(own)}});
+  ExpressionRef both = joined(Expression::Kind::And, {parent.expression, std::move(own)});
   const MDQueryRef subset =
       createQuery(allocator, queryString, std::move(both), valueListAttrs, sortingAttrs);
   if (!subset) return nullptr;

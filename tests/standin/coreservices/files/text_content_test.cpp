@@ -156,6 +156,19 @@ TEST_F(TextContentQuery, OpensNoFileUnlessItIsAskedForTheText) {
   EXPECT_EQ(sorted(opened.names()), sorted({"a.txt", "b.txt"}));
 }
 
+TEST_F(TextContentQuery, OpensNoFileThatItsNameOrSizeExcludes) {
+  scratch.file("a.txt", "one two");
+  scratch.file("b", "one");
+  const Opened opened(scratch.path());
+  find(u"kMDItemTextContent == one && kMDItemFSName == \"a*\"");
+  EXPECT_EQ(opened.names(), Texts{"a.txt"});
+  find(u"kMDItemTextContent == one && kMDItemFSSize > 100");
+  find(u"kMDItemContentType == \"public.data\" && kMDItemFSSize > 100");
+  find(u"(kMDItemTextContent == one || kMDItemFSName == c) && !(kMDItemKind == x || kMDItemFSSize < 100)");
+  EXPECT_EQ(find(u"kMDItemTextContent == one || kMDItemFSSize > 0"), (Texts{"a.txt", "b"}));
+  EXPECT_EQ(opened.names(), Texts{});
+}
+
 TEST_F(TextContentQuery, NeverOpensAnythingButRegularFiles) {
   scratch.file("text.txt", "word");
   scratch.link("link", scratch.at("text.txt"));

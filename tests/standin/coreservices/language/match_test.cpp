@@ -244,5 +244,48 @@ TEST(Conditions, AreCombined) {
   EXPECT_FALSE(finds(u"!(size == 1000 || ratio == 1)"));
 }
 
+// Tells which attributes it is asked for, and knows none of them.
+class Asked : public AttributeSource {
+ public:
+  bool values(const AttributeKey& key, std::vector<Value>& values) override {
+    if (key.file == FileAttribute::FSName) values.emplace_back(std::string_view("a.txt"));
+    if (key.file == FileAttribute::FSSize) values.emplace_back(int64_t{10});
+    keys.push_back(key.name.substr(std::string_view("kMDItem").size()));
+    return true;
+  }
+  std::vector<std::string> keys;
+};
+
+std::vector<std::string> askedFor(std::u16string_view query) {
+  Asked asked;
+  match(*std::get<ExpressionRef>(parseQuery(query)), asked);
+  return asked.keys;
+}
+
+using Keys = std::vector<std::string>;
+
+TEST(WhatIsCheap, IsAskedForFirst) {
+  const Keys name = {"FSName"};
+  EXPECT_EQ(askedFor(u"kMDItemTextContent == x && kMDItemFSName == b"), name);
+  EXPECT_EQ(askedFor(u"kMDItemTextContent == x || kMDItemFSName == a.txt"), name);
+  EXPECT_EQ(askedFor(u"!(kMDItemTextContent == x || kMDItemTitle == y) && kMDItemFSName == b"), name);
+  EXPECT_EQ(askedFor(u"kMDItemTitle == x && kMDItemFSSize > 10 && kMDItemFSName == a.txt"),
+            (Keys{"FSName", "FSSize"}));
+  EXPECT_EQ(askedFor(u"kMDItemTitle != x && kMDItemKind != x && kMDItemWhereFroms == x"), Keys{"WhereFroms"});
+  EXPECT_EQ(askedFor(u"kMDItemTitle != x && kMDItemKind == x && kMDItemWhereFroms != x"),
+            (Keys{"WhereFroms", "Kind"}));
+}
+
+TEST(WhatIsCheap, DecidesAlsoWithinWhatIsDear) {
+  EXPECT_EQ(
+      askedFor(u"(kMDItemTitle == x || kMDItemFSName == b) && !(kMDItemTitle == y || kMDItemFSSize == 10)"),
+      (Keys{"FSName", "FSSize"}));
+}
+
+TEST(WhatIsEquallyCheap, IsAskedForInItsOrder) {
+  EXPECT_EQ(askedFor(u"kMDItemAlbum == x || kMDItemTitle == x || kMDItemTextContent == x"),
+            (Keys{"Album", "Title", "TextContent"}));
+}
+
 }  // namespace
 }  // namespace standin::metadata

@@ -195,6 +195,17 @@ TEST_F(SearchThatReads, LosesOnlyTheFilesThatReadersFailAt) {
   });
 }
 
+TEST_F(SearchThatReads, ReadsNoFileThatItsNameOrSizeExcludes) {
+  for (int i = 10; i < 30; ++i) file(std::to_string(i) + ".html", "harbour");
+  inCopy([&] {
+    EXPECT_EQ(find(u"kMDItemTextContent == \"harbour\" && kMDItemFSSize > 100"), Strings{});
+    EXPECT_EQ(find(u"!(kMDItemTextContent == \"harbour\" || kMDItemFSName == \"*.html\")"), Strings{});
+    EXPECT_EQ(contentReader().filesRead(), 0u);
+    EXPECT_EQ(find(u"kMDItemTextContent == \"harbour\" && kMDItemFSName == \"1*\"").size(), 10u);
+    EXPECT_EQ(contentReader().filesRead(), 20u);  // for their titles, too
+  });
+}
+
 TEST_F(SearchThatReads, ForgetsFilesThatAreGoneWhenTheirTurnComes) {
   file("1.html", "slow 300 forest");
   file("2.html", "harbour");
