@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <new>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,8 +35,17 @@ namespace {
 
 using standin::Gate;
 
+// Bundles whose library is loaded, which stay for the life of the process where their owner is gone: a plug-in whose file
+// was closed can't release its own any more. The leak sanitizer looks for them at the very end.
+std::set<const BundleState*>& loadedBundles() {
+  static auto* const bundles = new std::set<const BundleState*>;
+  return *bundles;
+}
+
 void finalizeBundle(CFTypeRef cf) {
-  static_cast<const __CFBundle*>(cf)->state.~BundleState();
+  const BundleState& state = static_cast<const __CFBundle*>(cf)->state;
+  loadedBundles().erase(&state);
+  state.~BundleState();
 }
 
 const CFRuntimeClass kBundleClass = {.className = "CFBundle", .finalize = finalizeBundle};
@@ -57,6 +67,7 @@ std::string executableOf(const std::string& bundlePath) {
 
 bool load(BundleState& bundle) {
   if (!bundle.library) bundle.library = ::dlopen(executableOf(bundle.path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (bundle.library) loadedBundles().insert(&bundle);
   return bundle.library != nullptr;
 }
 
