@@ -4,14 +4,15 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
-#include <functional>
 
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
 #include "shotlight/find_options.h"
 #include "shotlight/interrupts.h"
 #include "shotlight/keys.h"
+#include "shotlight/listing.h"
 #include "shotlight/live.h"
 #include "shotlight/output.h"
 #include "shotlight/progress.h"
@@ -32,16 +33,6 @@ const std::vector<std::string> kDefaultKeys = {"kMDItemDisplayName", "kMDItemFSS
 
 struct Interrupted {};
 
-std::string titleOf(const std::string& key) {
-  static constexpr std::pair<const char*, const char*> short_[] = {
-      {"kMDItemDisplayName", "Name"}, {"kMDItemFSName", "File"}, {"kMDItemFSSize", "Size"}};
-  for (const auto& [each, title] : short_) {
-    if (key == each) return title;
-  }
-  const std::string prefix = "kMDItem";
-  return key.starts_with(prefix) ? key.substr(prefix.size()) : key;
-}
-
 std::string countText(int64_t count) {
   return std::to_string(count) + (count == 1 ? " result" : " results");
 }
@@ -52,14 +43,16 @@ class Find {
   Find(const FindOptions& options, const std::vector<std::string>& folders)
       : options_(options), query_(newQuery(options)) {
     setSearchScope(query_, folders, options.scopes);
+    if (!isSorted() && options.limit > 0 && options.limit < INT32_MAX)
+      host::call(query_, "SetMaxCount", options.limit + 1);
   }
 
   // Answers the exit status.
   int run() {
+    if (isRows()) return runRows();
     if (!gather(query_, options_.live ? flag("kMDQueryWantsUpdates") : 0, interrupts_)) throw Interrupted();
     if (options_.live) return runLive();
-    if (options_.count) return runCount();
-    return options_.valuesOf.empty() ? runRows() : runValues();
+    return options_.count ? runCount() : runValues();
   }
 
   // Answers the exit status.
@@ -70,6 +63,7 @@ class Find {
 
  private:
   int64_t count() const { return host::call(query_, "ResultCount").integer(); }
+  bool isRows() const { return !options_.live && !options_.count && options_.valuesOf.empty(); }
   int status() const { return count() > 0 ? kFound : kNothing; }
 
   int runLive() {
@@ -110,67 +104,56 @@ class Find {
 
   int runRows() {
     const auto& keys = options_.keys.empty() ? kDefaultKeys : options_.keys;
-    const size_t shown = isatty(STDOUT_FILENO) ? printAsTable(keys) : printAsLines(keys);
-    const int64_t all = count();
-    summarise((static_cast<int64_t>(shown) < all ? "the first " + std::to_string(shown) + " of " : "") +
-                  countText(all),
-              "in");
+    const auto listing = newListing(options_.layout, keys);
+    try {
+      list(keys, *listing);
+    } catch (const Interrupted&) {
+      listing->finish();
+      throw;
+    }
+    listing->finish();
+    summarise(countOfListed(), "in");
     return status();
   }
 
-  // These two answer how many results were printed. A program that reads along gets each at once; the columns
-  // of a table are as wide as the widest text in them. One in which only numbers stand is marked as one.
-  size_t printAsLines(const std::vector<std::string>& keys) {
-    std::vector<std::string> row(keys.size());
-    const size_t printed = readResults(keys, [&](const std::vector<host::Value>& values) {
-      std::transform(values.begin(), values.end(), row.begin(), joinedText);
-      printRow(row);
-    });
-    finishOutput();
-    return printed;
+  // Results that are in no order are listed while others are searched for.
+  void list(const std::vector<std::string>& keys, Listing& listing) {
+    const auto listNew = [&](Progress& progress) { listResults(keys, listing, progress); };
+    if (!gather(query_, 0, interrupts_, isSorted() ? WhileGathering() : listNew)) throw Interrupted();
+    Progress progress;
+    listNew(progress);
   }
 
-  size_t printAsTable(const std::vector<std::string>& keys) {
-    std::vector<Column> columns;
-    for (const std::string& key : keys) columns.push_back({titleOf(key)});
-    std::vector<bool> hasOther(keys.size());
-    Rows rows;
-    const size_t printed = readResults(keys, [&](const std::vector<host::Value>& values) {
-      auto& row = rows.emplace_back();
-      for (size_t i = 0; i < keys.size(); ++i) {
-        const Form form = formOf(values[i]);
-        if (form == Form::number) columns[i].number = true;
-        if (form != Form::number && form != Form::nothing) hasOther[i] = true;
-        row.push_back(joinedText(values[i]));
-      }
-    });
-    for (size_t i = 0; i < keys.size(); ++i) columns[i].number = columns[i].number && !hasOther[i];
-    printRows(columns, std::move(rows));
-    return printed;
-  }
-
-  // Hands over the values of each result, and answers how many results there were.
-  size_t readResults(const std::vector<std::string>& keys,
-                     const std::function<void(const std::vector<host::Value>&)>& take) {
-    const host::Value items =
-        options_.limit > 0 ? host::call(query_, "Results", options_.limit) : host::call(query_, "Results");
-    checkExceptions();
+  // Those that there are and that haven't been listed.
+  void listResults(const std::vector<std::string>& keys, Listing& listing, Progress& progress) {
+    const int64_t end = options_.limit > 0 ? std::min<int64_t>(options_.limit, count()) : count();
+    if (listed_ == end) return listing.pause();
+    progress.clear();
+    if (isReadAlong_) progress.mute();
     const std::vector<host::Value> names(keys.begin(), keys.end());  // made once, not for each result
     std::vector<host::Value> values(keys.size());
-    size_t read = 0;
-    Progress progress;
-    for (const host::Value& item : host::elements(items)) {
+    for (; listed_ < end; ++listed_) {
       if (interrupts_.signal() != 0) throw Interrupted();
+      const host::Value item = host::call(query_, "ResultAtIndex", static_cast<int32_t>(listed_));
       if (item.isNil()) continue;
       std::transform(names.begin(), names.end(), values.begin(),
                      [&](const host::Value& name) { return host::call(item, "GetAttribute", name); });
       checkExceptions();
-      take(values);
-      ++read;
-      if (!isReadAlong_) progress.show(read, "results read");
+      listing.add(values);
+      if (isSorted()) progress.show(static_cast<size_t>(listed_), "results read");
     }
-    return read;
+    listing.pause();
   }
+
+  // A search without an order ends when it has found one more than it may list.
+  std::string countOfListed() const {
+    const int64_t all = count();
+    if (listed_ == all) return countText(all);
+    if (isSorted()) return "the first " + std::to_string(listed_) + " of " + countText(all);
+    return countText(listed_) + ", and there are more,";
+  }
+
+  bool isSorted() const { return !options_.sorting.empty(); }
 
   static void printRows(const std::vector<Column>& columns, Rows rows) {
     if (!rows.empty()) printTable(columns, std::move(rows), isatty(STDOUT_FILENO));
@@ -189,6 +172,7 @@ class Find {
   // What is read through a pipe may be on the terminal already, where a line of progress would break into it.
   const bool isReadAlong_ = outputIsPipe();
   Interrupts interrupts_;
+  int64_t listed_ = 0;
   const host::Value query_;
 };
 

@@ -65,6 +65,12 @@ void append(std::vector<Element>& all, const std::vector<Element>& more) {
   all.insert(all.end(), more.begin(), more.end());
 }
 
+void setLayout(FindOptions& options, Layout layout) {
+  if (options.layout != Layout::rows && options.layout != layout)
+    throw UsageError("--json and --jsonl don't go together; leave one out");
+  options.layout = layout;
+}
+
 bool isBlank(const std::string& query) {
   return query.find_first_not_of(" \t\n") == std::string::npos;
 }
@@ -89,6 +95,8 @@ std::vector<Option> optionsInto(FindOptions& options) {
       keysOption("--show", options.keys),
       {"--sort", [&options](const std::string& value) { append(options.sorting, parseSorting(value)); }},
       {"--limit", [&options](const std::string& value) { options.limit = parseLimit(value); }},
+      {"--json", [&options](const std::string&) { setLayout(options, Layout::jsonArray); }, false},
+      {"--jsonl", [&options](const std::string&) { setLayout(options, Layout::jsonLines); }, false},
       switchOption("--count", options.count),
       nameOption("--values", options.valuesOf),
       switchOption("--live", options.live),
@@ -110,7 +118,9 @@ void refuseTogether(const std::vector<std::pair<const char*, bool>>& options) {
 void checkCombination(const FindOptions& options) {
   const std::pair<const char*, bool> printsRows[] = {{"--show", !options.keys.empty()},
                                                      {"--sort", !options.sorting.empty()},
-                                                     {"--limit", options.limit > 0}};
+                                                     {"--limit", options.limit > 0},
+                                                     {"--json", options.layout == Layout::jsonArray},
+                                                     {"--jsonl", options.layout == Layout::jsonLines}};
   for (const auto& row : printsRows)
     refuseTogether(
         {{"--count", options.count}, {"--values", !options.valuesOf.empty()}, {"--live", options.live}, row});

@@ -15,6 +15,8 @@ struct SortKey {
   bool descending = false;
 };
 
+enum class Layout { rows, jsonArray, jsonLines };
+
 struct FindOptions {
   std::string query;
   std::string within;                // empty: among all files
@@ -22,6 +24,7 @@ struct FindOptions {
   std::vector<std::string> scopes;   // constants of the query class
   std::vector<std::string> keys;     // the columns; empty: the default ones
   std::vector<SortKey> sorting;
+  Layout layout = Layout::rows;
   int32_t limit = 0;   // 0: all results
   bool count = false;  // at most one of `count`, `live` and `valuesOf` is asked for
   bool live = false;

@@ -37,6 +37,7 @@ const char findHelp[] =
 
 usage: shotlight find QUERY [--in FOLDER]... [--scope NAME,...] [--within QUERY]
                       [--show KEY,...] [--sort KEY[:desc],...] [--limit N]
+                      [--json | --jsonl]
        shotlight find QUERY ... --count
        shotlight find QUERY ... --values KEY
        shotlight find QUERY ... --live [--for SECONDS]
@@ -53,6 +54,9 @@ what to print
                   (default: kMDItemDisplayName,kMDItemFSSize,kMDItemPath)
   --sort KEY,...  sort by the first key, then by the next; KEY:desc reverses
   --limit N       the first N results only
+  --json          an array with an object for each result: the values of the
+                  columns by their keys
+  --jsonl         the same objects, one a line
   --count         only how many results there are
   --values KEY    the values of this attribute, each with how many results
                   have it
@@ -82,7 +86,14 @@ examples:
 Results are an aligned table on a terminal, otherwise one line each with tabs
 between the columns. In both, tabs, newlines and other control characters are
 printed as \t, \n, \x1B or \u0085, and a backslash as \\. Several values of one
-attribute are joined by commas, dates are in GMT. The exit status is 0 when
+attribute are joined by commas; one of them that has a comma or a quote stands
+in double quotes, with those in it doubled. Dates are in GMT. Unless they are
+to be sorted, results are printed as they are found; a table every second.
+
+In JSON, lists are arrays, dates strings like "2011-03-05T06:42:10Z", bytes
+strings of hexadecimal digits, and what is not there is null.
+
+The exit status is 0 when
 there are results, 1 when there are none, 2 after an error, and 130 or 143 when
 the search was interrupted before its end.
 )";

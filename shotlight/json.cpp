@@ -1,5 +1,7 @@
 #include "shotlight/json.h"
 
+#include <unicode/utf8.h>
+
 #include <cmath>
 #include <cstdio>
 #include <vector>
@@ -11,25 +13,45 @@ namespace {
 
 namespace host = standin::host;
 
-// `lines` between the brackets, each on a line of its own.
+int inside(int level) {
+  return level == kJsonOneLine ? kJsonOneLine : level + 1;
+}
+
+// `lines` between the brackets, each on a line of its own, unless all is on one.
 std::string block(char open, const std::vector<std::string>& lines, char close, int level) {
+  const bool isOneLine = level == kJsonOneLine;
   std::string result(1, open);
-  for (size_t i = 0; i < lines.size(); ++i) result += (i > 0 ? "," : "") + jsonIndent(level + 1) + lines[i];
-  if (!lines.empty()) result += jsonIndent(level);
+  for (size_t i = 0; i < lines.size(); ++i) {
+    result += i > 0 ? "," : "";
+    result += isOneLine ? (i > 0 ? " " : "") : jsonIndent(level + 1);
+    result += lines[i];
+  }
+  if (!lines.empty() && !isOneLine) result += jsonIndent(level);
   return result + close;
 }
 
 std::string list(const host::Value& value, int level) {
   std::vector<std::string> lines;
-  for (const host::Value& element : host::elements(value)) lines.push_back(json(element, level + 1));
+  for (const host::Value& element : host::elements(value)) lines.push_back(json(element, inside(level)));
   return block('[', lines, ']', level);
 }
 
 std::string dictionary(const host::Value& value, int level) {
-  std::vector<std::string> lines;
-  for (const auto& [key, element] : host::entries(value))
-    lines.push_back(jsonString(joinedText(key)) + ": " + json(element, level + 1));
-  return block('{', lines, '}', level);
+  JsonMembers members;
+  for (const auto& [key, element] : host::entries(value)) members.emplace_back(joinedText(key), element);
+  return jsonObject(members, level);
+}
+
+// Controls, separators of lines and paragraphs, and what turns the direction of writing.
+bool isEscaped(UChar32 code) {
+  return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x061C || code == 0x200E || code == 0x200F ||
+         (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+void appendEscape(std::string& text, char16_t code) {
+  char escape[7];
+  std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(code));
+  text += escape;
 }
 
 }  // namespace
@@ -39,19 +61,33 @@ std::string jsonIndent(int level) {
 }
 
 std::string jsonString(const std::string& utf8) {
+  constexpr UChar32 kNoCharacter = 0xDC00;  // and the byte
   std::string result = "\"";
-  for (const char c : utf8) {
-    if (c == '"' || c == '\\') {
-      result += {'\\', c};
-    } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
-      char escape[7];
-      std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(c));
-      result += escape;
+  const auto size = static_cast<int32_t>(utf8.size());
+  for (int32_t i = 0; i < size;) {
+    const int32_t start = i;
+    UChar32 code = 0;
+    U8_NEXT(utf8.data(), i, size, code);
+    if (code < 0) {
+      i = start + 1;
+      const auto byte = static_cast<unsigned char>(utf8[static_cast<size_t>(start)]);
+      appendEscape(result, static_cast<char16_t>(kNoCharacter + byte));
+    } else if (code == '"' || code == '\\') {
+      result += {'\\', static_cast<char>(code)};
+    } else if (isEscaped(code)) {
+      appendEscape(result, static_cast<char16_t>(code));
     } else {
-      result += c;
+      result.append(utf8, static_cast<size_t>(start), static_cast<size_t>(i - start));
     }
   }
   return result + '"';
+}
+
+std::string jsonObject(const JsonMembers& members, int level) {
+  std::vector<std::string> lines;
+  for (const auto& [name, value] : members)
+    lines.push_back(jsonString(name) + ": " + json(value, inside(level)));
+  return block('{', lines, '}', level);
 }
 
 std::string json(const host::Value& value, int level) {

@@ -47,19 +47,20 @@ void reverse(const host::Value& query, const std::string& key) {
     throw CommandError("--sort '" + key + ":desc': the system can't reverse the order; leave out :desc");
 }
 
-// Stops the run of the run loop when the query tells that its gathering is complete.
-class EndOfGathering {
+// Stops the run of the run loop when the query raises the event.
+class StopAtEvent {
  public:
-  explicit EndOfGathering(const host::Value& query) : query_(query) {
-    host::setEventHandler(query, "Finish",
+  StopAtEvent(const host::Value& query, const char* event) : query_(query), event_(event) {
+    host::setEventHandler(query, event,
                           [](const std::vector<host::Value>&) { CFRunLoopStop(CFRunLoopGetCurrent()); });
   }
-  ~EndOfGathering() { host::setEventHandler(query_, "Finish", nullptr); }
-  EndOfGathering(const EndOfGathering&) = delete;
-  EndOfGathering& operator=(const EndOfGathering&) = delete;
+  ~StopAtEvent() { host::setEventHandler(query_, event_, nullptr); }
+  StopAtEvent(const StopAtEvent&) = delete;
+  StopAtEvent& operator=(const StopAtEvent&) = delete;
 
  private:
   const host::Value& query_;
+  const char* const event_;
 };
 
 std::string realFolder(const std::string& name) {
@@ -123,8 +124,10 @@ std::vector<std::string> realFolders(const std::vector<std::string>& names) {
   return paths;
 }
 
-bool gather(const host::Value& query, int32_t flags, Interrupts& interrupts) {
-  const EndOfGathering end(query);
+bool gather(const host::Value& query, int32_t flags, Interrupts& interrupts, const WhileGathering& more) {
+  const StopAtEvent end(query, "Finish");
+  std::optional<StopAtEvent> batch;
+  if (more) batch.emplace(query, "Progress");
   if (!host::call(query, "Execute", flags).boolean())
     throw CommandError("the plug-in could not execute the query; try another --plugin");
   Progress progress;
@@ -135,6 +138,7 @@ bool gather(const host::Value& query, int32_t flags, Interrupts& interrupts) {
       host::call(query, "Stop");
       return false;
     }
+    if (more) more(progress);
     const standin::SearchProgress search = standin::currentSearch();
     progress.showLooked(search.looked, search.waiting, search.walked);
   }

@@ -1,11 +1,13 @@
 // The query that a command runs.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "shotlight/find_options.h"
 #include "shotlight/interrupts.h"
+#include "shotlight/progress.h"
 #include "standin/host/host.h"
 
 namespace shotlight {
@@ -24,9 +26,14 @@ void setSearchScope(const standin::host::Value& query, const std::vector<std::st
 // Absolute paths of folders that are there and may be read, in UTF-8. Throws CommandError for others.
 std::vector<std::string> realFolders(const std::vector<std::string>& names);
 
+// Called while results are gathered, when there may be new ones; never from an event. A line of progress may
+// be shown.
+using WhileGathering = std::function<void(Progress&)>;
+
 // Runs the query on the run loop until the first gathering is complete. False when it was interrupted; the
-// query is then stopped. `flags` as of Execute.
-bool gather(const standin::host::Value& query, int32_t flags, Interrupts& interrupts);
+// query is then stopped. `flags` as of Execute. What `more` throws comes out of it.
+bool gather(const standin::host::Value& query, int32_t flags, Interrupts& interrupts,
+            const WhileGathering& more = {});
 
 int32_t flag(const char* constant);  // of the query class
 

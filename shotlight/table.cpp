@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "shotlight/output.h"
 #include "shotlight/text.h"
@@ -11,15 +12,8 @@ namespace {
 
 const size_t kGap = 2;  // columns between two columns of the table
 
-std::vector<size_t> widthsOf(const std::vector<Column>& columns,
-                             const std::vector<std::vector<std::string>>& rows) {
-  std::vector<size_t> widths;
-  for (size_t i = 0; i < columns.size(); ++i) {
-    size_t width = displayWidth(columns[i].title);
-    for (const auto& row : rows) width = std::max(width, displayWidth(row[i]));
-    widths.push_back(width);
-  }
-  return widths;
+void widen(std::vector<size_t>& widths, const std::vector<std::string>& row) {
+  for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
 }
 
 void printAligned(const std::vector<Column>& columns, const std::vector<size_t>& widths,
@@ -75,11 +69,20 @@ void printTable(const std::vector<Column>& columns, std::vector<std::vector<std:
     for (const auto& row : rows) printRow(row);
     return;
   }
+  std::vector<size_t> widths;
+  printPart(columns, std::move(rows), widths);
+}
+
+void printPart(const std::vector<Column>& columns, std::vector<std::vector<std::string>> rows,
+               std::vector<size_t>& widths) {
   for (auto& row : rows) std::transform(row.begin(), row.end(), row.begin(), printable);
-  const auto widths = widthsOf(columns, rows);
-  std::vector<std::string> titles;
-  for (const Column& column : columns) titles.push_back(column.title);
-  printAligned(columns, widths, titles);
+  if (widths.empty()) {
+    std::vector<std::string> titles;
+    for (const Column& column : columns) titles.push_back(column.title);
+    rows.insert(rows.begin(), std::move(titles));
+    widths.resize(columns.size());
+  }
+  for (const auto& row : rows) widen(widths, row);
   for (const auto& row : rows) printAligned(columns, widths, row);
 }
 

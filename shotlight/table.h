@@ -23,4 +23,9 @@ void printRow(const std::vector<std::string>& row);
 // takes no more.
 void printTable(const std::vector<Column>& columns, std::vector<std::vector<std::string>> rows, bool aligned);
 
+// Prints some rows of an aligned table, and before the first of all the titles. `widths` is empty before
+// them, and is given on from part to part: columns get wider, never narrower.
+void printPart(const std::vector<Column>& columns, std::vector<std::vector<std::string>> rows,
+               std::vector<size_t>& widths);
+
 }  // namespace shotlight

@@ -66,6 +66,43 @@ std::string plainText(const host::Value& value, Form form) {
   }
 }
 
+bool mustBeQuoted(const std::string& text, const char* specials) {
+  return text.empty() || text.front() == ' ' || text.back() == ' ' || text.front() == '(' ||
+         text.front() == '{' || text.find_first_of(specials) != std::string::npos;
+}
+
+std::string quoted(const std::string& text) {
+  std::string result;
+  for (const char c : text) result.append(c == '"' ? 2 : 1, c);
+  return '"' + result + '"';
+}
+
+std::string joinedList(const host::Value& value, bool isNested);
+std::string joinedDictionary(const host::Value& value);
+
+// One of several values in a text.
+std::string elementText(const host::Value& element, bool isNested) {
+  const Form form = formOf(element);
+  if (form == Form::list) return '(' + joinedList(element, true) + ')';
+  if (form == Form::dictionary) return joinedDictionary(element);
+  const std::string text = plainText(element, form);
+  return mustBeQuoted(text, isNested ? "\",(){}=" : "\",") ? quoted(text) : text;
+}
+
+std::string joinedList(const host::Value& value, bool isNested) {
+  std::string joined;
+  for (const host::Value& element : host::elements(value))
+    joined += (joined.empty() ? "" : ", ") + elementText(element, isNested);
+  return joined;
+}
+
+std::string joinedDictionary(const host::Value& value) {
+  std::string joined;
+  for (const auto& [key, element] : host::entries(value))
+    joined += (joined.empty() ? "" : ", ") + elementText(key, true) + " = " + elementText(element, true);
+  return '{' + joined + '}';
+}
+
 }  // namespace
 
 Form formOf(const host::Value& value) {
@@ -89,17 +126,11 @@ std::string plainText(const host::Value& value) {
 }
 
 std::string joinedText(const host::Value& value) {
-  std::string joined;
-  const Form form = formOf(value);
-  switch (form) {
+  switch (const Form form = formOf(value)) {
     case Form::list:
-      for (const host::Value& element : host::elements(value))
-        joined += (joined.empty() ? "" : ", ") + joinedText(element);
-      return joined;
+      return joinedList(value, false);
     case Form::dictionary:
-      for (const auto& [key, element] : host::entries(value))
-        joined += (joined.empty() ? "" : ", ") + joinedText(key) + " = " + joinedText(element);
-      return '{' + joined + '}';
+      return joinedDictionary(value);
     default:
       return plainText(value, form);
   }

@@ -16,7 +16,10 @@ Form formOf(const standin::host::Value& value);
 // number back); a text as it is; bytes as hexadecimal digits; a date as 2011-03-05T06:42:10Z; "" for nothing.
 std::string plainText(const standin::host::Value& value);
 
-// Any value as one text: the elements of a list are joined by ", ", a dictionary is {a = 1, b = 2}.
+// Any value as one text: the elements of a list are joined by ", ", a dictionary is {a = 1, b = 2}. An
+// element of a list or a dictionary stands in double quotes, with those in it doubled, where it is empty or
+// has a comma, a quote or a blank at its ends, so that it is known where it begins and ends; in a dictionary,
+// and in lists within others, which stand in parentheses, also where it has one of (){}=.
 std::string joinedText(const standin::host::Value& value);
 
 }  // namespace shotlight

@@ -69,9 +69,10 @@ TEST(Help, NamesEveryCommand) {
 
 TEST(Help, ExplainsEveryOption) {
   const auto help = lines(helpOf("find"));
-  for (const char* option : {"--in FOLDER", "--scope NAME,...", "--within QUERY", "--show KEY,...",
-                             "--sort KEY,...", "--limit N", "--count", "--values KEY", "--live",
-                             "--for SECONDS", "--no-store", "--plugin FILE", "--      ", "--help   "}) {
+  for (const char* option :
+       {"--in FOLDER", "--scope NAME,...", "--within QUERY", "--show KEY,...", "--sort KEY,...", "--limit N",
+        "--json", "--jsonl", "--count", "--values KEY", "--live", "--for SECONDS", "--no-store",
+        "--plugin FILE", "--      ", "--help   "}) {
     EXPECT_TRUE(hasLine(help, "  " + std::string(option))) << option;
   }
   for (const char* option : {"--clear", "--check", "--help   "}) {

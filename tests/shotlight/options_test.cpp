@@ -29,7 +29,9 @@ TEST_F(Options, LimitPrintsTheFirstResultsAndSaysOfHowMany) {
   const Result one = findWith({"--limit", "1"});
   EXPECT_EQ(one.status, 0);
   EXPECT_EQ(lines(one.output), (Texts{all[0]}));
-  EXPECT_TRUE(matches(one.errors, "the first 1 of 3 results in [0-9.]+ s\n"));
+  EXPECT_TRUE(matches(one.errors, "1 result, and there are more, in [0-9.]+ s\n"));
+  EXPECT_TRUE(startsWith(findWith({"--limit", "1", "--sort", "kMDItemFSName"}).errors,
+                         "the first 1 of 3 results in "));
   EXPECT_EQ(lines(findWith({"--limit", "2"}).output), (Texts{all[0], all[1]}));
 }
 
