@@ -189,6 +189,7 @@ int find(const Arguments& arguments) {
   const bool anywhere = options.folders.empty() && options.scopes.empty();
   const auto folders = realFolders(anywhere ? Arguments{"."} : options.folders);
   useStore(!options.noStore);
+  standin::setWalkLimits(options.limits);
   Session session(options.plugin);
   checkAllKeys(options);
   int status = kError;

@@ -18,11 +18,11 @@ bool parseNumber(const std::string& text, Number& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
-int32_t parseLimit(const std::string& text) {
-  int32_t limit = 0;
-  if (!parseNumber(text, limit) || limit < 1)
-    throw UsageError("--limit '" + text + "': a whole number from 1 to 2147483647 is needed");
-  return limit;
+int32_t parseCount(const std::string& option, const std::string& text) {
+  int32_t count = 0;
+  if (!parseNumber(text, count) || count < 1)
+    throw UsageError(option + " '" + text + "': a whole number from 1 to 2147483647 is needed");
+  return count;
 }
 
 double parseSeconds(const std::string& text) {
@@ -86,6 +86,17 @@ std::vector<Option> optionsInto(FindOptions& options) {
        [&options](const std::string& value) {
          for (const std::string& name : splitAtCommas(value)) options.scopes.push_back(scopeNamed(name));
        }},
+      {"--exclude",
+       [&options](const std::string& value) {
+         if (value.empty()) throw UsageError("--exclude '': the pattern is empty; write one, such as '*.o'");
+         options.limits.excluded.push_back(value);
+       }},
+      {"--depth",
+       [&options](const std::string& value) {
+         options.limits.depth = static_cast<size_t>(parseCount("--depth", value));
+       }},
+      switchOption("--one-file-system", options.limits.oneFileSystem),
+      {"--no-hidden", [&options](const std::string&) { options.limits.hidden = false; }, false},
       {"--within",
        [&options](const std::string& value) {
          if (isBlank(value))
@@ -94,7 +105,7 @@ std::vector<Option> optionsInto(FindOptions& options) {
        }},
       keysOption("--show", options.keys),
       {"--sort", [&options](const std::string& value) { append(options.sorting, parseSorting(value)); }},
-      {"--limit", [&options](const std::string& value) { options.limit = parseLimit(value); }},
+      {"--limit", [&options](const std::string& value) { options.limit = parseCount("--limit", value); }},
       {"--json", [&options](const std::string&) { setLayout(options, Layout::jsonArray); }, false},
       {"--jsonl", [&options](const std::string&) { setLayout(options, Layout::jsonLines); }, false},
       switchOption("--count", options.count),

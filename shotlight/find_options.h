@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "shotlight/arguments.h"
+#include "standin/coreservices/metadata/control.h"
 
 namespace shotlight {
 
@@ -22,6 +23,7 @@ struct FindOptions {
   std::string within;                // empty: among all files
   std::vector<std::string> folders;  // to look in; empty, with no scopes: the current folder
   std::vector<std::string> scopes;   // constants of the query class
+  standin::WalkLimits limits;        // of what is in the folders and scopes
   std::vector<std::string> keys;     // the columns; empty: the default ones
   std::vector<SortKey> sorting;
   Layout layout = Layout::rows;

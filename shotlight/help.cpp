@@ -36,6 +36,8 @@ const char findHelp[] =
     R"(shotlight find: searches for files, once or live.
 
 usage: shotlight find QUERY [--in FOLDER]... [--scope NAME,...] [--within QUERY]
+                      [--exclude GLOB]... [--depth N] [--one-file-system]
+                      [--no-hidden]
                       [--show KEY,...] [--sort KEY[:desc],...] [--limit N]
                       [--json | --jsonl]
        shotlight find QUERY ... --count
@@ -48,6 +50,17 @@ where to look (default: in the current folder)
                   home, computer, network, all, computer-indexed or
                   network-indexed; beside the folders, if there are any
   --within QUERY  only among what this query matches
+  --exclude GLOB  not at what has this name, nor at anything in it if it is a
+                  folder; may be given several times. With a slash in it, GLOB
+                  is for the path below the folder that is searched, with one at
+                  its beginning for the whole path, with one at its end for
+                  folders only. ** stands for any number of folders.
+  --depth N       not further than N folders down: with 1, at what is in the
+                  folder itself
+  --one-file-system
+                  not at what is in folders where another disk is mounted
+  --no-hidden     not at what has a name that begins with a dot, nor at what is
+                  in such folders
 
 what to print
   --show KEY,...  the columns; see shotlight keys
@@ -82,6 +95,7 @@ examples:
   shotlight find 'kMDItemDisplayName == "cafe*"cd' --show kMDItemPath
   shotlight find 'InRange(kMDItemFSSize, 1, 100) && kMDItemFSInvisible == false'
   shotlight find 'kMDItemFSSize > 0' --sort kMDItemFSSize:desc --limit 1
+  shotlight find 'kMDItemFSSize > 60' --exclude node_modules --exclude '*.pdf'
 
 Results are an aligned table on a terminal, otherwise one line each with tabs
 between the columns. In both, tabs, newlines and other control characters are

@@ -1,3 +1,4 @@
+#include <clocale>
 #include <cstdio>
 #include <exception>
 
@@ -47,6 +48,7 @@ int run(const Arguments& arguments) {
 
 int main(int count, char** words) {
   keepStandardStreamsApart();
+  std::setlocale(LC_CTYPE, "C.UTF-8");  // a character of a name or a pattern is one of UTF-8
   try {
     return run({words + 1, words + count});
   } catch (const std::exception& error) {

@@ -69,10 +69,11 @@ TEST(Help, NamesEveryCommand) {
 
 TEST(Help, ExplainsEveryOption) {
   const auto help = lines(helpOf("find"));
-  for (const char* option :
-       {"--in FOLDER", "--scope NAME,...", "--within QUERY", "--show KEY,...", "--sort KEY,...", "--limit N",
-        "--json", "--jsonl", "--count", "--values KEY", "--live", "--for SECONDS", "--no-store",
-        "--plugin FILE", "--      ", "--help   "}) {
+  for (const char* option : {"--in FOLDER",    "--scope NAME,...",  "--within QUERY", "--exclude GLOB",
+                             "--depth N",      "--one-file-system", "--no-hidden",    "--show KEY,...",
+                             "--sort KEY,...", "--limit N",         "--json",         "--jsonl",
+                             "--count",        "--values KEY",      "--live",         "--for SECONDS",
+                             "--no-store",     "--plugin FILE",     "--      ",       "--help   "}) {
     EXPECT_TRUE(hasLine(help, "  " + std::string(option))) << option;
   }
   for (const char* option : {"--clear", "--check", "--help   "}) {
@@ -107,8 +108,8 @@ TEST(Help, HasExamplesThatRunAsTheyStandAndFindWhatTheySay) {
     EXPECT_PRED_FORMAT2(testing::IsSubstring, expected[i].second, result.output);
   }
   const auto all = examplesIn(helpOf("find"));
-  const char* found[] = {"NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t", "/Downloads/Caf", " menu.pdf\t50\t",
-                         "NOTES.TXT\t1000001\t"};
+  const char* found[] = {"NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t", "/Downloads/Caf",
+                         " menu.pdf\t50\t",      "NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t"};
   ASSERT_EQ(all.size(), std::size(found));
   for (size_t i = 0; i < all.size(); ++i) {
     SCOPED_TRACE(all[i]);

@@ -1,12 +1,12 @@
 // Results as they are printed: while others are searched for, as JSON, and lists in every layout.
 #include <signal.h>
-#include <sys/inotify.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "tests/shotlight/opened_folders.h"
 #include "tests/shotlight/run.h"
 #include "tests/support/scratch_folder.h"
 
@@ -15,35 +15,6 @@ namespace {
 using nlohmann::json;
 
 const char kEverything[] = "kMDItemFSName == \"*\"";
-
-// Which of a folder's subfolders are opened, from now on.
-class Opened {
- public:
-  explicit Opened(const std::vector<std::string>& folders)
-      : descriptor_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-    for (const std::string& folder : folders)
-      EXPECT_GE(inotify_add_watch(descriptor_, folder.c_str(), IN_OPEN | IN_ONESHOT), 0) << folder;
-  }
-  ~Opened() { close(descriptor_); }
-  Opened(const Opened&) = delete;
-  Opened& operator=(const Opened&) = delete;
-
-  int count() const {
-    int count = 0;
-    alignas(inotify_event) char buffer[64 * 1024];
-    for (ssize_t size; (size = read(descriptor_, buffer, sizeof buffer)) > 0;) {
-      for (ssize_t offset = 0; offset < size;) {
-        const auto& event = *reinterpret_cast<const inotify_event*>(buffer + offset);
-        offset += static_cast<ssize_t>(sizeof event + event.len);
-        count += (event.mask & IN_OPEN) != 0;
-      }
-    }
-    return count;
-  }
-
- private:
-  const int descriptor_;
-};
 
 // 30,000 files; a search looks at them in the order of the folders.
 class LargeTree : public testing::Test {
@@ -82,22 +53,22 @@ const ScratchFolder* LargeTree::tree_ = nullptr;
 TEST_F(LargeTree, IsNotSearchedToItsEndForItsFirstResult) {
   for (const std::string options : {"", "--jsonl", "--json"}) {
     SCOPED_TRACE(options);
-    const Opened opened(folders());
+    const OpenedFolders opened(folders());
     const Result result = firstLine(options);
     EXPECT_EQ(lines(result.output).size(), 1u) << result;
     EXPECT_EQ(result.errors, "");  // of a search that was over there would be a count
-    const int count = opened.count();
-    EXPECT_GT(count, 0);
-    EXPECT_LT(count, kFolders / 2);
+    const size_t count = opened.names().size();
+    EXPECT_GT(count, 0u);
+    EXPECT_LT(count, size_t{kFolders / 2});
   }
 }
 
 TEST_F(LargeTree, IsSearchedForAsManyResultsAsAreWanted) {
-  const Opened opened(folders());
+  const OpenedFolders opened(folders());
   const Result result = find({kEverything, "--in", tree_->path(), "--limit", "3"});
   EXPECT_EQ(lines(result.output).size(), 3u);
   EXPECT_TRUE(matches(result.errors, "3 results, and there are more, in [0-9.]+ s\n")) << result;
-  EXPECT_EQ(opened.count(), 1);
+  EXPECT_EQ(opened.names().size(), 1u);
 }
 
 TEST_F(LargeTree, IsSearchedToItsEndForAnOrder) {

@@ -179,8 +179,8 @@ TEST_F(Options, EndAtADoubleDash) {
 }
 
 TEST_F(Options, WithoutAValueSaySo) {
-  for (const std::string option :
-       {"--in", "--scope", "--within", "--show", "--sort", "--limit", "--values", "--for", "--plugin"}) {
+  for (const std::string option : {"--in", "--scope", "--within", "--exclude", "--depth", "--show", "--sort",
+                                   "--limit", "--values", "--for", "--plugin"}) {
     SCOPED_TRACE(option);
     expectError(findWith({option}), option + " needs a value; see shotlight find --help");
   }

@@ -1,6 +1,7 @@
 #include "standin/coreservices/disk/paths.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -36,26 +37,26 @@ std::string intendedPath(const std::string& path) {
   return (folder == "/" ? "" : folder) + path.substr(slash);
 }
 
-std::vector<std::string> distinctFolders(const std::vector<std::string>& folders, size_t& missing) {
+std::vector<std::string> realFolders(const std::vector<std::string>& folders, size_t& missing) {
   std::vector<std::string> real;
   for (const std::string& folder : folders) {
     std::optional<std::string> path = realPathOfAbsolute(folder);
-    if (path && isFolder(*path)) {
-      real.push_back(std::move(*path));
-    } else {
+    if (!path || !isFolder(*path)) {
       ++missing;
+    } else if (std::find(real.begin(), real.end(), *path) == real.end()) {
+      real.push_back(std::move(*path));
     }
   }
-  std::vector<std::string> distinct;
-  for (size_t i = 0; i < real.size(); ++i) {
-    const auto coversThis = [&](const std::string& other) { return liesIn(real[i], other); };
-    const bool earlier = std::any_of(distinct.begin(), distinct.end(), coversThis);
-    const bool later =
-        std::any_of(real.begin() + static_cast<ptrdiff_t>(i) + 1, real.end(),
-                    [&](const std::string& other) { return other != real[i] && coversThis(other); });
-    if (!earlier && !later) distinct.push_back(real[i]);
-  }
-  return distinct;
+  return real;
+}
+
+std::vector<std::string> foldersInOthers(const std::vector<std::string>& folders) {
+  std::vector<std::string> inner;
+  std::copy_if(folders.begin(), folders.end(), std::back_inserter(inner), [&](const std::string& folder) {
+    return std::any_of(folders.begin(), folders.end(),
+                       [&](const std::string& other) { return other != folder && liesIn(folder, other); });
+  });
+  return inner;
 }
 
 }  // namespace standin::metadata

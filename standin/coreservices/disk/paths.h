@@ -23,8 +23,11 @@ bool liesIn(std::string_view path, std::string_view folder);
 // answered as it is.
 std::string intendedPath(const std::string& path);
 
-// The real paths of the folders, without those that lie in others. Those that aren't there, or are relative,
-// are left out and counted.
-std::vector<std::string> distinctFolders(const std::vector<std::string>& folders, size_t& missing);
+// The real paths of the folders, each once. Those that aren't there, or are relative, are left out and
+// counted.
+std::vector<std::string> realFolders(const std::vector<std::string>& folders, size_t& missing);
+
+// Those of the folders that lie in others of them.
+std::vector<std::string> foldersInOthers(const std::vector<std::string>& folders);
 
 }  // namespace standin::metadata

@@ -63,8 +63,9 @@ struct FolderCloser {
 
 class TreeWatcher::Implementation {
  public:
-  Implementation(const std::vector<std::string>& roots, const std::vector<std::string>& excluded)
-      : scope_(roots, excluded), buffer_(64 * 1024) {
+  Implementation(const std::vector<std::string>& roots, const std::vector<std::string>& excluded,
+                 const WalkFilter& filter)
+      : scope_(roots, excluded, filter), buffer_(64 * 1024) {
     if (descriptor() >= 0) {
       followAll();
     } else {
@@ -327,8 +328,9 @@ bool TreeWatcher::Implementation::forgetDetached() {
   return !watches.empty();
 }
 
-TreeWatcher::TreeWatcher(const std::vector<std::string>& roots, const std::vector<std::string>& excluded)
-    : implementation_(std::make_unique<Implementation>(roots, excluded)) {}
+TreeWatcher::TreeWatcher(const std::vector<std::string>& roots, const std::vector<std::string>& excluded,
+                         const WalkFilter& filter)
+    : implementation_(std::make_unique<Implementation>(roots, excluded, filter)) {}
 
 TreeWatcher::~TreeWatcher() = default;
 

@@ -15,13 +15,15 @@
 #include <vector>
 
 #include "standin/coreservices/disk/tree_change.h"
+#include "standin/coreservices/disk/walk_filter.h"
 
 namespace standin::metadata {
 
 class TreeWatcher {
  public:
   // Watches every folder in `roots`, absolute paths, but for the contents of the folders in `excluded` (paths
-  // as well). Folders that are in both are watched. What is there already isn't told. Returns when all
+  // as well), and of those that the filter doesn't enter. Folders that are in both are watched. What is there
+  // already isn't told, and what the filter leaves out may be told. Returns when all
   // folders are watched, so that whatever is read from the disk afterwards is kept up to date by take().
   //
   // - Symbolic links are entries like others and never followed, except in the paths given here: they are
@@ -34,7 +36,8 @@ class TreeWatcher {
   //
   // Throws nothing but std::bad_alloc. A watcher that can't work at all (the user has too many inotify
   // instances, the process too many files) is dead: descriptor() is -1, take() is empty, reason() says why.
-  TreeWatcher(const std::vector<std::string>& roots, const std::vector<std::string>& excluded);
+  TreeWatcher(const std::vector<std::string>& roots, const std::vector<std::string>& excluded,
+              const WalkFilter& filter = {});
   ~TreeWatcher();
   TreeWatcher(const TreeWatcher&) = delete;
   TreeWatcher& operator=(const TreeWatcher&) = delete;

@@ -32,9 +32,9 @@ std::optional<FileId> idOf(int fd) {
 }
 
 struct Entry {
-  uint32_t name;    // offset into the folder's names
-  uint16_t length;  // of the name
-  bool mayBeFolder;
+  uint32_t name;       // offset into the folder's names
+  uint16_t length;     // of the name
+  unsigned char type;  // DT_UNKNOWN where the file system doesn't tell
   uint64_t differing;  // eight bytes of the name, for sorting
 };
 
@@ -85,6 +85,8 @@ bool isHarmless(int error) {
   return error == ENOENT || error == ENOTDIR || error == ELOOP;
 }
 
+const WalkFilter kOpenFilter;
+
 }  // namespace
 
 std::vector<FileId> fileIdsOf(const std::vector<std::string>& folders) {
@@ -98,8 +100,15 @@ std::vector<FileId> fileIdsOf(const std::vector<std::string>& folders) {
 
 class Walk::Implementation {
  public:
-  Implementation(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor)
-      : excluded_(excluded), visitor_(visitor), buffer_(64 * 1024), path_(root) {
+  Implementation(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor,
+                 const WalkFilter& filter, const std::string& base)
+      : excluded_(excluded),
+        visitor_(visitor),
+        filter_(filter),
+        base_(base),
+        rootDepth_(depthBelow(base, root)),
+        buffer_(64 * 1024),
+        path_(root) {
     enter(openFolder(AT_FDCWD, root.c_str(), true), root.size());
   }
 
@@ -113,8 +122,9 @@ class Walk::Implementation {
     }
     const Entry entry = folder.entries[folder.next++];
     const char* const name = folder.names.data() + entry.name;
+    if (isLeftOut(folder, name, entry.type)) return true;
     visitor_.found(folder.descriptor.get(), path_, name);
-    if (!entry.mayBeFolder) return true;
+    if (!mayBeFolder(entry.type) || rootDepth_ + stack_.size() >= filter_.depth()) return true;
     Descriptor descriptor = openFolder(folder.descriptor.get(), name);
     const size_t nameLength = entry.length;
     const size_t pathLength = path_.size();
@@ -154,7 +164,21 @@ class Walk::Implementation {
 
   // The first folder is walked through whatever is excluded: it was asked for by name.
   bool isExcluded(const FileId& id) const {
-    return !stack_.empty() && std::find(excluded_.begin(), excluded_.end(), id) != excluded_.end();
+    if (stack_.empty()) return false;
+    if (filter_.staysOnFileSystem() && id.device != stack_.front().id.device) return true;
+    return std::find(excluded_.begin(), excluded_.end(), id) != excluded_.end();
+  }
+
+  static bool mayBeFolder(unsigned char type) { return type == DT_DIR || type == DT_UNKNOWN; }
+
+  bool isLeftOut(const Folder& folder, const char* name, unsigned char type) const {
+    if (filter_.isOpen()) return false;
+    struct stat info;
+    const bool isFolder =
+        type == DT_DIR ||
+        (type == DT_UNKNOWN && ::fstatat(folder.descriptor.get(), name, &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISDIR(info.st_mode));
+    return filter_.leavesOut(base_, path_, name, isFolder);
   }
 
   bool readEntries(Folder& folder) {
@@ -175,8 +199,8 @@ class Walk::Implementation {
   static void addEntry(Folder& folder, const char* name, unsigned char type) {
     if (name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]))) return;
     const size_t length = std::strlen(name);
-    folder.entries.push_back({static_cast<uint32_t>(folder.names.size()), static_cast<uint16_t>(length),
-                              type == DT_DIR || type == DT_UNKNOWN, 0});
+    folder.entries.push_back(
+        {static_cast<uint32_t>(folder.names.size()), static_cast<uint16_t>(length), type, 0});
     folder.names.append(name, length + 1);
   }
 
@@ -202,14 +226,21 @@ class Walk::Implementation {
 
   const std::vector<FileId>& excluded_;
   WalkVisitor& visitor_;
+  const WalkFilter& filter_;
+  const std::string base_;
+  const size_t rootDepth_;  // below the base
   std::vector<char> buffer_;
   std::vector<Folder> stack_;
   std::string path_;
   WalkReport report_;
 };
 
+Walk::Walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor,
+           const WalkFilter& filter, const std::string& base)
+    : implementation_(std::make_unique<Implementation>(root, excluded, visitor, filter, base)) {}
+
 Walk::Walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor)
-    : implementation_(std::make_unique<Implementation>(root, excluded, visitor)) {}
+    : Walk(root, excluded, visitor, kOpenFilter, root) {}
 
 Walk::~Walk() = default;
 

@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "standin/coreservices/disk/walk_filter.h"
+
 namespace standin::metadata {
 
 struct FileId {
@@ -46,6 +48,10 @@ class Walk {
   // entries, but what is in them isn't walked through. What vanishes during the walk is left out. Both
   // arguments that are references must outlive the walk.
   Walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor);
+  // The same, but for what the filter leaves out, which must outlive the walk, too. `base` is the folder that
+  // its limits count from: the root, or one above it.
+  Walk(const std::string& root, const std::vector<FileId>& excluded, WalkVisitor& visitor,
+       const WalkFilter& filter, const std::string& base);
   ~Walk();
   Walk(const Walk&) = delete;
   Walk& operator=(const Walk&) = delete;

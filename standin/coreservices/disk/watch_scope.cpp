@@ -40,8 +40,9 @@ std::set<std::string> resolve(const std::vector<std::string>& paths) {
 
 }  // namespace
 
-WatchScope::WatchScope(const std::vector<std::string>& roots, const std::vector<std::string>& excluded)
-    : excluded_(resolve(excluded)) {
+WatchScope::WatchScope(const std::vector<std::string>& roots, const std::vector<std::string>& excluded,
+                       const WalkFilter& filter)
+    : excluded_(resolve(excluded)), filter_(filter) {
   const std::set<std::string> named = resolve(roots);
   for (const std::string& root : named) {
     if (!isCovered(root, named)) roots_.insert(root);
@@ -50,6 +51,7 @@ WatchScope::WatchScope(const std::vector<std::string>& roots, const std::vector<
 
 // Whether the root lies in another one, and nothing between the two is excluded.
 bool WatchScope::isCovered(const std::string& root, const std::set<std::string>& by) const {
+  if (!filter_.isOpen()) return false;
   for (const std::string& outer : by) {
     if (!liesBelow(root, outer)) continue;
     bool reached = true;
@@ -68,8 +70,18 @@ bool WatchScope::hasRootBelow(const std::string& path) const {
 
 WatchRole WatchScope::roleOf(const std::string& path, WatchRole parent) const {
   if (isRoot(path)) return WatchRole::Inside;
-  if (parent == WatchRole::Inside && excluded_.count(path) == 0) return WatchRole::Inside;
+  if (parent == WatchRole::Inside && excluded_.count(path) == 0 && isEntered(path)) return WatchRole::Inside;
   return hasRootBelow(path) ? WatchRole::Passage : WatchRole::Outside;
+}
+
+// Of the roots around it, the innermost counts.
+bool WatchScope::isEntered(const std::string& path) const {
+  if (filter_.isOpen()) return true;
+  std::string root = path;
+  do {
+    root.resize(root.rfind('/'));
+  } while (!root.empty() && !isRoot(root));
+  return filter_.enters(root, path);
 }
 
 std::vector<std::string> WatchScope::rootsWithin(const std::string& path) const {

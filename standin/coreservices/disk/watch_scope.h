@@ -9,20 +9,23 @@
 #include <string>
 #include <vector>
 
+#include "standin/coreservices/disk/walk_filter.h"
+
 namespace standin::metadata {
 
 enum class WatchRole {
   Outside,  // not followed
   Passage,  // a root lies below it: only the entry that leads there matters
-  Inside    // a root or in one, and not excluded: every entry matters
+  Inside    // a root or in one, and not excluded: every entry may matter
 };
 
 class WatchScope {
  public:
   // Paths as people name them. Relative ones are left out.
-  WatchScope(const std::vector<std::string>& roots, const std::vector<std::string>& excluded);
+  WatchScope(const std::vector<std::string>& roots, const std::vector<std::string>& excluded,
+             const WalkFilter& filter = {});
 
-  // Sorted, without those that lie in others.
+  // Sorted, without those that lie in others, unless a filter may keep others from leading to them.
   const std::set<std::string>& roots() const { return roots_; }
   bool isRoot(const std::string& path) const { return roots_.count(path) != 0; }
   // Whether the path is a root or above one.
@@ -38,7 +41,10 @@ class WatchScope {
   bool hasRootBelow(const std::string& path) const;
   bool isCovered(const std::string& root, const std::set<std::string>& by) const;
 
+  bool isEntered(const std::string& path) const;
+
   std::set<std::string> excluded_;
+  WalkFilter filter_;
   std::set<std::string> roots_;
 };
 

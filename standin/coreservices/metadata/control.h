@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "standin/coreservices/disk/walk_limits.h"
 #include "standin/gate/gate.h"
 
 namespace standin {
@@ -27,6 +28,10 @@ STANDIN_API void setIndexedFolders(std::vector<std::string> folders,
 // them: what is at a known path is found without a walk. At first, and after false, it looks at what lies
 // below the folders. Live updates are always of that.
 STANDIN_API void setLooksAtScopesAlone(bool alone);
+
+// What queries leave out that are executed from now on; at first nothing. Folders that a scope names are
+// looked in all the same.
+STANDIN_API void setWalkLimits(const WalkLimits& limits);
 
 struct QueryError {
   size_t position;  // in UTF-16 units from the start of the query string

@@ -85,6 +85,7 @@ QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : que
   SearchRequest request{state.expression, folders, excluded};
   request.alsoRead = state.results.attributes();
   request.themselves = looksAtScopesAlone();
+  request.filter = walkFilter();
   if (state.maximum > 0) request.maximum = static_cast<size_t>(state.maximum);
   search_ = std::make_unique<Search>(std::move(request), state.results.store(),
                                      [&results = state.results](ResultStore::File file, FileRecord& record) {
@@ -114,8 +115,8 @@ void QueryRun::watch(const std::vector<std::string>& folders, const std::vector<
   for (const std::string& folder : folders) {
     if (folder.starts_with('/')) roots.push_back(intendedPath(folder));
   }
-  watcher_ = std::make_unique<TreeWatcher>(roots, excluded);
-  changes_ = std::make_unique<LiveChanges>(state_.expression, roots, excluded);
+  watcher_ = std::make_unique<TreeWatcher>(roots, excluded, walkFilter());
+  changes_ = std::make_unique<LiveChanges>(state_.expression, roots, excluded, walkFilter());
   updateProblem() = watcher_->reason();
   if (watcher_->descriptor() < 0) return;
   runsWithUpdates().insert(this);

@@ -33,6 +33,11 @@ bool& scopesAlone() {
   return alone;
 }
 
+WalkFilter& setFilter() {
+  static WalkFilter filter;
+  return filter;
+}
+
 SearchScope& notedScope() {
   static SearchScope noted;
   return noted;
@@ -142,6 +147,10 @@ bool looksAtScopesAlone() {
   return scopesAlone();
 }
 
+const WalkFilter& walkFilter() {
+  return setFilter();
+}
+
 }  // namespace standin::metadata
 
 void standin::setLooksAtScopesAlone(bool alone) {
@@ -150,6 +159,10 @@ void standin::setLooksAtScopesAlone(bool alone) {
 
 void standin::setIndexedFolders(std::vector<std::string> folders, std::vector<std::string> excluded) {
   metadata::indexedFolders() = {std::move(folders), std::move(excluded)};
+}
+
+void standin::setWalkLimits(const WalkLimits& limits) {
+  metadata::setFilter() = metadata::WalkFilter(limits);
 }
 
 standin::SearchScope standin::takeSearchScope() {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "standin/coreservices/disk/walk_filter.h"
+
 namespace standin::metadata {
 
 // An element of a scope: one of the six keys that mean places, or a folder's path.
@@ -29,6 +31,9 @@ const std::vector<std::string>& excludedFolders();
 // Whether a query looks at what its scope names, and not at what lies below: set with
 // setLooksAtScopesAlone().
 bool looksAtScopesAlone();
+
+// Set with setWalkLimits().
+const WalkFilter& walkFilter();
 
 // The folders that a scope means now; without one, those that count as indexed. There is no network. Only
 // what lies in the scopes around it, too, counts.

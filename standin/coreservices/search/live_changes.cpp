@@ -33,8 +33,11 @@ class Matching : public WalkVisitor {
 }  // namespace
 
 LiveChanges::LiveChanges(ExpressionRef expression, std::vector<std::string> folders,
-                         std::vector<std::string> excluded)
-    : expression_(std::move(expression)), folders_(std::move(folders)), excluded_(std::move(excluded)) {}
+                         std::vector<std::string> excluded, WalkFilter filter)
+    : expression_(std::move(expression)),
+      folders_(std::move(folders)),
+      excluded_(std::move(excluded)),
+      filter_(std::move(filter)) {}
 
 void LiveChanges::add(const std::string& path, Extent extent) {
   const auto [entry, isNew] = extents_.try_emplace(path, extent);
@@ -66,7 +69,8 @@ std::string LiveChanges::take(const ResultStore& known) {
   if (extent == Extent::Rescan) {
     const std::vector<FileId> excluded = fileIdsOf(excluded_);
     Matching matching(*expression_);
-    for (Walk walk(path, excluded, matching); walk.step();) {
+    const std::string* const around = folderAround(path + '/');
+    for (Walk walk(path, excluded, matching, filter_, around ? *around : path); walk.step();) {
     }
     for (const std::string& below : matching.paths) add(below, Extent::Entry);
   }
@@ -83,9 +87,19 @@ bool LiveChanges::isReached(const std::string& path) {
   return true;
 }
 
+// The innermost of the folders that the path lies in; null when there is none.
+const std::string* LiveChanges::folderAround(const std::string& path) const {
+  const std::string* innermost = nullptr;
+  for (const std::string& folder : folders_) {
+    const bool isAround = path != folder && liesIn(path, folder);
+    if (isAround && (!innermost || folder.size() > innermost->size())) innermost = &folder;
+  }
+  return innermost;
+}
+
 bool LiveChanges::isResult(const std::string& path) {
-  const auto isAround = [&](const std::string& folder) { return path != folder && liesIn(path, folder); };
-  if (std::none_of(folders_.begin(), folders_.end(), isAround)) return false;
+  const std::string* const around = folderAround(path);
+  if (!around || !filter_.reaches(*around, path)) return false;
   FileByPath file(path, Reading::Later);
   if (!file.record().exists() || !isReached(path)) return false;
   const Match known = match(*expression_, file.record());

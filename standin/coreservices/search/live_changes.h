@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "standin/coreservices/disk/tree_change.h"
+#include "standin/coreservices/disk/walk_filter.h"
 #include "standin/coreservices/language/expression.h"
 #include "standin/coreservices/search/result_store.h"
 
@@ -18,8 +19,9 @@ namespace standin::metadata {
 class LiveChanges {
  public:
   // Folders are real paths. What lies in one of them may be a result; a folder itself only where it lies in
-  // another.
-  LiveChanges(ExpressionRef expression, std::vector<std::string> folders, std::vector<std::string> excluded);
+  // another. The filter is that of the innermost of them.
+  LiveChanges(ExpressionRef expression, std::vector<std::string> folders, std::vector<std::string> excluded,
+              WalkFilter filter = {});
 
   void add(const std::vector<TreeChange>& changes);
   bool empty() const { return queue_.empty(); }
@@ -38,12 +40,14 @@ class LiveChanges {
   enum class Extent { Entry, KnownBelow, Rescan };  // what has to be looked at, each more than the one before
 
   void add(const std::string& path, Extent extent);
+  const std::string* folderAround(const std::string& path) const;
   bool isReached(const std::string& path);
   void askAhead();
 
   const ExpressionRef expression_;
   const std::vector<std::string> folders_;
   const std::vector<std::string> excluded_;
+  const WalkFilter filter_;
   std::deque<std::string> queue_;
   std::unordered_map<std::string, Extent> extents_;  // of the paths in the queue
   // The last folder that was found to be where its path says, until the next changes.

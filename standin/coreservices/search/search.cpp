@@ -44,9 +44,22 @@ Search::Search(SearchRequest request, ResultStore& results, Found found)
       results_(results),
       onFound_(std::move(found)),
       folders_(request_.themselves ? request_.folders
-                                   : distinctFolders(request_.folders, report_.missingFolders)),
+                                   : realFolders(request_.folders, report_.missingFolders)),
       excluded_(fileIdsOf(request_.excluded)) {
+  if (!request_.themselves) chooseRoots();
   std::ranges::copy_if(request_.alsoRead, std::back_inserter(toBeKnown_), mayTakeReader);
+}
+
+// A folder in another is come to from there, unless that may be filtered: then each is walked through on its
+// own, and the outer walk leaves it alone.
+void Search::chooseRoots() {
+  const std::vector<std::string> inner = foldersInOthers(folders_);
+  if (request_.filter.isOpen()) {
+    std::erase_if(folders_,
+                  [&](const std::string& folder) { return std::ranges::find(inner, folder) != inner.end(); });
+  } else {
+    std::ranges::copy(fileIdsOf(inner), std::back_inserter(excluded_));
+  }
 }
 
 Search::~Search() {
@@ -134,7 +147,8 @@ bool Search::nextFolder() {
     return true;
   }
   collector_ = std::make_unique<Collector>(*this);
-  walk_ = std::make_unique<Walk>(folders_[next_++], excluded_, *collector_);
+  const std::string& folder = folders_[next_++];
+  walk_ = std::make_unique<Walk>(folder, excluded_, *collector_, request_.filter, folder);
   return true;
 }
 

@@ -40,6 +40,7 @@ struct SearchRequest {
   std::vector<FileAttribute> alsoRead = {};             // attributes that will be asked of every result
   // The `folders`, which may then be files as well, are looked at themselves, and nothing below them.
   bool themselves = false;
+  WalkFilter filter = {};  // of what is in the folders; where they lie in one another, the inner one counts
 };
 
 class Search {
@@ -76,6 +77,7 @@ class Search {
     int asked = 1;  // how often a reader was asked, as the file changed
   };
 
+  void chooseRoots();
   bool nextFolder();
   bool walkOn();
   void lookAtPlace(const std::string& path);

@@ -22,6 +22,10 @@ class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsign
     standin::setIndexedFolders({scratch.at("in")});
   }
 
+  ~UpdatesModel() override { standin::setWalkLimits({}); }
+
+  void followRandomOperations();
+
   void follow(const Notice& notice) {
     for (const std::string& path : notice.removed) EXPECT_EQ(told.erase(path), 1u) << path;
     for (const std::string& path : notice.changed) EXPECT_EQ(told.count(path), 1u) << path;
@@ -48,7 +52,7 @@ class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsign
   std::set<std::string> told;
 };
 
-TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
+void UpdatesModel::followRandomOperations() {
   RandomOperations operations(scratch, GetParam());
   for (int i = 0; i < 30; ++i) operations.doOne();
   const auto query = makeQuery(kText, {}, {"kMDItemFSSize"});
@@ -67,6 +71,20 @@ TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
     compare(query);
     expectSorted(query);
   }
+}
+
+TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
+  followRandomOperations();
+}
+
+TEST_P(UpdatesModel, HasThemAlsoWhereSomethingIsLeftOut) {
+  standin::WalkLimits limits;
+  if (GetParam() % 2 == 0) limits.excluded = {"b", "c/d", "e/**/f", scratch.at("in/d/?"), "a/"};
+  if (GetParam() % 3 != 0) limits.depth = 1 + GetParam() % 3;
+  limits.oneFileSystem = true;
+  standin::setWalkLimits(limits);
+  standin::setIndexedFolders({scratch.at("in/b"), scratch.at("in"), scratch.at("in/a/c/e")});
+  followRandomOperations();
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, UpdatesModel, testing::Range(1u, isLongTier() ? 61u : 7u));
