@@ -20,6 +20,7 @@
 #include "shotlight/session.h"
 #include "shotlight/store_options.h"
 #include "shotlight/table.h"
+#include "shotlight/text.h"
 #include "shotlight/values.h"
 #include "standin/coreservices/metadata/control.h"
 
@@ -53,6 +54,23 @@ class Find {
     if (!gather(query_, options_.live ? flag("kMDQueryWantsUpdates") : 0, interrupts_)) throw Interrupted();
     if (options_.live) return runLive();
     return options_.count ? runCount() : runValues();
+  }
+
+  // Prints what run() would search for, and where. Answers the exit status.
+  int explain(const std::vector<std::string>& folders) const {
+    const standin::WalkLimits& limits = options_.limits;
+    printFact("query", host::call(query_, "QueryString").text());
+    if (!options_.within.empty()) printFact("within", options_.within);
+    for (const std::string& folder : folders) printFact("in", folder);
+    for (const std::string& scope : options_.scopes) printFact("scope", scope);
+    for (const std::string& glob : limits.excluded) printFact("exclude", glob);
+    if (limits.depth != standin::WalkLimits().depth)
+      printFact("limit", "depth " + std::to_string(limits.depth));
+    if (limits.oneFileSystem) printFact("limit", "one file system");
+    if (!limits.hidden) printFact("limit", "no hidden files");
+    checkExceptions();
+    finishOutput();
+    return kFound;
   }
 
   // Answers the exit status.
@@ -155,6 +173,12 @@ class Find {
 
   bool isSorted() const { return !options_.sorting.empty(); }
 
+  static void printFact(std::string name, const std::string& value) {
+    constexpr size_t kWidth = 9;
+    name.resize(kWidth, ' ');
+    print(name + escapeControls(value) + '\n');
+  }
+
   static void printRows(const std::vector<Column>& columns, Rows rows) {
     if (!rows.empty()) printTable(columns, std::move(rows), isatty(STDOUT_FILENO));
     finishOutput();
@@ -196,7 +220,7 @@ int find(const Arguments& arguments) {
   {
     Find command(options, folders);
     try {
-      status = command.run();
+      status = options.explain ? command.explain(folders) : command.run();
     } catch (const Interrupted&) {
       status = command.endInterrupted();
     }

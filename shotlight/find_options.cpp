@@ -1,15 +1,18 @@
 #include "shotlight/find_options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <utility>
 
 #include "shotlight/errors.h"
+#include "shotlight/words.h"
 
 namespace shotlight {
 namespace {
 
 const char kExample[] = "such as 'kMDItemFSName == \"*.txt\"'";
+const char kExampleOrWords[] = "such as 'kMDItemFSName == \"*.txt\"', or words, such as harbour";
 const char kDescending[] = ":desc";
 
 template <class Number>
@@ -71,8 +74,25 @@ void setLayout(FindOptions& options, Layout layout) {
   options.layout = layout;
 }
 
+// As the words of a query are separated.
 bool isBlank(const std::string& query) {
-  return query.find_first_not_of(" \t\n") == std::string::npos;
+  return query.find_first_not_of(" \t\n\v\f\r") == std::string::npos;
+}
+
+std::string queryOf(const std::string& text) {
+  return isComparison(text) ? text : queryForWords(text);
+}
+
+// Words may be several arguments; a query that a shell has taken apart has lost its quotes.
+std::string queryOf(const Arguments& operands) {
+  if (operands.empty()) throw UsageError(std::string("find needs a query, ") + kExampleOrWords);
+  if (operands.size() > 1 && std::any_of(operands.begin(), operands.end(), isComparison))
+    throw UsageError("'" + operands[1] +
+                     "' is one argument too many; put the whole query in one pair of quotes");
+  std::string text;
+  for (const std::string& operand : operands) text += (text.empty() ? "" : " ") + operand;
+  if (isBlank(text)) throw UsageError(std::string("the query is empty; write one, ") + kExampleOrWords);
+  return queryOf(text);
 }
 
 std::vector<Option> optionsInto(FindOptions& options) {
@@ -101,7 +121,7 @@ std::vector<Option> optionsInto(FindOptions& options) {
        [&options](const std::string& value) {
          if (isBlank(value))
            throw UsageError(std::string("--within: the query is empty; write one, ") + kExample);
-         options.within = value;
+         options.within = queryOf(value);
        }},
       keysOption("--show", options.keys),
       {"--sort", [&options](const std::string& value) { append(options.sorting, parseSorting(value)); }},
@@ -111,6 +131,7 @@ std::vector<Option> optionsInto(FindOptions& options) {
       switchOption("--count", options.count),
       nameOption("--values", options.valuesOf),
       switchOption("--live", options.live),
+      switchOption("--explain", options.explain),
       {"--for", [&options](const std::string& value) { options.seconds = parseSeconds(value); }},
       switchOption("--no-store", options.noStore),
       nameOption("--plugin", options.plugin),
@@ -142,13 +163,7 @@ void checkCombination(const FindOptions& options) {
 
 FindOptions parseFind(const Arguments& arguments) {
   FindOptions options;
-  const Arguments operands = takeOptions("find", arguments, optionsInto(options));
-  if (operands.empty()) throw UsageError(std::string("find needs a query, ") + kExample);
-  if (operands.size() > 1)
-    throw UsageError("'" + operands[1] +
-                     "' is one argument too many; put the whole query in one pair of quotes");
-  options.query = operands.front();
-  if (isBlank(options.query)) throw UsageError(std::string("the query is empty; write one, ") + kExample);
+  options.query = queryOf(takeOptions("find", arguments, optionsInto(options)));
   checkCombination(options);
   return options;
 }

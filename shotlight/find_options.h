@@ -19,7 +19,7 @@ struct SortKey {
 enum class Layout { rows, jsonArray, jsonLines };
 
 struct FindOptions {
-  std::string query;
+  std::string query;                 // made of plain words, if they were given
   std::string within;                // empty: among all files
   std::vector<std::string> folders;  // to look in; empty, with no scopes: the current folder
   std::vector<std::string> scopes;   // constants of the query class
@@ -30,6 +30,7 @@ struct FindOptions {
   int32_t limit = 0;   // 0: all results
   bool count = false;  // at most one of `count`, `live` and `valuesOf` is asked for
   bool live = false;
+  bool explain = false;  // print what would be searched for, and don't
   std::string valuesOf;
   std::optional<double> seconds;  // for how long to be live; otherwise until interrupted
   bool noStore = false;           // keep nothing of what is read in files

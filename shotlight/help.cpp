@@ -35,14 +35,15 @@ after an error, and 130 or 143 when find was interrupted before its end.
 const char findHelp[] =
     R"(shotlight find: searches for files, once or live.
 
-usage: shotlight find QUERY [--in FOLDER]... [--scope NAME,...] [--within QUERY]
-                      [--exclude GLOB]... [--depth N] [--one-file-system]
-                      [--no-hidden]
+usage: shotlight find QUERY|WORD... [--in FOLDER]... [--scope NAME,...]
+                      [--within QUERY] [--exclude GLOB]... [--depth N]
+                      [--one-file-system] [--no-hidden]
                       [--show KEY,...] [--sort KEY[:desc],...] [--limit N]
                       [--json | --jsonl]
        shotlight find QUERY ... --count
        shotlight find QUERY ... --values KEY
        shotlight find QUERY ... --live [--for SECONDS]
+       shotlight find QUERY ... --explain
 
 where to look (default: in the current folder)
   --in FOLDER     this folder and all below it; may be given several times
@@ -77,6 +78,8 @@ what to print
                   + path of a new one, ~ path of a changed one, - path of one
                   that is gone, until Ctrl-C
   --for SECONDS   end --live after that time
+  --explain       the query, also the one that is made of words, and where it
+                  would be looked; nothing is searched
 
   --no-store      read what is in files anew, and keep nothing; see
                   shotlight store --help
@@ -89,10 +92,16 @@ A query compares metadata attributes: KEY == "text", KEY > number, joined by
 &&, || and parentheses. In text, * stands for any characters and ? for one; the
 letters c, d and w after it ignore case, ignore accents and match whole words.
 
+What has none of = < > && || InRange( in it is words: files are found that have
+each of them in their display names, or in what is in them at the beginning of a
+word, whatever the case and the accents. A word with * in it is a pattern for
+the whole name.
+
 examples:
   shotlight find 'kMDItemFSName == "*.txt"c'
   shotlight find 'kMDItemFSSize > 1000000' --in ~/Documents --in ~/Downloads
   shotlight find 'kMDItemDisplayName == "cafe*"cd' --show kMDItemPath
+  shotlight find cafe menu
   shotlight find 'InRange(kMDItemFSSize, 1, 100) && kMDItemFSInvisible == false'
   shotlight find 'kMDItemFSSize > 0' --sort kMDItemFSSize:desc --limit 1
   shotlight find 'kMDItemFSSize > 60' --exclude node_modules --exclude '*.pdf'

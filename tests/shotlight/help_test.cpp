@@ -73,7 +73,8 @@ TEST(Help, ExplainsEveryOption) {
                              "--depth N",      "--one-file-system", "--no-hidden",    "--show KEY,...",
                              "--sort KEY,...", "--limit N",         "--json",         "--jsonl",
                              "--count",        "--values KEY",      "--live",         "--for SECONDS",
-                             "--no-store",     "--plugin FILE",     "--      ",       "--help   "}) {
+                             "--explain",      "--no-store",        "--plugin FILE",  "--      ",
+                             "--help   "}) {
     EXPECT_TRUE(hasLine(help, "  " + std::string(option))) << option;
   }
   for (const char* option : {"--clear", "--check", "--help   "}) {
@@ -109,7 +110,8 @@ TEST(Help, HasExamplesThatRunAsTheyStandAndFindWhatTheySay) {
   }
   const auto all = examplesIn(helpOf("find"));
   const char* found[] = {"NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t", "/Downloads/Caf",
-                         " menu.pdf\t50\t",      "NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t"};
+                         " menu.pdf\t50\t",      " menu.pdf\t50\t",      "NOTES.TXT\t1000001\t",
+                         "NOTES.TXT\t1000001\t"};
   ASSERT_EQ(all.size(), std::size(found));
   for (size_t i = 0; i < all.size(); ++i) {
     SCOPED_TRACE(all[i]);

@@ -173,9 +173,11 @@ TEST_F(Options, EndAtADoubleDash) {
   EXPECT_EQ(lines(find({"--in", folder_.path(), "--", kEveryText}).output).size(), 3u);
   expectError(find({"--", kEveryText, "--limit"}),
               "'--limit' is one argument too many; put the whole query in one pair of quotes");
-  EXPECT_TRUE(startsWith(find({"--in", folder_.path(), "--", "--help"}).errors,
+  EXPECT_TRUE(startsWith(find({"--in", folder_.path(), "--", "--help == 1"}).errors,
                          "shotlight: the query can't be understood: "));
-  expectError(find({"--"}), "find needs a query, such as 'kMDItemFSName == \"*.txt\"'");
+  EXPECT_TRUE(startsWith(find({"--in", folder_.path(), "--", "--help"}).errors, "0 results in "));
+  expectError(find({"--"}),
+              "find needs a query, such as 'kMDItemFSName == \"*.txt\"', or words, such as harbour");
 }
 
 TEST_F(Options, WithoutAValueSaySo) {
@@ -209,8 +211,10 @@ TEST_F(Options, TheQueryIsOneArgument) {
 }
 
 TEST_F(Options, FindNeedsAQuery) {
-  expectError(find({}), "find needs a query, such as 'kMDItemFSName == \"*.txt\"'");
-  expectError(find({"--in", folder_.path()}), "find needs a query, such as 'kMDItemFSName == \"*.txt\"'");
+  expectError(find({}),
+              "find needs a query, such as 'kMDItemFSName == \"*.txt\"', or words, such as harbour");
+  expectError(find({"--in", folder_.path()}),
+              "find needs a query, such as 'kMDItemFSName == \"*.txt\"', or words, such as harbour");
 }
 
 TEST_F(Options, ACommandIsNeeded) {

@@ -64,7 +64,9 @@ TEST(BadQuery, ThatIsNotUTF8SaysSo) {
 
 TEST(BadQuery, ThatIsEmptyGetsAnExample) {
   for (const char* query : {"", " ", " \t\n"}) {
-    expectError(find({query}), "the query is empty; write one, such as 'kMDItemFSName == \"*.txt\"'");
+    expectError(
+        find({query}),
+        "the query is empty; write one, such as 'kMDItemFSName == \"*.txt\"', or words, such as harbour");
   }
 }
 
@@ -83,7 +85,7 @@ TEST(BadQuery, IsTheSameErrorWithTheELFLibrary) {
 }
 
 TEST(BadQuery, OfManyParenthesesIsAnErrorAndNoCrash) {
-  const Result result = find({std::string(100000, '(')});
+  const Result result = find({std::string(100000, '(') + "a == 1"});
   EXPECT_EQ(result.status, 2);
   EXPECT_TRUE(startsWith(result.errors, "shotlight: the query can't be understood: "));
 }
