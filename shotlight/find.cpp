@@ -212,6 +212,7 @@ int find(const Arguments& arguments) {
   const FindOptions options = parseFind(arguments);
   const bool anywhere = options.folders.empty() && options.scopes.empty();
   const auto folders = realFolders(anywhere ? Arguments{"."} : options.folders);
+  checkScopes(options.scopes);
   useStore(!options.noStore);
   standin::setWalkLimits(options.limits);
   Session session(options.plugin);

@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 
@@ -122,6 +124,17 @@ std::vector<std::string> realFolders(const std::vector<std::string>& names) {
   std::vector<std::string> paths;
   for (const std::string& name : names) paths.push_back(realFolder(name));
   return paths;
+}
+
+void checkScopes(const std::vector<std::string>& scopes) {
+  if (std::find(scopes.begin(), scopes.end(), "kMDQueryScopeHome") == scopes.end()) return;
+  const char* const variable = std::getenv("HOME");
+  const std::string home = variable ? variable : "";
+  const std::string toDo = "; set it to the path of your folder, or name the folder with --in";
+  if (home.empty()) throw CommandError("--scope home: HOME is not set" + toDo);
+  const std::string what = "--scope home: HOME is '" + home + "', which ";
+  if (!home.starts_with('/')) throw CommandError(what + "does not start with /" + toDo);
+  if (!standin::isFolder(home)) throw CommandError(what + "is no folder" + toDo);
 }
 
 bool gather(const host::Value& query, int32_t flags, Interrupts& interrupts, const WhileGathering& more) {

@@ -26,6 +26,10 @@ void setSearchScope(const standin::host::Value& query, const std::vector<std::st
 // Absolute paths of folders that are there and may be read, in UTF-8. Throws CommandError for others.
 std::vector<std::string> realFolders(const std::vector<std::string>& names);
 
+// Throws CommandError where one of the scopes means the folder that HOME names, and that is none. (A system
+// may know another home of the user, or none, and search nowhere.)
+void checkScopes(const std::vector<std::string>& scopes);
+
 // Called while results are gathered, when there may be new ones; never from an event. A line of progress may
 // be shown.
 using WhileGathering = std::function<void(Progress&)>;

@@ -111,6 +111,20 @@ TEST_F(Folders, OfTooLongANameAreNamed) {
               "--in '" + scratch_.at(name) + "': File name too long; name a folder that can be read");
 }
 
+TEST_F(Folders, OfTheUserAreWhatHOMENames) {
+  const auto findWith = [](const std::string& home) {
+    return run({.arguments = {home, files.program, "find", kEveryText, "--scope", "computer,home"},
+                .program = "/usr/bin/env"});
+  };
+  const std::string toDo = "; set it to the path of your folder, or name the folder with --in";
+  expectError(findWith("--unset=HOME"), "--scope home: HOME is not set" + toDo);
+  expectError(findWith("HOME="), "--scope home: HOME is not set" + toDo);
+  expectError(findWith("HOME=two"), "--scope home: HOME is 'two', which does not start with /" + toDo);
+  const std::string missing = scratch_.at("none");
+  expectError(findWith("HOME=" + missing),
+              "--scope home: HOME is '" + missing + "', which is no folder" + toDo);
+}
+
 // Root reads everything; without the two capabilities that let it, it obeys the modes of its own files.
 TEST_F(Folders, ThatMayNotBeReadAreNamed) {
   for (const mode_t mode : {0000, 0100, 0400}) {
