@@ -1,10 +1,12 @@
 #include <clocale>
 #include <cstdio>
 #include <exception>
+#include <new>
 
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
 #include "shotlight/help.h"
+#include "shotlight/memory.h"
 #include "shotlight/output.h"
 
 namespace {
@@ -51,6 +53,8 @@ int main(int count, char** words) {
   std::setlocale(LC_CTYPE, "C.UTF-8");  // a character of a name or a pattern is one of UTF-8
   try {
     return run({words + 1, words + count});
+  } catch (const std::bad_alloc&) {
+    endWithoutMemory();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "shotlight: %s\n", error.what());
     return kError;

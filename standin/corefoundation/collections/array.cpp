@@ -10,6 +10,7 @@
 #include "standin/corefoundation/collections/value_rules.h"
 #include "standin/corefoundation/runtime/allocator.h"
 #include "standin/corefoundation/runtime/classes.h"
+#include "standin/gate/memory.h"
 
 struct __CFArray : cf::Header {
   static constexpr CFTypeID kTypeId = cf::kArrayType;
@@ -50,7 +51,7 @@ bool reserve(__CFArray* a, size_t length) {
   if (length <= a->capacity) return true;
   if (length > static_cast<size_t>(kMaxValues)) return false;
   const size_t wanted = std::max<size_t>({length, a->capacity + a->capacity / 2, 8});
-  void* const grown = std::realloc(a->values, wanted * sizeof(void*));
+  void* const grown = standin::takeMemory([&] { return std::realloc(a->values, wanted * sizeof(void*)); });
   if (grown == nullptr) return false;
   a->values = static_cast<const void**>(grown);
   a->capacity = wanted;

@@ -9,6 +9,7 @@
 #include "standin/corefoundation/collections/value_rules.h"
 #include "standin/corefoundation/runtime/allocator.h"
 #include "standin/corefoundation/runtime/classes.h"
+#include "standin/gate/memory.h"
 
 namespace cf {
 namespace {
@@ -77,7 +78,8 @@ const Entry* find(const __CFDictionary* d, const void* key, const char* call) {
 }
 
 bool resize(__CFDictionary* d, uint32_t places) {
-  Entry* const fresh = static_cast<Entry*>(std::calloc(places, sizeof(Entry)));
+  Entry* const fresh =
+      static_cast<Entry*>(standin::takeMemory([places] { return std::calloc(places, sizeof(Entry)); }));
   if (fresh == nullptr) return false;
   Entry* const old = d->entries;
   const uint32_t oldPlaces = d->places;

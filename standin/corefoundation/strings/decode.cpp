@@ -7,6 +7,7 @@
 
 #include "standin/corefoundation/runtime/allocator.h"
 #include "standin/corefoundation/strings/encodings.h"
+#include "standin/gate/memory.h"
 
 namespace cf {
 namespace {
@@ -38,7 +39,9 @@ class Units {
 
  private:
   static constexpr size_t kInline = 512;
-  static UniChar* allocate(size_t room) { return static_cast<UniChar*>(std::malloc(room * sizeof(UniChar))); }
+  static UniChar* allocate(size_t room) {
+    return static_cast<UniChar*>(standin::takeMemory([room] { return std::malloc(room * sizeof(UniChar)); }));
+  }
   UnitBlock heap_;
   UniChar inline_[kInline];
   UniChar* begin_;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "standin/corefoundation/runtime/allocator.h"
+#include "standin/gate/memory.h"
 
 namespace cf {
 namespace {
@@ -13,7 +14,7 @@ bool reserve(MutableString* s, size_t length) {
   if (length <= s->capacity) return true;
   if (length > kMaxStringLength) return false;
   const size_t wanted = std::max<size_t>({length, s->capacity + s->capacity / 2, 16});
-  void* const grown = std::realloc(s->units, wanted * sizeof(UniChar));
+  void* const grown = standin::takeMemory([&] { return std::realloc(s->units, wanted * sizeof(UniChar)); });
   if (grown == nullptr) return false;
   s->units = static_cast<UniChar*>(grown);
   s->capacity = wanted;

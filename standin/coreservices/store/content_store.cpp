@@ -189,6 +189,8 @@ void ContentStore::keepInMemory(const std::vector<ContentRow>& rows) {
     memory().write(rows, 0, 0, options_.memoryLimit, today_);
   } catch (const DatabaseError&) {
     memory_.reset();
+  } catch (const std::bad_alloc&) {
+    memory_.reset();
   }
 }
 
@@ -197,8 +199,10 @@ std::optional<std::string> ContentStore::findInMemory(const ContentKey& key) {
     return memory_->find(key, today_);
   } catch (const DatabaseError&) {
     memory_.reset();
-    return {};
+  } catch (const std::bad_alloc&) {
+    memory_.reset();
   }
+  return {};
 }
 
 void ContentStore::setHoldsStill(bool holdsStill) {

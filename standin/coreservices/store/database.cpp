@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstring>
 #include <iterator>
+#include <new>
 #include <utility>
 
 #include "standin/coreservices/store/sqlite_files.h"
@@ -242,6 +243,7 @@ ContentDatabase::ContentDatabase(const std::string& path, Access access) {
 ContentDatabase::~ContentDatabase() = default;
 
 void ContentDatabase::fail(int code) const {
+  if (code == SQLITE_NOMEM) throw std::bad_alloc();
   const char* const message = connection_ ? sqlite3_errmsg(connection_.get()) : sqlite3_errstr(code);
   throw DatabaseError(kindOf(code), message);
 }

@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "standin/gate/gate.h"
+#include "standin/gate/memory.h"
 #include "standin/host/entry/entry_points.h"
 #include "standin/host/host.h"
 #include "standin/host/language/encodings.h"
@@ -103,7 +104,7 @@ bool PluginGetStringData(StringHandle string, uint32_t encoding, StringData* dat
   const auto bytes = asItIs ? read.bytes : convert(read.bytes, read.encoding, encoding);
   if (!bytes) return false;
   // Four zero bytes behind the text end it in every encoding.
-  auto* const block = static_cast<char*>(std::calloc(bytes->size() + 4, 1));
+  auto* const block = static_cast<char*>(takeMemory([&] { return std::calloc(bytes->size() + 4, 1); }));
   if (!block) return false;
   std::memcpy(block, bytes->data(), bytes->size());
   *data = {block, static_cast<int32_t>(bytes->size()), asItIs ? read.encoding : encoding};

@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "standin/gate/gate.h"
+#include "standin/gate/memory.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
@@ -70,7 +71,8 @@ unsigned char* takeBack(size_t size) {
 
 void* newBlock(size_t size, bool reuseAddress) {
   unsigned char* block = reuseAddress ? takeBack(size + kGuardSize) : nullptr;
-  if (!block) block = static_cast<unsigned char*>(std::malloc(size + kGuardSize));
+  if (!block)
+    block = static_cast<unsigned char*>(takeMemory([size] { return std::malloc(size + kGuardSize); }));
   if (!block) die(currentCall(), "the machine has no more memory");
   std::memset(block, 0, size);
   std::memset(block + size, kGuardByte, kGuardSize);
