@@ -74,7 +74,7 @@ void ReaderPool::startAsNeeded() {
 void ReaderPool::forgetOthersProcesses() {
   if (readers_.empty() || readers_.front()->process->isOurs()) return;
   for (const auto& reader : readers_) {
-    questions_.insert(questions_.begin(), reader->asked.begin(), reader->asked.end());
+    questions_.splice(questions_.begin(), reader->asked);
   }
   asked_ = 0;
   readers_.clear();
@@ -86,8 +86,7 @@ bool ReaderPool::askMore(Reader& reader) {
   while (!questions_.empty() && reader.asked.size() < kAskedAhead) {
     if (!reader.process->send(questions_.front().text + '\0')) return false;
     if (reader.asked.empty()) reader.deadline = Clock::now() + options_.timeToAnswer;
-    reader.asked.push_back(std::move(questions_.front()));
-    questions_.pop_front();
+    reader.asked.splice(reader.asked.end(), questions_, questions_.begin());
     ++asked_;
   }
   return true;
@@ -156,18 +155,16 @@ void ReaderPool::fail(Reader& reader, const std::string& how, bool ended) {
   const std::unique_ptr<Reader> failed = std::move(*mine);
   readers_.erase(mine);
   failed->process.reset();
-  std::vector<Question> again(std::make_move_iterator(failed->asked.begin()),
-                              std::make_move_iterator(failed->asked.end()));
+  std::list<Question> again = std::move(failed->asked);
   std::optional<Question> lost;
   if (!again.empty() && (!ended || again.front().again)) {
     lost = std::move(again.front());
-    again.erase(again.begin());
+    again.pop_front();
   } else if (!again.empty()) {
     again.front().again = true;
   }
   asked_ -= again.size();
-  questions_.insert(questions_.begin(), std::make_move_iterator(again.begin()),
-                    std::make_move_iterator(again.end()));
+  questions_.splice(questions_.begin(), again);
   if (!failed->ready && ++failedStarts_ >= kMostFailedStarts) {
     giveUp("can't be used, it " + how + ": see that Debian's " + options_.package + " is installed whole");
   }

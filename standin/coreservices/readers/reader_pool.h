@@ -12,8 +12,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -84,7 +84,7 @@ class ReaderPool {
 
   struct Reader {
     std::unique_ptr<ChildProcess> process;
-    std::deque<Question> asked;  // the first is being read
+    std::list<Question> asked;  // the first is being read
     std::string received;
     bool ready = false;
     Clock::time_point deadline;  // for being ready, then for the first answer
@@ -104,8 +104,8 @@ class ReaderPool {
 
   const Options options_;
   const Take take_;
-  std::deque<Question> questions_;  // that no process was asked
-  size_t asked_ = 0;                // questions
+  std::list<Question> questions_;  // that no process was asked
+  size_t asked_ = 0;               // questions
   std::vector<std::unique_ptr<Reader>> readers_;
   int starts_ = 0;
   int failedStarts_ = 0;  // in a row
