@@ -8,6 +8,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "standin/gate/shown_text.h"
+
 namespace standin {
 namespace {
 
@@ -158,7 +160,7 @@ size_t freedBytesKept() {
 }
 
 void die(const char* call, const std::string& what) {
-  std::fprintf(stderr, "standin: %s: %s\n", call, what.c_str());
+  std::fprintf(stderr, "standin: %s: %s\n", shownText(call).c_str(), shownText(what).c_str());
   std::abort();
 }
 

@@ -1,9 +1,11 @@
 #include "standin/system/file_names.h"
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
 #include "standin/system/paths.h"
@@ -45,7 +47,8 @@ std::optional<std::string> entryIn(const std::string& folder, const std::string&
 
 bool isThere(const std::string& path) {
   struct stat info;
-  return ::lstat(path.c_str(), &info) == 0;
+  if (::lstat(path.c_str(), &info) == 0) return true;
+  return errno == ENAMETOOLONG && OpenFile(openLongPath(path, O_PATH | O_NOFOLLOW));
 }
 
 std::optional<std::string> existingPath(const std::string& path) {

@@ -21,12 +21,21 @@ bool isFileURL(CFURLRef url) {
   return isFile;
 }
 
+size_t lengthOf(CFURLRef url) {
+  const CFURLRef absolute = CFURLCopyAbsoluteURL(url);
+  if (!absolute) return 0;
+  const CFIndex length = CFStringGetLength(CFURLGetString(absolute));
+  CFRelease(absolute);
+  return static_cast<size_t>(length);
+}
+
 }  // namespace
 
 std::optional<std::string> pathOfURL(const char* call, CFURLRef url) {
   checkObject(call, url, CFURLGetTypeID(), "URL");
   if (!isFileURL(url)) return {};
-  std::vector<UInt8> buffer(64 * 1024);  // far beyond the longest path of one system call
+  // The text of an URL has at least one character for each byte of the path.
+  std::vector<UInt8> buffer(lengthOf(url) + 1);
   if (!CFURLGetFileSystemRepresentation(url, true, buffer.data(), static_cast<CFIndex>(buffer.size()))) {
     return {};
   }

@@ -1,6 +1,10 @@
 #include "tests/support/scratch_folder.h"
 
+#include <fcntl.h>
+#include <limits.h>
 #include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -36,6 +40,24 @@ std::string ScratchFolder::folder(std::string_view name) const {
 std::string ScratchFolder::link(std::string_view name, const std::string& target) const {
   fs::create_symlink(target, at(name));
   return at(name);
+}
+
+std::string ScratchFolder::longFolder(const std::vector<std::string>& files) const {
+  const std::string name(200, 'd');
+  std::string path = path_;
+  int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  while (folder >= 0 && path.size() <= PATH_MAX) {
+    ::mkdirat(folder, name.c_str(), 0700);
+    const int next = ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ::close(folder);
+    folder = next;
+    path += '/' + name;
+  }
+  for (const std::string& file : files)
+    ::close(::openat(folder, file.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+  if (folder < 0) throw std::runtime_error("can't make " + path);
+  ::close(folder);
+  return path;
 }
 
 std::vector<std::string> ScratchFolder::within(std::vector<std::string> paths) const {

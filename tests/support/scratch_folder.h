@@ -21,6 +21,9 @@ class ScratchFolder {
   std::string folder(std::string_view name) const;
   std::string link(std::string_view name, const std::string& target) const;
 
+  // A folder whose path is longer than the system takes in one call (PATH_MAX), with empty files in it.
+  std::string longFolder(const std::vector<std::string>& files) const;
+
   // Paths without the part that they share with this folder.
   std::vector<std::string> within(std::vector<std::string> paths) const;
 

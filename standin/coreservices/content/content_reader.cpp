@@ -15,6 +15,7 @@
 #include "standin/coreservices/media/exiftool.h"
 #include "standin/coreservices/media/media_table.h"
 #include "standin/coreservices/readers/child_process.h"
+#include "standin/gate/shown_text.h"
 
 namespace standin::metadata {
 namespace {
@@ -52,7 +53,7 @@ uint64_t hashOf(const std::string& text, uint64_t hash = 14695981039346656037ULL
 ContentReader::Options usualOptions() {
   ContentReader::Options options;
   options.complain = [](const std::string& message) {
-    std::fprintf(stderr, "standin: metadata: %s\n", message.c_str());
+    std::fprintf(stderr, "standin: metadata: %s\n", shownText(message).c_str());
   };
   options.tags = {exiftoolReader(processors()), {"perl", "exiftool"}};
   options.text.pool = textReader(processors());

@@ -1,6 +1,6 @@
 // disk/: folders and files as they lie on the disk: how paths relate, where a file is, the walk through
 // folders, and the watch over them. Of the attributes of files it knows nothing, and it includes no other
-// room, only standin/system/paths.h.
+// room, only paths.h and long_paths.h of standin/system.
 //
 // Here: how paths relate to one another, and to what is on the disk. Paths are absolute, in bytes, without a
 // slash at the end (except "/"), unless said otherwise.

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "standin/coreservices/disk/descriptor.h"
+#include "standin/system/long_paths.h"
 
 namespace standin::metadata {
 namespace {
@@ -21,8 +22,8 @@ namespace {
 // "..", so that depth isn't limited by the number of files that a process may have open.
 constexpr size_t kFoldersKeptOpen = 64;
 
-Descriptor openFolder(int parent, const char* name, bool follow = false) {
-  return Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | (follow ? 0 : O_NOFOLLOW)));
+Descriptor openFolder(int parent, const char* name) {
+  return Descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
 }
 
 std::optional<FileId> idOf(int fd) {
@@ -109,7 +110,7 @@ class Walk::Implementation {
         rootDepth_(depthBelow(base, root)),
         buffer_(64 * 1024),
         path_(root) {
-    enter(openFolder(AT_FDCWD, root.c_str(), true), root.size());
+    enter(Descriptor(openLongPath(root, O_RDONLY | O_DIRECTORY)), root.size());
   }
 
   // Handles the next entry of the innermost folder.
@@ -214,7 +215,7 @@ class Walk::Implementation {
     if (parent.descriptor) return;
     Descriptor above = openFolder(child.get(), "..");
     if (!above || idOf(above.get()) != parent.id) {  // the child was moved meanwhile
-      above = openFolder(AT_FDCWD, path_.c_str());
+      above = Descriptor(openLongPath(path_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
     }
     if (above && idOf(above.get()) == parent.id) {
       parent.descriptor = std::move(above);

@@ -9,6 +9,7 @@
 
 #include "standin/coreservices/attributes/dates.h"
 #include "standin/coreservices/attributes/schema.h"
+#include "standin/system/long_paths.h"
 #include "standin/system/paths.h"
 
 namespace standin::metadata {
@@ -45,20 +46,6 @@ const char* nameIn(const std::string& path) {
 // Longer than the system takes in one call.
 bool isLong(const std::string& path) {
   return path.size() >= PATH_MAX;
-}
-
-// The folder at an absolute path, opened piece by piece where the path is long.
-Descriptor openLongPath(const std::string& path) {
-  Descriptor folder(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  for (size_t start = 1; start < path.size() && folder;) {
-    size_t end = path.size();
-    if (end - start >= PATH_MAX) end = path.rfind('/', start + PATH_MAX - 1);
-    if (end == std::string::npos || end <= start) break;
-    const std::string piece = path.substr(start, end - start);
-    folder = Descriptor(::openat(folder.get(), piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    start = end + 1;
-  }
-  return folder;
 }
 
 }  // namespace
@@ -224,7 +211,7 @@ bool FileRecord::askForMissing() {
 
 FileByPath::FileByPath(const std::string& path, Reading reading)
     : folderPath_(isLong(path) ? parentPath(path) : std::string()),
-      folder_(isLong(path) ? openLongPath(folderPath_) : Descriptor()),
+      folder_(isLong(path) ? openLongPath(folderPath_, O_PATH | O_DIRECTORY) : -1),
       record_(isLong(path) ? folder_.get() : AT_FDCWD, folderPath_, nameIn(path),
               isLong(path) ? nameIn(path) : path.c_str(), reading) {}
 

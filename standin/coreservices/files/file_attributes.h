@@ -1,6 +1,6 @@
 // files/: one file as a source of attributes: from its path, the file system's record, its type, its text and
 // what its content says of itself. It includes attributes/, content/, disk/ and media/, and
-// standin/system/paths.h; neither the query language nor Core Foundation.
+// paths.h and long_paths.h of standin/system; neither the query language nor Core Foundation.
 //
 // Here: the attributes of one file, read when they are asked for and not before: a search by name never
 // touches the files themselves, one by size or date never their content.

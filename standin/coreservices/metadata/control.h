@@ -41,6 +41,10 @@ struct QueryError {
 // Why MDQueryCreate would answer null; nothing for a query string that it takes.
 STANDIN_API std::optional<QueryError> checkQuery(std::u16string_view queryString);
 
+// The path of an item, an MDItemRef: absolute, and the very bytes. What the item tells of its path is text,
+// in which a byte that is no UTF-8 reads "%FF".
+STANDIN_API std::string pathOfItem(const void* item);
+
 // About the last gathering that was finished in this process.
 struct SearchStatistics {
   size_t foldersSearched = 0;

@@ -3,7 +3,6 @@
 // the file is gone, so that an item can still say what it was; everything else is absent then.
 #include "standin/coreservices/metadata/item.h"
 
-#include <cerrno>
 #include <functional>
 #include <memory>
 #include <new>
@@ -16,6 +15,7 @@
 #include "standin/coreservices/files/file_attributes.h"
 #include "standin/coreservices/metadata/cf_values.h"
 #include "standin/coreservices/metadata/checks.h"
+#include "standin/coreservices/metadata/control.h"
 #include "standin/coreservices/metadata/planned_answers.h"
 #include "standin/system/file_names.h"
 #include "standin/system/file_urls.h"
@@ -62,7 +62,6 @@ std::optional<std::string> foundPath(const std::string& path) {
   const std::string name = path.substr(path.rfind('/') + 1);
   const bool resolvesWhole = name.empty() || name == "." || name == "..";
   const std::optional<std::string> real = realPath(resolvesWhole ? path : parentPath(path));
-  if (!real && errno == ENAMETOOLONG) return path;
   if (!real || resolvesWhole) return real;
   return pathIn(*real, name);
 }
@@ -91,6 +90,11 @@ const std::string& standin::metadata::pathOfItem(MDItemRef item) {
 
 void standin::metadata::checkItem(const char* call, CFTypeRef item) {
   checkType(call, item, itemType(), "item");
+}
+
+std::string standin::pathOfItem(const void* item) {
+  checkItem(__func__, item);
+  return itemOf(item)->path;
 }
 
 CFTypeID MDItemGetTypeID(void) {

@@ -50,9 +50,11 @@ bool referenceOf(const std::string& path, FSRef& ref) {
 
 std::optional<std::string> pathOf(const FSRef& ref) {
   const OwnedURL url(CFURLCreateFromFSRef(kCFAllocatorDefault, &ref));
-  std::vector<char> path(64 * 1024);  // far beyond the longest path of one system call
-  if (!url || !CFURLGetFileSystemRepresentation(url.get(), true, reinterpret_cast<UInt8*>(path.data()),
-                                                static_cast<CFIndex>(path.size()))) {
+  if (!url) return {};
+  // The text of an URL has at least one character for each byte of the path.
+  std::vector<char> path(static_cast<size_t>(CFStringGetLength(CFURLGetString(url.get()))) + 1);
+  if (!CFURLGetFileSystemRepresentation(url.get(), true, reinterpret_cast<UInt8*>(path.data()),
+                                        static_cast<CFIndex>(path.size()))) {
     return {};
   }
   return withoutEndSlash(path.data());

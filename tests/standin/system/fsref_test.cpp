@@ -1,11 +1,13 @@
 #include <CoreServices/CoreServices.h>
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
 
 #include "tests/support/owned.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -48,6 +50,23 @@ TEST_F(FileReference, IsNotMadeWhereNoFileIs) {
   const auto text = makeString("http://localhost/tmp");
   const Owned url(CFURLCreateWithString(kCFAllocatorDefault, text.get(), nullptr));
   EXPECT_FALSE(CFURLGetFSRef(url.get(), &ref));
+}
+
+TEST_F(FileReference, NamesAFileHoweverLongItsPathIs) {
+  const ScratchFolder scratch;
+  const std::string folder = scratch.longFolder({"a.txt"});
+  for (const std::string& path : {folder, folder + "/a.txt"}) {
+    FSRef ref, other;
+    ASSERT_TRUE(CFURLGetFSRef(makeURL(path).get(), &ref));
+    const Owned url(CFURLCreateFromFSRef(kCFAllocatorDefault, &ref));
+    std::string found(2 * PATH_MAX, '\0');
+    ASSERT_TRUE(CFURLGetFileSystemRepresentation(url.get(), true, reinterpret_cast<UInt8*>(found.data()),
+                                                 static_cast<CFIndex>(found.size())));
+    EXPECT_EQ(found.c_str(), path);
+    EXPECT_EQ(CFURLHasDirectoryPath(url.get()), path == folder);
+    ASSERT_TRUE(CFURLGetFSRef(makeURL(path + "/.").get(), &other) == (path == folder));
+    EXPECT_FALSE(CFURLGetFSRef(makeURL(path + "x").get(), &other));
+  }
 }
 
 TEST_F(FileReference, MakesNoURLOnceTheFileIsGone) {

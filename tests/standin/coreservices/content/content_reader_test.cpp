@@ -215,5 +215,12 @@ TEST_F(Contents, AreReadAnewWhenTheReaderIsAnother) {
                     "documents may be missing."});
 }
 
+TEST(Complaints, ReachNoTerminalWithWhatItWouldObey) {
+  testing::internal::CaptureStderr();
+  contentReaderOptions().complain("/tmp/\x1B[31m\nfake\xFF.pdf: why");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "standin: metadata: /tmp/\\x1B[31m\\nfake\\xFF.pdf: why\n");
+}
+
 }  // namespace
 }  // namespace standin::metadata

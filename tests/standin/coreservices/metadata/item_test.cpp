@@ -132,6 +132,8 @@ TEST_F(Item, ShowsAByteThatIsNoUtf8AsAPercentSignAndTwoDigits) {
   ASSERT_TRUE(item);
   EXPECT_EQ(text(item, kMDItemFSName), "bad%FF.txt");
   EXPECT_EQ(number(item, kMDItemFSSize), 3);
+  EXPECT_EQ(standin::pathOfItem(item.get()), scratch.at("bad\xFF.txt"));
+  EXPECT_DEATH(standin::pathOfItem(kCFBooleanTrue), "pathOfItem");
 }
 
 TEST_F(Item, AnswersNullWhenACallIsMadeToFail) {
