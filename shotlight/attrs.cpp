@@ -4,6 +4,7 @@
 
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
+#include "shotlight/incomplete.h"
 #include "shotlight/interrupts.h"
 #include "shotlight/items.h"
 #include "shotlight/json.h"
@@ -109,10 +110,13 @@ int showAll(const AttrsOptions& options) {
     try {
       const host::Value item = itemOf(file, interrupts);
       if (interrupts.signal() != 0) break;
+      forgetUnseen();  // what lies beside the file
       printer.show(itemPath(file), attributesOf(item, options.keys));
+      tellUnseen();
     } catch (const FileError& error) {
       std::fprintf(stderr, "shotlight: %s\n", error.what());
       status = kError;
+      forgetUnseen();
     }
   }
   printer.finish();
@@ -130,7 +134,7 @@ int attrs(const Arguments& arguments) {
   checkKeys("--keys", options.keys);
   const int status = showAll(options);
   session.close();
-  return status;
+  return completeStatus(status);
 }
 
 }  // namespace shotlight

@@ -6,7 +6,13 @@
 
 namespace shotlight {
 
-enum ExitStatus { kFound = 0, kNothing = 1, kError = 2, kInterrupted = 128 };  // 128 and the signal's number
+enum ExitStatus {
+  kFound = 0,
+  kNothing = 1,
+  kError = 2,
+  kIncomplete = 3,    // found or not, something could not be read
+  kInterrupted = 128  // and the signal's number
+};
 
 int find(const Arguments& arguments);
 int attrs(const Arguments& arguments);

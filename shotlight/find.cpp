@@ -10,6 +10,7 @@
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
 #include "shotlight/find_options.h"
+#include "shotlight/incomplete.h"
 #include "shotlight/interrupts.h"
 #include "shotlight/keys.h"
 #include "shotlight/listing.h"
@@ -22,7 +23,6 @@
 #include "shotlight/table.h"
 #include "shotlight/text.h"
 #include "shotlight/values.h"
-#include "standin/coreservices/metadata/control.h"
 
 namespace shotlight {
 namespace {
@@ -187,8 +187,6 @@ class Find {
   void summarise(const std::string& what, const char* word) const {
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start_;
     std::fprintf(stderr, "%s %s %.3f s\n", what.c_str(), word, time.count());
-    if (const auto unread = standin::lastSearch().unreadableFolders; unread > 0)
-      std::fprintf(stderr, "%zu %s could not be read\n", unread, unread == 1 ? "folder" : "folders");
   }
 
   const FindOptions& options_;
@@ -222,12 +220,13 @@ int find(const Arguments& arguments) {
     Find command(options, folders);
     try {
       status = options.explain ? command.explain(folders) : command.run();
+      tellUnseen();
     } catch (const Interrupted&) {
       status = command.endInterrupted();
     }
   }
   session.close();
-  return status;
+  return completeStatus(status);
 }
 
 }  // namespace shotlight

@@ -29,7 +29,8 @@ examples:
 
 Results go to standard output; counts, times, progress and errors to standard
 error. The exit status is 0 when something was found, 1 when nothing was, 2
-after an error, and 130 or 143 when find was interrupted before its end.
+after an error, 3 when something could not be read, found or not, and 130 or
+143 when find was interrupted before its end.
 )";
 
 const char findHelp[] =
@@ -116,9 +117,11 @@ to be sorted, results are printed as they are found; a table every second.
 In JSON, lists are arrays, dates strings like "2011-03-05T06:42:10Z", bytes
 strings of hexadecimal digits, and what is not there is null.
 
-The exit status is 0 when
-there are results, 1 when there are none, 2 after an error, and 130 or 143 when
-the search was interrupted before its end.
+The exit status is 0 when there are results, 1 when there are none, 2 after an
+error, and 130 or 143 when the search was interrupted before its end. It is 3
+when results may be missing: a folder can't be read, or what the query asks of a
+file can't, or its text is longer than what is searched. Standard error names
+the first five of each and counts the others; the results that are there stand.
 )";
 
 const char attrsHelp[] =
@@ -146,7 +149,8 @@ In JSON, dates are strings like "2011-03-05T06:42:10Z", bytes are strings of
 hexadecimal digits, and what is not there, or is no number, is null.
 
 A file that can't be shown is named on standard error, the others are shown, and
-the exit status is 2; otherwise it is 0.
+the exit status is 2. One that can't be read is shown as far as it is known, and
+named, and the exit status is 3. Otherwise it is 0.
 )";
 
 const char schemaHelp[] =

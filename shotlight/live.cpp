@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string>
 
+#include "shotlight/incomplete.h"
 #include "shotlight/output.h"
 #include "shotlight/session.h"
 #include "shotlight/table.h"
@@ -45,9 +46,12 @@ class Printer {
 
 // Says once what keeps changes from being told.
 void reportProblem(std::string& reported) {
+  tellUnseen();
   const std::string problem = standin::liveUpdateProblem();
-  if (!problem.empty() && problem != reported)
+  if (!problem.empty() && problem != reported) {
     std::fprintf(stderr, "shotlight: not every change can be told: %s\n", problem.c_str());
+    noteMissing();
+  }
   reported = problem;
 }
 

@@ -3,6 +3,7 @@
 //   ready\n                     once, from here
 //   FORMAT PATH\0               a question; as many as one likes may be sent ahead
 //   ok LENGTH\n TEXT            the answer: LENGTH bytes of UTF-8
+//   part LENGTH\n TEXT          the same, where the document has more text than that
 //   error LENGTH\n MESSAGE      or this, for people, without the path: "is encrypted"
 //   unreadable LENGTH\n MESSAGE or this, where it isn't the document's fault: "can't be read: Permission
 //   denied"
@@ -62,7 +63,7 @@ std::string answerTo(const Question& question) {
     const DocumentFile file(question.path);
     Text text;
     format.read(file.descriptor(), deadline, text);
-    return answer("ok", text.utf8());
+    return answer(text.isFull() ? "part" : "ok", text.utf8());
   } catch (const UnreadableError& error) {
     return answer("unreadable", error.what());
   } catch (const DocumentError& error) {

@@ -155,6 +155,7 @@ void readPdf(int file, const Deadline& deadline, Text& text) {
     if (status != 0) failWith(status, pdftotext.complaints);
   }
   text.add(pdftotext.text);
+  if (pdftotext.text.size() >= kLongestText) text.setFull();
 }
 
 }  // namespace standin::documents

@@ -17,8 +17,10 @@ class Text {
   // Parts what comes from what was before.
   void addBlank() { blank_ = true; }
 
-  // Whether no more fits in (kLongestText): reading on is of no use.
+  // Whether there is more than fits in (kLongestText): reading on is of no use.
   bool isFull() const { return full_; }
+  // There is more, which isn't added.
+  void setFull() { full_ = true; }
 
   const std::string& utf8() const { return utf8_; }
 

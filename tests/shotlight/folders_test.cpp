@@ -136,18 +136,22 @@ TEST_F(Folders, ThatMayNotBeReadAreNamed) {
   chmod(scratch_.at("two").c_str(), 0700);
 }
 
-TEST_F(Folders, BelowThatMayNotBeReadAreCounted) {
+TEST_F(Folders, BelowThatMayNotBeReadAreNamed) {
   const Launch what{.arguments = {"find", kEveryText, "--show", "kMDItemFSName", "--in", scratch_.path()},
                     .unprivileged = true};
   ASSERT_EQ(chmod(scratch_.at("two").c_str(), 0000), 0);
   const Result one = run(what);
-  EXPECT_EQ(one.status, 0);
+  EXPECT_EQ(one.status, 3);
   EXPECT_EQ(sorted(lines(one.output)), sorted({"a.txt", "b.txt"}));
-  EXPECT_TRUE(matches(one.errors, "2 results in [0-9.]+ s\n1 folder could not be read\n"));
+  const auto complaint = [&](const std::string& name) {
+    return "shotlight: " + scratch_.at(name) +
+           ": this folder can't be read: Permission denied; what is in it is not searched\n";
+  };
+  EXPECT_TRUE(matches(one.errors, "2 results in [0-9.]+ s\n" + complaint("two")));
 
   ASSERT_EQ(chmod(scratch_.at("one/inner").c_str(), 0000), 0);
   const Result two = run(what);
-  EXPECT_TRUE(matches(two.errors, "1 result in [0-9.]+ s\n2 folders could not be read\n"));
+  EXPECT_TRUE(matches(two.errors, "1 result in [0-9.]+ s\n" + complaint("one/inner") + complaint("two")));
   chmod(scratch_.at("two").c_str(), 0700);
   chmod(scratch_.at("one/inner").c_str(), 0700);
 }

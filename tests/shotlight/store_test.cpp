@@ -232,9 +232,10 @@ TEST_F(Store, ComplaintsHaveNoControlCharacters) {
   ASSERT_EQ(::chmod(photo.c_str(), 0), 0);
   const Result result =
       run({.arguments = {"find", kPhotos, "--in", scratch.at("tree")}, .unprivileged = true});
-  EXPECT_EQ(result.status, 1) << result;
+  EXPECT_EQ(result.status, 3) << result;
   ASSERT_EQ(lines(result.errors).size(), 2u) << result;
-  EXPECT_TRUE(startsWith(result.errors, "shotlight: " + scratch.at("tree") + "/\\x1B[31m\\nnew line.jpg: "));
+  EXPECT_TRUE(startsWith(lines(result.errors)[1],
+                         "shotlight: " + scratch.at("tree") + "/\\x1B[31m\\nnew line.jpg: "));
 }
 
 }  // namespace

@@ -20,10 +20,10 @@
 namespace standin::metadata {
 namespace {
 
-constexpr size_t kFilesNamed = 5;  // of those that can't be read
 // What the store keeps ends with what it is.
 constexpr char kAnswer = 'a';   // after what is in the file
-constexpr char kRefusal = 'r';  // after why that can't be said
+constexpr char kPart = 'p';     // after what is told of it, which isn't all
+constexpr char kRefusal = 'r';  // after why nothing can be said
 
 bool isSettledNow(const FileState& file) {
   timespec now;
@@ -63,6 +63,20 @@ ContentReader::Options usualOptions() {
 
 ContentReader* ownReader = nullptr;  // once it is made
 int manyLookups = 0;
+
+char endOf(ReaderAnswer::Kind kind) {
+  if (kind == ReaderAnswer::Read) return kAnswer;
+  return kind == ReaderAnswer::Part ? kPart : kRefusal;
+}
+
+ContentAnswer answerOf(std::string kept) {
+  const char end = kept.empty() ? kAnswer : kept.back();
+  if (!kept.empty()) kept.pop_back();
+  if (end == kPart) return {std::move(kept), false, "has more than 16 MB of text; the rest is not searched"};
+  if (end != kRefusal) return {std::move(kept), true, {}};
+  if (!kept.empty()) kept += "; what is in it is not searched";
+  return {{}, false, std::move(kept)};
+}
 
 ContentStore::Options withComplaints(ContentStore::Options store,
                                      const std::function<void(const std::string&)>& complain) {
@@ -110,17 +124,6 @@ ContentKey ContentReader::keyOf(Content content, const FileLocation& file, std::
   return {stateOf(file.info), static_cast<int>(content), hashOf(std::string(kind), *version)};
 }
 
-// The first of the files are named.
-void ContentReader::complainOf(const std::string& path, const std::string& why) {
-  if (named_.contains(path)) return;
-  if (named_.size() < kFilesNamed) {
-    named_.insert(path);
-    complain_(path + ": " + why + "; what is in it is not searched");
-  } else if (std::exchange(namesMore_, false)) {
-    complain_("more files can't be read; they are not named");
-  }
-}
-
 // What was read of a file that had just been written counts until its times are sure: what came after that
 // may have been written within the same tick of the clock.
 ContentBytes ContentReader::known(Content content, const FileLocation& file, std::string_view format) {
@@ -135,14 +138,11 @@ ContentBytes ContentReader::known(Content content, const FileLocation& file, std
   ContentBytes bytes;
   if (const auto fresh = fresh_.find(key); fresh != fresh_.end()) {
     bytes = std::move(fresh->second);
-    freshBytes_ -= bytes->size();
+    freshBytes_ -= bytes->bytes.size();
     fresh_.erase(fresh);
     if (fresh_.empty()) freshOrder_.clear();
   } else if (std::optional<std::string> kept = store_.find(key)) {
-    const bool isRefusal = kept->ends_with(kRefusal);
-    if (!kept->empty()) kept->pop_back();
-    if (isRefusal) complainOf(std::string(file.path), std::exchange(*kept, {}));
-    bytes = std::make_shared<std::string>(std::move(*kept));
+    bytes = std::make_shared<ContentAnswer>(answerOf(std::move(*kept)));
   } else {
     return nullptr;
   }
@@ -155,19 +155,19 @@ void ContentReader::forget(const ContentKey& key) {
   Last& last = last_[static_cast<size_t>(key.reader)];
   if (last.key == key) last = {};
   if (const auto fresh = fresh_.find(key); fresh != fresh_.end()) {
-    freshBytes_ -= fresh->second->size();
+    freshBytes_ -= fresh->second->bytes.size();
     fresh_.erase(fresh);
   }
 }
 
 // What is too much to wait for being seen is in the store, or read again.
-void ContentReader::keepForSeeing(const ContentKey& key, std::string bytes) {
-  freshBytes_ += bytes.size();
-  fresh_[key] = std::make_shared<std::string>(std::move(bytes));
+void ContentReader::keepForSeeing(const ContentKey& key, ContentAnswer answer) {
+  freshBytes_ += answer.bytes.size();
+  fresh_[key] = std::make_shared<ContentAnswer>(std::move(answer));
   freshOrder_.push_back(key);
   while (freshBytes_ > unseenLimit_ && freshOrder_.front() != key) {
     if (const auto oldest = fresh_.find(freshOrder_.front()); oldest != fresh_.end()) {
-      freshBytes_ -= oldest->second->size();
+      freshBytes_ -= oldest->second->bytes.size();
       fresh_.erase(oldest);
     }
     freshOrder_.pop_front();
@@ -180,7 +180,7 @@ bool ContentReader::ask(Content content, const FileLocation& file, std::string_v
   const auto [asked, isNew] = asked_.try_emplace(key, nextTicket_);
   if (!isNew) return false;
   const ReaderPool::Ticket ticket = nextTicket_++;
-  Question question{key, std::string(file.path), PathForReader(file), isSettledNow(key.file)};
+  Question question{key, PathForReader(file), isSettledNow(key.file)};
   const std::string path = question.path.get();
   questions_.emplace(ticket, std::move(question));
   if (path.empty()) {
@@ -204,19 +204,14 @@ void ContentReader::take(Content content, ReaderPool::Ticket ticket, ReaderAnswe
   auto node = questions_.extract(ticket);
   const Question& question = node.mapped();
   ++filesRead_;
-  std::string bytes;
   if (answer.kind == ReaderAnswer::Read && content == Content::Tags) {
     const std::optional<MediaTags> tags = parseMediaTags(answer.bytes);
-    if (tags) bytes = encodeAttributes(attributesOf(*tags));
+    if (tags) answer.bytes = encodeAttributes(attributesOf(*tags));
     if (!tags) answer = {ReaderAnswer::Unreadable, "exiftool gave an answer that makes no sense"};
-  } else if (answer.kind == ReaderAnswer::Read) {
-    bytes = std::move(answer.bytes);
   }
-  std::string kept = answer.kind == ReaderAnswer::Refused ? answer.bytes + kRefusal : bytes + kAnswer;
-  if (answer.kind != ReaderAnswer::Read && !answer.bytes.empty())
-    complainOf(question.shownPath, answer.bytes);
+  std::string kept = std::move(answer.bytes) + endOf(answer.kind);
   if (isAsItWas(question)) {
-    store_.put(question.key, std::move(kept), question.settled && answer.kind != ReaderAnswer::Unreadable);
+    store_.put(question.key, kept, question.settled && answer.kind != ReaderAnswer::Unreadable);
   }
   const FileState& file = question.key.file;
   if (question.settled) {
@@ -224,7 +219,7 @@ void ContentReader::take(Content content, ReaderPool::Ticket ticket, ReaderAnswe
   } else {
     passing_[{file.device, file.inode}] = question.key;
   }
-  if (asked_.erase(question.key) > 0) keepForSeeing(question.key, std::move(bytes));
+  if (asked_.erase(question.key) > 0) keepForSeeing(question.key, answerOf(std::move(kept)));
 }
 
 void ContentReader::wait(std::chrono::milliseconds time) {

@@ -12,7 +12,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -27,9 +26,13 @@ namespace standin::metadata {
 
 enum class Content { Tags, Text };
 
-// What is in a file: attributes as encodeAttributes() makes them, or text as UTF-8. Empty where there is
-// nothing, or nothing could be read.
-using ContentBytes = std::shared_ptr<const std::string>;
+// What is in a file.
+struct ContentAnswer {
+  std::string bytes;    // attributes as encodeAttributes() makes them, or text as UTF-8
+  bool isWhole = true;  // as far as there is anything
+  std::string missing;  // what isn't there of it, for people; empty where there is no reader at all
+};
+using ContentBytes = std::shared_ptr<const ContentAnswer>;
 
 class ContentReader {
  public:
@@ -74,7 +77,6 @@ class ContentReader {
  private:
   struct Question {
     ContentKey key;
-    std::string shownPath;  // for people
     PathForReader path;
     bool settled;  // the file's times say for sure what is in it
   };
@@ -87,10 +89,9 @@ class ContentReader {
   void take(Content content, ReaderPool::Ticket ticket, ReaderAnswer answer);
   ContentKey keyOf(Content content, const FileLocation& file, std::string_view format);
   static bool isAsItWas(const Question& question);
-  void keepForSeeing(const ContentKey& key, std::string bytes);
+  void keepForSeeing(const ContentKey& key, ContentAnswer answer);
   void forget(const ContentKey& key);
   ReaderPool& pool(Content content) { return *pools_[static_cast<size_t>(content)]; }
-  void complainOf(const std::string& path, const std::string& why);
 
   const size_t unseenLimit_;
   const std::function<void(const std::string&)> complain_;
@@ -108,8 +109,6 @@ class ContentReader {
   std::array<Last, 2> last_;
   ReaderPool::Ticket nextTicket_ = 0;
   size_t filesRead_ = 0;
-  std::set<std::string> named_;  // files that can't be read
-  bool namesMore_ = true;
 };
 
 // The process's own.

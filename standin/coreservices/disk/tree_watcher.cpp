@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "standin/coreservices/disk/descriptor.h"
+#include "standin/coreservices/disk/unseen.h"
 #include "standin/coreservices/disk/watch_changes.h"
 #include "standin/coreservices/disk/watch_nodes.h"
 #include "standin/coreservices/disk/watch_scope.h"
@@ -49,10 +50,14 @@ bool isSameFile(const std::string& left, const std::string& right) {
          a.st_ino == b.st_ino;
 }
 
-// Gone again, replaced by something else, unreadable for this user, or too long: nothing that is worth a
-// message.
+// Gone again, replaced by something else, unreadable for this user, or too long: nothing to look for again.
 bool isHarmless(int error) {
-  return error == ENOENT || error == ENOTDIR || error == ELOOP || error == EACCES || error == ENAMETOOLONG;
+  return meansGone(error) || error == EACCES || error == ENAMETOOLONG;
+}
+
+// What lies in such a folder isn't seen now, either.
+void noteIfUnreadable(const std::string& path, WatchRole role, int error) {
+  if (role == WatchRole::Inside && error == EACCES) noteUnseenFolder(forSystem(path), error);
 }
 
 struct FolderCloser {
@@ -262,7 +267,9 @@ void TreeWatcher::Implementation::readInside(WatchNode& node, const std::string&
                                              std::vector<WatchNode*>& found) {
   const std::unique_ptr<DIR, FolderCloser> folder(::opendir(forSystem(path)));
   if (!folder) {
-    if (!isHarmless(errno)) cannotFollow(path, WatchRole::Inside, errno);
+    const int error = errno;
+    noteIfUnreadable(path, WatchRole::Inside, error);
+    if (!isHarmless(error)) cannotFollow(path, WatchRole::Inside, error);
     return;
   }
   nodes_.detachChildren(node);
@@ -288,7 +295,9 @@ WatchNode* TreeWatcher::Implementation::place(WatchNode& parent, const std::stri
   if (watch < 0) {
     const bool mayPassThrough = errno == EACCES && role == WatchRole::Passage;
     if (!mayPassThrough) {
-      if (!isHarmless(errno)) cannotFollow(path, role, errno);
+      const int error = errno;
+      noteIfUnreadable(path, role, error);
+      if (!isHarmless(error)) cannotFollow(path, role, error);
       return nullptr;
     }
     watch = WatchNode::kNoWatch;

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "standin/coreservices/disk/descriptor.h"
+#include "standin/coreservices/disk/unseen.h"
 #include "standin/system/long_paths.h"
 
 namespace standin::metadata {
@@ -81,11 +82,6 @@ struct Folder {
   size_t next = 0;
 };
 
-// Vanished, or replaced by something that isn't a folder: nothing to walk through, and no error.
-bool isHarmless(int error) {
-  return error == ENOENT || error == ENOTDIR || error == ELOOP;
-}
-
 const WalkFilter kOpenFilter;
 
 }  // namespace
@@ -145,7 +141,7 @@ class Walk::Implementation {
     Folder folder;
     folder.descriptor = std::move(descriptor);
     if (!folder.descriptor) {
-      if (!isHarmless(errno)) ++report_.unreadableFolders;
+      if (!meansGone(errno)) skip();
       return false;
     }
     const std::optional<FileId> id = idOf(folder.descriptor.get());
@@ -153,7 +149,7 @@ class Walk::Implementation {
     folder.id = *id;
     folder.pathLength = path_.size();
     if (!readEntries(folder)) {
-      ++report_.unreadableFolders;
+      if (!meansGone(errno)) skip();
       return false;
     }
     ++report_.folders;
@@ -161,6 +157,12 @@ class Walk::Implementation {
     if (stack_.size() > kFoldersKeptOpen) stack_[stack_.size() - 1 - kFoldersKeptOpen].descriptor.close();
     visitor_.entered(path_, nameLength);
     return true;
+  }
+
+  // The folder at the path; errno tells why.
+  void skip() {
+    ++report_.unreadableFolders;
+    noteUnseenFolder(path_, errno);
   }
 
   // The first folder is walked through whatever is excluded: it was asked for by name.
@@ -220,7 +222,8 @@ class Walk::Implementation {
     if (above && idOf(above.get()) == parent.id) {
       parent.descriptor = std::move(above);
     } else {
-      ++report_.unreadableFolders;
+      if (above) errno = ESTALE;  // another one has taken its place
+      skip();
       parent.next = parent.entries.size();
     }
   }

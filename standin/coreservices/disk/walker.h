@@ -38,7 +38,7 @@ class WalkVisitor {
 
 struct WalkReport {
   size_t folders = 0;            // walked through
-  size_t unreadableFolders = 0;  // skipped: no permission, or an error of the disk
+  size_t unreadableFolders = 0;  // skipped, and noted as unseen: no permission, or an error of the disk
 };
 
 // A walk goes step by step, so that it can be paused.

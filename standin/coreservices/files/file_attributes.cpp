@@ -5,10 +5,12 @@
 #include <limits.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "standin/coreservices/attributes/dates.h"
 #include "standin/coreservices/attributes/schema.h"
+#include "standin/coreservices/disk/unseen.h"
 #include "standin/system/long_paths.h"
 #include "standin/system/paths.h"
 
@@ -61,14 +63,28 @@ FileRecord::FileRecord(int folder, const std::string& folderPath, const char* na
 const struct statx* FileRecord::info() {
   if (state_ == NotAsked) {
     const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_SYNC_AS_STAT;
-    state_ =
-        ::statx(folder_, pathFromFolder_, flags, STATX_BASIC_STATS | STATX_BTIME, &info_) == 0 ? Known : Gone;
+    const int failed = ::statx(folder_, pathFromFolder_, flags, STATX_BASIC_STATS | STATX_BTIME, &info_);
+    error_ = failed ? errno : 0;
+    state_ = !failed ? Known : meansGone(error_) ? Gone : Unreachable;
   }
   return state_ == Known ? &info_ : nullptr;
 }
 
+// Where there is none, that is so because there is no file, or it isn't known, or counts as nothing.
+bool FileRecord::goesWithoutRecord() {
+  if (state_ != Unreachable) return true;
+  if (reading_ != Reading::Anyway) return false;
+  noteUnseenFile(path(), std::string("can't be looked at: ") + std::strerror(error_));
+  return true;
+}
+
 bool FileRecord::exists() {
   return info() != nullptr;
+}
+
+bool FileRecord::isGone() {
+  info();
+  return state_ == Gone;
 }
 
 std::string_view FileRecord::path() {
@@ -172,7 +188,7 @@ bool FileRecord::values(FileAttribute attribute, std::vector<Value>& values) {
   const size_t before = values.size();
   const auto addContent = [&] {
     FileContent* const file = content();
-    return !file || file->values(attribute, values);
+    return file ? file->values(attribute, values) : goesWithoutRecord();
   };
   // The content knows better than the file when it was made: a copy is younger than the picture in it.
   if (attribute == FileAttribute::ContentCreationDate) {
@@ -195,7 +211,7 @@ std::optional<Value> FileRecord::value(FileAttribute attribute) {
 bool FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
   if (key.file == FileAttribute::TextContent) {
     FileContent* const file = content();
-    return !file || file->text(values);
+    return file ? file->text(values) : goesWithoutRecord();
   }
   if (!key.any) return this->values(key.file, values);
   bool areAll = true;

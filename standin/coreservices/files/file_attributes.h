@@ -25,11 +25,11 @@ class FileRecord : public AttributeSource {
   // The entry `name` of the folder at `folderPath`; `pathFromFolder` leads to it from the folder that is
   // open as `folder`. Where that is an absolute path, neither folder is used.
   FileRecord(int folder, const std::string& folderPath, const char* name, const char* pathFromFolder,
-             Reading reading = Reading::Now);
+             Reading reading = Reading::Anyway);
 
   // Appends the attribute's values: one at the most, unless its type is an array. None: files of this kind
   // have no such attribute, or the file isn't there any more; but what its path alone tells is always known.
-  // False when they aren't known, which is so only for what is in a file, and isn't waited for.
+  // False when they aren't known, of what is in a file and isn't waited for, or where it can't be looked at.
   bool values(FileAttribute attribute, std::vector<Value>& values);
 
   // `*` covers all but the path and the text. The text of a file is for queries to compare, and given here
@@ -38,16 +38,20 @@ class FileRecord : public AttributeSource {
 
   // Asks the readers for what wasn't known. Answers whether there was anything that wasn't asked for already.
   bool askForMissing();
+  // Whether there is anything that a reader may still tell.
+  bool awaitsReader() const { return content_ && content_->awaitsReader(); }
 
   // The first of the values.
   std::optional<Value> value(FileAttribute attribute);
 
-  bool exists();
+  bool exists();  // and can be looked at
+  bool isGone();
   std::string_view path();  // absolute
 
  private:
   const struct statx* info();
   FileContent* content();
+  bool goesWithoutRecord();
   std::optional<Value> nodeCount();
   std::optional<Value> valueByPath(FileAttribute attribute);
   std::optional<Value> valueByRecord(FileAttribute attribute);
@@ -60,13 +64,14 @@ class FileRecord : public AttributeSource {
   std::string path_;
   struct statx info_;
   std::unique_ptr<FileContent> content_;
-  enum { NotAsked, Known, Gone } state_ = NotAsked;
+  enum { NotAsked, Known, Gone, Unreachable } state_ = NotAsked;
+  int error_ = 0;  // errno's, of what is unreachable
 };
 
 // A file by its absolute path, however long, which must outlive this.
 class FileByPath {
  public:
-  explicit FileByPath(const std::string& path, Reading reading = Reading::Now);
+  explicit FileByPath(const std::string& path, Reading reading = Reading::Anyway);
   FileByPath(const FileByPath&) = delete;
   FileByPath& operator=(const FileByPath&) = delete;
   FileRecord& record() { return record_; }

@@ -10,6 +10,7 @@
 
 #include "standin/coreservices/content/text_reader.h"
 #include "standin/coreservices/disk/descriptor.h"
+#include "standin/coreservices/disk/unseen.h"
 #include "standin/coreservices/media/media_attributes.h"
 #include "standin/coreservices/media/media_table.h"
 
@@ -26,8 +27,8 @@ std::string reachablePath(const FileLocation& file) {
   return "/proc/self/fd/" + std::to_string(file.folder) + '/' + file.pathFromFolder;
 }
 
-// Empty when there is none, as on a file system that keeps none.
-std::string readExtendedAttribute(const FileLocation& file, const char* name) {
+// Empty when there is none, as on a file system that keeps none. Sets `error` where there may be one.
+std::string readExtendedAttribute(const FileLocation& file, const char* name, int& error) {
   char small[256];
   const std::string path = reachablePath(file);
   ssize_t size = ::lgetxattr(path.c_str(), name, small, sizeof small);
@@ -38,6 +39,8 @@ std::string readExtendedAttribute(const FileLocation& file, const char* name) {
     value.resize(kLongestExtendedAttribute);
     size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
     value.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+  } else if (errno == EACCES || errno == EIO) {
+    error = errno;
   }
   while (!value.empty() && value.back() == '\0') value.pop_back();
   return value;
@@ -50,30 +53,32 @@ Descriptor openToLook(const FileLocation& file) {
   return Descriptor(fd >= 0 ? fd : ::openat(file.folder, file.pathFromFolder, kFlags));
 }
 
-std::string firstBytes(const FileLocation& file) {
+// Sets `error` where they can't be read.
+std::string firstBytes(const FileLocation& file, int& error) {
   std::string bytes;
   if (file.info.stx_size == 0) return bytes;
   const Descriptor descriptor = openToLook(file);
-  if (!descriptor) return bytes;
-  bytes.resize(kSignatureLength);
-  const ssize_t size = ::read(descriptor.get(), bytes.data(), bytes.size());
+  if (descriptor) bytes.resize(kSignatureLength);
+  const ssize_t size = descriptor ? ::read(descriptor.get(), bytes.data(), bytes.size()) : -1;
+  if (size < 0 && !meansGone(errno)) error = errno;
   bytes.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
   return bytes;
 }
 
-const ContentType* typeOfRegularFile(const FileLocation& file) {
-  const std::string mimeType = readExtendedAttribute(file, "user.mime_type");
+const ContentType* typeOfRegularFile(const FileLocation& file, int& error) {
+  int noMatter = 0;  // the name tells as well, and otherwise the bytes can't be read, either
+  const std::string mimeType = readExtendedAttribute(file, "user.mime_type", noMatter);
   if (const auto* const type = contentTypeOfMime(mimeType)) return type;
   if (const auto* const type = contentTypeOfName(file.name, Node::File)) return type;
-  if (const auto* const type = contentTypeOfBytes(firstBytes(file))) return type;
+  if (const auto* const type = contentTypeOfBytes(firstBytes(file, error))) return type;
   return contentTypeNamed(file.info.stx_mode & S_IXUSR ? "public.unix-executable" : "public.data");
 }
 
-// Null for devices and the like.
-const ContentType* typeOf(const FileLocation& file) {
+// Null for devices and the like. Sets `error` where it takes a look at the bytes, and they can't be read.
+const ContentType* typeOf(const FileLocation& file, int& error) {
   switch (file.info.stx_mode & S_IFMT) {
     case S_IFREG:
-      return typeOfRegularFile(file);
+      return typeOfRegularFile(file, error);
     case S_IFDIR: {
       const ContentType* const type = contentTypeOfName(file.name, Node::Folder);
       return type ? type : contentTypeNamed("public.folder");
@@ -101,25 +106,34 @@ bool mayHaveTags(const ContentType* type) {
 
 }  // namespace
 
-bool mayTakeReader(FileAttribute attribute) {
-  return isMediaAttribute(attribute);
-}
-
 const ContentType* FileContent::type() {
-  if (!type_) type_ = typeOf(file_);
+  if (!type_) type_ = typeOf(file_, typeError_);
   return *type_;
 }
 
-const std::string& FileContent::extendedAttribute(std::optional<std::string>& kept, const char* name) {
-  if (!kept) kept = readExtendedAttribute(file_, name);
-  return *kept;
+// What is missing isn't known, or counts as nothing.
+bool FileContent::goesWithout(std::string_view missing) const {
+  if (reading_ != Reading::Anyway) return false;
+  noteUnseenFile(file_.path, missing);
+  return true;
+}
+
+bool FileContent::isTypeSeen() {
+  type();
+  return typeError_ == 0 || goesWithout(cannotBeRead(typeError_));
+}
+
+void FileContent::addExtendedAttribute(std::optional<std::string>& kept, const char* name,
+                                       std::vector<Value>& values) {
+  if (!kept) kept = readExtendedAttribute(file_, name, extendedError_);
+  if (!kept->empty()) values.emplace_back(*kept);
 }
 
 const ContentBytes& FileContent::bytes(Content content, std::string_view format) {
   ContentBytes& bytes = bytes_[static_cast<size_t>(content)];
   if (bytes) return bytes;
-  bytes = reading_ == Reading::Now ? contentReader().read(content, file_, format)
-                                   : contentReader().known(content, file_, format);
+  bytes = reading_ == Reading::Later ? contentReader().known(content, file_, format)
+                                     : contentReader().read(content, file_, format);
   if (!bytes) missing_[static_cast<size_t>(content)] = format;
   return bytes;
 }
@@ -150,26 +164,30 @@ bool FileContent::tagValues(FileAttribute attribute, std::vector<Value>& values)
   if (!S_ISREG(file_.info.stx_mode)) return true;
   const ContentType* const named = promisedType();
   const bool isKnown = mayHaveTags(named) && isInStore(Content::Tags, {});
+  if (!isKnown && !isTypeSeen()) return false;
   if (!isKnown && !mayHaveTags(type())) return true;
   const ContentBytes& tags = bytes(Content::Tags, {});
-  if (tags) decodeValues(*tags, attribute, values);
-  return tags != nullptr;
+  if (!tags) return false;
+  decodeValues(tags->bytes, attribute, values);
+  return tags->isWhole || goesWithout(tags->missing);
 }
 
 bool FileContent::text(std::vector<Value>& values) {
   if (!S_ISREG(file_.info.stx_mode)) return true;
   const ContentType* const named = promisedType();
   const bool isKnown = isDocument(named) && isInStore(Content::Text, formatOf(textOf(*named)));
+  if (!isKnown && !isTypeSeen()) return false;
   const ContentType* const actual = isKnown ? named : type();
   if (!actual || textOf(*actual) == Text::None) return true;
   if (textOf(*actual) == Text::Plain) {
     if (const auto text = plainText_.read(file_.folder, file_.pathFromFolder)) values.emplace_back(*text);
-    return true;
+    return plainText_.missing().empty() || goesWithout(plainText_.missing());
   }
   if (file_.info.stx_size == 0) return true;  // no document at all
   const ContentBytes& text = bytes(Content::Text, formatOf(textOf(*actual)));
-  if (text && !text->empty()) values.emplace_back(*text);
-  return text != nullptr;
+  if (!text) return false;
+  if (!text->bytes.empty()) values.emplace_back(text->bytes);
+  return text->isWhole || goesWithout(text->missing);
 }
 
 bool FileContent::values(FileAttribute attribute, std::vector<Value>& values) {
@@ -178,21 +196,24 @@ bool FileContent::values(FileAttribute attribute, std::vector<Value>& values) {
   };
   switch (attribute) {
     case FileAttribute::ContentType:
+      if (!isTypeSeen()) return false;
       if (type()) addText(type()->identifier);
       return true;
     case FileAttribute::ContentTypeTree:
+      if (!isTypeSeen()) return false;
       if (type()) std::ranges::for_each(contentTypeTree(*type()), addText);
       return true;
     case FileAttribute::Kind:
+      if (!isTypeSeen()) return false;
       if (type()) addText(type()->kind);
       return true;
     case FileAttribute::WhereFroms:
-      addText(extendedAttribute(origin_, "user.xdg.origin.url"));
-      addText(extendedAttribute(referrer_, "user.xdg.referrer.url"));
-      return true;
+      addExtendedAttribute(origin_, "user.xdg.origin.url", values);
+      addExtendedAttribute(referrer_, "user.xdg.referrer.url", values);
+      return extendedError_ == 0 || goesWithout(cannotBeRead(extendedError_));
     case FileAttribute::FinderComment:
-      addText(extendedAttribute(comment_, "user.xdg.comment"));
-      return true;
+      addExtendedAttribute(comment_, "user.xdg.comment", values);
+      return extendedError_ == 0 || goesWithout(cannotBeRead(extendedError_));
     default:
       return tagValues(attribute, values);
   }

@@ -16,29 +16,34 @@
 
 namespace standin::metadata {
 
-// Whether what takes a reader beside this process is waited for.
-enum class Reading { Now, Later };
-
-// Whether the attribute may be one that only a reader can tell.
-bool mayTakeReader(FileAttribute attribute);
+// How far one goes to know what is in a file.
+enum class Reading {
+  Later,   // what takes a reader beside this process isn't known before it has been read
+  Now,     // it is waited for; what can't be read isn't known
+  Anyway,  // what can't be read counts as though it weren't there, and is noted as unseen
+};
 
 // Everything is read when it is first asked for, and kept.
 class FileContent {
  public:
   FileContent(const FileLocation& file, Reading reading) : file_(file), reading_(reading) {}
 
-  // Appends the attribute's values: none when the file has no such attribute. False when they aren't known,
-  // as a reader would have to be waited for.
+  // Appends the attribute's values: none when the file has no such attribute. False when they aren't known:
+  // a reader would have to be waited for, or they can't be read.
   bool values(FileAttribute attribute, std::vector<Value>& values);
   // The same of its text.
   bool text(std::vector<Value>& values);
 
   // Asks the readers for what wasn't known. Answers whether there was anything that wasn't asked for already.
   bool askForMissing();
+  // Whether there is anything that a reader may still tell.
+  bool awaitsReader() const { return missing_[0] || missing_[1]; }
 
  private:
   const ContentType* type();  // null for devices and the like, which have none
-  const std::string& extendedAttribute(std::optional<std::string>& kept, const char* name);
+  bool goesWithout(std::string_view missing) const;
+  bool isTypeSeen();
+  void addExtendedAttribute(std::optional<std::string>& kept, const char* name, std::vector<Value>& values);
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);
   const ContentType* promisedType() const;
@@ -47,6 +52,8 @@ class FileContent {
   FileLocation file_;
   const Reading reading_;
   std::optional<const ContentType*> type_;
+  int typeError_ = 0,
+      extendedError_ = 0;  // errno's, where the first bytes or extended attributes can't be read
   std::optional<std::string> origin_, referrer_, comment_;
   TextContent plainText_;
   // By Content; null while it isn't known.

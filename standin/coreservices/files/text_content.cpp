@@ -10,8 +10,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <utility>
 
 #include "standin/coreservices/disk/descriptor.h"
+#include "standin/coreservices/disk/unseen.h"
 
 namespace standin::metadata {
 namespace {
@@ -19,50 +21,76 @@ namespace {
 // Enough to tell most files that hold no text.
 constexpr size_t kFirstLook = 4096;
 
-bool mayHoldText(const struct stat& info) {
-  return S_ISREG(info.st_mode) && info.st_size <= static_cast<off_t>(kLargestText);
+// Why there may be text that can't be told.
+struct Unreadable {
+  std::string missing;
+};
+
+[[noreturn]] void failToRead(int error) {
+  throw Unreadable{meansGone(error) ? std::string() : cannotBeRead(error)};
 }
 
+// Throws Unreadable; -1 for what is no regular file.
 int openRegularFile(int folder, const char* name) {
   struct stat info;
-  if (::fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0 || !mayHoldText(info)) return -1;
+  if (::fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0) failToRead(errno);
+  if (!S_ISREG(info.st_mode)) return -1;
   // Should another kind of file take its place now, it isn't waited for.
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  const int descriptor = ::openat(folder, name, kFlags | O_NOATIME);
-  return descriptor < 0 && errno == EPERM ? ::openat(folder, name, kFlags) : descriptor;
+  int descriptor = ::openat(folder, name, kFlags | O_NOATIME);
+  if (descriptor < 0 && errno == EPERM) descriptor = ::openat(folder, name, kFlags);
+  if (descriptor < 0) failToRead(errno);
+  return descriptor;
 }
 
 bool hasUtf16Mark(std::string_view bytes) {
   return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
 }
 
-// Appends up to `count` bytes; false after an error.
-bool readMore(int descriptor, size_t count, std::string& bytes) {
+// Appends up to `count` bytes. Throws Unreadable.
+void readMore(int descriptor, size_t count, std::string& bytes) {
   const size_t start = bytes.size();
   bytes.resize(start + count);
   size_t got = 0;
   while (got < count) {
     const ssize_t now = ::read(descriptor, bytes.data() + start + got, count - got);
     if (now < 0 && errno == EINTR) continue;
-    if (now < 0) return false;
+    if (now < 0) failToRead(errno);
     if (now == 0) break;
     got += static_cast<size_t>(now);
   }
   bytes.resize(start + got);
+}
+
+// Whether a file may hold text that starts with these bytes. The last character may be cut.
+bool mayStartText(std::string_view bytes) {
+  if (hasUtf16Mark(bytes)) return true;
+  const auto length = static_cast<int32_t>(bytes.size());
+  for (int32_t position = 0; position < length;) {
+    const int32_t start = position;
+    UChar32 character = 0;
+    U8_NEXT(bytes.data(), position, length, character);
+    if (character <= 0) return character < 0 && length - start < U8_MAX_LENGTH;
+  }
   return true;
 }
 
+// Throws Unreadable.
 std::optional<std::string> readText(int folder, const char* name) {
   const Descriptor file(openRegularFile(folder, name));
   struct stat info;
-  if (!file || ::fstat(file.get(), &info) != 0 || !mayHoldText(info)) return {};
-  const auto size = static_cast<size_t>(info.st_size);
-  const size_t first = std::min(size, kFirstLook);
+  if (!file || ::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return {};
+  const auto size = static_cast<uint64_t>(info.st_size);
+  const auto first = static_cast<size_t>(std::min<uint64_t>(size, kFirstLook));
   std::string bytes;
-  if (!readMore(file.get(), first, bytes)) return {};
-  if (!hasUtf16Mark(bytes) && bytes.find('\0') != std::string::npos) return {};
-  bytes.reserve(size);
-  if (!readMore(file.get(), size - first, bytes)) return {};
+  readMore(file.get(), first, bytes);
+  if (!mayStartText(bytes)) return {};
+  if (size > kLargestText) {
+    throw Unreadable{"is larger than " + std::to_string(kLargestText >> 20) +
+                     " MB; its text is not searched"};
+  }
+  bytes.reserve(static_cast<size_t>(size));
+  readMore(file.get(), static_cast<size_t>(size) - first, bytes);
   return textOfBytes(bytes);
 }
 
@@ -134,8 +162,13 @@ std::optional<std::string> textOfBytes(std::string_view bytes) {
 }
 
 std::optional<std::string_view> TextContent::read(int folder, const char* name) {
-  if (!asked_) text_ = readText(folder, name);
-  asked_ = true;
+  if (!std::exchange(asked_, true)) {
+    try {
+      text_ = readText(folder, name);
+    } catch (const Unreadable& unreadable) {
+      missing_ = unreadable.missing;
+    }
+  }
   return text_;
 }
 

@@ -20,10 +20,13 @@ class TextContent {
   // The text of the file that `name` leads to from `folder`, as UTF-8 with one blank for each run of white
   // space; nothing when it has none or can't be read. It is read once, and good until this dies.
   std::optional<std::string_view> read(int folder, const char* name);
+  // What is missing of it, for people; empty when nothing is, and where there is no text.
+  const std::string& missing() const { return missing_; }
 
  private:
   bool asked_ = false;
   std::optional<std::string> text_;
+  std::string missing_;
 };
 
 // What the bytes of a whole file say, as above; nothing when they are no text.

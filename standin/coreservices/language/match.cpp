@@ -84,13 +84,14 @@ Match matchOf(bool matches) {
   return matches ? Match::Yes : Match::No;
 }
 
-// Of several values one is enough, also where not all are known.
+// Of several values one is enough, also where not all are known; but text that is known in part may be
+// unequal only as far as it is known.
 Match matchComparison(const Comparison& comparison, AttributeSource& source, std::vector<Value>& values) {
   values.clear();
   const bool areAll = source.values(comparison.key, values);
   const bool satisfied = std::any_of(values.begin(), values.end(),
                                      [&](const Value& value) { return satisfies(value, comparison); });
-  if (satisfied) return Match::Yes;
+  if (satisfied && (areAll || comparison.op != Operator::NotEqual)) return Match::Yes;
   if (!areAll) return Match::Unknown;
   return matchOf(values.empty() && comparison.op == Operator::NotEqual);
 }

@@ -12,8 +12,8 @@ namespace standin {
 
 struct ContentOptions {
   std::string folder;  // of the store; empty: what is read is kept in memory, for this process
-  // What can't be read, or not be kept: called for the first files, and then once more. Not called from
-  // another thread.
+  // That a reader is missing, or what is read can't be kept: each once. (Which files can't be read is told by
+  // takeUnseen().) Not called from another thread.
   std::function<void(const std::string& message)> complain;
 };
 

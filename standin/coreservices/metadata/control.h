@@ -1,7 +1,7 @@
 // metadata/: the public functions of queries, items and the schema, with a query's scope, run, results and
 // value lists. It may include every other room but filemanager/ and media/, the gate, Core Foundation's
-// public headers and CFRuntime.h, and standin/system; nothing outside includes more of it than this header
-// and planned_answers.h.
+// public headers and CFRuntime.h, and standin/system; nothing outside includes more of it than this header,
+// content_control.h, unseen.h and planned_answers.h.
 //
 // Here: what a host program or a test sets and asks about the metadata stand-in, beside its public functions.
 // The clock that batches of results are timed by is that of the run loops: standin/system/clock.h.

@@ -23,6 +23,7 @@ struct AnswerWord {
   ReaderAnswer::Kind kind;
 };
 constexpr AnswerWord kAnswerWords[] = {{"ok ", ReaderAnswer::Read},
+                                       {"part ", ReaderAnswer::Part},
                                        {"error ", ReaderAnswer::Refused},
                                        {"unreadable ", ReaderAnswer::Unreadable}};
 
@@ -45,7 +46,7 @@ void ReaderPool::forget(const std::function<bool(Ticket)>& which) {
 bool ReaderPool::start() {
   const std::optional<std::string> path = findProgram(options_.program);
   if (!path) {
-    giveUp("isn't there: install Debian's " + options_.package + ", or set PATH");
+    giveUp("isn't there: " + howToHave());
     return false;
   }
   std::unique_ptr<ChildProcess> process =
@@ -166,9 +167,16 @@ void ReaderPool::fail(Reader& reader, const std::string& how, bool ended) {
   asked_ -= again.size();
   questions_.splice(questions_.begin(), again);
   if (!failed->ready && ++failedStarts_ >= kMostFailedStarts) {
-    giveUp("can't be used, it " + how + ": see that Debian's " + options_.package + " is installed whole");
+    giveUp("can't be used, it " + how + ": " +
+           (options_.package.empty() ? howToHave()
+                                     : "see that Debian's " + options_.package + " is installed whole"));
   }
   if (lost) answer(std::move(*lost), {ReaderAnswer::Unreadable, options_.name + ' ' + how});
+}
+
+std::string ReaderPool::howToHave() const {
+  if (options_.package.empty()) return "build it, as " + options_.program;
+  return "install Debian's " + options_.package + ", or set PATH";
 }
 
 // From now on every question is answered at once.

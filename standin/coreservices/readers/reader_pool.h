@@ -6,7 +6,8 @@
 // A process prints "ready\n" once it can be asked. A question is any bytes without a zero byte, and a zero
 // byte. Answers come in the order of the questions, each a line and so many bytes: "ok LENGTH\n" and what is
 // in the file; "error LENGTH\n" and why there is nothing to be said of what is in it, for people; "unreadable
-// LENGTH\n" and why it can't be read now. It ends at the end of its input.
+// LENGTH\n" and why it can't be read now; "part LENGTH\n" as "ok", where there is more than is told. It ends
+// at the end of its input.
 #pragma once
 
 #include <chrono>
@@ -26,6 +27,7 @@ namespace standin::metadata {
 struct ReaderAnswer {
   enum Kind {
     Read,
+    Part,        // of what is in it
     Refused,     // and it would be again, as long as the file stays as it is
     Unreadable,  // perhaps for the moment only
   };
@@ -41,7 +43,7 @@ class ReaderPool {
   struct Options {
     std::string name;                    // for people
     std::string program;                 // looked up in PATH unless it has a slash
-    std::string package;                 // of Debian, which the program is in
+    std::string package;                 // of Debian, which the program is in; empty for one of ours
     // Of the program, asked for when it is started.
     std::function<std::vector<std::string>()> arguments = [] { return std::vector<std::string>(); };
     size_t processes = 1;                // at the most
@@ -99,6 +101,7 @@ class ReaderPool {
   static Parsed parse(std::string_view received, ReaderAnswer& answer, size_t& length);
   void fail(Reader& reader, const std::string& how, bool ended);
   void giveUp(const std::string& why);
+  std::string howToHave() const;
   void answer(Question question, ReaderAnswer answer);
   int millisecondsToWait(Milliseconds time) const;
 

@@ -21,8 +21,13 @@ class Matching : public WalkVisitor {
   void entered(const std::string&, size_t) override {}
   void left() override {}
   void found(int folder, const std::string& path, const char* name) override {
-    FileRecord record(folder, path, name, name);
-    if (match(expression_, record) == Match::Yes) paths.push_back(pathIn(path, name));
+    FileRecord record(folder, path, name, name, Reading::Now);
+    Match matches = match(expression_, record);
+    if (matches == Match::Unknown) {
+      FileRecord anyway(folder, path, name, name, Reading::Anyway);
+      matches = match(expression_, anyway);
+    }
+    if (matches == Match::Yes) paths.push_back(pathIn(path, name));
   }
   std::vector<std::string> paths;
 
@@ -106,8 +111,11 @@ bool LiveChanges::isResult(const std::string& path) {
   if (known != Match::Unknown) return known == Match::Yes;
   file.record().askForMissing();
   askAhead();
-  FileByPath now(path);
-  return match(*expression_, now.record()) == Match::Yes;
+  FileByPath now(path, Reading::Now);
+  const Match read = match(*expression_, now.record());
+  if (read != Match::Unknown) return read == Match::Yes;
+  FileByPath anyway(path, Reading::Anyway);
+  return match(*expression_, anyway.record()) == Match::Yes;
 }
 
 // Has the readers work at what comes next, while one file is waited for.

@@ -18,6 +18,10 @@ constexpr auto kMoment = std::chrono::milliseconds(20);
 constexpr size_t kStepsBetweenAnswers = 64;
 constexpr int kMostChanges = 4;  // of a file while it is waited for
 
+std::string_view nameIn(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
 }  // namespace
 
 class Search::Collector : public WalkVisitor {
@@ -47,7 +51,8 @@ Search::Search(SearchRequest request, ResultStore& results, Found found)
                                    : realFolders(request_.folders, report_.missingFolders)),
       excluded_(fileIdsOf(request_.excluded)) {
   if (!request_.themselves) chooseRoots();
-  std::ranges::copy_if(request_.alsoRead, std::back_inserter(toBeKnown_), mayTakeReader);
+  const auto isMore = [](FileAttribute attribute) { return costOf(attribute) > Cost::Name; };
+  std::ranges::copy_if(request_.alsoRead, std::back_inserter(toBeKnown_), isMore);
 }
 
 // A folder in another is come to from there, unless that may be filtered: then each is walked through on its
@@ -81,13 +86,17 @@ Match Search::matchOf(FileRecord& record) {
 void Search::look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder, const char* name) {
   ++report_.entries;
   Match match = matchOf(record);
+  bool awaitsReader = record.awaitsReader();
   // A file with so long a path is read through its descriptor, of which there are few: it isn't left waiting.
   if (match == Match::Unknown && record.path().size() >= PATH_MAX) {
     const std::string path(record.path());
     FileByPath file(path, Reading::Now);
     match = matchOf(file.record());
+    awaitsReader = false;
   }
   if (match == Match::No) return;
+  if (match == Match::Unknown && !awaitsReader && waiting_.empty())
+    return settleAnyway(folder, std::string(record.path()));
   if (match == Match::Yes && waiting_.empty()) return add(folder, name, record);
   const bool isResult = match == Match::Yes;
   if (!isResult) {
@@ -105,10 +114,10 @@ void Search::settleFirst(std::chrono::milliseconds patience) {
   // What was known of a result when it was decided may have been forgotten meanwhile; it is sorted by that.
   // And a file that changes all the time is taken as it is now.
   const bool isNow = first.isResult || first.asked > kMostChanges;
-  FileByPath file(first.path, isNow ? Reading::Now : Reading::Later);
+  FileByPath file(first.path, isNow ? Reading::Anyway : Reading::Later);
   if (!first.isResult) {
-    const Match match = file.record().exists() ? matchOf(file.record()) : Match::No;
-    if (match == Match::Unknown) {
+    const Match match = file.record().isGone() ? Match::No : matchOf(file.record());
+    if (match == Match::Unknown && file.record().awaitsReader()) {
       if (file.record().askForMissing()) ++first.asked;
       waiting_.push_front(std::move(first));
       contentReader().wait(patience);
@@ -117,8 +126,15 @@ void Search::settleFirst(std::chrono::milliseconds patience) {
     }
     --undecided_;
     if (match == Match::No) return;
+    if (match == Match::Unknown) return settleAnyway(first.folder, first.path);
   }
-  add(first.folder, std::string_view(first.path).substr(first.path.rfind('/') + 1), file.record());
+  add(first.folder, nameIn(first.path), file.record());
+}
+
+// Where what can't be read would decide.
+void Search::settleAnyway(const std::shared_ptr<OpenFolder>& folder, const std::string& path) {
+  FileByPath file(path, Reading::Anyway);
+  if (matchOf(file.record()) == Match::Yes) add(folder, nameIn(path), file.record());
 }
 
 void Search::add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record) {

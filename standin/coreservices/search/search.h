@@ -84,6 +84,7 @@ class Search {
   void look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder, const char* name);
   Match matchOf(FileRecord& record);
   void settleFirst(std::chrono::milliseconds patience);
+  void settleAnyway(const std::shared_ptr<OpenFolder>& folder, const std::string& path);
   void add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record);
   ResultStore::Folder stored(OpenFolder& folder);
 
@@ -91,7 +92,7 @@ class Search {
   const SearchRequest request_;
   ResultStore& results_;
   const Found onFound_;
-  std::vector<FileAttribute> toBeKnown_;  // of results, as it takes readers to tell them
+  std::vector<FileAttribute> toBeKnown_;  // of results, as more than their names tells them
   size_t found_ = 0;
   SearchReport report_;  // of the folders that are done
   std::vector<std::string> folders_;

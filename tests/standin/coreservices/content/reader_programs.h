@@ -12,9 +12,9 @@
 
 namespace standin::metadata {
 
-// What a file holds says what becomes of reading it: "refuse", "end" (the reader ends), "hang", "slow N"
-// (after so many milliseconds), "grow" (the file, too), "nul"; else `answer`, a term of perl, says what is in
-// it.
+// What a file holds says what becomes of reading it: "refuse" ("refuse text", "refuse tags": by one of two),
+// "part", "end" (the reader ends), "hang", "slow N" (after so many milliseconds), "grow" (the file, too),
+// "nul"; else `answer`, a term of perl, says what is in it.
 inline ReaderPool::Options readerProgram(const ScratchFolder& scratch, const std::string& name,
                                          const std::string& answer, size_t processes) {
   const std::string path = scratch.file("programs/" + name, R"(#!/usr/bin/perl
@@ -24,7 +24,9 @@ while (my $question = <STDIN>) {
   chomp $question;
   my ($format, $path) = $question =~ m{^(\w*) ?(/.*)}s;
   my $text = do { local $/; open my $file, '<', $path or (say_('unreadable', 'is gone'), next); <$file> };
-  if ($text =~ /^refuse/) { say_('error', 'makes no sense'); next }
+  my $own = $format ? 'text' : 'tags';
+  if ($text =~ /^refuse(?: $own|(?! text| tags))/) { say_('error', 'makes no sense'); next }
+  if ($text =~ /^part/) { say_('part', "$format $text"); next }
   exit 1 if $text =~ /^end/;
   sleep 1000 if $text =~ /^hang/;
   if ($text =~ /^grow/) { open my $file, '>>', $path; print $file ' harbour'; close $file }
