@@ -6,4 +6,5 @@ target_compile_options(SpotlightZNK PRIVATE -Wall -Wextra -Werror -fvisibility=h
   -fno-threadsafe-statics -fno-stack-protector)
 target_link_libraries(SpotlightZNK PRIVATE
   "-framework CoreFoundation" "-weak_framework CoreServices" "-framework ApplicationServices" "-framework Carbon")
-set_target_properties(SpotlightZNK PROPERTIES PREFIX "" SUFFIX ".dylib" CXX_STANDARD 17)
+set_target_properties(SpotlightZNK PROPERTIES PREFIX "" SUFFIX ".dylib" CXX_STANDARD 17
+  MACHO_CURRENT_VERSION ${PROJECT_VERSION})

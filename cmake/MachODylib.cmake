@@ -24,16 +24,16 @@ function(macho_compile source object description)
     VERBATIM)
 endfunction()
 
-# add_macho_dylib(NAME SOURCES source... IMPORTS list EXPORTED symbol... INSTALL_NAME name OUTPUT file
+# add_macho_dylib(NAME SOURCES source... IMPORTS list EXPORTED symbol... INSTALL_NAME name VERSION number OUTPUT file
 #                 [INCLUDE_DIRS folder...] [HEADERS_ISYSTEM folder...])
 #
 # Makes the target NAME, built with everything, which produces OUTPUT. The path is also its MACHO_DYLIB property. The
 # target NAME-debug, built on request, makes OUTPUT.debug for gdb. Its debug information comes from objects of their own:
 # with it clang makes the same code, but orders some variables otherwise and describes more frames.
 function(add_macho_dylib name)
-  cmake_parse_arguments(PARSE_ARGV 1 dylib "" "IMPORTS;INSTALL_NAME;OUTPUT"
+  cmake_parse_arguments(PARSE_ARGV 1 dylib "" "IMPORTS;INSTALL_NAME;VERSION;OUTPUT"
     "SOURCES;EXPORTED;INCLUDE_DIRS;HEADERS_ISYSTEM")
-  foreach(required SOURCES IMPORTS EXPORTED INSTALL_NAME OUTPUT)
+  foreach(required SOURCES IMPORTS EXPORTED INSTALL_NAME VERSION OUTPUT)
     if(NOT dylib_${required})
       message(FATAL_ERROR "add_macho_dylib(${name}): ${required} is missing")
     endif()
@@ -72,7 +72,7 @@ function(add_macho_dylib name)
   file(MAKE_DIRECTORY ${folder})
   add_custom_command(OUTPUT ${dylib_OUTPUT}
     COMMAND macho-link -o ${dylib_OUTPUT} -install_name ${dylib_INSTALL_NAME} -imports ${dylib_IMPORTS}
-            ${exported} -minimum-system 10.6 -debug-map ${debug_folder}/map ${objects}
+            ${exported} -current_version ${dylib_VERSION} -minimum-system 10.6 -debug-map ${debug_folder}/map ${objects}
     BYPRODUCTS ${debug_folder}/map
     WORKING_DIRECTORY ${objects_folder}
     DEPENDS macho-link ${object_files} ${dylib_IMPORTS}

@@ -25,6 +25,7 @@ add_macho_dylib(SpotlightDylib
   IMPORTS ${PLUGIN_IMPORTS}
   EXPORTED _REALPluginMain
   INSTALL_NAME @executable_path/SpotlightZNK.dylib
+  VERSION ${PROJECT_VERSION}
   OUTPUT ${PLUGIN_DYLIB}
   INCLUDE_DIRS ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform
   HEADERS_ISYSTEM ${CMAKE_SOURCE_DIR}/platform/freestanding)

@@ -10,7 +10,9 @@ namespace {
 class Parser {
  public:
   Parser(const std::string& command, const Arguments& arguments, const std::vector<Option>& options)
-      : seeHelp_("; see shotlight " + command + " --help"), arguments_(arguments), options_(options) {}
+      : seeHelp_("; see shotlight " + (command.empty() ? "" : command + ' ') + "--help"),
+        arguments_(arguments),
+        options_(options) {}
 
   Arguments parse() {
     Arguments operands;

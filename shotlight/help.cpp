@@ -7,6 +7,7 @@ const char generalHelp[] =
 
 usage: shotlight COMMAND ...
        shotlight COMMAND --help
+       shotlight --version [--plugin FILE]
 
   find     search for files, once or live
   attrs    all that is known about files
@@ -21,6 +22,9 @@ Every command takes
   --              what follows is no option, whatever it starts with
   --help          print the command's help
 An option's value may also be joined to it: --limit=10.
+
+--version prints the versions of this program and of the plug-in. An ELF library
+of the plug-in has none.
 
 examples:
   shotlight find 'kMDItemFSName == "*.txt"c'

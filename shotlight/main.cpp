@@ -8,6 +8,7 @@
 #include "shotlight/help.h"
 #include "shotlight/memory.h"
 #include "shotlight/output.h"
+#include "shotlight/session.h"
 
 namespace {
 
@@ -36,11 +37,24 @@ int printHelp(const char* text) {
   return kFound;
 }
 
+int printVersion(const Arguments& arguments) {
+  std::string plugin;
+  if (const Arguments rest = takeOptions("", arguments, {nameOption("--plugin", plugin)}); !rest.empty())
+    throw UsageError("--version takes no '" + rest.front() + "'; leave it out");
+  print("shotlight " PROJECT_VERSION "\n");
+  const Session session(plugin);
+  print("SpotlightZNK " + session.pluginVersion().value_or("(its file tells no version)") + '\n');
+  finishOutput();
+  session.close();
+  return kFound;
+}
+
 int run(const Arguments& arguments) {
   if (arguments.empty()) throw UsageError("a command is missing; see shotlight --help");
   const std::string& name = arguments.front();
   const Arguments rest(arguments.begin() + 1, arguments.end());
   if (name == "--help" || name == "-h") return printHelp(generalHelp);
+  if (name == "--version") return printVersion(rest);
   if (name == "help") return printHelp(rest.empty() ? generalHelp : commandNamed(rest.front()).help);
   const Command& command = commandNamed(name);
   return askForHelp(rest) ? printHelp(command.help) : command.run(rest);

@@ -1,6 +1,7 @@
 // A running host with the plug-in loaded, for the life of a command.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ class Session {
   explicit Session(const std::string& pluginFile);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
+
+  // The plug-in's, as "1.2.3"; nothing where its file doesn't tell.
+  std::optional<std::string> pluginVersion() const { return plugin_.version(); }
 
   // For the end of a command that went well, when it holds no host values any more: throws CommandError when
   // the plug-in or the platform holds more than after start-up.

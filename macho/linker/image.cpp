@@ -8,7 +8,7 @@ namespace macho {
 namespace {
 
 constexpr uint32_t kRoomForNames = 256;
-constexpr uint32_t kOwnVersion = 0x10000;  // 1.0.0, as the linker's default elsewhere
+constexpr uint32_t kOwnCompatibility = 0x10000;  // 1.0.0, as the linker's default elsewhere
 
 uint32_t dylibCommandSize(const std::string& installName) {
   return roundUp(static_cast<uint32_t>(sizeof(DylibCommand) + installName.size() + 1), 4);
@@ -36,7 +36,7 @@ class ImageMaker {
     file_.resize(linkedit_);
     addLinkedit(symbols, work, exports);
     addSegments();
-    addDylib(kIdDylib, {options_.installName, kOwnVersion, kOwnVersion, false});
+    addDylib(kIdDylib, {options_.installName, options_.currentVersion, kOwnCompatibility, false});
     addCommand(kDyldInfoOnly, info_);
     addCommand(kSymbolTable, symbolTable_);
     addCommand(kDynamicSymbolTable, dynamicTable_);

@@ -17,6 +17,7 @@ Links i386 Mach-O objects into a dylib for macOS. The same objects give the same
                              ...
                            It is to name all that is imported and nothing else.
   -exported SYMBOL         a symbol for others to use, such as _main; may be given again
+  -current_version VERSION the dylib's own version; 1.0 when not given
   -debug-map FILE          a debug map to write, for dsymutil -y
   -minimum-system VERSION  the oldest macOS that it runs on; 10.6 when not given
   --help                   this text
@@ -25,6 +26,12 @@ Exit status: 0 linked, 1 the objects can't be linked, 2 wrong command line.
 )";
 
 namespace {
+
+uint32_t* versionOption(Options& options, const std::string& name) {
+  if (name == "-minimum-system") return &options.minimumSystem;
+  if (name == "-current_version") return &options.currentVersion;
+  return nullptr;
+}
 
 std::string* textOption(Options& options, const std::string& name) {
   if (name == "-o") return &options.output;
@@ -58,7 +65,8 @@ Options parseOptions(const std::vector<std::string>& words) {
       continue;
     }
     std::string* text = textOption(options, word);
-    if (!text && word != "-exported" && word != "-minimum-system") {
+    uint32_t* version = versionOption(options, word);
+    if (!text && !version && word != "-exported") {
       throw UsageError("unknown option " + word + "; see --help");
     }
     if (++i == words.size()) throw UsageError(word + " stands at the end; write its value behind it");
@@ -69,9 +77,9 @@ Options parseOptions(const std::vector<std::string>& words) {
     } else if (word == "-exported") {
       options.exported.push_back(value);
     } else {
-      const auto version = parseVersion(value);
-      if (!version) throw UsageError(value + " is not a version; write it as 10.6");
-      options.minimumSystem = *version;
+      const auto parsed = parseVersion(value);
+      if (!parsed) throw UsageError(value + " is not a version; write it as 10.6");
+      *version = *parsed;
     }
   }
   requireAll(options);

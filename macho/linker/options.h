@@ -11,7 +11,8 @@ namespace macho {
 struct Options {
   std::string output, debugMap, installName, imports;
   std::vector<std::string> exported, objects;
-  uint32_t minimumSystem = 0x000A0600;  // 10.6
+  uint32_t minimumSystem = 0x000A0600;   // 10.6
+  uint32_t currentVersion = 0x00010000;  // 1.0
   bool help = false;
 };
 

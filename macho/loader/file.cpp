@@ -39,6 +39,9 @@ class Reader {
       case kDyldInfo:
       case kDyldInfoOnly:
         return readDyldInfo(command);
+      case kIdDylib:
+        dylib_.version = command.read<DylibCommand>(0).currentVersion;
+        return;
       case kLoadDylib:
       case kLoadWeakDylib:
       case kReexportDylib:

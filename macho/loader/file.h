@@ -16,6 +16,7 @@ struct DylibFile {
   };
 
   std::vector<SegmentCommand> segments;  // page-aligned, without overlap, contents inside the file
+  std::optional<uint32_t> version;       // its own: two bytes, one and one
   Range memory;                          // from the lowest segment to the end of the highest
   std::vector<std::string> libraries;    // install names; ordinal 1 is the first
   std::optional<Range> frames;           // the __eh_frame section

@@ -104,6 +104,7 @@ struct Image::Parts {
 
   Mapping mapping;
   std::vector<uint8_t> exports;
+  std::optional<uint32_t> version;
   // After the mapping: gone before it.
   std::optional<Frames> frames;
   std::optional<DebuggerNotice> notice;
@@ -113,6 +114,13 @@ Image::Image(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
 Image::Image(Image&&) noexcept = default;
 Image& Image::operator=(Image&&) noexcept = default;
 Image::~Image() = default;
+
+std::optional<std::string> Image::version() const {
+  if (!parts_->version) return std::nullopt;
+  const uint32_t version = *parts_->version;
+  return std::to_string(version >> 16) + '.' + std::to_string(version >> 8 & 0xFF) + '.' +
+         std::to_string(version & 0xFF);
+}
 
 const void* Image::base() const {
   return parts_->mapping.base();
@@ -143,6 +151,7 @@ Image load(const std::string& path, const LoadOptions& options) {
     assembly.rebaseAll();
     assembly.bindAll(options);
     parts->exports.assign(dylib.exports.data(), dylib.exports.data() + dylib.exports.size());
+    parts->version = dylib.version;
     if (dylib.frames) parts->frames.emplace(assembly.frames(), parts->mapping.bytes());
     assembly.protect();
     parts->notice.emplace(path, assembly.slide());

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -35,6 +36,8 @@ class Image {
 
   // The address of an export, by its name in the file ("_REALPluginMain"); null when it is not exported.
   void* symbol(const char* exportedName) const;
+  // The dylib's own version, as "1.2.3"; nothing where it doesn't tell.
+  std::optional<std::string> version() const;
   const void* base() const;
   size_t size() const;
 

@@ -138,6 +138,10 @@ PluginFile::Main* PluginFile::main() const {
   return reinterpret_cast<Main*>(symbol(kMain));
 }
 
+std::optional<std::string> PluginFile::version() const {
+  return opened_->machO ? opened_->machO->version() : std::nullopt;
+}
+
 void* PluginFile::symbol(const std::string& name) const {
   if (opened_->elf) return opened_->elf->symbol(name.c_str());
   return opened_->machO->symbol(("_" + name).c_str());

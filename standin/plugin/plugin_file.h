@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -27,6 +28,7 @@ class PluginFile {
   PluginFile(PluginFile&&) noexcept;
 
   Main* main() const;                           // the exported REALPluginMain
+  std::optional<std::string> version() const;   // as "1.2.3"; nothing where the file doesn't tell: ELF
   void* symbol(const std::string& name) const;  // another export, by its C name; null when there is none
 
  private:

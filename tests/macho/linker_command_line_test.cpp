@@ -10,8 +10,8 @@ class LinkerCommandLine : public toolbox::Workshop {};
 TEST_F(LinkerCommandLine, HelpExplainsTheOptionsAndTheImportList) {
   const Outcome help = toolbox::run({toolbox::linker(), "--help"});
   EXPECT_EQ(0, help.status);
-  for (const char* word :
-       {"-o OUT", "-install_name", "-imports", "-exported", "-minimum-system", "library "}) {
+  for (const char* word : {"-o OUT", "-install_name", "-imports", "-exported", "-current_version",
+                           "-minimum-system", "library "}) {
     EXPECT_NE(std::string::npos, help.output.find(word)) << word;
   }
 }
@@ -32,6 +32,7 @@ TEST_F(LinkerCommandLine, WhatIsMissingOrWrongIsSaidWithStatus2) {
       {{"-o"}, "-o stands at the end; write its value behind it"},
       {{"-frobnicate"}, "unknown option -frobnicate; see --help"},
       {{"-minimum-system", "ten"}, "ten is not a version; write it as 10.6"},
+      {{"-current_version", "1.2.3.4"}, "1.2.3.4 is not a version; write it as 10.6"},
       {{"-minimum-system", "10.256"}, "10.256 is not a version; write it as 10.6"},
       {{"-minimum-system", "10.6."}, "10.6. is not a version; write it as 10.6"},
   };

@@ -75,7 +75,8 @@ TEST_F(LinkerOutput, StatesItsNameItsSystemAndItsLibraries) {
   const std::string list = write(
       "list.txt", "library /usr/lib/liba.dylib 1.2.3 1 weak\n_a\nlibrary /usr/lib/libb.dylib 7.9 7\n_b\n");
   ASSERT_EQ(0, toolbox::run({toolbox::linker(), "-o", path("test.dylib"), "-install_name", "@rpath/mine",
-                             "-imports", list, "-exported", "_entry", "-minimum-system", "10.6", object})
+                             "-imports", list, "-exported", "_entry", "-minimum-system", "10.6",
+                             "-current_version", "300.40.5", object})
                    .status);
   const std::string headers = objdump({"--private-headers"});
   EXPECT_EQ((Lines{"cmd LC_ID_DYLIB", "cmd LC_LOAD_WEAK_DYLIB", "cmd LC_LOAD_DYLIB"}), [&] {
@@ -88,7 +89,7 @@ TEST_F(LinkerOutput, StatesItsNameItsSystemAndItsLibraries) {
   EXPECT_EQ((Lines{"name @rpath/mine (offset 24)", "name /usr/lib/liba.dylib (offset 24)",
                    "name /usr/lib/libb.dylib (offset 24)"}),
             lines(headers, "name "));
-  EXPECT_EQ((Lines{"current version 1.0.0", "current version 1.2.3", "current version 7.9.0"}),
+  EXPECT_EQ((Lines{"current version 300.40.5", "current version 1.2.3", "current version 7.9.0"}),
             lines(headers, "current version"));
   EXPECT_EQ(
       (Lines{"compatibility version 1.0.0", "compatibility version 1.0.0", "compatibility version 7.0.0"}),

@@ -40,6 +40,7 @@ TEST_F(Loader, GivesEveryImageItsOwnVariables) {
       "static int counter = 10; static int zero; EXPORT int entry() { return ++counter * 100 + ++zero; }");
   const macho::Image one = macho::load(file), two = macho::load(file);
   EXPECT_NE(one.base(), two.base());
+  EXPECT_EQ("1.0.0", one.version());
   EXPECT_EQ(1101, function<int()>(one)());
   EXPECT_EQ(1202, function<int()>(one)());
   EXPECT_EQ(1101, function<int()>(two)());

@@ -65,6 +65,7 @@ TEST(Help, OfAnUnknownCommandIsAnError) {
 TEST(Help, NamesEveryCommand) {
   const auto help = lines(run({.arguments = {"--help"}}).output);
   for (const std::string command : kCommands) EXPECT_TRUE(hasLine(help, "  " + command + " ")) << command;
+  EXPECT_TRUE(hasLine(help, "       shotlight --version"));
 }
 
 TEST(Help, ExplainsEveryOption) {
