@@ -48,14 +48,45 @@ install_packages() {
   rm -f "$log"
 }
 
+# logged LOG WHAT COMMAND...: the command prints to build/LOG.log, which is shown if it fails.
+logged() {
+  log=build/$1.log
+  what=$2
+  shift 2
+  # One that somebody else wrote can't be written, and must not be taken for this one.
+  rm -f "$log"
+  "$@" >"$log" 2>&1 || {
+    cat "$log" >&2
+    echo "$0: $what failed; the lines above say why" >&2
+    exit 2
+  }
+}
+
+# Ends where another user built here, whose files this one can't change.
+check_writable() {
+  for folder in build "build/$1"; do
+    if [ -e "$folder" ] && [ ! -w "$folder" ]; then
+      echo "$0: $PWD/$folder belongs to $(stat -c %U "$folder") and can't be written; run this as that user, or remove" \
+        "the folder and try again" >&2
+      exit 2
+    fi
+  done
+}
+
+# A build folder names the folder of its sources. In a copy it would go on building the original.
+remove_copied() {
+  sources=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "build/$1/CMakeCache.txt" 2>/dev/null) || return 0
+  [ -n "$sources" ] && [ ! "$sources" -ef . ] || return 0
+  echo "$0: build/$1 was made of $sources; making it anew" >&2
+  rm -rf "build/$1"
+}
+
 # configure PRESET: quiet unless it fails.
 configure() {
+  check_writable "$1"
+  remove_copied "$1"
   [ -f "build/$1/build.ninja" ] && return 0
   echo "$0: configuring build/$1" >&2
   mkdir -p build
-  cmake --preset "$1" >"build/configure-$1.log" 2>&1 || {
-    cat "build/configure-$1.log" >&2
-    echo "$0: configuring build/$1 failed; the lines above say why" >&2
-    exit 2
-  }
+  logged "configure-$1" "configuring build/$1" cmake --preset "$1"
 }

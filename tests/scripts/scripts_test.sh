@@ -1,0 +1,149 @@
+#!/bin/sh
+# scripts_test.sh ROOT: ./run and ./test, as people start them, on a copy of the scripts. What they start is replaced by
+# programs that note how they were called, so that nothing is built.
+set -u
+root=$1
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+chmod 755 "$scratch"
+failures=0
+
+fail() {
+  failures=$((failures + 1))
+  echo "FAILED: $1: status $status" >&2
+  sed 's/^/  /' "$scratch/output" >&2
+}
+
+# try NAME COMMAND...: what it prints, and its status, are there for the checks below.
+try() {
+  name=$1
+  shift
+  "$@" >"$scratch/output" 2>&1
+  status=$?
+}
+expect_status() { [ "$status" -eq "$1" ] || fail "$name: expected status $1"; }
+expect() { grep -qF -- "$1" "$scratch/output" || fail "$name: expected '$1'"; }
+refuse() { ! grep -qF -- "$1" "$scratch/output" || fail "$name: unexpected '$1'"; }
+
+program() {
+  printf '#!/bin/sh\n%s\n' "$2" >"$scratch/bin/$1"
+  chmod 755 "$scratch/bin/$1"
+}
+
+# make_project FOLDER
+make_project() {
+  mkdir -p "$1/cmake" "$1/.ci"
+  cp "$root/run" "$root/test" "$1"
+  cp "$root/cmake/packages.sh" "$1/cmake"
+  cp "$root/.ci/run" "$1/.ci"
+}
+
+mkdir "$scratch/bin"
+program dpkg-query 'echo "ii "'
+program nproc 'echo 1'
+program cmake 'echo "configured $2"
+mkdir -p "build/$2/bin"
+echo "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" >"build/$2/CMakeCache.txt"
+echo "#!/bin/sh
+echo \"shotlight of $PWD in \$PWD: \$*\"" >"build/$2/bin/shotlight"
+chmod 755 "build/$2/bin/shotlight"
+: >"build/$2/build.ninja"'
+program ninja '[ -z "${NINJA_FAILS:-}" ] || { echo "the new failure"; exit 1; }
+[ -f "$2/build.ninja" ]'
+program ctest 'case "$*" in
+*--show-only*) echo "Total Tests: 1" ;;
+*) echo "tested in $PWD: $*" ;;
+esac'
+PATH=$scratch/bin:$PATH
+export PATH
+unset CDPATH NINJA_FAILS
+
+project="$scratch/the project's own"
+make_project "$project"
+mkdir "$scratch/elsewhere"
+
+cd "$project" || exit 2
+try "run in its folder" ./run keys
+expect_status 0
+expect "shotlight of $project in $project: keys"
+try "run again" ./run keys
+refuse "configuring"
+try "run by sh" sh run keys
+expect_status 0
+try "test in its folder" ./test plugin
+expect_status 0
+expect "tested in $project: --test-dir build/sanitize"
+
+cd "$scratch/elsewhere" || exit 2
+for script in run test; do ln -s "../the project's own/$script" "$scratch/elsewhere/$script-link"; done
+ln -s run-link second-link
+try "run through a link" ./run-link keys
+expect_status 0
+expect "shotlight of $project in $scratch/elsewhere: keys"
+try "run through two links" ./second-link keys
+expect_status 0
+try "test through a link" ./test-link
+expect_status 0
+expect "tested in $project"
+
+# A folder of the same name is where CDPATH leads.
+cd "$scratch" || exit 2
+mkdir -p "$scratch/elsewhere/the project's own/.ci"
+CDPATH=$scratch/elsewhere
+export CDPATH
+try "run with CDPATH" "the project's own/run" keys
+expect_status 0
+expect "shotlight of $project in $scratch: keys"
+try "test with CDPATH" "the project's own/test"
+expect_status 0
+try ".ci/run with CDPATH" "the project's own/.ci/run"
+expect_status 0
+expect "tested in $project"
+unset CDPATH
+
+cp -R "$project" "$scratch/copy"
+cd "$scratch/copy" || exit 2
+try "run in a copy" ./run keys
+expect_status 0
+expect "build/default was made of $project; making it anew"
+expect "shotlight of $scratch/copy in $scratch/copy: keys"
+try "run in a copy again" ./run keys
+refuse "making it anew"
+try "test in a copy" ./test
+expect "build/sanitize was made of $project; making it anew"
+refuse "build/default was made"
+mv "$scratch/copy" "$scratch/moved"
+cd "$scratch/moved" || exit 2
+try "run where the folder was moved" ./run keys
+expect "shotlight of $scratch/moved in $scratch/moved: keys"
+
+# As another user, whom permissions concern.
+as_other() {
+  if [ "$(id -u)" -eq 0 ]; then
+    setpriv --reuid=65534 --regid=65534 --clear-groups "$@"
+  else
+    "$@"
+  fi
+}
+cd "$project" || exit 2
+echo "an old failure" >build/build-default.log
+chmod 444 build/build-default.log
+chmod 555 build build/default
+for script in ./run ./test; do
+  try "$script where another user built" as_other $script
+  expect_status 2
+  expect "$project/build belongs to $(id -un) and can't be written; run this as that user, or remove the folder"
+  refuse "an old failure"
+done
+chmod 777 build build/default
+NINJA_FAILS=yes
+export NINJA_FAILS
+try "run beside another user's log" as_other ./run keys
+expect_status 2
+expect "the new failure"
+expect "building failed; the lines above say why"
+refuse "an old failure"
+unset NINJA_FAILS
+
+[ "$failures" -eq 0 ] && echo "all is as expected"
+exit "$((failures > 0))"
