@@ -12,12 +12,27 @@ set(MACHO_COMPILE_FLAGS
   -Wall -Wextra -Werror)
 set(MACHO_DEBUG_FLAGS -gdwarf-4 -fforce-dwarf-frame)
 
-# macho_compile(SOURCE OBJECT DESCRIPTION flag...)
+# In the dependencies that a compiler tells, ninja understands no path with an apostrophe. So it is told paths that start
+# from the build folder, and CMake, which would make them whole, leaves them alone.
+cmake_policy(SET CMP0116 OLD)
+
+# from_build(VARIABLE PATH)
+function(from_build variable path)
+  cmake_path(RELATIVE_PATH path BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE relative)
+  set(${variable} ${relative} PARENT_SCOPE)
+endfunction()
+
+# macho_compile(SOURCE OBJECT DESCRIPTION flag...). Folders in the flags start from the build folder, too.
 function(macho_compile source object description)
   cmake_path(GET object PARENT_PATH folder)
   file(MAKE_DIRECTORY ${folder})
+  from_build(source_name ${source})
+  from_build(object_name ${object})
+  from_build(root ${CMAKE_SOURCE_DIR})
   add_custom_command(OUTPUT ${object}
-    COMMAND ${MACHO_CLANG} ${ARGN} -MD -MF ${object}.d -MT ${object} -c ${source} -o ${object}
+    COMMAND ${MACHO_CLANG} ${ARGN} -fdebug-prefix-map=${root}=${CMAKE_SOURCE_DIR}
+            -MD -MF ${object_name}.d -MT ${object_name} -c ${source_name} -o ${object_name}
+    WORKING_DIRECTORY ${CMAKE_BINARY_DIR}
     DEPENDS ${source}
     DEPFILE ${object}.d
     COMMENT "Compiling ${description} for i386 macOS"
@@ -41,9 +56,11 @@ function(add_macho_dylib name)
 
   set(flags ${MACHO_COMPILE_FLAGS})
   foreach(folder ${dylib_HEADERS_ISYSTEM})
+    from_build(folder ${folder})
     list(APPEND flags -isystem ${folder})
   endforeach()
   foreach(folder ${dylib_INCLUDE_DIRS})
+    from_build(folder ${folder})
     list(APPEND flags -I${folder})
   endforeach()
 
