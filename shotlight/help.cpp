@@ -96,6 +96,8 @@ what to print
 A query compares metadata attributes: KEY == "text", KEY > number, joined by
 &&, || and parentheses. In text, * stands for any characters and ? for one; the
 letters c, d and w after it ignore case, ignore accents and match whole words.
+Dates are $time.today(-7) and the like, or written as they are printed. Keys
+that no file has, and values that don't suit their keys, are warned of.
 
 What has none of = < > && || InRange( in it is words: files are found that have
 each of them in their display names, or in what is in them at the beginning of a

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <optional>
 
+#include "shotlight/doubts.h"
 #include "shotlight/errors.h"
 #include "shotlight/progress.h"
 #include "shotlight/session.h"
@@ -25,8 +26,8 @@ const double kProgressInterval = 0.1;  // seconds
 
 // The query with a mark under the place where it stops making sense.
 [[noreturn]] void reportBadQuery(const std::string& query) {
+  checkBytes(query);
   const auto units = utf16(query);
-  if (!units) throw CommandError("the query is not valid UTF-8; write it in UTF-8");
   const auto error = standin::checkQuery(*units);
   if (!error) throw CommandError("the plug-in made no query of '" + query + "'; try another --plugin");
   const std::string indent = "  ";
@@ -40,6 +41,7 @@ const double kProgressInterval = 0.1;  // seconds
 host::Value made(const host::Value& query, const std::string& text) {
   checkExceptions();
   if (host::get(query, "Handle").integer() == 0) reportBadQuery(text);
+  warnOfDoubts(text);
   return query;
 }
 

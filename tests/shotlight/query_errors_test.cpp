@@ -1,5 +1,9 @@
 // Queries that can't be understood: the place is shown.
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include "tests/shotlight/run.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -57,8 +61,85 @@ TEST(BadQuery, WithoutTheEndOfItsTextSaysSo) {
 }
 
 TEST(BadQuery, ThatIsNotUTF8SaysSo) {
-  for (const char* query : {"kMDItemFSName == \"\xFF\"", "\xC3", "kMDItemFSName == \"\xED\xA0\x80\""}) {
-    expectError(find({query}), "the query is not valid UTF-8; write it in UTF-8");
+  const std::pair<std::string, const char*> rows[] = {
+      {"kMDItemFSName == \"\xFF\"", "19, \\xFF"},
+      {"\xC3", "1, \\xC3"},
+      {"kMDItemFSName == \"\u6771\u4EAC\xED\xA0\x80\"", "25, \\xED"},
+  };
+  for (const auto& [query, place] : rows)
+    expectError(find({query}),
+                std::string("the query is not valid UTF-8 at byte ") + place + "; write it in UTF-8");
+}
+
+TEST(BadQuery, ThatStartsWithAByteOrderMarkSaysSo) {
+  expectError(find({"\xEF\xBB\xBFkMDItemFSName == x"}),
+              "the query starts with a byte order mark, at byte 1; leave it out");
+}
+
+Texts warningsOf(const Result& result) {
+  Texts warnings;
+  const std::string start = "shotlight: warning: ";
+  for (const std::string& line : lines(result.errors)) {
+    if (line.starts_with(start)) warnings.push_back(line.substr(start.size()));
+  }
+  return warnings;
+}
+
+TEST(DoubtfulQuery, IsRunAndWarnedOf) {
+  const ScratchFolder scratch;
+  scratch.file("a.txt", "");
+  const auto run = [&](const std::string& query) { return find({query, "--in", scratch.path()}); };
+  const std::pair<const char*, Texts> rows[] = {
+      {"kMDItemFSNam == x", {"no file has kMDItemFSNam; did you mean kMDItemFSName?"}},
+      {"fsname == x", {"no file has fsname; did you mean kMDItemFSName?"}},
+      {"kMDItemTitel == x", {"no file has kMDItemTitel; did you mean kMDItemTitle?"}},
+      {"kMDItemNonsense == x || kMDItemNonsense == y",
+       {"no file has kMDItemNonsense; shotlight keys lists the keys"}},
+      {"kMDItemFSSize == '1k\t'",
+       {"kMDItemFSSize == '1k\\t': kMDItemFSSize is a number, which this isn't; write one, such as 1000"}},
+      {"kMDItemFSContentChangeDate == yesterday",
+       {"kMDItemFSContentChangeDate == yesterday: kMDItemFSContentChangeDate is a date, which this isn't; "
+        "write one, "
+        "such as $time.today or 2011-03-05"}},
+      {"kMDItemFSName == a && kMDItemPixelWidth > 5", {}},
+  };
+  for (const auto& [query, expected] : rows) {
+    const Result result = run(query);
+    EXPECT_EQ(result.status, 1) << query;
+    EXPECT_EQ(warningsOf(result), expected);
+  }
+  const Result unequal = run("kMDItemFSSiz != 3 && kMDItemFSName == a.txt");
+  EXPECT_EQ(unequal.status, 0) << unequal;
+  EXPECT_EQ(lines(unequal.output).size(), 1u);
+  EXPECT_EQ(warningsOf(unequal), Texts{"no file has kMDItemFSSiz; did you mean kMDItemFSSize?"});
+  const Result within = find({"kMDItemFSName == *", "--within", "size > 3", "--in", scratch.path()});
+  EXPECT_EQ(within.status, 1);
+  EXPECT_EQ(warningsOf(within), Texts{"no file has size; shotlight keys lists the keys"});
+}
+
+// As it is printed by find and attrs.
+TEST(ADate, ThatIsPrintedFindsItsFile) {
+  const ScratchFolder scratch;
+  const struct {
+    const char* name;
+    timespec time;
+  } files[] = {{"a", {1299307330, 700'000'000}}, {"b", {1299307331, 0}}, {"c", {-26'000'000, 999'000'000}}};
+  for (const auto& [name, time] : files) {
+    const timespec times[] = {time, time};
+    ASSERT_EQ(::utimensat(AT_FDCWD, scratch.file(name).c_str(), times, 0), 0);
+  }
+  for (const auto& [name, time] : files) {
+    const std::string key = "kMDItemFSContentChangeDate", path = scratch.at(name);
+    const std::string found =
+        find({std::string("kMDItemFSName == ") + name, "--show", key, "--in", scratch.path()}).output;
+    const std::string attribute = run({.arguments = {"attrs", path, "--keys", key}}).output;
+    const std::string date = found.substr(0, found.find('\n'));
+    EXPECT_EQ(attribute, key + " = " + date + '\n');
+    for (const std::string& value : {date, '"' + date + '"'}) {
+      const Result result = find({key + " == " + value, "--show", "kMDItemFSName", "--in", scratch.path()});
+      EXPECT_EQ(result.output, std::string(name) + '\n') << result;
+      EXPECT_EQ(warningsOf(result), Texts{});
+    }
   }
 }
 

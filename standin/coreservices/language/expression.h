@@ -33,8 +33,9 @@ enum class Operator { Equal, NotEqual, Less, Greater, LessOrEqual, GreaterOrEqua
 struct Comparison {
   AttributeKey key;
   Operator op = Operator::Equal;
-  Literal value;    // the lower bound of InRange
-  Literal highest;  // the upper bound of InRange; both bounds belong to the range
+  Literal value;                    // the lower bound of InRange
+  Literal highest;                  // the upper bound of InRange; both bounds belong to the range
+  size_t position = 0, length = 0;  // of it in the query string, in UTF-16 units
 };
 
 struct Expression;

@@ -149,7 +149,12 @@ class Parser {
       return joined(Kind::Not, {parseParentheses()});
     }
     if (peek() == u'(') return parseParentheses();
-    return comparing(startsRange() ? parseRange() : parseComparison());
+    const size_t start = position_;
+    Comparison comparison = startsRange() ? parseRange() : parseComparison();
+    comparison.position = start;
+    comparison.length = position_ - start;
+    while (isBlank(text_[start + comparison.length - 1])) --comparison.length;
+    return comparing(std::move(comparison));
   }
 
   ExpressionRef parseParentheses() {
@@ -271,6 +276,8 @@ class Parser {
     // Under `*`, "true" in quotes is that text: every file has some flag that is set.
     const bool isText = quoted && comparison.key.any;
     if (!literal.number && !literal.relativeTime) readPlainValue(literal, elements, isText);
+    if (!literal.number && !literal.relativeTime && hasDates(comparison.key))
+      readDateAlone(literal, elements, start + (quoted ? 1 : 0), ordered);
     if (ordered && !literal.number && !literal.relativeTime) {
       failAt(start, isTooLarge(elements) ? "this number is out of range" : "expected a number or a date");
     }
@@ -300,6 +307,25 @@ class Parser {
       if (position == upToQuote.size()) setTime(literal, time);
     } catch (const ParseError&) {
       if (nothingElse) throw;
+    }
+  }
+
+  static bool hasDates(const AttributeKey& key) {
+    if (key.file == FileAttribute::None) return false;
+    const ValueType type = infoOf(key.file).type;
+    return type == ValueType::Date || type == ValueType::Dates;
+  }
+
+  // What starts as a date does, and is none, is a mistake where nothing else would do, and text elsewhere.
+  static void readDateAlone(Literal& literal, const std::vector<PatternElement>& elements, size_t start,
+                            bool nothingElse) {
+    const std::string plain = plainText(elements);
+    constexpr size_t kYear = 4;
+    if (plain.find_first_not_of("0123456789") != kYear || plain[kYear] != '-') return;
+    try {
+      setPeriod(literal, readDate(std::u16string(plain.begin(), plain.end())));
+    } catch (const ParseError& error) {
+      if (nothingElse) throw ParseError{start + error.position, error.reason};
     }
   }
 

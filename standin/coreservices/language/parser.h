@@ -12,9 +12,10 @@
 //
 // A value is text in double or single quotes, in which `\` takes the next character as it is; a time (see
 // time_values.h), with or without quotes; or a bare word without blanks, quotes, operators, brackets, commas,
-// `$` and `\`. Unescaped, `*` stands for any run of characters and `?` for one character, in quotes and in
-// bare words. A number, and `true` and `false` in any case, mean those values, too, with or without quotes;
-// under the key `*` quoted `true` and `false` are text only. Where a number is wanted, a time will do.
+// `$` and `\`; under the key of a date also a date alone (see time_values.h), with or without quotes.
+// Unescaped, `*` stands for any run of characters and `?` for one character, in quotes and in bare words. A
+// number, and `true` and `false` in any case, mean those values, too, with or without quotes; under the key
+// `*` quoted `true` and `false` are text only. Where a number is wanted, a time will do.
 //
 // The text of `kMDItemTextContent` is compared by whole words, as though the modifier `w` were there, and
 // a run of white space in the value counts as one blank.

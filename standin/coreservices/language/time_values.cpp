@@ -73,6 +73,14 @@ class TimeReader {
     fail(nameAt, "expected now, today, yesterday, this_week, this_month, this_year or iso after $time.");
   }
 
+  Period readDateAlone() {
+    const std::chrono::sys_days day = readDay();
+    const Period period =
+        take(u"T") ? readMoment(day) : Period{startOf(day), startOf(day + std::chrono::days(1))};
+    if (position_ < text_.size()) fail(position_, "expected the date to end here");
+    return period;
+  }
+
  private:
   [[noreturn]] static void fail(size_t position, std::string reason) {
     throw ParseError{position, std::move(reason)};
@@ -144,7 +152,7 @@ class TimeReader {
       close(opening);
       return {startOf(day), startOf(day + std::chrono::days(1))};
     }
-    const double instant = readInstant(day);
+    const double instant = readMoment(day).start;
     close(opening);
     return {instant, instant};
   }
@@ -163,17 +171,21 @@ class TimeReader {
     return date;
   }
 
-  double readInstant(std::chrono::sys_days day) {
+  Period readMoment(std::chrono::sys_days day) {
     const int hour = readDigits(2, 0, 23, "expected an hour from 00 to 23");
     if (!take(u":")) fail(position_, "expected : and minutes");
     const int minute = readDigits(2, 0, 59, "expected minutes from 00 to 59");
-    const int second = take(u":") ? readDigits(2, 0, 60, "expected seconds from 00 to 60") : 0;
+    const bool hasSecond = take(u":");
+    const int second = hasSecond ? readDigits(2, 0, 60, "expected seconds from 00 to 60") : 0;
+    const size_t fractionAt = position_;
     const double fraction = readFraction();
+    const double length = position_ > fractionAt ? 0 : hasSecond ? 1 : 60;
     const int64_t local = day.time_since_epoch().count() * kSecondsPerDay + int64_t{hour} * 3600 +
                           int64_t{minute} * 60 + second;
     const std::optional<int64_t> offset = readOffset();
     const int64_t time = offset ? local - *offset : timeOfClock(local);
-    return static_cast<double>(time - kFrom1970To2001) + fraction;
+    const double start = static_cast<double>(time - kFrom1970To2001) + fraction;
+    return {start, start + length};
   }
 
   double readFraction() {
@@ -201,6 +213,10 @@ class TimeReader {
 };
 
 }  // namespace
+
+Period readDate(std::u16string_view text) {
+  return TimeReader(text, 0).readDateAlone();
+}
 
 TimeValue readTime(std::u16string_view text, size_t& position) {
   TimeReader reader(text, position);

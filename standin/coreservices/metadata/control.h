@@ -41,6 +41,17 @@ struct QueryError {
 // Why MDQueryCreate would answer null; nothing for a query string that it takes.
 STANDIN_API std::optional<QueryError> checkQuery(std::u16string_view queryString);
 
+// What is probably a mistake in a query string that is well formed: a comparison that no file can satisfy, so
+// that the query finds less than was meant, or with != or ! everything.
+struct QueryDoubt {
+  size_t position, length;  // of the comparison in the query string, in UTF-16 units
+  std::string key;
+  std::string
+      reason;  // why the value doesn't suit the key, a clause after it; empty where there is no such key
+};
+// In the order of the string; none for one that isn't well formed.
+STANDIN_API std::vector<QueryDoubt> queryDoubts(std::u16string_view queryString);
+
 // The path of an item, an MDItemRef: absolute, and the very bytes. What the item tells of its path is text,
 // in which a byte that is no UTF-8 reads "%FF".
 STANDIN_API std::string pathOfItem(const void* item);

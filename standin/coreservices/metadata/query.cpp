@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "standin/coreservices/language/doubts.h"
 #include "standin/coreservices/language/parser.h"
 #include "standin/coreservices/metadata/cf_text.h"
 #include "standin/coreservices/metadata/cf_values.h"
@@ -65,6 +66,16 @@ std::optional<standin::QueryError> standin::checkQuery(std::u16string_view query
   const auto* const error = std::get_if<metadata::ParseError>(&parsed);
   if (!error) return {};
   return QueryError{error->position, error->reason};
+}
+
+std::vector<standin::QueryDoubt> standin::queryDoubts(std::u16string_view queryString) {
+  const auto parsed = metadata::parseQuery(queryString);
+  std::vector<QueryDoubt> doubts;
+  if (!std::holds_alternative<metadata::ExpressionRef>(parsed)) return doubts;
+  for (const metadata::Doubt& doubt : metadata::doubtsOf(*std::get<metadata::ExpressionRef>(parsed))) {
+    doubts.push_back({doubt.position, doubt.length, doubt.key, doubt.reason});
+  }
+  return doubts;
 }
 
 using standin::Gate;

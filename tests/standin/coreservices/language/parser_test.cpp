@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <string>
 
 namespace standin::metadata {
@@ -112,6 +114,39 @@ TEST(QueryString, ReadsTimesWithAndWithoutQuotes) {
   }
   EXPECT_EQ(comparisonOf(u"k == $time.iso(2011-03-05T12:00:00Z)").value.number, Number(321019200.0));
   EXPECT_EQ(comparisonOf(u"k < \"$time.iso(2011-03-05T12:00:00Z)\"").value.number, Number(321019200.0));
+}
+
+TEST(QueryString, TakesDatesAloneUnderTheKeysOfDates) {
+  for (const auto* text :
+       {u"kMDItemDueDate == 2011-03-05T12:00:00Z", u"kMDItemDueDate <= '2011-03-05T12:00:00Z'",
+        u"InRange(kMDItemDownloadedDate, 2011-03-05T12:00:00Z, 2012-01-01)"}) {
+    EXPECT_EQ(comparisonOf(text).value.number, Number(321019200.0));
+  }
+  EXPECT_EQ(comparisonOf(u"InRange(kMDItemDueDate, 0, 2011-03-05T12:00:00Z)").highest.number,
+            Number(321019200.0));
+  for (const auto* text : {u"k == 2011-03-05", u"* == 2011-03-05", u"kMDItemTitle == 2011-03-05",
+                           u"kMDItemFSSize == 2011-03-05", u"kMDItemDueDate == 2011-03-*",
+                           u"kMDItemDueDate == 2011-02-30", u"kMDItemDueDate == 2011-03-05T12:00:00Zulu"}) {
+    const Literal value = comparisonOf(text).value;
+    EXPECT_FALSE(value.relativeTime || value.period || value.number);
+  }
+  EXPECT_TRUE(comparisonOf(u"kMDItemDueDate == 2011-03-05").value.text.matches("2011-03-05"));
+  EXPECT_EQ(comparisonOf(u"kMDItemDueDate == 2011").value.number, Number(int64_t{2011}));
+}
+
+TEST(QueryString, KnowsWhereItsComparisonsAre) {
+  const std::u16string text = u" ( kMDItemTextContent ==[c] 'a b' c ) && InRange( k , 1,2 ) || k=1";
+  const auto result = parseQuery(text);
+  std::vector<std::u16string> written;
+  const std::function<void(const Expression&)> add = [&](const Expression& expression) {
+    for (const ExpressionRef& part : expression.parts) add(*part);
+    const Comparison& own = expression.comparison;
+    if (expression.parts.empty()) written.push_back(text.substr(own.position, own.length));
+  };
+  add(parsed(result));
+  std::ranges::sort(written);
+  EXPECT_EQ(written, (std::vector<std::u16string>{u"InRange( k , 1,2 )", u"k=1",
+                                                  u"kMDItemTextContent ==[c] 'a b' c"}));
 }
 
 TEST(QueryString, LeavesQuotedTextThatIsNoTimeAsText) {
@@ -276,6 +311,13 @@ TEST(QueryString, IsRefusedWithThePlaceAndTheReasonWhenMalformed) {
       {u"k > '$time.today!'", 4, "number or a date"},
       {u"InRange(k, $time.today, '$time.iso(2011-02-30)')", 43, "no such day"},
       {u"k >= $time.iso(2011-02-30)", 23, "no such day"},
+      {u"kMDItemDueDate > 2011-02-30", 25, "no such day"},
+      {u"kMDItemDueDate > '2011-02-30'", 26, "no such day"},
+      {u"kMDItemDueDate > 2011-03-05T12:00:00Zulu", 37, "end here"},
+      {u"InRange(kMDItemDueDate, 1, 2011-3-5)", 33, "month from 01"},
+      {u"kMDItemDueDate > 1e999", 17, "out of range"},
+      {u"kMDItemDueDate > x", 17, "number or a date"},
+      {u"k > 2011-03-05", 4, "number or a date"},
       {u"\xD83C\xDF4E == 1", 0, "name of an attribute"},
       {u"k == \"\xD83C\xDF4E\" && (", 14, "name of an attribute"},
   };

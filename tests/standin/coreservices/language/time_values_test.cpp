@@ -217,6 +217,25 @@ TEST(Times, AreRefusedWithThePlaceAndTheReasonWhenMalformed) {
   }
 }
 
+std::string readAlone(std::u16string_view text, const char* zoneName) {
+  const LocalZone zone(zoneName);
+  return shown(readDate(text));
+}
+
+TEST(DatesAlone, LastAsLongAsWhatTheyName) {
+  EXPECT_EQ(readAlone(u"2011-03-05", kGreenwich), "2011-03-05 00:00:00 to 2011-03-06 00:00:00");
+  EXPECT_EQ(readAlone(u"2011-03-05", kTokyo), "2011-03-04 15:00:00 to 2011-03-05 15:00:00");
+  EXPECT_EQ(readAlone(u"2011-03-05T06:42:10Z", kTokyo), "2011-03-05 06:42:10 to 2011-03-05 06:42:11");
+  EXPECT_EQ(readAlone(u"1969-03-05T06:42:10Z", kTokyo), "1969-03-05 06:42:10 to 1969-03-05 06:42:11");
+  EXPECT_EQ(readAlone(u"2011-03-05T06:42:10", kTokyo), "2011-03-04 21:42:10 to 2011-03-04 21:42:11");
+  EXPECT_EQ(readAlone(u"2011-03-05T06:42+01:00", kTokyo), "2011-03-05 05:42:00 to 2011-03-05 05:43:00");
+  EXPECT_EQ(readAlone(u"2011-03-05T06:42:10.25Z", kTokyo), "2011-03-05 06:42:10");
+  EXPECT_EQ(readDate(u"2011-03-05T06:42:10.25Z").start, readDate(u"2011-03-05T06:42:10Z").start + 0.25);
+  for (const auto* text :
+       {u"", u"2011", u"2011-03", u"2011-03-05T", u"2011-03-05 ", u" 2011-03-05", u"2011-03-05T06:42Zx"})
+    EXPECT_THROW(readDate(text), ParseError);
+}
+
 class TimesInQueries : public MetadataTest {
  protected:
   static timespec clock() {

@@ -1,0 +1,60 @@
+#include "shotlight/doubts.h"
+
+#include <cstdio>
+#include <set>
+
+#include "shotlight/errors.h"
+#include "shotlight/keys.h"
+#include "shotlight/table.h"
+#include "shotlight/text.h"
+#include "standin/coreservices/metadata/control.h"
+
+namespace shotlight {
+namespace {
+
+std::string warningOf(const standin::QueryDoubt& doubt, std::u16string_view query) {
+  if (!doubt.reason.empty())
+    return printable(utf8(query.substr(doubt.position, doubt.length))) + ": " + doubt.key + ' ' +
+           doubt.reason;
+  const std::string meant = nearestKey(doubt.key);
+  return "no file has " + doubt.key + "; " +
+         (meant.empty() ? "shotlight keys lists the keys" : "did you mean " + meant + "?");
+}
+
+// Where the first byte is that is part of no character; the size of the text where there is none.
+size_t endOfValid(const std::string& text) {
+  constexpr size_t kLongest = 4;  // of a character
+  size_t at = 0;
+  while (at < text.size()) {
+    size_t length = 1;
+    while (length <= kLongest && !utf16(text.substr(at, length))) ++length;
+    if (length > kLongest) return at;
+    at += length;
+  }
+  return at;
+}
+
+}  // namespace
+
+void warnOfDoubts(const std::string& query) {
+  const auto units = utf16(query);
+  if (!units) return;
+  std::set<std::string> said;
+  for (const standin::QueryDoubt& doubt : standin::queryDoubts(*units)) {
+    const std::string warning = warningOf(doubt, *units);
+    if (said.insert(warning).second) std::fprintf(stderr, "shotlight: warning: %s\n", warning.c_str());
+  }
+}
+
+void checkBytes(const std::string& query) {
+  if (query.starts_with("\xEF\xBB\xBF"))
+    throw CommandError("the query starts with a byte order mark, at byte 1; leave it out");
+  if (utf16(query)) return;
+  const size_t at = endOfValid(query);
+  char byte[8];
+  std::snprintf(byte, sizeof byte, "\\x%02X", static_cast<unsigned char>(query[at]));
+  throw CommandError("the query is not valid UTF-8 at byte " + std::to_string(at + 1) + ", " + byte +
+                     "; write it in UTF-8");
+}
+
+}  // namespace shotlight
