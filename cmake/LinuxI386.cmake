@@ -2,7 +2,8 @@
 # the plug-in is 32-bit, and a process loads libraries of its own kind only.
 add_compile_options(-m32 -msse2 -mfpmath=sse -Wall -Wextra -Werror)
 add_link_options(-m32)
-# Sizes and times of 64 bits, also in a process of 32.
+# Sizes and times of 64 bits, also in a process of 32. What the C++ library asks of the system itself has times of 32:
+# std::filesystem's status(), file_size() and copy_file() fail for files dated before 1901 or after 2038. Use stat().
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
 option(SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)

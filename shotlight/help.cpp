@@ -54,7 +54,8 @@ where to look (default: in the current folder)
   --in FOLDER     this folder and all below it; may be given several times
   --scope NAME,...
                   home, computer, network, all, computer-indexed or
-                  network-indexed; beside the folders, if there are any
+                  network-indexed; beside the folders, if there are any.
+                  HOME tells which folder is home.
   --within QUERY  only among what this query matches
   --exclude GLOB  not at what has this name, nor at anything in it if it is a
                   folder; may be given several times. With a slash in it, GLOB
