@@ -1,6 +1,8 @@
 // What the program says, and its exit status, when something could not be read.
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -226,6 +228,25 @@ TEST_F(Incomplete, AreSearchesInTextThatIsTooLong) {
   const Result found = runHere({"find", "kMDItemTextContent == harbour", "--show", "kMDItemFSName"});
   EXPECT_EQ(lines(found.output), Texts{"b.html"});
   EXPECT_EQ(complaints(found).size(), 1u) << found;
+}
+
+TEST_F(Incomplete, AreLiveUpdatesOfFoldersWithTooLongPaths) {
+  const std::string name(250, 'x');
+  int folder = ::open(tree().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_EQ(::mkdirat(folder, name.c_str(), 0700), 0);
+    const int below = ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ::close(folder);
+    folder = below;
+  }
+  ::close(folder);
+  EXPECT_EQ(runHere({"find", "kMDItemFSName == \"*.txt\""}).status, 1);
+  const Result live = runHere({"find", "kMDItemFSName == \"*.txt\"", "--live", "--for", "0"});
+  EXPECT_EQ(live.status, 3) << live;
+  const Texts said = complaints(live);
+  ASSERT_EQ(said.size(), 1u) << live;
+  EXPECT_TRUE(startsWith(said[0], "not every change can be told: can't follow the changes in " + tree()));
+  EXPECT_TRUE(said[0].ends_with(": File name too long"));
 }
 
 TEST_F(Incomplete, AreLiveUpdatesOfFoldersThatMayNotBeRead) {

@@ -115,6 +115,7 @@ class TreeWatcher::Implementation {
   bool isSecondPath(const WatchNode& node, const WatchNode& parent, const std::string& path) const;
   void tellRescan(const std::string& path, WatchRole role);
   void cannotFollow(const std::string& path, WatchRole role, int error);
+  void noteReason(const std::string& path, int error);
   bool forgetDetached();
 
   const WatchScope scope_;
@@ -297,6 +298,7 @@ WatchNode* TreeWatcher::Implementation::place(WatchNode& parent, const std::stri
     if (!mayPassThrough) {
       const int error = errno;
       noteIfUnreadable(path, role, error);
+      if (error == ENAMETOOLONG && role == WatchRole::Inside) noteReason(path, error);
       if (!isHarmless(error)) cannotFollow(path, role, error);
       return nullptr;
     }
@@ -325,6 +327,10 @@ void TreeWatcher::Implementation::tellRescan(const std::string& path, WatchRole 
 
 void TreeWatcher::Implementation::cannotFollow(const std::string& path, WatchRole role, int error) {
   tellRescan(path, role);
+  noteReason(path, error);
+}
+
+void TreeWatcher::Implementation::noteReason(const std::string& path, int error) {
   if (!reason_.empty()) return;
   reason_ = "can't follow the changes in " + std::string(forSystem(path)) + ": ";
   reason_ += error == ENOSPC ? "the system has no watches left (raise fs.inotify.max_user_watches)"

@@ -53,8 +53,8 @@ class TreeWatcher {
 
   // Why something can't be followed, for people: the watcher is dead, or the folder that it names has been
   // told as Rescan, and its content is not followed, as the system has no watches left
-  // (fs.inotify.max_user_watches) or lacks memory or files. Empty when all is well. Asking again answers what
-  // failed after that.
+  // (fs.inotify.max_user_watches) or lacks memory or files; or a folder's path is too long. Empty when all is
+  // well. Asking again answers what failed after that.
   std::string reason();
 
   // For tests: drops the events that are pending, as the system does when its queue overflows. The next
