@@ -204,7 +204,8 @@ void ContentReader::take(Content content, ReaderPool::Ticket ticket, ReaderAnswe
   auto node = questions_.extract(ticket);
   const Question& question = node.mapped();
   ++filesRead_;
-  if (answer.kind == ReaderAnswer::Read && content == Content::Tags) {
+  const bool isRead = answer.kind == ReaderAnswer::Read || answer.kind == ReaderAnswer::Part;
+  if (isRead && content == Content::Tags) {
     const std::optional<MediaTags> tags = parseMediaTags(answer.bytes);
     if (tags) answer.bytes = encodeAttributes(attributesOf(*tags));
     if (!tags) answer = {ReaderAnswer::Unreadable, "exiftool gave an answer that makes no sense"};

@@ -111,9 +111,12 @@ const ContentType* FileContent::type() {
   return *type_;
 }
 
-// What is missing isn't known, or counts as nothing.
+// What is missing isn't known, or counts as nothing. Of a file that went while it was read, nothing is
+// missing.
 bool FileContent::goesWithout(std::string_view missing) const {
   if (reading_ != Reading::Anyway) return false;
+  if (::faccessat(file_.folder, file_.pathFromFolder, F_OK, AT_SYMLINK_NOFOLLOW) != 0 && meansGone(errno))
+    return true;
   noteUnseenFile(file_.path, missing);
   return true;
 }

@@ -106,7 +106,7 @@ bool LiveChanges::isResult(const std::string& path) {
   const std::string* const around = folderAround(path);
   if (!around || !filter_.reaches(*around, path)) return false;
   FileByPath file(path, Reading::Later);
-  if (!file.record().exists() || !isReached(path)) return false;
+  if (file.record().isGone() || !isReached(path)) return false;
   const Match known = match(*expression_, file.record());
   if (known != Match::Unknown) return known == Match::Yes;
   file.record().askForMissing();

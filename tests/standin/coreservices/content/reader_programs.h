@@ -13,8 +13,8 @@
 namespace standin::metadata {
 
 // What a file holds says what becomes of reading it: "refuse" ("refuse text", "refuse tags": by one of two),
-// "part", "end" (the reader ends), "hang", "slow N" (after so many milliseconds), "grow" (the file, too),
-// "nul"; else `answer`, a term of perl, says what is in it.
+// "part", "vanish", "end" (the reader ends), "hang", "slow N" (after so many milliseconds), "grow" (the file,
+// too), "nul"; else `answer`, a term of perl, says what is in it.
 inline ReaderPool::Options readerProgram(const ScratchFolder& scratch, const std::string& name,
                                          const std::string& answer, size_t processes) {
   const std::string path = scratch.file("programs/" + name, R"(#!/usr/bin/perl
@@ -27,6 +27,7 @@ while (my $question = <STDIN>) {
   my $own = $format ? 'text' : 'tags';
   if ($text =~ /^refuse(?: $own|(?! text| tags))/) { say_('error', 'makes no sense'); next }
   if ($text =~ /^part/) { say_('part', "$format $text"); next }
+  if ($text =~ /^vanish/) { unlink $path; say_('unreadable', 'is gone'); next }
   exit 1 if $text =~ /^end/;
   sleep 1000 if $text =~ /^hang/;
   if ($text =~ /^grow/) { open my $file, '>>', $path; print $file ' harbour'; close $file }

@@ -211,6 +211,15 @@ TEST_F(Unseeing, CountsFoldersThatMayNotBeReadAndNoneThatAreGone) {
   ASSERT_EQ(::chmod(scratch.at("tree/one").c_str(), 0700), 0);
 }
 
+TEST_F(Unseeing, CountsNoFileThatGoesWhileItIsRead) {
+  const std::string path = file("a.jpg", "vanish"), other = file("b.jpg", "refuse");
+  inCopy([&] {
+    for (const std::string& each : {path, other})
+      EXPECT_FALSE(FileByPath(each, Reading::Anyway).record().value(FileAttribute::Title));
+    EXPECT_EQ(named(unseen().files), Strings{"tree/b.jpg"});
+  });
+}
+
 TEST_F(Unseeing, CountsPlainTextThatIsTooLong) {
   const std::string word = "harbour ";
   file("text", word);
