@@ -17,8 +17,8 @@ struct Option {
 };
 
 // Hands the options their values, and answers the operands: what is no option, in order. `command` is named
-// by errors, unless it is empty. An option's value is joined to it by "=" or is the next argument; after "--" nothing is an
-// option. Throws UsageError.
+// by errors, unless it is empty. An option's value is joined to it by "=" or is the next argument; after "--"
+// nothing is an option. Throws UsageError.
 Arguments takeOptions(const std::string& command, const Arguments& arguments,
                       const std::vector<Option>& options);
 

@@ -1,6 +1,5 @@
 // All that is known about files.
 #include <algorithm>
-#include <cstdio>
 
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
@@ -9,6 +8,7 @@
 #include "shotlight/items.h"
 #include "shotlight/json.h"
 #include "shotlight/keys.h"
+#include "shotlight/names.h"
 #include "shotlight/output.h"
 #include "shotlight/property_list.h"
 #include "shotlight/session.h"
@@ -51,6 +51,7 @@ Entries attributesOf(const host::Value& item, std::vector<std::string> keys) {
   for (const std::string& key : keys) {
     const auto value = all.isNil() ? std::nullopt : host::lookUp(all, key);
     entries.emplace_back(key, value.value_or(host::Value()));
+    if (isFileName(key)) entries.back().second = exactName(item, key, std::move(entries.back().second));
   }
   return entries;
 }
@@ -114,7 +115,7 @@ int showAll(const AttrsOptions& options) {
       printer.show(itemPath(file), attributesOf(item, options.keys));
       tellUnseen();
     } catch (const FileError& error) {
-      std::fprintf(stderr, "shotlight: %s\n", error.what());
+      reportError(error);
       status = kError;
       forgetUnseen();
     }

@@ -5,7 +5,7 @@
 
 #include "shotlight/errors.h"
 #include "shotlight/keys.h"
-#include "shotlight/table.h"
+#include "shotlight/output.h"
 #include "shotlight/text.h"
 #include "standin/coreservices/metadata/control.h"
 
@@ -14,8 +14,7 @@ namespace {
 
 std::string warningOf(const standin::QueryDoubt& doubt, std::u16string_view query) {
   if (!doubt.reason.empty())
-    return printable(utf8(query.substr(doubt.position, doubt.length))) + ": " + doubt.key + ' ' +
-           doubt.reason;
+    return utf8(query.substr(doubt.position, doubt.length)) + ": " + doubt.key + ' ' + doubt.reason;
   const std::string meant = nearestKey(doubt.key);
   return "no file has " + doubt.key + "; " +
          (meant.empty() ? "shotlight keys lists the keys" : "did you mean " + meant + "?");
@@ -42,7 +41,7 @@ void warnOfDoubts(const std::string& query) {
   std::set<std::string> said;
   for (const standin::QueryDoubt& doubt : standin::queryDoubts(*units)) {
     const std::string warning = warningOf(doubt, *units);
-    if (said.insert(warning).second) std::fprintf(stderr, "shotlight: warning: %s\n", warning.c_str());
+    if (said.insert(warning).second) complain("warning: " + warning);
   }
 }
 

@@ -6,7 +6,10 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <map>
+#include <optional>
 
+#include "shotlight/color.h"
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
 #include "shotlight/find_options.h"
@@ -15,6 +18,7 @@
 #include "shotlight/keys.h"
 #include "shotlight/listing.h"
 #include "shotlight/live.h"
+#include "shotlight/names.h"
 #include "shotlight/output.h"
 #include "shotlight/progress.h"
 #include "shotlight/query.h"
@@ -23,14 +27,16 @@
 #include "shotlight/table.h"
 #include "shotlight/text.h"
 #include "shotlight/values.h"
+#include "standin/gate/shown_text.h"
 
 namespace shotlight {
 namespace {
 
 namespace host = standin::host;
-using Rows = std::vector<std::vector<std::string>>;
+using Rows = std::vector<Row>;
 
 const std::vector<std::string> kDefaultKeys = {"kMDItemDisplayName", "kMDItemFSSize", "kMDItemPath"};
+const std::vector<std::string> kDefaultKeysInZero = {"kMDItemPath"};
 
 struct Interrupted {};
 
@@ -46,6 +52,7 @@ class Find {
     setSearchScope(query_, folders, options.scopes);
     if (!isSorted() && options.limit > 0 && options.limit < INT32_MAX)
       host::call(query_, "SetMaxCount", options.limit + 1);
+    if (usesColor(options.color)) colors_ = FileColors::ofEnvironment();
   }
 
   // Answers the exit status.
@@ -85,7 +92,7 @@ class Find {
   int status() const { return count() > 0 ? kFound : kNothing; }
 
   int runLive() {
-    follow(query_, options_.seconds, interrupts_);
+    follow(query_, options_.seconds, interrupts_, colors_ ? &*colors_ : nullptr);
     if (interrupts_.signal() == SIGPIPE) throw Interrupted();  // the others are how people end it
     summarise(countText(count()), "after");
     interrupts_.setStatus(status());
@@ -100,6 +107,21 @@ class Find {
   }
 
   int runValues() {
+    Rows rows = countValues();
+    if (isFileName(options_.valuesOf) && std::any_of(rows.begin(), rows.end(), mayBeInexact))
+      rows = countNames();
+    std::sort(rows.begin(), rows.end(), [](const auto& left, const auto& right) {
+      const auto leftCount = std::stoul(left[0].text), rightCount = std::stoul(right[0].text);
+      return leftCount != rightCount ? leftCount > rightCount : left[1].text < right[1].text;
+    });
+    const size_t values = rows.size();
+    printRows({{"Results", true}, {titleOf(options_.valuesOf)}}, std::move(rows));
+    summarise(std::to_string(values) + (values == 1 ? " value" : " values") + " in " + countText(count()),
+              "in");
+    return status();
+  }
+
+  Rows countValues() {
     Rows rows;
     for (const host::Value& value :
          host::elements(host::call(query_, "ValuesOfAttribute", options_.valuesOf))) {
@@ -109,19 +131,29 @@ class Find {
       rows.push_back({plainText(having), joinedText(value)});
     }
     checkExceptions();
-    std::sort(rows.begin(), rows.end(), [](const auto& left, const auto& right) {
-      const auto leftCount = std::stoul(left[0]), rightCount = std::stoul(right[0]);
-      return leftCount != rightCount ? leftCount > rightCount : left[1] < right[1];
-    });
-    const size_t values = rows.size();
-    printRows({{"Results", true}, {titleOf(options_.valuesOf)}}, std::move(rows));
-    summarise(std::to_string(values) + (values == 1 ? " value" : " values") + " in " + countText(count()),
-              "in");
-    return status();
+    return rows;
+  }
+
+  static bool mayBeInexact(const Row& row) { return row[1].text.find('%') != std::string::npos; }
+
+  // Names that are told alike may be different ones.
+  Rows countNames() {
+    std::map<std::string, size_t> counts;
+    for (const host::Value& item : host::elements(host::call(query_, "Results"))) {
+      if (interrupts_.signal() != 0) throw Interrupted();
+      if (item.isNil()) continue;
+      const host::Value told = host::call(item, "GetAttribute", options_.valuesOf);
+      ++counts[joinedText(exactName(item, options_.valuesOf, told))];
+    }
+    checkExceptions();
+    Rows rows;
+    for (const auto& [name, count] : counts) rows.push_back({std::to_string(count), name});
+    return rows;
   }
 
   int runRows() {
-    const auto& keys = options_.keys.empty() ? kDefaultKeys : options_.keys;
+    const auto& defaults = options_.layout == Layout::zeroEnded ? kDefaultKeysInZero : kDefaultKeys;
+    const auto& keys = options_.keys.empty() ? defaults : options_.keys;
     const auto listing = newListing(options_.layout, keys);
     try {
       list(keys, *listing);
@@ -157,7 +189,10 @@ class Find {
       std::transform(names.begin(), names.end(), values.begin(),
                      [&](const host::Value& name) { return host::call(item, "GetAttribute", name); });
       checkExceptions();
-      listing.add(values);
+      for (size_t i = 0; i < keys.size(); ++i) {
+        if (isFileName(keys[i])) values[i] = exactName(item, keys[i], std::move(values[i]));
+      }
+      listing.add(values, colors_ ? colors_->colorOf(pathOf(item)) : std::string());
       if (isSorted()) progress.show(static_cast<size_t>(listed_), "results read");
     }
     listing.pause();
@@ -176,7 +211,7 @@ class Find {
   static void printFact(std::string name, const std::string& value) {
     constexpr size_t kWidth = 9;
     name.resize(kWidth, ' ');
-    print(name + escapeControls(value) + '\n');
+    print(name + standin::shownText(value) + '\n');
   }
 
   static void printRows(const std::vector<Column>& columns, Rows rows) {
@@ -186,7 +221,9 @@ class Find {
 
   void summarise(const std::string& what, const char* word) const {
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start_;
-    std::fprintf(stderr, "%s %s %.3f s\n", what.c_str(), word, time.count());
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.3f s", time.count());
+    printNote(what + ' ' + word + ' ' + seconds);
   }
 
   const FindOptions& options_;
@@ -196,6 +233,7 @@ class Find {
   Interrupts interrupts_;
   int64_t listed_ = 0;
   const host::Value query_;
+  std::optional<FileColors> colors_;
 };
 
 void checkAllKeys(const FindOptions& options) {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "shotlight/doubts.h"
 #include "shotlight/errors.h"
 #include "shotlight/words.h"
 
@@ -70,7 +71,7 @@ void append(std::vector<Element>& all, const std::vector<Element>& more) {
 
 void setLayout(FindOptions& options, Layout layout) {
   if (options.layout != Layout::rows && options.layout != layout)
-    throw UsageError("--json and --jsonl don't go together; leave one out");
+    throw UsageError("--json, --jsonl and -0 don't go together; leave one out");
   options.layout = layout;
 }
 
@@ -80,6 +81,7 @@ bool isBlank(const std::string& query) {
 }
 
 std::string queryOf(const std::string& text) {
+  checkBytes(text);
   return isComparison(text) ? text : queryForWords(text);
 }
 
@@ -128,6 +130,9 @@ std::vector<Option> optionsInto(FindOptions& options) {
       {"--limit", [&options](const std::string& value) { options.limit = parseCount("--limit", value); }},
       {"--json", [&options](const std::string&) { setLayout(options, Layout::jsonArray); }, false},
       {"--jsonl", [&options](const std::string&) { setLayout(options, Layout::jsonLines); }, false},
+      {"-0", [&options](const std::string&) { setLayout(options, Layout::zeroEnded); }, false},
+      {"--print0", [&options](const std::string&) { setLayout(options, Layout::zeroEnded); }, false},
+      {"--color", [&options](const std::string& value) { options.color = colorUseNamed(value); }},
       switchOption("--count", options.count),
       nameOption("--values", options.valuesOf),
       switchOption("--live", options.live),
@@ -152,7 +157,8 @@ void checkCombination(const FindOptions& options) {
                                                      {"--sort", !options.sorting.empty()},
                                                      {"--limit", options.limit > 0},
                                                      {"--json", options.layout == Layout::jsonArray},
-                                                     {"--jsonl", options.layout == Layout::jsonLines}};
+                                                     {"--jsonl", options.layout == Layout::jsonLines},
+                                                     {"-0", options.layout == Layout::zeroEnded}};
   for (const auto& row : printsRows)
     refuseTogether(
         {{"--count", options.count}, {"--values", !options.valuesOf.empty()}, {"--live", options.live}, row});

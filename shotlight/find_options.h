@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "shotlight/arguments.h"
+#include "shotlight/color.h"
 #include "standin/coreservices/metadata/control.h"
 
 namespace shotlight {
@@ -16,7 +17,7 @@ struct SortKey {
   bool descending = false;
 };
 
-enum class Layout { rows, jsonArray, jsonLines };
+enum class Layout { rows, jsonArray, jsonLines, zeroEnded };
 
 struct FindOptions {
   std::string query;                 // made of plain words, if they were given
@@ -27,6 +28,7 @@ struct FindOptions {
   std::vector<std::string> keys;     // the columns; empty: the default ones
   std::vector<SortKey> sorting;
   Layout layout = Layout::rows;
+  ColorUse color = ColorUse::automatic;
   int32_t limit = 0;   // 0: all results
   bool count = false;  // at most one of `count`, `live` and `valuesOf` is asked for
   bool live = false;

@@ -44,7 +44,7 @@ usage: shotlight find QUERY|WORD... [--in FOLDER]... [--scope NAME,...]
                       [--within QUERY] [--exclude GLOB]... [--depth N]
                       [--one-file-system] [--no-hidden]
                       [--show KEY,...] [--sort KEY[:desc],...] [--limit N]
-                      [--json | --jsonl]
+                      [--json | --jsonl | -0] [--color WHEN]
        shotlight find QUERY ... --count
        shotlight find QUERY ... --values KEY
        shotlight find QUERY ... --live [--for SECONDS]
@@ -77,6 +77,11 @@ what to print
   --json          an array with an object for each result: the values of the
                   columns by their keys
   --jsonl         the same objects, one a line
+  -0, --print0    each value as it is, ended by a zero byte, for xargs -0
+                  (default columns: kMDItemPath alone)
+  --color WHEN    names and paths in the colours of ls (see LS_COLORS): always,
+                  never, or auto (on a terminal that isn't dumb, unless NO_COLOR
+                  is set; the default)
   --count         only how many results there are
   --values KEY    the values of this attribute, each with how many results
                   have it
@@ -113,13 +118,17 @@ examples:
   shotlight find 'InRange(kMDItemFSSize, 1, 100) && kMDItemFSInvisible == false'
   shotlight find 'kMDItemFSSize > 0' --sort kMDItemFSSize:desc --limit 1
   shotlight find 'kMDItemFSSize > 60' --exclude node_modules --exclude '*.pdf'
+  shotlight find 'kMDItemFSName == "*.txt"c' -0 | xargs -0 ls -l
 
-Results are an aligned table on a terminal, otherwise one line each with tabs
-between the columns. In both, tabs, newlines and other control characters are
-printed as \t, \n, \x1B or \u0085, and a backslash as \\. Several values of one
-attribute are joined by commas; one of them that has a comma or a quote stands
-in double quotes, with those in it doubled. Dates are in GMT. Unless they are
-to be sorted, results are printed as they are found; a table every second.
+Results are an aligned table on a terminal, cut to its width, with an ellipsis
+where something is missing; otherwise they are one line each, with tabs between
+the columns, whole. In both, a text with tabs, newlines or other control
+characters in it is printed as $'a\tb\033', which shells take for the text; on a
+terminal, so is one that is no UTF-8, which programs are given as it is. Several
+values of one attribute are joined by commas; one of them that has a comma or a
+quote stands in double quotes, with those in it doubled. Dates are in GMT.
+Unless they are to be sorted, results are printed as they are found; a table
+every second.
 
 In JSON, lists are arrays, dates strings like "2011-03-05T06:42:10Z", bytes
 strings of hexadecimal digits, and what is not there is null.
@@ -148,11 +157,13 @@ usage: shotlight attrs FILE... [--keys KEY,...] [--json] [--no-store]
 
 Each attribute is a line, KEY = VALUE; the values of a list or a dictionary
 follow, indented. Text is in quotes, with \", \\, \t, \n, \x1B and \u0085 for
-what can't stand for itself; dates are in GMT; bytes are hexadecimal digits in
-< >. Of an attribute asked for by --keys that a file lacks, the value is (none).
-Several files come each under its path.
+what can't stand for itself, and \xFF for a byte of a name that is no UTF-8;
+dates are in GMT; bytes are hexadecimal digits in < >. Of an attribute asked for
+by --keys that a file lacks, the value is (none). Several files come each under
+its path.
 
-In JSON, dates are strings like "2011-03-05T06:42:10Z", bytes are strings of
+In JSON, a byte of a name that is no UTF-8 is a lone surrogate, \udc80 to
+\udcff, dates are strings like "2011-03-05T06:42:10Z", bytes are strings of
 hexadecimal digits, and what is not there, or is no number, is null.
 
 A file that can't be shown is named on standard error, the others are shown, and
@@ -167,8 +178,8 @@ usage: shotlight schema [KEY...]
 
 Without keys, of all attributes that the system knows. Prints the key, the type
 of its value, "several" for an attribute that may have several values, the name
-and the description for people: an aligned table on a terminal, otherwise one
-line each with tabs between the columns.
+and the description for people: an aligned table on a terminal, cut to its
+width, otherwise one line each with tabs between the columns, whole.
 
   --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
                   (default: the dylib that was built with this program)

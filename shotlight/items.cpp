@@ -1,12 +1,14 @@
 #include "shotlight/items.h"
 
-#include <sys/stat.h>
+#include <fcntl.h>
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 
 #include "shotlight/errors.h"
+#include "shotlight/names.h"
 #include "shotlight/query.h"
 #include "shotlight/session.h"
 #include "shotlight/text.h"
@@ -30,28 +32,26 @@ class LookAtFilesAlone {
 
 // The real path of the folder with the file's own name, which may be that of a link. Nothing, and errno,
 // where no file is there.
-std::optional<std::string> pathOf(const std::string& file) {
+std::optional<std::string> realPathOf(const std::string& file) {
   const std::string name = fs::path(file).filename();
   if (name.empty() || name == "." || name == "..") return standin::realPath(file);
   const std::string parent = fs::path(file).parent_path();
   std::optional<std::string> path = standin::realPath(parent.empty() ? "." : parent);
   if (!path) return {};
   *path += (path->ends_with('/') ? "" : "/") + name;
-  struct stat info;
-  if (::lstat(path->c_str(), &info) != 0) return {};
+  if (!standin::OpenFile(standin::openLongPath(*path, O_PATH | O_NOFOLLOW))) return {};
   return path;
 }
 
 }  // namespace
 
 std::string itemPath(const std::string& file) {
-  const std::optional<std::string> path = pathOf(file);
+  const std::optional<std::string> path = realPathOf(file);
   if (!path) {
     const bool mayBeThere = errno == EACCES;
-    throw FileError("'" + file + "': " + std::strerror(errno) +
+    throw FileError(quotedName(file) + ": " + std::strerror(errno) +
                     (mayBeThere ? "; name a file whose folder you may search" : "; name a file that exists"));
   }
-  if (!utf16(*path)) throw FileError("'" + file + "': its path is not valid UTF-8; rename it");
   return *path;
 }
 
@@ -62,10 +62,10 @@ host::Value itemOf(const std::string& file, Interrupts& interrupts) {
   const LookAtFilesAlone alone;
   if (!gather(query, 0, interrupts)) return {};
   for (const host::Value& item : host::elements(host::call(query, "Results"))) {
-    if (!item.isNil() && host::get(item, "Path").text() == path) return item;
+    if (!item.isNil() && pathOf(item) == path) return item;
   }
   checkExceptions();
-  throw FileError("'" + file + "': there is no metadata of it; see that it is still there");
+  throw FileError(quotedName(file) + ": there is no metadata of it; see that it is still there");
 }
 
 }  // namespace shotlight

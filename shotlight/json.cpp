@@ -1,12 +1,11 @@
 #include "shotlight/json.h"
 
-#include <unicode/utf8.h>
-
 #include <cmath>
 #include <cstdio>
 #include <vector>
 
 #include "shotlight/values.h"
+#include "standin/gate/shown_text.h"
 
 namespace shotlight {
 namespace {
@@ -42,18 +41,6 @@ std::string dictionary(const host::Value& value, int level) {
   return jsonObject(members, level);
 }
 
-// Controls, separators of lines and paragraphs, and what turns the direction of writing.
-bool isEscaped(UChar32 code) {
-  return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x061C || code == 0x200E || code == 0x200F ||
-         (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
-}
-
-void appendEscape(std::string& text, char16_t code) {
-  char escape[7];
-  std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(code));
-  text += escape;
-}
-
 }  // namespace
 
 std::string jsonIndent(int level) {
@@ -61,24 +48,20 @@ std::string jsonIndent(int level) {
 }
 
 std::string jsonString(const std::string& utf8) {
-  constexpr UChar32 kNoCharacter = 0xDC00;  // and the byte
+  constexpr unsigned kStrayByte = 0xDC00;  // and the byte: no character has that number
   std::string result = "\"";
-  const auto size = static_cast<int32_t>(utf8.size());
-  for (int32_t i = 0; i < size;) {
-    const int32_t start = i;
-    UChar32 code = 0;
-    U8_NEXT(utf8.data(), i, size, code);
-    if (code < 0) {
-      i = start + 1;
-      const auto byte = static_cast<unsigned char>(utf8[static_cast<size_t>(start)]);
-      appendEscape(result, static_cast<char16_t>(kNoCharacter + byte));
-    } else if (code == '"' || code == '\\') {
-      result += {'\\', static_cast<char>(code)};
-    } else if (isEscaped(code)) {
-      appendEscape(result, static_cast<char16_t>(code));
+  for (size_t i = 0; i < utf8.size();) {
+    const standin::Character character = standin::characterAt(utf8, i);
+    if (standin::disturbs(character)) {
+      char escape[7];
+      const unsigned code = character.code + (character.valid ? 0 : kStrayByte);
+      std::snprintf(escape, sizeof escape, "\\u%04x", code & 0xFFFF);
+      result += escape;
     } else {
-      result.append(utf8, static_cast<size_t>(start), static_cast<size_t>(i - start));
+      if (character.code == '"' || character.code == '\\') result += '\\';
+      result.append(utf8, i, character.length);
     }
+    i += character.length;
   }
   return result + '"';
 }

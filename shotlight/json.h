@@ -12,8 +12,8 @@ namespace shotlight {
 // The level of what is all on one line.
 inline constexpr int kJsonOneLine = -1;
 
-// A JSON string, quotes included. What a terminal would obey is escaped. A byte that is no UTF-8 is the lone
-// surrogate U+DC80 to U+DCFF, so that it is told from every character, and can be had back.
+// A JSON string, quotes included. What disturbs a terminal is escaped (standin::disturbs). A byte that is no
+// UTF-8 is the lone surrogate U+DC80 to U+DCFF, so that it is told from every character and can be had back.
 std::string jsonString(const std::string& utf8);
 
 // Dates and bytes are strings, as plainText has them; nothing, and what has no form in JSON, is null. What

@@ -7,6 +7,7 @@
 #include "shotlight/errors.h"
 #include "shotlight/output.h"
 #include "shotlight/session.h"
+#include "shotlight/table.h"
 #include "standin/host/host.h"
 
 namespace shotlight {
@@ -94,7 +95,7 @@ int keys(const Arguments& arguments) {
   if (!operands.empty())
     throw UsageError("'" + operands.front() + "' is one argument too many; keys takes none");
   Session session(plugin);
-  for (const std::string& key : classKeys()) print(key + '\n');
+  for (const std::string& key : classKeys()) printRow({key});
   finishOutput();
   session.close();
   return kFound;

@@ -1,10 +1,10 @@
 #include "shotlight/live.h"
 
-#include <cstdio>
 #include <iterator>
 #include <string>
 
 #include "shotlight/incomplete.h"
+#include "shotlight/names.h"
 #include "shotlight/output.h"
 #include "shotlight/session.h"
 #include "shotlight/table.h"
@@ -18,9 +18,12 @@ using host::Value;
 
 const double kLongTime = 1e9;  // seconds
 
-void printPaths(const char* sign, const Value& items) {
+void printPaths(const char* sign, const Value& items, const FileColors* colors) {
   for (const Value& item : host::elements(items)) {
-    if (!item.isNil()) print(std::string(sign) + ' ' + printable(host::get(item, "Path").text()) + '\n');
+    if (item.isNil()) continue;
+    const std::string path = pathOf(item);
+    const std::string color = colors ? colors->colorOf(path) : "";
+    print(std::string(sign) + ' ' + painted(printable(path), color) + '\n');
   }
 }
 
@@ -28,11 +31,11 @@ void printPaths(const char* sign, const Value& items) {
 // printing comes out of it.
 class Printer {
  public:
-  explicit Printer(const Value& query) : query_(query) {
-    host::setEventHandler(query, "Update", [](const std::vector<Value>& lists) {
+  Printer(const Value& query, const FileColors* colors) : query_(query) {
+    host::setEventHandler(query, "Update", [colors](const std::vector<Value>& lists) {
       CFRunLoopStop(CFRunLoopGetCurrent());
       const char* const signs[] = {"+", "~", "-"};
-      for (size_t i = 0; i < std::size(signs); ++i) printPaths(signs[i], lists[i]);
+      for (size_t i = 0; i < std::size(signs); ++i) printPaths(signs[i], lists[i], colors);
       finishOutput();
     });
   }
@@ -49,7 +52,7 @@ void reportProblem(std::string& reported) {
   tellUnseen();
   const std::string problem = standin::liveUpdateProblem();
   if (!problem.empty() && problem != reported) {
-    std::fprintf(stderr, "shotlight: not every change can be told: %s\n", problem.c_str());
+    complain("not every change can be told: " + problem);
     noteMissing();
   }
   reported = problem;
@@ -57,10 +60,11 @@ void reportProblem(std::string& reported) {
 
 }  // namespace
 
-void follow(const Value& query, std::optional<double> seconds, Interrupts& interrupts) {
-  printPaths("+", host::call(query, "Results"));
+void follow(const Value& query, std::optional<double> seconds, Interrupts& interrupts,
+            const FileColors* colors) {
+  printPaths("+", host::call(query, "Results"), colors);
   finishOutput();
-  const Printer printer(query);
+  const Printer printer(query, colors);
   const CFAbsoluteTime end = CFAbsoluteTimeGetCurrent() + seconds.value_or(kLongTime);
   std::string reported;
   while (interrupts.signal() == 0) {

@@ -1,5 +1,4 @@
 #include <clocale>
-#include <cstdio>
 #include <exception>
 #include <new>
 
@@ -70,7 +69,7 @@ int main(int count, char** words) {
   } catch (const std::bad_alloc&) {
     endWithoutMemory();
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "shotlight: %s\n", error.what());
+    reportError(error);
     return kError;
   }
 }

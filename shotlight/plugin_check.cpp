@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "shotlight/errors.h"
+#include "shotlight/text.h"
 
 namespace shotlight {
 namespace {
@@ -17,7 +18,7 @@ namespace {
 constexpr uint64_t kLargest = 256 << 20;  // of what is read whole into memory
 
 [[noreturn]] void fail(const std::string& path, const std::string& what) {
-  throw CommandError("the plug-in '" + path + "': " + what);
+  throw CommandError("the plug-in " + quotedName(path) + ": " + what);
 }
 
 class File {

@@ -1,7 +1,7 @@
 #include "shotlight/property_list.h"
 
-#include "shotlight/text.h"
 #include "shotlight/values.h"
+#include "standin/gate/shown_text.h"
 
 namespace shotlight {
 namespace {
@@ -18,7 +18,7 @@ std::string quoted(const std::string& text) {
     if (c == '"' || c == '\\') result += '\\';
     result += c;
   }
-  return '"' + escapeControls(result) + '"';
+  return '"' + standin::shownText(result) + '"';
 }
 
 }  // namespace

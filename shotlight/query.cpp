@@ -1,5 +1,6 @@
 #include "shotlight/query.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,28 +15,29 @@
 #include "shotlight/session.h"
 #include "shotlight/text.h"
 #include "standin/coreservices/metadata/control.h"
+#include "standin/gate/shown_text.h"
 #include "standin/system/paths.h"
 
 namespace shotlight {
 namespace {
 
 namespace host = standin::host;
+using standin::shownText;
 
 const char kClass[] = "MDQueryZNK";
 const double kProgressInterval = 0.1;  // seconds
 
 // The query with a mark under the place where it stops making sense.
 [[noreturn]] void reportBadQuery(const std::string& query) {
-  checkBytes(query);
   const auto units = utf16(query);
   const auto error = standin::checkQuery(*units);
   if (!error) throw CommandError("the plug-in made no query of '" + query + "'; try another --plugin");
   const std::string indent = "  ";
   const std::string before = utf8(std::u16string_view(*units).substr(0, error->position));
-  throw CommandError("the query can't be understood: " + error->reason + "\n" + indent +
-                     escapeControls(query) + "\n" + indent +
-                     std::string(displayWidth(escapeControls(before)), ' ') +
-                     "^\nsee shotlight find --help for the form of a query");
+  throw CommandError(
+      "the query can't be understood: " + error->reason,
+      {indent + shownText(query), indent + std::string(displayWidth(shownText(before)), ' ') + '^',
+       "see shotlight find --help for the form of a query"});
 }
 
 host::Value made(const host::Value& query, const std::string& text) {
@@ -68,16 +70,16 @@ class StopAtEvent {
 };
 
 std::string realFolder(const std::string& name) {
-  const std::string what = "--in '" + name + "': ";
+  const std::string what = "--in " + quotedName(name) + ": ";
   const std::optional<std::string> path = standin::realPath(name);
   if (!path)
     throw CommandError(
         what + std::strerror(errno) +
         (errno == ENOENT ? "; name a folder that exists" : "; name a folder that can be read"));
   if (!standin::isFolder(*path)) throw CommandError(what + "not a folder; name the folder it is in");
-  if (access(path->c_str(), R_OK | X_OK) != 0)
+  const standin::OpenFile folder(standin::openLongPath(*path, O_RDONLY | O_DIRECTORY));
+  if (!folder || faccessat(folder.get(), ".", X_OK, 0) != 0)
     throw CommandError(what + std::strerror(errno) + "; name a folder that you may read");
-  if (!utf16(*path)) throw CommandError(what + "its path is not valid UTF-8; name a folder above it");
   return *path;
 }
 

@@ -23,7 +23,7 @@ standin::host::Value newQuery(const FindOptions& options);
 void setSearchScope(const standin::host::Value& query, const std::vector<std::string>& folders,
                     const std::vector<std::string>& scopes);
 
-// Absolute paths of folders that are there and may be read, in UTF-8. Throws CommandError for others.
+// Absolute paths of folders that are there and may be read, in bytes. Throws CommandError for others.
 std::vector<std::string> realFolders(const std::vector<std::string>& names);
 
 // Throws CommandError where one of the scopes means the folder that HOME names, and that is none. (A system

@@ -17,10 +17,10 @@ std::string about(const char* question, const std::string& key) {
   return host::callShared("MDItemZNK", question, key).text();
 }
 
-std::vector<std::string> rowOf(const std::string& key) {
+Row rowOf(const std::string& key) {
   const bool several = host::callShared("MDItemZNK", "AttributeMultiValued", key).boolean();
-  return {key, about("AttributeType", key), several ? "several" : "", about("DisplayNameForAttribute", key),
-          about("DisplayDescriptionForAttribute", key)};
+  return {key, about("AttributeType", key), std::string(several ? "several" : ""),
+          about("DisplayNameForAttribute", key), about("DisplayDescriptionForAttribute", key)};
 }
 
 }  // namespace
@@ -31,11 +31,16 @@ int schema(const Arguments& arguments) {
   Session session(plugin);
   checkKeys("schema", wanted);
   if (wanted.empty()) wanted = host::texts(host::callShared("MDItemZNK", "AllAttributes"));
-  std::vector<std::vector<std::string>> rows;
+  std::vector<Row> rows;
   for (const std::string& key : wanted) rows.push_back(rowOf(key));
   checkExceptions();
   if (!rows.empty())
-    printTable({{"Key"}, {"Type"}, {"Values"}, {"Name"}, {"Description"}}, rows, isatty(STDOUT_FILENO));
+    printTable({{.title = "Key", .whole = true},
+                {.title = "Type", .whole = true},
+                {"Values"},
+                {"Name"},
+                {"Description"}},
+               rows, isatty(STDOUT_FILENO));
   finishOutput();
   session.close();
   return rows.empty() ? kNothing : kFound;

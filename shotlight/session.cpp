@@ -32,8 +32,8 @@ standin::PluginFile open(const std::string& file) {
   try {
     return standin::PluginFile(file);
   } catch (const standin::PluginFileError& error) {
-    throw CommandError(std::string("the plug-in ") + error.what() +
-                       "\na plug-in is a Mach-O dylib for i386, or an ELF library for 32-bit Linux");
+    throw CommandError(std::string("the plug-in ") + error.what(),
+                       {"a plug-in is a Mach-O dylib for i386, or an ELF library for 32-bit Linux"});
   }
 }
 

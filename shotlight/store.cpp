@@ -66,7 +66,7 @@ int store(const Arguments& arguments) {
     throw;
   } catch (const std::runtime_error& error) {
     throw CommandError(
-        "the store " + folder + ": " + error.what() +
+        "the store " + shellWord(folder, Reader::person) + ": " + error.what() +
         "; see that its folder is yours and writable, or take it away with shotlight store --clear");
   }
 }

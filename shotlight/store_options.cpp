@@ -1,17 +1,12 @@
 #include "shotlight/store_options.h"
 
-#include <cstdio>
 #include <cstdlib>
 
-#include "shotlight/text.h"
+#include "shotlight/output.h"
 #include "standin/coreservices/metadata/content_control.h"
 
 namespace shotlight {
 namespace {
-
-void complain(const std::string& message) {
-  std::fprintf(stderr, "shotlight: %s\n", escapeControls(message).c_str());
-}
 
 // Relative ones count as none.
 std::string folderInEnvironment(const char* name) {

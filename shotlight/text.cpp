@@ -9,6 +9,8 @@
 #include <memory>
 #include <type_traits>
 
+#include "standin/gate/shown_text.h"
+
 namespace shotlight {
 namespace {
 
@@ -17,40 +19,98 @@ struct Release {
 };
 using String = std::unique_ptr<const std::remove_pointer_t<CFStringRef>, Release>;
 
-struct Character {
-  wchar_t code;
-  size_t length;  // in bytes
-  bool valid;     // otherwise one byte that is no UTF-8
-};
+using standin::Character;
+using standin::characterAt;
 
-Character characterAt(const std::string& text, size_t index) {
-  static const bool utf8Locale = std::setlocale(LC_CTYPE, "C.UTF-8");
-  std::mbstate_t state{};
-  wchar_t code = 0;
-  const size_t left = text.size() - index;
-  const size_t length = utf8Locale ? std::mbrtowc(&code, text.data() + index, left, &state) : 0;
-  if (length > 0 && length <= left) return {code, length, true};
-  const auto byte = static_cast<unsigned char>(text[index]);
-  return {byte, 1, byte < 0x80};
-}
+const char kEllipsis[] = "\u2026";  // one column wide
 
 // Where the run of ASCII's printable characters ends that starts at `index`.
-size_t endOfPlain(const std::string& text, size_t index) {
+size_t endOfPlain(std::string_view text, size_t index) {
   const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F; };
   const auto start = text.begin() + static_cast<ptrdiff_t>(index);
   return static_cast<size_t>(std::find_if_not(start, text.end(), isPlain) - text.begin());
 }
 
-// The second set of control characters, the separators of lines and paragraphs, and what turns the direction.
-bool disturbs(wchar_t code) {
-  return (code >= 0x80 && code < 0xA0) || (code >= 0x2028 && code <= 0x202E) ||
-         (code >= 0x2066 && code <= 0x2069);
+// Columns that a character takes. The C library knows them in a locale of UTF-8 only.
+size_t widthOf(const Character& character) {
+  static const char* const locale = std::setlocale(LC_CTYPE, "C.UTF-8");
+  if (!character.valid || !locale) return 1;
+  return static_cast<size_t>(std::max(0, wcwidth(static_cast<wchar_t>(character.code))));
 }
 
-std::string hex(const char* format, unsigned value) {
-  char text[16];
-  std::snprintf(text, sizeof text, format, value);
-  return text;
+// The first characters that fit, with the combining ones that follow the last; or the last ones.
+std::string_view startThatFits(std::string_view text, size_t width) {
+  size_t end = 0;
+  for (size_t taken = 0; end < text.size();) {
+    const Character character = characterAt(text, end);
+    taken += widthOf(character);
+    if (taken > width) break;
+    end += character.length;
+  }
+  return text.substr(0, end);
+}
+
+std::string_view endThatFits(std::string_view text, size_t width) {
+  size_t left = displayWidth(text);
+  size_t start = 0;
+  // What combines with a character that was cut off goes with it.
+  for (bool cutOff = false; start < text.size();) {
+    const Character character = characterAt(text, start);
+    const size_t columns = widthOf(character);
+    if (left <= width && !(cutOff && columns == 0)) break;
+    left -= columns;
+    start += character.length;
+    cutOff = true;
+  }
+  return text.substr(start);
+}
+
+// Text in other encodings than UTF-8, but for its control characters.
+bool isForPrograms(const Character& character) {
+  return !character.valid && character.code >= 0xA0;
+}
+
+bool needsEscapes(std::string_view text, Reader reader) {
+  if (text.starts_with("$'")) return true;
+  for (size_t i = endOfPlain(text, 0); i < text.size(); i = endOfPlain(text, i)) {
+    const Character character = characterAt(text, i);
+    if (disturbs(character) && (reader == Reader::person || !isForPrograms(character))) return true;
+    i += character.length;
+  }
+  return false;
+}
+
+std::string escapedWord(std::string_view text) {
+  std::string word = "$'";
+  for (size_t i = 0; i < text.size();) {
+    const Character character = characterAt(text, i);
+    const std::string_view bytes = text.substr(i, character.length);
+    i += character.length;
+    switch (character.code) {
+      case U'\t':
+        word += "\\t";
+        continue;
+      case U'\n':
+        word += "\\n";
+        continue;
+      case U'\'':
+      case U'\\':
+        word += '\\';
+        break;
+      default:
+        break;
+    }
+    if (!disturbs(character)) {
+      word += bytes;
+      continue;
+    }
+    for (const char byte : bytes) {
+      char escape[8];
+      std::snprintf(escape, sizeof escape, "\\%03o", static_cast<unsigned>(static_cast<unsigned char>(byte)));
+      word += escape;
+    }
+  }
+  return word + '\'';
 }
 
 }  // namespace
@@ -77,7 +137,7 @@ std::string utf8(std::u16string_view units) {
   return bytes;
 }
 
-size_t displayWidth(const std::string& text) {
+size_t displayWidth(std::string_view text) {
   size_t width = 0;
   for (size_t i = 0; i < text.size();) {
     if (const size_t end = endOfPlain(text, i); end > i) {
@@ -86,35 +146,29 @@ size_t displayWidth(const std::string& text) {
       continue;
     }
     const Character character = characterAt(text, i);
-    width += character.valid ? static_cast<size_t>(std::max(0, wcwidth(character.code))) : 1;
+    width += widthOf(character);
     i += character.length;
   }
   return width;
 }
 
-std::string escapeControls(const std::string& utf8) {
-  std::string result;
-  for (size_t i = 0; i < utf8.size();) {
-    if (const size_t end = endOfPlain(utf8, i); end > i) {
-      result.append(utf8, i, end - i);
-      i = end;
-      continue;
-    }
-    const Character character = characterAt(utf8, i);
-    if (character.code == L'\t') {
-      result += "\\t";
-    } else if (character.code == L'\n') {
-      result += "\\n";
-    } else if (!character.valid || character.code < 0x20 || character.code == 0x7F) {
-      result += hex("\\x%02X", static_cast<unsigned char>(utf8[i]));
-    } else if (disturbs(character.code)) {
-      result += hex("\\u%04X", static_cast<unsigned>(character.code));
-    } else {
-      result.append(utf8, i, character.length);
-    }
-    i += character.length;
-  }
-  return result;
+std::string cutToWidth(const std::string& text, size_t width, Cut cut) {
+  if (displayWidth(text) <= width) return text;
+  if (width == 0) return {};
+  const size_t endWidth = cut == Cut::middle ? (width - 1) / 2 : 0;
+  return std::string(startThatFits(text, width - 1 - endWidth)) + kEllipsis +
+         std::string(endThatFits(text, endWidth));
+}
+
+std::string shellWord(std::string_view text, Reader reader) {
+  const bool endsInSpace = text.starts_with(' ') || text.ends_with(' ');
+  const bool escapes = needsEscapes(text, reader) || (reader == Reader::person && endsInSpace);
+  return escapes ? escapedWord(text) : std::string(text);
+}
+
+std::string quotedName(std::string_view name) {
+  const bool isPlain = name.find('\'') == std::string_view::npos && !needsEscapes(name, Reader::person);
+  return isPlain ? '\'' + std::string(name) + '\'' : escapedWord(name);
 }
 
 }  // namespace shotlight

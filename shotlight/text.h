@@ -13,11 +13,23 @@ std::optional<std::u16string> utf16(const std::string& utf8);
 std::string utf8(std::u16string_view units);
 
 // How many columns of a terminal the UTF-8 text takes. Bytes that are no character count as one column.
-size_t displayWidth(const std::string& text);
+size_t displayWidth(std::string_view text);
 
-// One line that a terminal shows as it is: tab and newline become \t and \n; other control characters of
-// ASCII and bytes that are no UTF-8, \xHH; other characters that break lines or turn the direction of
-// writing, \uHHHH.
-std::string escapeControls(const std::string& utf8);
+enum class Cut { end, middle };
+
+// As much of the text as fits in that many columns, with an ellipsis for what was cut out. `text` has nothing
+// in it that disturbs a terminal.
+std::string cutToWidth(const std::string& text, size_t width, Cut cut);
+
+enum class Reader { person, program };
+
+// The text itself where it can be read as one line; otherwise, and where it begins with $', a word that
+// shells read as the text: $'...', with \t, \n, \', \\, and three octal digits for every other byte of what
+// disturbs (standin::disturbs). A program also reads bytes that are no UTF-8, unless they are control
+// characters of another encoding (0x80 to 0x9F). People don't see a space at an end.
+std::string shellWord(std::string_view text, Reader reader);
+
+// A file's name in a message: in single quotes, or as shellWord has it.
+std::string quotedName(std::string_view name);
 
 }  // namespace shotlight

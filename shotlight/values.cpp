@@ -56,7 +56,9 @@ std::string plainText(const host::Value& value, Form form) {
     case Form::number:
       return numberText(value);
     case Form::text:
-      return value.kind() == host::Kind::string ? value.text() : host::path(value);
+      if (value.kind() != host::Kind::string) return host::path(value);
+      // Names of files may have bytes in them that are no UTF-8 (names.h).
+      return value.encoding() == host::kEncodingUtf8 ? value.bytes() : value.text();
     case Form::bytes:
       return hexDigits(value.bytes());
     case Form::date:

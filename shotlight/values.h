@@ -13,7 +13,8 @@ enum class Form { nothing, boolean, number, text, bytes, date, list, dictionary,
 Form formOf(const standin::host::Value& value);
 
 // One value that is no list and no dictionary: true; 1200; 0.008 (the shortest digits that give the same
-// number back); a text as it is; bytes as hexadecimal digits; a date as 2011-03-05T06:42:10Z; "" for nothing.
+// number back); a text in UTF-8, a file's name as its bytes; bytes as hexadecimal digits; a date as
+// 2011-03-05T06:42:10Z; "" for nothing.
 std::string plainText(const standin::host::Value& value);
 
 // Any value as one text: the elements of a list are joined by ", ", a dictionary is {a = 1, b = 2}. An

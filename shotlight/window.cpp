@@ -5,6 +5,7 @@
 #include "shotlight/session.h"
 #include "shotlight/text.h"
 #include "standin/carbon/control.h"
+#include "standin/gate/shown_text.h"
 #include "standin/host/host.h"
 
 namespace shotlight {
@@ -25,7 +26,7 @@ int window(const Arguments& arguments) {
   const standin::SearchWindow shown = standin::takeSearchWindow();
   if (status != 0 || shown.shown == 0 || !shown.text)
     throw CommandError("the search window did not open: status " + std::to_string(status));
-  print("the search window would show: " + escapeControls(*shown.text) + '\n');
+  print("the search window would show: " + standin::shownText(*shown.text) + '\n');
   finishOutput();
   session.close();
   return kFound;

@@ -142,8 +142,6 @@ TEST(Attributes, CantBeHadOfEverything) {
               "'none/x': No such file or directory; name a file that exists");
   expectError(attrs({folder.file("a.txt") + "/x"}),
               "'" + folder.at("a.txt") + "/x': Not a directory; name a file that exists");
-  expectError(attrs({folder.file("\xFF.txt")}),
-              "'" + folder.at("\xFF.txt") + "': its path is not valid UTF-8; rename it");
   expectError(attrs({""}), "'': No such file or directory; name a file that exists");
 }
 

@@ -110,9 +110,9 @@ TEST(Help, HasExamplesThatRunAsTheyStandAndFindWhatTheySay) {
     EXPECT_PRED_FORMAT2(testing::IsSubstring, expected[i].second, result.output);
   }
   const auto all = examplesIn(helpOf("find"));
-  const char* found[] = {"NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t", "/Downloads/Caf",
-                         " menu.pdf\t50\t",      " menu.pdf\t50\t",      "NOTES.TXT\t1000001\t",
-                         "NOTES.TXT\t1000001\t"};
+  const char* found[] = {
+      "NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t", "/Downloads/Caf",       " menu.pdf\t50\t",
+      " menu.pdf\t50\t",      "NOTES.TXT\t1000001\t", "NOTES.TXT\t1000001\t", " 1000001 "};
   ASSERT_EQ(all.size(), std::size(found));
   for (size_t i = 0; i < all.size(); ++i) {
     SCOPED_TRACE(all[i]);

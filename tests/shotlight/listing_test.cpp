@@ -204,7 +204,8 @@ TEST_F(Json, IsTheSameWithTheELFLibrary) {
 
 TEST_F(Json, GoesWithResultsOnly) {
   const std::string ending = " don't go together; leave one out";
-  expectError(find({kEverything, "--json", "--jsonl"}), "--json and --jsonl" + ending);
+  expectError(find({kEverything, "--json", "--jsonl"}), "--json, --jsonl and -0" + ending);
+  expectError(find({kEverything, "--jsonl", "-0"}), "--json, --jsonl and -0" + ending);
   for (const std::string option : {"--json", "--jsonl"}) {
     expectError(find({kEverything, option, "--count"}), "--count and " + option + ending);
     expectError(find({kEverything, option, "--live"}), "--live and " + option + ending);

@@ -125,7 +125,7 @@ TEST(Live, HasStatus1WhenNothingIsLeft) {
 TEST(Live, PrintsOneLineForEachPathWhateverControlCharactersItHas) {
   const ScratchFolder folder;
   folder.file("a\tb\n.txt");
-  EXPECT_EQ(run(liveIn(folder, {"--for", "0"})).output, "+ " + folder.path() + "/a\\tb\\n.txt\n");
+  EXPECT_EQ(run(liveIn(folder, {"--for", "0"})).output, "+ $'" + folder.path() + "/a\\tb\\n.txt'\n");
 }
 
 TEST(Live, EndsWithAnErrorWhenOutputTakesNoMore) {

@@ -1,6 +1,7 @@
 #include "tests/shotlight/run.h"
 
 #include <fcntl.h>
+#include <limits.h>
 #include <linux/capability.h>
 #include <poll.h>
 #include <pty.h>
@@ -40,21 +41,22 @@ Channel makePipe() {
 }
 
 // Raw: what arrives is what was written.
-Channel makeTerminal() {
+Channel makeTerminal(unsigned short columns) {
   Channel channel;
   termios settings{};
   cfmakeraw(&settings);
-  if (openpty(&channel.reader, &channel.writer, nullptr, &settings, nullptr) != 0)
+  const winsize size = {.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+  if (openpty(&channel.reader, &channel.writer, nullptr, &settings, &size) != 0)
     throw std::runtime_error("no terminal");
   return channel;
 }
 
-Channel channelOf(Output output) {
+Channel channelOf(Output output, unsigned short columns) {
   switch (output) {
     case Output::pipe:
       return makePipe();
     case Output::terminal:
-      return makeTerminal();
+      return makeTerminal(columns);
     case Output::full:
       return {-1, open("/dev/full", O_WRONLY | O_CLOEXEC)};
     case Output::closed:
@@ -77,11 +79,23 @@ void replace(int descriptor, int by) {
   }
 }
 
+// Piece by piece, where the path is longer than the system takes in one call.
+void enter(const std::string& folder) {
+  for (size_t start = 0; start < folder.size();) {
+    const size_t end =
+        folder.size() - start < PATH_MAX ? folder.size() : folder.rfind('/', start + PATH_MAX - 1);
+    if (chdir(folder.substr(start, end - start).c_str()) != 0) _exit(kNotStarted);
+    start = end + 1;
+  }
+}
+
 [[noreturn]] void become(const Launch& what, const std::string& cache, int output, int errors) {
   replace(STDOUT_FILENO, output);
   replace(STDERR_FILENO, errors);
-  if (!what.folder.empty() && chdir(what.folder.c_str()) != 0) _exit(kNotStarted);
+  enter(what.folder);
   setenv("XDG_CACHE_HOME", cache.c_str(), 1);
+  setenv("TERM", "dumb", 1);
+  for (const char* const variable : {"LS_COLORS", "NO_COLOR", "COLUMNS"}) unsetenv(variable);
   for (const std::string& variable : what.environment) putenv(const_cast<char*>(variable.c_str()));
   if (what.unprivileged) obeyPermissions();
   if (what.pendingSignal != 0) {
@@ -124,8 +138,8 @@ Result run(const Launch& what) {
 }
 
 Running::Running(const Launch& what) {
-  const Channel output = channelOf(what.output);
-  const Channel errors = channelOf(what.errors);
+  const Channel output = channelOf(what.output, what.columns);
+  const Channel errors = channelOf(what.errors, what.columns);
   child_ = fork();
   if (child_ < 0) throw std::runtime_error("no process");
   if (child_ == 0) become(what, cache_.path(), output.writer, errors.writer);

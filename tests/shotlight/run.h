@@ -29,14 +29,16 @@ enum class Output { pipe, terminal, closed, full };
 
 struct Launch {
   std::vector<std::string> arguments;  // after the program's name
-  std::string folder = {};             // to run in; empty: the test's own
+  std::string folder = {};             // to run in, however long its path; empty: the test's own
   Output output = Output::pipe;
   Output errors = Output::pipe;
   bool unprivileged = false;  // a root that must obey the permissions of files
   std::string program = files.program;
-  // "NAME=value", beside the test's own; XDG_CACHE_HOME is an empty folder of this run unless it is here.
+  // "NAME=value", beside the test's own. Unless they are here, XDG_CACHE_HOME is an empty folder of this run,
+  // the terminal is a dumb one, and nothing is said of colours.
   std::vector<std::string> environment = {};
-  int pendingSignal = 0;  // sent before the program starts, and blocked until then
+  unsigned short columns = 0;  // of the terminal; 0: it doesn't say
+  int pendingSignal = 0;       // sent before the program starts, and blocked until then
 };
 
 struct Result {
