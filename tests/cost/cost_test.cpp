@@ -88,7 +88,7 @@ TEST_F(Cost, OfAFileWhoseContentIsKeptIsBounded) {
 // In whatever order 100,000 results are printed.
 TEST_F(Cost, OfMemoryIsBounded) {
   constexpr int kFiles = 100000;
-  constexpr double kMegabytes = 60;
+  constexpr double kMegabytes = 40;
   const bench::Tree tree("cost-tests", kFiles);
   for (const Command& order : {Command{}, Command{"--sort", "kMDItemFSName"}}) {
     SCOPED_TRACE(testing::PrintToString(order));
