@@ -61,14 +61,9 @@ TEST_F(Words, MeanThemselvesWhateverTheirCharacters) {
     SCOPED_TRACE(word);
     const ScratchFolder own;
     own.file(std::string("x ") + word + " x");
-    own.file("other", "other");
-    const auto in = [&](const std::string& text) {
-      return lines(find({text, "--in", own.path(), "--count"}).output);
-    };
-    EXPECT_EQ(in(word), Texts{"1"});
-    EXPECT_EQ(in(std::string("nothing ") + word), Texts{"0"});
     own.file("text", std::string("before ") + word + " after");
-    EXPECT_EQ(in(word), Texts{"2"});
+    own.file("other", "other");
+    EXPECT_EQ(find({word, "--in", own.path(), "--count"}).output, "2\n");
   }
 }
 

@@ -24,7 +24,7 @@ class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsign
 
   ~UpdatesModel() override { standin::setWalkLimits({}); }
 
-  void followRandomOperations();
+  void followRandomOperations(int count);
 
   void follow(const Notice& notice) {
     for (const std::string& path : notice.removed) EXPECT_EQ(told.erase(path), 1u) << path;
@@ -52,7 +52,7 @@ class UpdatesModel : public QueryTest, public testing::WithParamInterface<unsign
   std::set<std::string> told;
 };
 
-void UpdatesModel::followRandomOperations() {
+void UpdatesModel::followRandomOperations(int count) {
   RandomOperations operations(scratch, GetParam());
   for (int i = 0; i < 30; ++i) operations.doOne();
   const auto query = makeQuery(kText, {}, {"kMDItemFSSize"});
@@ -61,7 +61,7 @@ void UpdatesModel::followRandomOperations() {
   gather(query, kMDQueryWantsUpdates);
   for (CFIndex i = 0; i < MDQueryGetResultCount(query.get()); ++i) told.insert(pathOf(resultAt(query, i)));
   listener.reaction = [this](const Notice& notice) { follow(notice); };
-  for (int i = 0; i < 1000 && !HasFailure(); ++i) {
+  for (int i = 0; i < count && !HasFailure(); ++i) {
     SCOPED_TRACE(i);
     operations.doOne();
     if (operations.upTo(100) == 0) standin::forceRescan();
@@ -74,7 +74,7 @@ void UpdatesModel::followRandomOperations() {
 }
 
 TEST_P(UpdatesModel, HasTheResultsOfANewQueryAfterAThousandRandomOperations) {
-  followRandomOperations();
+  followRandomOperations(1000);
 }
 
 TEST_P(UpdatesModel, HasThemAlsoWhereSomethingIsLeftOut) {
@@ -84,7 +84,7 @@ TEST_P(UpdatesModel, HasThemAlsoWhereSomethingIsLeftOut) {
   limits.oneFileSystem = true;
   standin::setWalkLimits(limits);
   standin::setIndexedFolders({scratch.at("in/b"), scratch.at("in"), scratch.at("in/a/c/e")});
-  followRandomOperations();
+  followRandomOperations(400);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, UpdatesModel, testing::Range(1u, isLongTier() ? 61u : 7u));
