@@ -108,7 +108,7 @@ class Find {
 
   int runValues() {
     Rows rows = countValues();
-    if (isFileName(options_.valuesOf) && std::any_of(rows.begin(), rows.end(), mayBeInexact))
+    if (isFileName(options_.valuesOf) && std::any_of(rows.begin(), rows.end(), hasPercent))
       rows = countNames();
     std::sort(rows.begin(), rows.end(), [](const auto& left, const auto& right) {
       const auto leftCount = std::stoul(left[0].text), rightCount = std::stoul(right[0].text);
@@ -134,7 +134,7 @@ class Find {
     return rows;
   }
 
-  static bool mayBeInexact(const Row& row) { return row[1].text.find('%') != std::string::npos; }
+  static bool hasPercent(const Row& row) { return row[1].text.find('%') != std::string::npos; }
 
   // Names that are told alike may be different ones.
   Rows countNames() {
@@ -182,6 +182,8 @@ class Find {
     if (isReadAlong_) progress.mute();
     const std::vector<host::Value> names(keys.begin(), keys.end());  // made once, not for each result
     std::vector<host::Value> values(keys.size());
+    std::vector<bool> isName(keys.size());
+    std::transform(keys.begin(), keys.end(), isName.begin(), isFileName);
     for (; listed_ < end; ++listed_) {
       if (interrupts_.signal() != 0) throw Interrupted();
       const host::Value item = host::call(query_, "ResultAtIndex", static_cast<int32_t>(listed_));
@@ -190,7 +192,7 @@ class Find {
                      [&](const host::Value& name) { return host::call(item, "GetAttribute", name); });
       checkExceptions();
       for (size_t i = 0; i < keys.size(); ++i) {
-        if (isFileName(keys[i])) values[i] = exactName(item, keys[i], std::move(values[i]));
+        if (isName[i] && mayBeInexact(values[i])) values[i] = exactName(item, keys[i], values[i]);
       }
       listing.add(values, colors_ ? colors_->colorOf(pathOf(item)) : std::string());
       if (isSorted()) progress.show(static_cast<size_t>(listed_), "results read");

@@ -21,9 +21,12 @@ bool isFileName(const std::string& key) {
   return key == kPath || key == "kMDItemFSName" || key == "kMDItemDisplayName";
 }
 
-host::Value exactName(const host::Value& item, const std::string& key, host::Value told) {
-  // Nearly no name has a percent sign, and without one what is told is exact.
-  if (told.isNil() || told.bytes().find('%') == std::string::npos) return told;
+bool mayBeInexact(const host::Value& told) {
+  return !told.isNil() && told.bytes().find('%') != std::string::npos;
+}
+
+host::Value exactName(const host::Value& item, const std::string& key, const host::Value& told) {
+  if (!mayBeInexact(told)) return told;
   const std::string path = pathOf(item);
   return key == kPath ? path : path.substr(path.rfind('/') + 1);
 }

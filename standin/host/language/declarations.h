@@ -91,7 +91,8 @@ std::string lower(std::string_view text);
 // Below 0, 0 or above it, as by std::memcmp, whatever the letters' case.
 int compareLetters(const char* one, const char* other, size_t length);
 inline bool sameName(std::string_view one, std::string_view other) {
-  return one.size() == other.size() && compareLetters(one.data(), other.data(), one.size()) == 0;
+  return one == other ||
+         (one.size() == other.size() && compareLetters(one.data(), other.data(), one.size()) == 0);
 }
 // Same name, parameter types and result, so that a call of one is a call of the other.
 bool sameSignature(const Declaration& one, const Declaration& other);
