@@ -81,12 +81,16 @@ remove_copied() {
   rm -rf "build/$1"
 }
 
-# configure PRESET: quiet unless it fails.
+# configure NAME [ARGUMENT...]: build/NAME, with the preset of that name, or with those arguments of cmake. Quiet unless it
+# fails.
 configure() {
-  check_writable "$1"
-  remove_copied "$1"
-  [ -f "build/$1/build.ninja" ] && return 0
-  echo "$0: configuring build/$1" >&2
+  name=$1
+  shift
+  [ $# -gt 0 ] || set -- --preset "$name"
+  check_writable "$name"
+  remove_copied "$name"
+  [ -f "build/$name/build.ninja" ] && return 0
+  echo "$0: configuring build/$name" >&2
   mkdir -p build
-  logged "configure-$1" "configuring build/$1" cmake --preset "$1"
+  logged "configure-$name" "configuring build/$name" cmake "$@"
 }

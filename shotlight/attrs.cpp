@@ -111,16 +111,14 @@ int showAll(const AttrsOptions& options) {
     try {
       const host::Value item = itemOf(file, interrupts);
       if (interrupts.signal() != 0) break;
-      forgetUnseen();  // what lies beside the file
       printer.show(itemPath(file), attributesOf(item, options.keys));
-      tellUnseen();
     } catch (const FileError& error) {
       reportError(error);
       status = kError;
-      forgetUnseen();
     }
   }
   printer.finish();
+  tellUnseen();
   if (interrupts.signal() == 0) return status;
   interrupts.tell();
   return kInterrupted + interrupts.signal();

@@ -27,7 +27,6 @@
 #include "shotlight/table.h"
 #include "shotlight/text.h"
 #include "shotlight/values.h"
-#include "standin/gate/shown_text.h"
 
 namespace shotlight {
 namespace {
@@ -213,7 +212,7 @@ class Find {
   static void printFact(std::string name, const std::string& value) {
     constexpr size_t kWidth = 9;
     name.resize(kWidth, ' ');
-    print(name + standin::shownText(value) + '\n');
+    print(name + printable(value) + '\n');
   }
 
   static void printRows(const std::vector<Column>& columns, Rows rows) {

@@ -75,11 +75,6 @@ void setLayout(FindOptions& options, Layout layout) {
   options.layout = layout;
 }
 
-// As the words of a query are separated.
-bool isBlank(const std::string& query) {
-  return query.find_first_not_of(" \t\n\v\f\r") == std::string::npos;
-}
-
 std::string queryOf(const std::string& text) {
   checkBytes(text);
   return isComparison(text) ? text : queryForWords(text);
@@ -93,8 +88,22 @@ std::string queryOf(const Arguments& operands) {
                      "' is one argument too many; put the whole query in one pair of quotes");
   std::string text;
   for (const std::string& operand : operands) text += (text.empty() ? "" : " ") + operand;
-  if (isBlank(text)) throw UsageError(std::string("the query is empty; write one, ") + kExampleOrWords);
-  return queryOf(text);
+  std::string query = queryOf(text);
+  if (query.empty()) throw UsageError(std::string("the query is empty; write one, ") + kExampleOrWords);
+  return query;
+}
+
+// Paths of what is found have no part that is "..", and each has one that names it.
+bool mayMatch(const std::string& glob) {
+  bool names = false;
+  for (size_t start = 0; start < glob.size();) {
+    const size_t end = std::min(glob.find('/', start), glob.size());
+    const std::string part = glob.substr(start, end - start);
+    if (part == "..") return false;
+    names = names || (!part.empty() && part != ".");
+    start = end + 1;
+  }
+  return names;
 }
 
 std::vector<Option> optionsInto(FindOptions& options) {
@@ -111,6 +120,9 @@ std::vector<Option> optionsInto(FindOptions& options) {
       {"--exclude",
        [&options](const std::string& value) {
          if (value.empty()) throw UsageError("--exclude '': the pattern is empty; write one, such as '*.o'");
+         if (!mayMatch(value))
+           throw UsageError("--exclude '" + value +
+                            "': nothing has such a path; write one, such as 'build/*.o'");
          options.limits.excluded.push_back(value);
        }},
       {"--depth",
@@ -121,9 +133,9 @@ std::vector<Option> optionsInto(FindOptions& options) {
       {"--no-hidden", [&options](const std::string&) { options.limits.hidden = false; }, false},
       {"--within",
        [&options](const std::string& value) {
-         if (isBlank(value))
-           throw UsageError(std::string("--within: the query is empty; write one, ") + kExample);
          options.within = queryOf(value);
+         if (options.within.empty())
+           throw UsageError(std::string("--within: the query is empty; write one, ") + kExample);
        }},
       keysOption("--show", options.keys),
       {"--sort", [&options](const std::string& value) { append(options.sorting, parseSorting(value)); }},

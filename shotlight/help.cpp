@@ -33,8 +33,8 @@ examples:
 
 Results go to standard output; counts, times, progress and errors to standard
 error. The exit status is 0 when something was found, 1 when nothing was, 2
-after an error, 3 when something could not be read, found or not, and 130 or
-143 when find was interrupted before its end.
+after an error, 3 when something could not be read, found or not, and 129, 130
+or 143 when find or attrs was interrupted before its end.
 )";
 
 const char findHelp[] =
@@ -123,8 +123,10 @@ examples:
 Results are an aligned table on a terminal, cut to its width, with an ellipsis
 where something is missing; otherwise they are one line each, with tabs between
 the columns, whole. In both, a text with tabs, newlines or other control
-characters in it is printed as $'a\tb\033', which shells take for the text; on a
-terminal, so is one that is no UTF-8, which programs are given as it is. Several
+characters in it (or $' at its start, or what turns the direction of writing) is
+printed as $'a\tb\033', which shells take for the text; on a terminal, so is one
+that is no UTF-8 or has a space at an end. Programs are given the bytes of those
+as they are, but for bytes from \200 to \237, which terminals obey. Several
 values of one attribute are joined by commas; one of them that has a comma or a
 quote stands in double quotes, with those in it doubled. Dates are in GMT.
 Unless they are to be sorted, results are printed as they are found; a table
@@ -134,9 +136,9 @@ In JSON, lists are arrays, dates strings like "2011-03-05T06:42:10Z", bytes
 strings of hexadecimal digits, and what is not there is null.
 
 The exit status is 0 when there are results, 1 when there are none, 2 after an
-error, and 130 or 143 when the search was interrupted before its end. It is 3
-when results may be missing: a folder can't be read, or what the query asks of a
-file can't, or its text is longer than what is searched. Standard error names
+error, and 129, 130 or 143 when the search was interrupted before its end. It is
+3 when results may be missing: a folder can't be read, or what the query asks of
+a file can't, or its text is longer than what is searched. Standard error names
 the first five of each and counts the others; the results that are there stand.
 )";
 
@@ -168,7 +170,8 @@ hexadecimal digits, and what is not there, or is no number, is null.
 
 A file that can't be shown is named on standard error, the others are shown, and
 the exit status is 2. One that can't be read is shown as far as it is known, and
-named, and the exit status is 3. Otherwise it is 0.
+the exit status is 3; the first five of them are named at the end, the others
+counted. Otherwise it is 0, or 129, 130 or 143 when attrs was interrupted.
 )";
 
 const char schemaHelp[] =

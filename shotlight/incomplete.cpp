@@ -16,9 +16,9 @@ std::string countText(size_t count, bool isMore, const std::string& what) {
   return std::to_string(count) + (isMore ? " more " : " ") + what + (count == 1 ? "" : "s");
 }
 
-void complainOfMore(const standin::UnseenPlaces& places, const std::string& what) {
+void complainOfMore(const standin::UnseenPlaces& places, const std::string& what, const std::string& why) {
   const size_t more = places.count - places.first.size();
-  if (more > 0) complain(countText(more, true, what) + " can't be read; what is in them is not searched");
+  if (more > 0) complain(countText(more, true, what) + ' ' + why);
 }
 
 }  // namespace
@@ -27,16 +27,12 @@ void tellUnseen() {
   const standin::Unseen unseen = standin::takeUnseen();
   for (const auto& [path, why] : unseen.folders.first)
     complain(path + ": this folder can't be read: " + why + "; what is in it is not searched");
-  complainOfMore(unseen.folders, "folder");
+  complainOfMore(unseen.folders, "folder", "can't be read");
   for (const auto& [path, why] : unseen.files.first) complain(path + ": " + why);
-  complainOfMore(unseen.files, "file");
+  complainOfMore(unseen.files, "file", "can't be read, or not in full");
   if (unseen.filesWithoutReader > 0)
     complain(countText(unseen.filesWithoutReader, false, "file") + " can't be read, as a reader is missing");
   if (!unseen.empty()) noteMissing();
-}
-
-void forgetUnseen() {
-  standin::takeUnseen();
 }
 
 void noteMissing() {

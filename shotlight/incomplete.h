@@ -7,9 +7,6 @@ namespace shotlight {
 // name, the rest by their number.
 void tellUnseen();
 
-// Forgets what was met since the last call.
-void forgetUnseen();
-
 // Something is missing, and it has been said.
 void noteMissing();
 

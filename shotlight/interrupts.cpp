@@ -24,7 +24,7 @@ constexpr suseconds_t kGrace = 999'999;  // microseconds; everything takes longe
 constexpr suseconds_t kGrace = 250'000;
 #endif
 
-constexpr int kSignals[] = {SIGINT, SIGTERM};
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 // What the handlers of signals share with the rest: nothing else may be touched there, and nothing be called
 // that takes memory or a lock.

@@ -8,7 +8,7 @@
 
 namespace shotlight {
 
-// While one is alive, SIGINT and SIGTERM don't end the program at once: they stop the run of this thread's
+// While one is alive, SIGINT, SIGTERM and SIGHUP don't end the program at once: they stop the run of this thread's
 // run loop and are remembered, so that the command can end in order. Where that takes longer than a moment,
 // be it in a call that nothing interrupts, and for a second signal, the program ends all the same, also after
 // this object is gone. A signal that the program was started to ignore stays ignored.
@@ -51,7 +51,7 @@ class Interrupts {
     Handlers& operator=(const Handlers&) = delete;
 
    private:
-    struct sigaction before_[2];
+    struct sigaction before_[3];
     sigset_t maskBefore_;
   };
 

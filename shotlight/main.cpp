@@ -62,7 +62,7 @@ int run(const Arguments& arguments) {
 }  // namespace
 
 int main(int count, char** words) {
-  keepStandardStreamsApart();
+  prepareOutput();
   std::setlocale(LC_CTYPE, "C.UTF-8");  // a character of a name or a pattern is one of UTF-8
   try {
     return run({words + 1, words + count});

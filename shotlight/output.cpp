@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -25,7 +26,8 @@ namespace {
 
 }  // namespace
 
-void keepStandardStreamsApart() {
+void prepareOutput() {
+  ::signal(SIGXFSZ, SIG_IGN);
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     // A new descriptor gets the lowest free number.
     if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);

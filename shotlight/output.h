@@ -7,9 +7,10 @@
 
 namespace shotlight {
 
-// Takes the places of standard streams that are closed, so that no file opened later gets their numbers and
-// what is printed. Writing to such a stream is still an error.
-void keepStandardStreamsApart();
+// Before anything else. Takes the places of standard streams that are closed, so that no file opened later
+// gets their numbers and what is printed; writing to such a stream is still an error. So is writing more to a
+// file than the limit of this process allows, which would end it otherwise.
+void prepareOutput();
 
 // Whether another program reads what is printed, as it is printed.
 bool outputIsPipe();
@@ -24,7 +25,8 @@ std::optional<size_t> outputWidth();
 void print(const std::string& text);
 void finishOutput();
 
-// All that goes to standard error, but for the line of progress: one line, of which nothing reaches the
+// All that goes to standard error, but for the line of progress and what is said when a signal or the lack of
+// memory leaves time for nothing else, neither of which has a text from outside in it: one line, of which nothing reaches the
 // terminal that it would obey (standin::shownText), whatever it was put together of.
 void printNote(const std::string& line);
 // The same after the program's name.

@@ -31,12 +31,12 @@ std::vector<size_t> widthsOf(const std::vector<Column>& columns, const std::vect
   if (!room) return widths;
   size_t taken = std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1));
   for (; taken > *room; --taken) {
-    size_t* widest = nullptr;
+    size_t* first = nullptr;
     for (size_t i = 0; i < widths.size(); ++i) {
-      if (widths[i] > least[i] && (!widest || widths[i] > *widest)) widest = &widths[i];
+      if (widths[i] > least[i] && (!first || widths[i] > *first)) first = &widths[i];
     }
-    if (!widest) break;
-    --*widest;
+    if (!first) break;
+    --*first;
   }
   return widths;
 }

@@ -1,7 +1,11 @@
 #include "shotlight/words.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
-#include <sstream>
+#include <vector>
+
+#include "standin/gate/shown_text.h"
 
 namespace shotlight {
 namespace {
@@ -29,6 +33,21 @@ std::string escaped(const std::string& text, char kept = '\0') {
   return result;
 }
 
+// What stands between blanks of any kind: the Japanese one is another than that of the Latin alphabet.
+std::vector<std::string> wordsIn(const std::string& text) {
+  std::vector<std::string> words;
+  bool isNew = true;
+  for (size_t i = 0; i < text.size();) {
+    const standin::Character character = standin::characterAt(text, i);
+    const bool isBlank = character.valid && u_isUWhiteSpace(static_cast<UChar32>(character.code));
+    if (isNew && !isBlank) words.emplace_back();
+    if (!isBlank) words.back() += text.substr(i, character.length);
+    isNew = isBlank;
+    i += character.length;
+  }
+  return words;
+}
+
 std::string conditionFor(const std::string& word) {
   const std::string name = "kMDItemDisplayName == ";
   if (word.find(kAnyRun) != std::string::npos) return name + '"' + escaped(word, kAnyRun) + "\"cd";
@@ -44,8 +63,7 @@ bool isComparison(const std::string& text) {
 
 std::string queryForWords(const std::string& text) {
   std::string query;
-  std::istringstream words(text);
-  for (std::string word; words >> word;) query += (query.empty() ? "" : " && ") + conditionFor(word);
+  for (const std::string& word : wordsIn(text)) query += (query.empty() ? "" : " && ") + conditionFor(word);
   return query;
 }
 

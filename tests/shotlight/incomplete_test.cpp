@@ -103,9 +103,7 @@ TEST_F(Incomplete, AreTheOthersOfBadFilesNever) {
     for (int i = 10; i < 10 + bad; ++i) names.push_back("20 bad " + std::to_string(i) + ".jpg");
     Texts expected;
     for (int i = 0; i < std::min(bad, 5); ++i) expected.push_back(complaintOf(names[static_cast<size_t>(i)]));
-    if (bad > 5)
-      expected.push_back(std::to_string(bad - 5) +
-                         " more files can't be read; what is in them is not searched");
+    if (bad > 5) expected.push_back(std::to_string(bad - 5) + " more files can't be read, or not in full");
     for (int round = 0; round < 2; ++round) {
       const Result result = findNarrow();
       EXPECT_EQ(result.status, 3) << result;
@@ -125,7 +123,7 @@ TEST_F(Incomplete, AreSearchesOfFoldersThatMayNotBeRead) {
   Texts expected;
   for (const char* const name : {"a", "b", "c", "d", "e"})
     expected.push_back(tree() + '/' + name + ": this folder can't be read: Permission denied" + kNotSearched);
-  expected.emplace_back("1 more folder can't be read; what is in them is not searched");
+  expected.emplace_back("1 more folder can't be read");
   for (const std::vector<std::string>& how :
        std::vector<std::vector<std::string>>{{},
                                              {"--count"},
@@ -140,6 +138,19 @@ TEST_F(Incomplete, AreSearchesOfFoldersThatMayNotBeRead) {
     EXPECT_EQ(result.status, 3) << result;
     EXPECT_EQ(complaints(result), expected) << result;
     EXPECT_NE(result.output, "");
+  }
+}
+
+TEST_F(Incomplete, AreCountsOfWhatIsInFoldersThatMayNotBeRead) {
+  lock(scratch.folder("tree/a"));
+  const Texts expected = {tree() + "/a: this folder can't be read: Permission denied" + kNotSearched};
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {"find", "!(kMDItemFSNodeCount > 0)", "--depth", "1"},
+           {"find", "kMDItemFSName == a", "--depth", "1", "--values", "kMDItemFSNodeCount"},
+           {"attrs", "a", "--keys", "kMDItemFSNodeCount"}}) {
+    const Result result = runHere(arguments);
+    EXPECT_EQ(result.status, 3) << result;
+    EXPECT_EQ(complaints(result), expected) << result;
   }
 }
 

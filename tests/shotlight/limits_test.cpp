@@ -148,6 +148,9 @@ TEST_F(Limits, HoldForWhatComesLater) {
 
 TEST_F(Limits, AreChecked) {
   expectError(findWith({"--exclude", ""}), "--exclude '': the pattern is empty; write one, such as '*.o'");
+  for (const std::string pattern : {"/", "./", "..", "a/../b"})
+    expectError(findWith({"--exclude", pattern}),
+                "--exclude '" + pattern + "': nothing has such a path; write one, such as 'build/*.o'");
   for (const std::string depth : {"0", "-1", "x", ""}) {
     expectError(findWith({"--depth", depth}),
                 "--depth '" + depth + "': a whole number from 1 to 2147483647 is needed");

@@ -97,6 +97,12 @@ TEST(DoubtfulQuery, IsRunAndWarnedOf) {
        {"no file has kMDItemNonsense; shotlight keys lists the keys"}},
       {"kMDItemFSSize == '1k\t'",
        {"kMDItemFSSize == '1k\\t': kMDItemFSSize is a number, which this isn't; write one, such as 1000"}},
+      {"kMDItemFSSize == $time.today",
+       {"kMDItemFSSize == $time.today: kMDItemFSSize is a number, which this isn't; write one, such as "
+        "1000"}},
+      {"kMDItemFSInvisible == 5",
+       {"kMDItemFSInvisible == 5: kMDItemFSInvisible is true or false; write == true or == false"}},
+      {"kMDItemFSInvisible == 1", {}},
       {"kMDItemFSContentChangeDate == yesterday",
        {"kMDItemFSContentChangeDate == yesterday: kMDItemFSContentChangeDate is a date, which this isn't; "
         "write one, "

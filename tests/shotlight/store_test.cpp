@@ -56,6 +56,20 @@ class Store : public testing::Test {
   std::string database = folder + "/content.sqlite";
 };
 
+// The system would end a process that writes more than it may.
+TEST_F(Store, CostsNoResultWhereFilesMayNotGrow) {
+  for (const int blocks : {0, 8}) {
+    Launch what{.arguments = {"-c", "ulimit -f " + std::to_string(blocks) + "; exec \"$@\"", "sh",
+                              files.program, "find", kPhotos, "--count", "--in", exampleLibrary()},
+                .program = "/bin/sh",
+                .environment = {"XDG_CACHE_HOME=" + cache}};
+    const Result result = run(what);
+    EXPECT_EQ(result.status, 0) << result;
+    EXPECT_EQ(result.output, findPhotos({"--count", "--no-store"}).output);
+    EXPECT_EQ(lines(result.errors).size(), 2u) << result;
+  }
+}
+
 TEST_F(Store, IsTold) {
   EXPECT_EQ(told("store"), database + " (nothing is kept yet)");
   EXPECT_EQ(told("size"), "0.0 MB, at the most 1000.0 MB");

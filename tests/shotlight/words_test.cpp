@@ -36,6 +36,7 @@ TEST_F(Words, AreLookedForInNamesAndText) {
   EXPECT_EQ(found({"harbour", "dawn"}), expected);
   EXPECT_EQ(found({"harbour dawn"}), expected);
   EXPECT_EQ(found({"  dawn\t", "", "h\u00E1rb\u00D6ur\n"}), expected);
+  EXPECT_EQ(found({"dawn\u3000harbour\u00A0"}), expected);  // blanks of other keyboards
   EXPECT_EQ(found({"dusk"}), Texts{"harbour.txt"});
 }
 

@@ -107,7 +107,10 @@ FileContent* FileRecord::content() {
 
 std::optional<Value> FileRecord::nodeCount() {
   const int fd = ::openat(folder_, pathFromFolder_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (fd < 0) return {};
+  if (fd < 0) {
+    if (!meansGone(errno)) noteUnseenFolder(path(), errno);
+    return {};
+  }
   DIR* const folder = ::fdopendir(fd);
   if (!folder) {
     ::close(fd);

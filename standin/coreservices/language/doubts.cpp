@@ -9,12 +9,13 @@ bool isOrder(Operator op) {
   return op != Operator::Equal && op != Operator::NotEqual;
 }
 
-bool isNumber(const Literal& literal) {
-  return literal.number || literal.relativeTime;
+bool isTime(const Literal& literal) {
+  return literal.period || literal.relativeTime;
 }
 
 bool isTruth(const Literal& literal) {
-  return literal.truth || literal.number;
+  const auto isFlag = [](auto number) { return number == 0 || number == 1; };
+  return literal.truth || (literal.number && std::visit(isFlag, *literal.number));
 }
 
 // Empty where there is none. Values of other types than these, no file has.
@@ -24,11 +25,11 @@ std::string reasonAgainst(const Comparison& comparison) {
   if (!isOrdered && value.text.matchesEverything()) return {};
   switch (infoOf(comparison.key.file).type) {
     case ValueType::Number:
-      if (isNumber(value)) return {};
+      if (value.number && !isTime(value)) return {};
       return "is a number, which this isn't; write one, such as 1000";
     case ValueType::Date:
     case ValueType::Dates:
-      if (isNumber(value)) return {};
+      if (value.number || isTime(value)) return {};
       return "is a date, which this isn't; write one, such as $time.today or 2011-03-05";
     case ValueType::Boolean:
       if (isTruth(value) && !isOrdered) return {};

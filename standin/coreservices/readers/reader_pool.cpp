@@ -81,11 +81,12 @@ void ReaderPool::forgetOthersProcesses() {
   readers_.clear();
 }
 
-// False when the process is gone.
+// False when it can't be asked any more, and has nothing left to answer. (Where it has, its answers may still
+// be on their way, although it has ended since.)
 bool ReaderPool::askMore(Reader& reader) {
   if (!reader.ready) return true;
   while (!questions_.empty() && reader.asked.size() < kAskedAhead) {
-    if (!reader.process->send(questions_.front().text + '\0')) return false;
+    if (!reader.process->send(questions_.front().text + '\0')) return !reader.asked.empty();
     if (reader.asked.empty()) reader.deadline = Clock::now() + options_.timeToAnswer;
     reader.asked.splice(reader.asked.end(), questions_, questions_.begin());
     ++asked_;
