@@ -41,8 +41,8 @@ struct QueryError {
 // Why MDQueryCreate would answer null; nothing for a query string that it takes.
 STANDIN_API std::optional<QueryError> checkQuery(std::u16string_view queryString);
 
-// What is probably a mistake in a query string that is well formed: a comparison that no file can satisfy, so
-// that the query finds less than was meant, or with != or ! everything.
+// What is probably a mistake in a query string that is well formed: a comparison with a key that no file has,
+// or with a value of another type, so that the query finds less than was meant, or with != or ! everything.
 struct QueryDoubt {
   size_t position, length;  // of the comparison in the query string, in UTF-16 units
   std::string key;
