@@ -7,6 +7,7 @@
 
 #include "shotlight/doubts.h"
 #include "shotlight/errors.h"
+#include "shotlight/text.h"
 #include "shotlight/words.h"
 
 namespace shotlight {
@@ -123,6 +124,7 @@ std::vector<Option> optionsInto(FindOptions& options) {
          if (!mayMatch(value))
            throw UsageError("--exclude '" + value +
                             "': nothing has such a path; write one, such as 'build/*.o'");
+         knowCharacters();  // of which `?` stands for one
          options.limits.excluded.push_back(value);
        }},
       {"--depth",

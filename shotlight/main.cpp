@@ -1,4 +1,3 @@
-#include <clocale>
 #include <exception>
 #include <new>
 
@@ -63,7 +62,6 @@ int run(const Arguments& arguments) {
 
 int main(int count, char** words) {
   prepareOutput();
-  std::setlocale(LC_CTYPE, "C.UTF-8");  // a character of a name or a pattern is one of UTF-8
   try {
     return run({words + 1, words + count});
   } catch (const std::bad_alloc&) {

@@ -33,8 +33,7 @@ size_t endOfPlain(std::string_view text, size_t index) {
 
 // Columns that a character takes. The C library knows them in a locale of UTF-8 only.
 size_t widthOf(const Character& character) {
-  static const char* const locale = std::setlocale(LC_CTYPE, "C.UTF-8");
-  if (!character.valid || !locale) return 1;
+  if (!character.valid || !knowCharacters()) return 1;
   return static_cast<size_t>(std::max(0, wcwidth(static_cast<wchar_t>(character.code))));
 }
 
@@ -114,6 +113,11 @@ std::string escapedWord(std::string_view text) {
 }
 
 }  // namespace
+
+bool knowCharacters() {
+  static const bool known = std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr;
+  return known;
+}
 
 std::optional<std::u16string> utf16(const std::string& utf8) {
   const String text(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(utf8.data()),

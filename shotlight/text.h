@@ -7,6 +7,11 @@
 
 namespace shotlight {
 
+// Has the C library take characters of more than a byte for what they are in UTF-8: as wide as they are, and
+// as one in a pattern. Reading its tables takes a moment that most commands need not spend. False where it
+// can't.
+bool knowCharacters();
+
 // Nothing for text that is not valid UTF-8.
 std::optional<std::u16string> utf16(const std::string& utf8);
 

@@ -329,7 +329,7 @@ std::optional<std::string> ContentDatabase::find(const ContentKey& key, int64_t 
 // Reading all entries one after the other takes a third of the time of finding each of them, and who has
 // sought many mostly seeks the others, too. If not, it costs a few times what the search has cost so far.
 bool ContentDatabase::isTimeToReadAll() {
-  constexpr uint64_t kFewest = 128;
+  constexpr uint64_t kFewest = 16;
   constexpr uint64_t kMost = 50000;  // of less than 1 KB each, and mostly of half of that
   constexpr uint64_t kTimes = 16;
   const uint64_t sought = ++sought_;
