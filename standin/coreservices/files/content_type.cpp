@@ -1,6 +1,7 @@
 #include "standin/coreservices/files/content_type.h"
 
 #include <algorithm>
+#include <optional>
 #include <ranges>
 #include <string>
 #include <unordered_map>
@@ -333,6 +334,16 @@ Text findTextOf(const ContentType& type) {
   return Text::None;
 }
 
+bool isOfFolders(const ContentType& type) {
+  static std::optional<bool> known[std::size(kTypes)];  // found when they are asked for
+  std::optional<bool>& is = known[&type - kTypes];
+  if (!is) {
+    const auto& tree = contentTypeTree(type);
+    is = std::ranges::find(tree, "public.directory") != tree.end();
+  }
+  return *is;
+}
+
 }  // namespace
 
 const ContentType* contentTypeNamed(std::string_view identifier) {
@@ -341,6 +352,7 @@ const ContentType* contentTypeNamed(std::string_view identifier) {
 }
 
 const ContentType* contentTypeOfMime(std::string_view mimeType) {
+  if (mimeType.empty()) return nullptr;  // as that of nearly every file
   static const Index index = indexBy(&ContentType::mimeTypes);
   return find(index, lowerCase(mimeType.substr(0, mimeType.find_first_of("; "))));
 }
@@ -351,9 +363,7 @@ const ContentType* contentTypeOfName(std::string_view name, Node node) {
   if (dot == std::string_view::npos || dot == 0) return nullptr;  // ".profile" has no extension
   const ContentType* const type = find(index, lowerCase(name.substr(dot + 1)));
   if (!type) return nullptr;
-  const auto& tree = contentTypeTree(*type);
-  const bool isOfFolders = std::ranges::find(tree, "public.directory") != tree.end();
-  return isOfFolders == (node == Node::Folder) ? type : nullptr;
+  return isOfFolders(*type) == (node == Node::Folder) ? type : nullptr;
 }
 
 const std::vector<std::string_view>& contentTypeTree(const ContentType& type) {
@@ -367,12 +377,10 @@ const std::vector<std::string_view>& contentTypeTree(const ContentType& type) {
 }
 
 Text textOf(const ContentType& type) {
-  static const std::vector<Text> texts = [] {
-    std::vector<Text> each;
-    for (const ContentType& known : kTypes) each.push_back(findTextOf(known));
-    return each;
-  }();
-  return texts[static_cast<size_t>(&type - kTypes)];
+  static std::optional<Text> texts[std::size(kTypes)];  // found when they are asked for
+  std::optional<Text>& text = texts[&type - kTypes];
+  if (!text) text = findTextOf(type);
+  return *text;
 }
 
 }  // namespace standin::metadata

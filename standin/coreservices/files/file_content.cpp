@@ -65,20 +65,20 @@ std::string firstBytes(const FileLocation& file, int& error) {
   return bytes;
 }
 
-const ContentType* typeOfRegularFile(const FileLocation& file, int& error) {
+// `named` is what the name promises, or null. Sets `error` where it takes a look at the bytes, and they can't
+// be read.
+const ContentType* typeOfRegularFile(const FileLocation& file, const ContentType* named, int& error) {
   int noMatter = 0;  // the name tells as well, and otherwise the bytes can't be read, either
   const std::string mimeType = readExtendedAttribute(file, "user.mime_type", noMatter);
   if (const auto* const type = contentTypeOfMime(mimeType)) return type;
-  if (const auto* const type = contentTypeOfName(file.name, Node::File)) return type;
+  if (named) return named;
   if (const auto* const type = contentTypeOfBytes(firstBytes(file, error))) return type;
   return contentTypeNamed(file.info.stx_mode & S_IXUSR ? "public.unix-executable" : "public.data");
 }
 
-// Null for devices and the like. Sets `error` where it takes a look at the bytes, and they can't be read.
-const ContentType* typeOf(const FileLocation& file, int& error) {
+// Null for devices and the like.
+const ContentType* typeOfOther(const FileLocation& file) {
   switch (file.info.stx_mode & S_IFMT) {
-    case S_IFREG:
-      return typeOfRegularFile(file, error);
     case S_IFDIR: {
       const ContentType* const type = contentTypeOfName(file.name, Node::Folder);
       return type ? type : contentTypeNamed("public.folder");
@@ -107,7 +107,9 @@ bool mayHaveTags(const ContentType* type) {
 }  // namespace
 
 const ContentType* FileContent::type() {
-  if (!type_) type_ = typeOf(file_, typeError_);
+  if (!type_)
+    type_ =
+        S_ISREG(file_.info.stx_mode) ? typeOfRegularFile(file_, namedType(), typeError_) : typeOfOther(file_);
   return *type_;
 }
 
@@ -143,8 +145,13 @@ const ContentBytes& FileContent::bytes(Content content, std::string_view format)
 
 // The type takes a look at the file. What is in the store was put there by its type, and whatever changes
 // that changes the file's state, too; so where the name promises such a type, the store is looked at first.
-const ContentType* FileContent::promisedType() const {
-  return type_ ? *type_ : contentTypeOfName(file_.name, Node::File);
+const ContentType* FileContent::promisedType() {
+  return type_ ? *type_ : namedType();
+}
+
+const ContentType* FileContent::namedType() {
+  if (!namedType_) namedType_ = contentTypeOfName(file_.name, Node::File);
+  return *namedType_;
 }
 
 bool FileContent::isInStore(Content content, std::string_view format) {

@@ -46,12 +46,13 @@ class FileContent {
   void addExtendedAttribute(std::optional<std::string>& kept, const char* name, std::vector<Value>& values);
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);
-  const ContentType* promisedType() const;
+  const ContentType* promisedType();
+  const ContentType* namedType();  // null where the name of a regular file promises none
   bool isInStore(Content content, std::string_view format);
 
   FileLocation file_;
   const Reading reading_;
-  std::optional<const ContentType*> type_;
+  std::optional<const ContentType*> type_, namedType_;
   int typeError_ = 0,
       extendedError_ = 0;  // errno's, where the first bytes or extended attributes can't be read
   std::optional<std::string> origin_, referrer_, comment_;
