@@ -12,7 +12,7 @@ struct FileLocation {
   int folder;                  // open, or AT_FDCWD
   const char* pathFromFolder;  // to the file
   const char* name;
-  std::string_view path;  // absolute
+  std::string_view path;  // absolute, with a zero byte after it
   const struct statx& info;
 };
 

@@ -90,6 +90,7 @@ bool FileRecord::isGone() {
 std::string_view FileRecord::path() {
   if (*pathFromFolder_ == '/') return pathFromFolder_;
   if (path_.empty()) {
+    path_.reserve(folderPath_.size() + 1 + std::strlen(name_));
     path_ = folderPath_;
     if (*name_ && path_.back() != '/') path_ += '/';
     path_ += name_;

@@ -22,22 +22,23 @@ constexpr size_t kLongestExtendedAttribute = 65536;
 
 // The system takes no folder for extended attributes. By its own path a file is found in half the time that
 // it takes by the folder that is open, which is for paths that are too long.
-std::string reachablePath(const FileLocation& file) {
-  if (file.path.size() < PATH_MAX) return std::string(file.path);
+std::string pathThroughFolder(const FileLocation& file) {
   return "/proc/self/fd/" + std::to_string(file.folder) + '/' + file.pathFromFolder;
 }
 
 // Empty when there is none, as on a file system that keeps none. Sets `error` where there may be one.
 std::string readExtendedAttribute(const FileLocation& file, const char* name, int& error) {
   char small[256];
-  const std::string path = reachablePath(file);
-  ssize_t size = ::lgetxattr(path.c_str(), name, small, sizeof small);
+  const bool isLong = file.path.size() >= PATH_MAX;
+  const std::string throughFolder = isLong ? pathThroughFolder(file) : "";
+  const char* const path = isLong ? throughFolder.c_str() : file.path.data();
+  ssize_t size = ::lgetxattr(path, name, small, sizeof small);
   std::string value;
   if (size >= 0) {
     value.assign(small, static_cast<size_t>(size));
   } else if (errno == ERANGE) {
     value.resize(kLongestExtendedAttribute);
-    size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
+    size = ::lgetxattr(path, name, value.data(), value.size());
     value.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
   } else if (errno == EACCES || errno == EIO) {
     error = errno;
