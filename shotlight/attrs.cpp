@@ -50,8 +50,8 @@ Entries attributesOf(const host::Value& item, std::vector<std::string> keys) {
   Entries entries;
   for (const std::string& key : keys) {
     const auto value = all.isNil() ? std::nullopt : host::lookUp(all, key);
-    entries.emplace_back(key, value.value_or(host::Value()));
-    if (isFileName(key)) entries.back().second = exactName(item, key, std::move(entries.back().second));
+    const host::Value told = value.value_or(host::Value());
+    entries.emplace_back(key, isFileName(key) ? exactName(item, key, told) : told);
   }
   return entries;
 }

@@ -8,6 +8,7 @@
 #include "shotlight/output.h"
 #include "shotlight/text.h"
 #include "standin/coreservices/metadata/control.h"
+#include "standin/gate/shown_text.h"
 
 namespace shotlight {
 namespace {
@@ -22,13 +23,11 @@ std::string warningOf(const standin::QueryDoubt& doubt, std::u16string_view quer
 
 // Where the first byte is that is part of no character; the size of the text where there is none.
 size_t endOfValid(const std::string& text) {
-  constexpr size_t kLongest = 4;  // of a character
   size_t at = 0;
   while (at < text.size()) {
-    size_t length = 1;
-    while (length <= kLongest && !utf16(text.substr(at, length))) ++length;
-    if (length > kLongest) return at;
-    at += length;
+    const standin::Character character = standin::characterAt(text, at);
+    if (!character.valid) break;
+    at += character.length;
   }
   return at;
 }
