@@ -8,10 +8,10 @@
 
 namespace shotlight {
 
-// While one is alive, SIGINT, SIGTERM and SIGHUP don't end the program at once: they stop the run of this thread's
-// run loop and are remembered, so that the command can end in order. Where that takes longer than a moment,
-// be it in a call that nothing interrupts, and for a second signal, the program ends all the same, also after
-// this object is gone. A signal that the program was started to ignore stays ignored.
+// While one is alive, SIGINT, SIGTERM and SIGHUP don't end the program at once: they stop the run of this
+// thread's run loop and are remembered, so that the command can end in order. Where that takes longer than a
+// moment, be it in a call that nothing interrupts, and for a second signal, the program ends all the same,
+// also after this object is gone. A signal that the program was started to ignore stays ignored.
 //
 // When nobody reads the pipe any more that is standard output, it ends by SIGPIPE, as it would by printing.
 //
