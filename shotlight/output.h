@@ -26,8 +26,8 @@ void print(const std::string& text);
 void finishOutput();
 
 // All that goes to standard error, but for the line of progress and what is said when a signal or the lack of
-// memory leaves time for nothing else, neither of which has a text from outside in it: one line, of which nothing reaches the
-// terminal that it would obey (standin::shownText), whatever it was put together of.
+// memory leaves time for nothing else, neither of which has a text from outside in it: one line, of which
+// nothing reaches the terminal that it would obey (standin::shownText), whatever it was put together of.
 void printNote(const std::string& line);
 // The same after the program's name.
 void complain(const std::string& line);

@@ -35,8 +35,9 @@ namespace {
 
 using standin::Gate;
 
-// Bundles whose library is loaded, which stay for the life of the process where their owner is gone: a plug-in whose file
-// was closed can't release its own any more. The leak sanitizer looks for them at the very end.
+// Bundles whose library is loaded, which stay for the life of the process where their owner is gone: a
+// plug-in whose file was closed can't release its own any more. The leak sanitizer looks for them at the very
+// end.
 std::set<const BundleState*>& loadedBundles() {
   static auto* const bundles = new std::set<const BundleState*>;
   return *bundles;

@@ -41,13 +41,13 @@ class ReaderPool {
   using Milliseconds = std::chrono::milliseconds;
 
   struct Options {
-    std::string name;                    // for people
-    std::string program;                 // looked up in PATH unless it has a slash
-    std::string package;                 // of Debian, which the program is in; empty for one of ours
+    std::string name;     // for people
+    std::string program;  // looked up in PATH unless it has a slash
+    std::string package;  // of Debian, which the program is in; empty for one of ours
     // Of the program, asked for when it is started.
     std::function<std::vector<std::string>()> arguments = [] { return std::vector<std::string>(); };
-    size_t processes = 1;                // at the most
-    size_t mostMemory = 0;               // bytes of address space of each; 0: no limit of ours
+    size_t processes = 1;   // at the most
+    size_t mostMemory = 0;  // bytes of address space of each; 0: no limit of ours
     Milliseconds timeToStart = std::chrono::seconds(30);
     Milliseconds timeToAnswer = std::chrono::seconds(5);  // for one file
     // Called once where the program can't be used.

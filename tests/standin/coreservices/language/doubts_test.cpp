@@ -43,25 +43,13 @@ TEST(Doubts, AreOfValuesOfOtherTypes) {
 }
 
 TEST(Doubts, AreNoneWhereValuesMayBeFound) {
-  for (const char* const query : {"kMDItemFSSize == 1000",
-                                  "kMDItemFSSize == '1000'",
-                                  "kMDItemFSSize == *",
-                                  "kMDItemFSSize != '*'",
-                                  "InRange(kMDItemFSSize, 1, 2)",
-                                  "kMDItemDueDate == $time.today",
-                                  "kMDItemDueDate == '$time.iso(2011-03-05)'",
-                                  "kMDItemDueDate == 2011-03-05",
-                                  "kMDItemDueDate > 5",
-                                  "kMDItemDownloadedDate == 2011-03-05",
-                                  "kMDItemDueDate == *",
-                                  "kMDItemFSInvisible == true",
-                                  "kMDItemFSInvisible == 'False'",
-                                  "kMDItemFSInvisible != 1",
-                                  "kMDItemFSName == 5",
-                                  "kMDItemFSName != true",
-                                  "kMDItemAuthors == $time.today",
-                                  "* == 5",
-                                  "kMDItemTextContent == 2011"})
+  for (const char* const query :
+       {"kMDItemFSSize == 1000", "kMDItemFSSize == '1000'", "kMDItemFSSize == *", "kMDItemFSSize != '*'",
+        "InRange(kMDItemFSSize, 1, 2)", "kMDItemDueDate == $time.today",
+        "kMDItemDueDate == '$time.iso(2011-03-05)'", "kMDItemDueDate == 2011-03-05", "kMDItemDueDate > 5",
+        "kMDItemDownloadedDate == 2011-03-05", "kMDItemDueDate == *", "kMDItemFSInvisible == true",
+        "kMDItemFSInvisible == 'False'", "kMDItemFSInvisible != 1", "kMDItemFSName == 5",
+        "kMDItemFSName != true", "kMDItemAuthors == $time.today", "* == 5", "kMDItemTextContent == 2011"})
     EXPECT_EQ(doubtsOf(query), Texts{}) << query;
   for (const AttributeInfo& info : schema())
     EXPECT_EQ(doubtsOf(std::string(info.key) + " == *"), Texts{}) << info.key;
