@@ -223,6 +223,10 @@ void ContentDatabase::Close::operator()(sqlite3* connection) const {
   sqlite3_close_v2(connection);
 }
 
+void ContentDatabase::CloseBlob::operator()(sqlite3_blob* blob) const {
+  sqlite3_blob_close(blob);
+}
+
 ContentDatabase::ContentDatabase(const std::string& path, Access access) {
   letSQLiteUseFilesOfAnyDate();
   const bool writes = access == Access::ReadWrite;
@@ -237,7 +241,6 @@ ContentDatabase::ContentDatabase(const std::string& path, Access access) {
   if (writes) prepare();
   pageSize_ = static_cast<uint64_t>(number("PRAGMA page_size"));
   find_ = std::make_unique<Statement>(*this, "SELECT id, used, content FROM entry WHERE id = ?");
-  findApart_ = std::make_unique<Statement>(*this, "SELECT bytes FROM apart WHERE id = ?");
 }
 
 ContentDatabase::~ContentDatabase() = default;
@@ -355,8 +358,31 @@ ContentDatabase::Entry ContentDatabase::entryAt(const Statement& row) {
 
 std::string ContentDatabase::bytesOf(const Entry& entry) {
   if (!Head::read(entry.content).isApart) return std::string(entry.content.substr(sizeof(Head)));
-  const Reset reset(*findApart_);
-  return std::string(findApart_->bind(entry.id).step() ? findApart_->bytes(0) : "");
+  std::string bytes = bytesApart(entry.id);
+  if (!isReading_) apart_.reset();
+  return bytes;
+}
+
+// A blob that stays open finds the next one in half the time that a statement takes.
+std::string ContentDatabase::bytesApart(int64_t id) {
+  std::string bytes;
+  int code = openApart(id);
+  if (code == SQLITE_OK) {
+    bytes.resize(static_cast<size_t>(sqlite3_blob_bytes(apart_.get())));
+    code = sqlite3_blob_read(apart_.get(), bytes.data(), static_cast<int>(bytes.size()), 0);
+  }
+  if (code == SQLITE_OK) return bytes;
+  const std::unique_ptr<sqlite3_blob, CloseBlob> unusable = std::move(apart_);
+  if (code == SQLITE_ERROR) return {};  // there are none
+  fail(code);
+}
+
+int ContentDatabase::openApart(int64_t id) {
+  if (apart_) return sqlite3_blob_reopen(apart_.get(), id);
+  sqlite3_blob* opened = nullptr;
+  const int code = sqlite3_blob_open(connection_.get(), "main", "apart", "bytes", id, 0, &opened);
+  apart_.reset(opened);
+  return code;
 }
 
 bool ContentDatabase::isWhole(const Entry& entry) {
@@ -366,6 +392,7 @@ bool ContentDatabase::isWhole(const Entry& entry) {
 }
 
 void ContentDatabase::endReading() {
+  apart_.reset();
   all_ = {};
   allContents_.release();
   sought_ = 0;

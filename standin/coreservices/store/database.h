@@ -15,6 +15,7 @@
 #include "standin/coreservices/store/file_state.h"
 
 struct sqlite3;
+struct sqlite3_blob;
 
 namespace standin::metadata {
 
@@ -88,13 +89,15 @@ class ContentDatabase {
   class Reset;
   class Transaction;
 
-  void fail(int code) const;
+  [[noreturn]] void fail(int code) const;
   void run(const char* sql);
   bool isTimeToReadAll();
   void readAll();
   void endReading();
   static Entry entryAt(const Statement& row);
   std::string bytesOf(const Entry& entry);
+  std::string bytesApart(int64_t id);
+  int openApart(int64_t id);
   bool isWhole(const Entry& entry);
   int64_t number(const char* sql);
   void prepare();
@@ -107,9 +110,13 @@ class ContentDatabase {
   struct Close {
     void operator()(sqlite3* connection) const;
   };
+  struct CloseBlob {
+    void operator()(sqlite3_blob* blob) const;
+  };
   std::unique_ptr<sqlite3, Close> connection_;
-  std::unique_ptr<Statement> find_, findApart_;
-  std::vector<Entry> all_;  // in their order, where they were read
+  std::unique_ptr<Statement> find_;
+  std::unique_ptr<sqlite3_blob, CloseBlob> apart_;  // open while it is read in a transaction
+  std::vector<Entry> all_;                          // in their order, where they were read
   std::pmr::monotonic_buffer_resource allContents_;
   uint64_t sought_ = 0;  // since the reading began
   uint64_t pageSize_ = 0;
