@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <map>
+
 #include "macho/loader/export_trie.h"
 
 namespace macho {

@@ -1,8 +1,8 @@
 // Finds what an image imports among the symbols of this process.
 #pragma once
 
-#include <map>
 #include <string>
+#include <unordered_map>
 
 #include "macho/loader/file.h"
 #include "macho/loader/fixups.h"
@@ -32,7 +32,7 @@ class Binder {
   const DylibFile& dylib_;
   const uint8_t* base_;
   const LoadOptions& options_;
-  std::map<std::string, void*> found_;
+  std::unordered_map<std::string, void*> found_;
 };
 
 }  // namespace macho
