@@ -16,13 +16,16 @@ endif()
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 # ICU's i386 development package pulls in a second C library's headers that clash with g++-multilib, so
-# the headers come from the machine's own package and the libraries are named by their full file names.
+# the headers come from the machine's own package and the library is named by its full file name.
 find_path(ICU_INCLUDE_DIR unicode/unorm2.h REQUIRED)
 file(GLOB ICU_UC_LIBRARY /usr/lib/i386-linux-gnu/libicuuc.so.[0-9][0-9])
-file(GLOB ICU_I18N_LIBRARY /usr/lib/i386-linux-gnu/libicui18n.so.[0-9][0-9])
-if(NOT ICU_UC_LIBRARY OR NOT ICU_I18N_LIBRARY)
+if(NOT ICU_UC_LIBRARY)
   message(FATAL_ERROR "ICU for i386 is missing: install libicu72:i386 (./test does)")
 endif()
+
+# The system's own folder for i386, which CMake takes for one that the loader would have to be told of: it would be
+# searched, at each start, for what is not in it.
+list(APPEND CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES /usr/lib/i386-linux-gnu)
 
 # SQLite the same way: headers from the machine's own package, the library by its file name.
 find_path(SQLITE_INCLUDE_DIR sqlite3.h REQUIRED)

@@ -1,5 +1,4 @@
 // Comparing strings: by UTF-16 unit, or through ICU where an option asks for more.
-#include <unicode/ucol.h>
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>
 
@@ -8,6 +7,7 @@
 #include <string>
 
 #include "standin/corefoundation/strings/string.h"
+#include "standin/gate/collation.h"
 
 namespace cf {
 namespace {
@@ -133,15 +133,16 @@ UCollator* collatorFor(CFStringCompareFlags options) {
   for (Slot& slot : slots) {
     if (slot.collator && slot.options == key) return slot.collator;
     if (slot.collator) continue;
+    const standin::Collation& icu = standin::collation();
     UErrorCode error = U_ZERO_ERROR;
-    UCollator* const collator = ucol_open("", &error);
+    UCollator* const collator = icu.open("", &error);
     if (U_FAILURE(error)) return nullptr;
-    ucol_setStrength(collator, strengthFor(key));
+    icu.setStrength(collator, strengthFor(key));
     const bool keepsCase = (key & kCFCompareDiacriticInsensitive) && !(key & kCFCompareCaseInsensitive);
-    ucol_setAttribute(collator, UCOL_CASE_LEVEL, keepsCase ? UCOL_ON : UCOL_OFF, &error);
-    ucol_setAttribute(collator, UCOL_NUMERIC_COLLATION, (key & kCFCompareNumerically) ? UCOL_ON : UCOL_OFF,
-                      &error);
-    ucol_setAttribute(collator, UCOL_NORMALIZATION_MODE, UCOL_ON, &error);
+    icu.setAttribute(collator, UCOL_CASE_LEVEL, keepsCase ? UCOL_ON : UCOL_OFF, &error);
+    icu.setAttribute(collator, UCOL_NUMERIC_COLLATION, (key & kCFCompareNumerically) ? UCOL_ON : UCOL_OFF,
+                     &error);
+    icu.setAttribute(collator, UCOL_NORMALIZATION_MODE, UCOL_ON, &error);
     slot = {key, collator};
     return collator;
   }
@@ -153,8 +154,8 @@ CFComparisonResult compareByICU(Text a, Text b, CFStringCompareFlags options) {
   if (collator) {
     const std::u16string x = unitsOf(a);
     const std::u16string y = unitsOf(b);
-    const UCollationResult result = ucol_strcoll(collator, x.data(), static_cast<int32_t>(x.size()), y.data(),
-                                                 static_cast<int32_t>(y.size()));
+    const UCollationResult result = standin::collation().compare(
+        collator, x.data(), static_cast<int32_t>(x.size()), y.data(), static_cast<int32_t>(y.size()));
     return result == UCOL_LESS      ? kCFCompareLessThan
            : result == UCOL_GREATER ? kCFCompareGreaterThan
                                     : kCFCompareEqualTo;

@@ -1,6 +1,5 @@
 #include "standin/coreservices/search/sorting.h"
 
-#include <unicode/ucol.h>
 #include <unicode/uloc.h>
 
 #include <cmath>
@@ -9,6 +8,7 @@
 #include <utility>
 
 #include "standin/coreservices/attributes/text.h"
+#include "standin/gate/collation.h"
 
 namespace standin::metadata {
 
@@ -24,7 +24,7 @@ long double rankOfNumber(long double number) {
 }  // namespace
 
 void Ranker::CloseCollator::operator()(UCollator* collator) const {
-  ucol_close(collator);
+  collation().close(collator);
 }
 
 Ranker::Ranker() {
@@ -32,10 +32,10 @@ Ranker::Ranker() {
   // The C locale would sort by character codes: without a language, the order that all languages start from.
   const char* const locale = uloc_getDefault();
   const bool anyLanguage = std::string_view(locale) == "en_US_POSIX";
-  collator_.reset(ucol_open(anyLanguage ? "" : locale, &error));
+  collator_.reset(collation().open(anyLanguage ? "" : locale, &error));
   if (!collator_) return;
-  ucol_setAttribute(collator_.get(), UCOL_NUMERIC_COLLATION, UCOL_ON, &error);
-  ucol_setAttribute(collator_.get(), UCOL_NORMALIZATION_MODE, UCOL_ON, &error);
+  collation().setAttribute(collator_.get(), UCOL_NUMERIC_COLLATION, UCOL_ON, &error);
+  collation().setAttribute(collator_.get(), UCOL_NORMALIZATION_MODE, UCOL_ON, &error);
 }
 
 Ranker::~Ranker() = default;
@@ -46,12 +46,12 @@ TextRank Ranker::rankOfText(std::u16string_view text) const {
   }
   const auto length = static_cast<int32_t>(text.size());
   uint8_t buffer[256];
-  int32_t size = ucol_getSortKey(collator_.get(), text.data(), length, buffer, sizeof buffer);
+  int32_t size = collation().sortKey(collator_.get(), text.data(), length, buffer, sizeof buffer);
   if (size <= static_cast<int32_t>(sizeof buffer)) {
     return {std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size))};
   }
   std::string bytes(static_cast<size_t>(size), '\0');
-  ucol_getSortKey(collator_.get(), text.data(), length, reinterpret_cast<uint8_t*>(bytes.data()), size);
+  collation().sortKey(collator_.get(), text.data(), length, reinterpret_cast<uint8_t*>(bytes.data()), size);
   return {std::move(bytes)};
 }
 
