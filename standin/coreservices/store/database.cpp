@@ -17,7 +17,7 @@ namespace standin::metadata {
 namespace {
 
 // Of the tables and what is in them. A database of another one is emptied.
-constexpr int64_t kFormat = 3;
+constexpr int64_t kFormat = 4;
 constexpr int kPatience = 1000;  // milliseconds to wait for another process that writes
 constexpr int kMoment = 5;       // milliseconds between two attempts to open
 
@@ -81,21 +81,20 @@ std::string readOnlyUri(const std::string& path) {
   return uri + "?immutable=1";
 }
 
-// Finds what became of bytes on a disk, not what somebody made of them. It is FNV-1a, of words rather than of
-// bytes, in four lanes that a processor works on at once: texts are long. Multiplying carries what a bit
-// changes to higher bits only; turning brings it back to the low ones.
+// Finds what became of bytes on a disk, not what somebody made of them: Fletcher's sums, of words, in four
+// lanes that a processor adds at once, since texts are long. In 64 bits the highest bit of a word counts as
+// others do.
 uint32_t checksum(const ContentKey& key, std::string_view bytes) {
-  constexpr uint32_t kPrime = 16777619;
-  std::array<uint32_t, 4> sums = {2166136261, 2166136262, 2166136263, 2166136264};
-  const auto addBlock = [&sums](const char* data, size_t size) {
+  std::array<uint64_t, 4> sums{}, sumsOfSums{};
+  const auto addBlock = [&](const char* data, size_t size) {
     std::array<uint32_t, 4> words{};
     std::memcpy(words.data(), data, size);
-    for (size_t lane = 0; lane < sums.size(); ++lane) {
-      sums[lane] = std::rotl((sums[lane] ^ words[lane]) * kPrime, 13);
-    }
+    for (size_t lane = 0; lane < words.size(); ++lane) sums[lane] += words[lane];
+    for (size_t lane = 0; lane < words.size(); ++lane) sumsOfSums[lane] += sums[lane];
   };
   const auto add = [&](const char* data, size_t size) {
-    for (; size >= sizeof sums; size -= sizeof sums, data += sizeof sums) addBlock(data, sizeof sums);
+    constexpr size_t kBlock = 4 * sizeof(uint32_t);
+    for (; size >= kBlock; size -= kBlock, data += kBlock) addBlock(data, kBlock);
     if (size > 0) addBlock(data, size);
   };
   const uint64_t numbers[] = {key.file.device,   key.file.inode,   key.file.size,
@@ -103,9 +102,12 @@ uint32_t checksum(const ContentKey& key, std::string_view bytes) {
                               key.version,       bytes.size()};
   add(reinterpret_cast<const char*>(numbers), sizeof numbers);
   add(bytes.data(), bytes.size());
-  uint32_t sum = 0;
-  for (const uint32_t each : sums) sum = (sum ^ each) * kPrime;
-  return sum;
+  constexpr uint64_t kPrime = 1099511628211;
+  uint64_t sum = 0;
+  for (const auto& lanes : {sums, sumsOfSums}) {
+    for (const uint64_t lane : lanes) sum = std::rotl((sum ^ lane) * kPrime, 31);
+  }
+  return static_cast<uint32_t>(sum);
 }
 
 }  // namespace
