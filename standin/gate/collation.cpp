@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "standin/gate/memory.h"
+
 namespace standin {
 
 namespace {
@@ -21,7 +23,9 @@ class CollationLibrary {
 
  private:
   static void* load() {
-    void* const library = dlopen(kLibrary, RTLD_LAZY);  // never closed: collators live as long as the process
+    // It is installed with the one that everything here is linked to: what it may lack is memory. It is never
+    // closed, as collators may live as long as the process.
+    void* const library = takeMemory([] { return dlopen(kLibrary, RTLD_LAZY); });
     if (!library) die("collation", dlerror());
     return library;
   }

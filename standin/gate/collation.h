@@ -19,8 +19,8 @@ struct Collation {
   decltype(&ucol_getSortKey) sortKey;
 };
 
-// Ends the process with a message where the library isn't installed (it comes with the one that everything
-// here is linked to).
+// Without memory for the library the program's new-handler is called; without a handler the process ends with
+// a message.
 STANDIN_API const Collation& collation();
 
 }  // namespace standin

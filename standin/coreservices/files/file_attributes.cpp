@@ -11,6 +11,7 @@
 #include "standin/coreservices/attributes/dates.h"
 #include "standin/coreservices/attributes/schema.h"
 #include "standin/coreservices/disk/unseen.h"
+#include "standin/coreservices/media/media_table.h"
 #include "standin/system/long_paths.h"
 #include "standin/system/paths.h"
 
@@ -98,12 +99,21 @@ std::string_view FileRecord::path() {
   return path_;
 }
 
+const ContentType* FileRecord::namedType() {
+  if (!namedType_) namedType_ = contentTypeOfName(name_, Node::File);
+  return *namedType_;
+}
+
 FileContent* FileRecord::content() {
   if (!content_ && info()) {
-    content_ =
-        std::make_unique<FileContent>(FileLocation{folder_, pathFromFolder_, name_, path(), info_}, reading_);
+    content_ = std::make_unique<FileContent>(FileLocation{folder_, pathFromFolder_, name_, path(), info_},
+                                             namedType(), reading_);
   }
   return content_.get();
+}
+
+bool FileRecord::isRuledOut(Content content) {
+  return state_ == NotAsked && metadata::isRuledOut(content, namedType(), path());
 }
 
 std::optional<Value> FileRecord::nodeCount() {
@@ -189,13 +199,15 @@ std::optional<Value> FileRecord::valueByRecord(FileAttribute attribute) {
 }
 
 bool FileRecord::values(FileAttribute attribute, std::vector<Value>& values) {
+  const bool isDate = attribute == FileAttribute::ContentCreationDate;
+  if (isMediaAttribute(attribute) && !isDate && isRuledOut(Content::Tags)) return true;
   const size_t before = values.size();
   const auto addContent = [&] {
     FileContent* const file = content();
     return file ? file->values(attribute, values) : goesWithoutRecord();
   };
   // The content knows better than the file when it was made: a copy is younger than the picture in it.
-  if (attribute == FileAttribute::ContentCreationDate) {
+  if (isDate) {
     const bool isKnown = addContent();
     if (!isKnown || values.size() > before) return isKnown;
   }
@@ -214,6 +226,7 @@ std::optional<Value> FileRecord::value(FileAttribute attribute) {
 
 bool FileRecord::values(const AttributeKey& key, std::vector<Value>& values) {
   if (key.file == FileAttribute::TextContent) {
+    if (isRuledOut(Content::Text)) return true;
     FileContent* const file = content();
     return file ? file->text(values) : goesWithoutRecord();
   }

@@ -50,7 +50,9 @@ class FileRecord : public AttributeSource {
 
  private:
   const struct statx* info();
+  const ContentType* namedType();
   FileContent* content();
+  bool isRuledOut(Content content);
   bool goesWithoutRecord();
   std::optional<Value> nodeCount();
   std::optional<Value> valueByPath(FileAttribute attribute);
@@ -63,6 +65,7 @@ class FileRecord : public AttributeSource {
   const Reading reading_;
   std::string path_;
   struct statx info_;
+  std::optional<const ContentType*> namedType_;  // what its name promises
   std::unique_ptr<FileContent> content_;
   enum { NotAsked, Known, Gone, Unreachable } state_ = NotAsked;
   int error_ = 0;  // errno's, of what is unreachable

@@ -17,6 +17,8 @@
 namespace standin::metadata {
 namespace {
 
+constexpr char kMimeType[] = "user.mime_type";  // of more weight than the name
+
 // The largest that Linux keeps.
 constexpr size_t kLongestExtendedAttribute = 65536;
 
@@ -70,7 +72,7 @@ std::string firstBytes(const FileLocation& file, int& error) {
 // be read.
 const ContentType* typeOfRegularFile(const FileLocation& file, const ContentType* named, int& error) {
   int noMatter = 0;  // the name tells as well, and otherwise the bytes can't be read, either
-  const std::string mimeType = readExtendedAttribute(file, "user.mime_type", noMatter);
+  const std::string mimeType = readExtendedAttribute(file, kMimeType, noMatter);
   if (const auto* const type = contentTypeOfMime(mimeType)) return type;
   if (named) return named;
   if (const auto* const type = contentTypeOfBytes(firstBytes(file, error))) return type;
@@ -105,12 +107,21 @@ bool mayHaveTags(const ContentType* type) {
   return type && type->metadata == Metadata::Embedded;
 }
 
+bool mayHave(Content content, const ContentType& type) {
+  return content == Content::Tags ? mayHaveTags(&type) : textOf(type) != Text::None;
+}
+
 }  // namespace
+
+bool isRuledOut(Content content, const ContentType* named, std::string_view path) {
+  if (!named || mayHave(content, *named) || path.size() >= PATH_MAX) return false;
+  return ::lgetxattr(path.data(), kMimeType, nullptr, 0) < 0 && (errno == ENODATA || errno == ENOTSUP);
+}
 
 const ContentType* FileContent::type() {
   if (!type_)
     type_ =
-        S_ISREG(file_.info.stx_mode) ? typeOfRegularFile(file_, namedType(), typeError_) : typeOfOther(file_);
+        S_ISREG(file_.info.stx_mode) ? typeOfRegularFile(file_, namedType_, typeError_) : typeOfOther(file_);
   return *type_;
 }
 
@@ -147,12 +158,7 @@ const ContentBytes& FileContent::bytes(Content content, std::string_view format)
 // The type takes a look at the file. What is in the store was put there by its type, and whatever changes
 // that changes the file's state, too; so where the name promises such a type, the store is looked at first.
 const ContentType* FileContent::promisedType() {
-  return type_ ? *type_ : namedType();
-}
-
-const ContentType* FileContent::namedType() {
-  if (!namedType_) namedType_ = contentTypeOfName(file_.name, Node::File);
-  return *namedType_;
+  return type_ ? *type_ : namedType_;
 }
 
 bool FileContent::isInStore(Content content, std::string_view format) {

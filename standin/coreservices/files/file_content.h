@@ -23,10 +23,17 @@ enum class Reading {
   Anyway,  // what can't be read counts as though it weren't there, and is noted as unseen
 };
 
+// Whether there is no such content in a file whose name promises this type, or null: false where there may
+// be. It takes no look at the file's record, which would cost more than all the rest of a search does for a
+// file that isn't found. `path` is absolute, with a zero byte after it.
+bool isRuledOut(Content content, const ContentType* named, std::string_view path);
+
 // Everything is read when it is first asked for, and kept.
 class FileContent {
  public:
-  FileContent(const FileLocation& file, Reading reading) : file_(file), reading_(reading) {}
+  // `named` is the type that the name promises to a regular file, or null.
+  FileContent(const FileLocation& file, const ContentType* named, Reading reading)
+      : file_(file), namedType_(named), reading_(reading) {}
 
   // Appends the attribute's values: none when the file has no such attribute. False when they aren't known:
   // a reader would have to be waited for, or they can't be read.
@@ -47,12 +54,12 @@ class FileContent {
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);
   const ContentType* promisedType();
-  const ContentType* namedType();  // null where the name of a regular file promises none
   bool isInStore(Content content, std::string_view format);
 
   FileLocation file_;
+  const ContentType* const namedType_;
   const Reading reading_;
-  std::optional<const ContentType*> type_, namedType_;
+  std::optional<const ContentType*> type_;
   int typeError_ = 0,
       extendedError_ = 0;  // errno's, where the first bytes or extended attributes can't be read
   std::optional<std::string> origin_, referrer_, comment_;

@@ -180,6 +180,17 @@ TEST_F(ExtendedAttributes, AreSearched) {
   ASSERT_EQ(MDQueryGetResultCount(found.get()), 1);
 }
 
+// What the name promises has no text; what the attribute tells has.
+TEST_F(ExtendedAttributes, TellTextWhereTheNameTellsNone) {
+  path = scratch.file("picture.jpg", "a harbour");
+  for (const CFIndex count : {0, 1}) {
+    if (count) set("user.mime_type", "text/plain");
+    const auto found = makeQuery("kMDItemTextContent == \"harbour\"");
+    ASSERT_TRUE(MDQueryExecute(found.get(), kMDQuerySynchronous));
+    EXPECT_EQ(MDQueryGetResultCount(found.get()), count);
+  }
+}
+
 TEST_F(ItemAttributes, AreNullWhenACallIsMadeToFail) {
   const auto item = make(scratch.file("file"));
   standin::failCall("MDItemCopyAttributes", 1);

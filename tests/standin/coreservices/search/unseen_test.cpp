@@ -187,6 +187,12 @@ TEST_F(Unseeing, CountsFilesThatMayNotBeLookedAt) {
     ASSERT_EQ(told.count, 1u);
     EXPECT_EQ(told.first.begin()->second, "can't be looked at: Permission denied");
   });
+  // Whether a picture may have text after all, by an attribute of the file's own, can't be told, either.
+  ASSERT_EQ(::rename(scratch.at("tree/folder/a.txt").c_str(), scratch.at("tree/folder/a.jpg").c_str()), 0);
+  inCopy([&] {
+    const OrdinaryUser user;
+    EXPECT_EQ(unseenBy(u"kMDItemTextContent == harbour"), Strings{"tree/folder/a.jpg"});
+  });
   ASSERT_EQ(::chmod(scratch.at("tree/folder").c_str(), 0700), 0);
 }
 
