@@ -16,9 +16,11 @@ bool isWanted(MDQueryRef query) {
   return CFGetRetainCount(query) > 1;
 }
 
+// Results that are held back stay so when the caller goes on.
 void gatherNow(MDQueryRef query, const Query& implementation) {
   constexpr double kForever = 1e9;
-  while (implementation.run && implementation.run->isGathering() && isWanted(query)) {
+  const auto gathers = [&run = implementation.run] { return run && run->isGathering() && !run->isHeldUp(); };
+  while (gathers() && isWanted(query)) {
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, kForever, true);
   }
 }
@@ -40,13 +42,15 @@ Boolean MDQueryExecute(MDQueryRef query, CFOptionFlags optionFlags) {
   return true;
 }
 
-// What a query has gathered stays; it gathers nothing any more, and can't be executed any more either.
+// What a query has gathered stays; it gathers nothing any more, and can't be executed any more either. It has
+// no run any more when observers are told of the last results: they may stop it again.
 void MDQueryStop(MDQueryRef query) {
   const Gate gate(__func__);
   Query& implementation = queryOf(__func__, query);
   if (gate.fails()) return;
   implementation.state.stopped = true;
-  implementation.run.reset();
+  const Held held(query);
+  if (implementation.run) stop(std::move(implementation.run));
 }
 
 void MDQueryDisableUpdates(MDQueryRef query) {

@@ -69,7 +69,8 @@ MDItemRef QueryResults::itemAt(size_t index) {
 
 size_t QueryResults::indexOf(const std::string& path) const {
   const ResultStore::File file = store_.find(path);
-  return file == ResultStore::kNoFile ? size() : order_.indexOf(file);
+  if (file == ResultStore::kNoFile || std::ranges::find(unsettled_, file) != unsettled_.end()) return size();
+  return order_.indexOf(file);
 }
 
 CFArrayRef QueryResults::itemsLookedAt(const std::vector<ResultStore::File>& files) const {
@@ -186,16 +187,20 @@ void QueryResults::rankAgain(ResultStore::File file) {
 
 void QueryResults::gathered(ResultStore::File file, FileRecord& record) {
   rank(file, record);
-  if (isSorted()) {
+  if (isSorted() || heldBack_) {
     unsettled_.push_back(file);
   } else {
     order_.append(file);
   }
 }
 
-// Sorts those that are in no order, and merges them with the others.
+// Sorts those that are no results yet, and merges them with the others.
 void QueryResults::settle() {
   if (unsettled_.empty()) return;
+  if (!isSorted()) {
+    for (const ResultStore::File file : std::exchange(unsettled_, {})) order_.append(file);
+    return;
+  }
   std::vector<ResultStore::File> all = order_.files();
   const auto middle = static_cast<ptrdiff_t>(all.size());
   all.insert(all.end(), unsettled_.begin(), unsettled_.end());
@@ -209,11 +214,10 @@ void QueryResults::settle() {
 }
 
 void QueryResults::sortAgain() {
-  const std::vector<ResultStore::File> all = order_.files();
-  unsettled_.insert(unsettled_.begin(), all.begin(), all.end());
+  std::vector<ResultStore::File> noResults = std::exchange(unsettled_, order_.files());
   order_.assign({});
-  if (isSorted()) return settle();
-  order_.assign(std::exchange(unsettled_, {}));
+  settle();
+  unsettled_ = std::move(noResults);
 }
 
 void QueryResults::insert(ResultStore::File file) {

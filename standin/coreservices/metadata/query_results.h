@@ -34,7 +34,7 @@ class QueryResults {
   QueryResults(const QueryResults&) = delete;
   QueryResults& operator=(const QueryResults&) = delete;
 
-  size_t size() const { return order_.size() + unsettled_.size(); }
+  size_t size() const { return order_.size(); }
   // `index` is below size(). An item is made when it is first asked for. Get rule.
   MDItemRef itemAt(size_t index);
   // size() when the file at that path isn't a result.
@@ -56,9 +56,12 @@ class QueryResults {
   // Those that results are sorted by or that values are listed of.
   std::vector<FileAttribute> attributes() const;
 
-  // Gathering: the file was put in the store. Results are in their order once they are settled.
+  // Gathering: the file was put in the store. Where the query is sorted, or results are held back, it is a
+  // result once they are settled.
   ResultStore& store() { return store_; }
   void gathered(ResultStore::File file, FileRecord& record);
+  void holdBack(bool held) { heldBack_ = held; }
+  bool holdsBack() const { return !unsettled_.empty(); }
   void settle();
 
   // Answers what a notification says of the changes, the caller's: those changed and removed that were looked
@@ -89,11 +92,12 @@ class QueryResults {
 
   ResultStore store_;
   ResultOrder order_;
-  std::vector<ResultStore::File> unsettled_;  // of a sorted query that gathers: in no order yet
-  std::vector<MDItemRef> items_;              // by file; null for those that weren't looked at
-  std::vector<SortAttribute> sortable_;       // named at creation
-  std::vector<size_t> sortOrder_;             // which of them, the primary key first
-  std::unique_ptr<Ranker> ranker_;            // where there are sortable attributes
+  std::vector<ResultStore::File> unsettled_;  // gathered, and no results yet
+  bool heldBack_ = false;
+  std::vector<MDItemRef> items_;         // by file; null for those that weren't looked at
+  std::vector<SortAttribute> sortable_;  // named at creation
+  std::vector<size_t> sortOrder_;        // which of them, the primary key first
+  std::unique_ptr<Ranker> ranker_;       // where there are sortable attributes
   Ranks ranks_;
   std::vector<std::unique_ptr<ValueColumn>> columns_;
 };

@@ -78,6 +78,13 @@ double secondsOf(size_t milliseconds) {
 
 }  // namespace
 
+void stop(std::unique_ptr<QueryRun> run) {
+  const MDQueryRef query = run->query();
+  const bool found = run->takeLast();
+  run.reset();
+  if (found) post(query, kMDQueryProgressNotification, nullptr);
+}
+
 QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : query_(query), state_(state) {
   const std::vector<std::string> folders = foldersOf(state.scope, state.outerScopes);
   const std::vector<std::string>& excluded = excludedFolders();
@@ -153,18 +160,30 @@ bool QueryRun::searchOn(size_t maximum, double seconds) {
   return false;
 }
 
-void QueryRun::gatherBatch() {
+void QueryRun::searchBatch() {
   const MDQueryBatchingParams& limits = state_.batches;
   const bool first = std::exchange(firstBatch_, false);
-  const size_t before = state_.results.size();
   const bool more = searchOn(first ? limits.first_max_num : limits.progress_max_num,
                              secondsOf(first ? limits.first_max_ms : limits.progress_max_ms));
-  state_.results.settle();
   const SearchReport report = search_->report();
   lastProgress() = {report.entries, report.waiting, report.walked};
-  if (!more) return finishGathering();
-  CFRunLoopSourceSignal(source_);
+  if (more) return;
+  lastStatistics() = {report.foldersSearched, report.unreadableFolders, report.missingFolders};
+  search_.reset();
+}
+
+// While updates are disabled, results come in and are held back. When gathering is finished is told in a turn
+// of its own: it says nothing about the results.
+void QueryRun::gatherBatch() {
+  const bool disabled = state_.updatesDisabled > 0;
+  const size_t before = state_.results.size();
+  state_.results.holdBack(disabled);
+  if (search_) searchBatch();
+  if (!disabled) state_.results.settle();
   const bool found = state_.results.size() > before;
+  if (isHeldUp()) return;
+  if (!search_ && !found) return finishGathering();
+  CFRunLoopSourceSignal(source_);
   const ResultChanges changes = lookAtKnown();
   if (changes.size() > 0) {
     postAndRelease(query_, kMDQueryProgressNotification, state_.results.update(changes));
@@ -174,9 +193,7 @@ void QueryRun::gatherBatch() {
 }
 
 void QueryRun::finishGathering() {
-  const SearchReport report = search_->report();
-  lastStatistics() = {report.foldersSearched, report.unreadableFolders, report.missingFolders};
-  search_.reset();
+  gathering_ = false;
   state_.gathered = true;
   touchedWhileGathering_ = {};
   if (descriptor_) {
@@ -185,6 +202,14 @@ void QueryRun::finishGathering() {
     CFRunLoopSourceInvalidate(source_);
   }
   post(query_, kMDQueryDidFinishNotification, nullptr);
+}
+
+bool QueryRun::takeLast() {
+  if (!gathering_) return false;
+  const size_t before = state_.results.size();
+  if (search_) search_->addDecided();
+  state_.results.settle();
+  return state_.results.size() > before;
 }
 
 // The changes of results that are gathered already. When gathering is over, all changes are looked at again:
@@ -222,7 +247,7 @@ void QueryRun::forceRescan() {
 }
 
 void QueryRun::updatesEnabled() {
-  if (!isGathering() && descriptor_) CFRunLoopSourceSignal(source_);
+  if (isGathering() || descriptor_) CFRunLoopSourceSignal(source_);
 }
 
 // Changes wait for a batch's time to be over, or for as many as make a batch.

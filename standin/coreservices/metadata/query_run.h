@@ -28,8 +28,13 @@ class QueryRun {
   QueryRun& operator=(const QueryRun&) = delete;
 
   MDQueryRef query() const { return query_; }
-  bool isGathering() const { return search_ != nullptr; }
-  // Changes that waited are told in the next turn.
+  bool isGathering() const { return gathering_; }
+  // Everything has been found, and results wait for updates to be enabled.
+  bool isHeldUp() const { return !search_ && state_.updatesDisabled > 0 && state_.results.holdsBack(); }
+  // What has come in joins the results, also while updates are disabled, and no more comes in. Answers
+  // whether there are new ones.
+  bool takeLast();
+  // Results and changes that waited are told in the next turn.
   void updatesEnabled();
   void forceRescan();  // where updates are wanted
 
@@ -41,6 +46,7 @@ class QueryRun {
   void watch(const std::vector<std::string>& folders, const std::vector<std::string>& excluded);
   void gatherBatch();
   bool searchOn(size_t maximum, double seconds);
+  void searchBatch();
   void finishGathering();
   void updateBatch();
   ResultChanges lookAtKnown();
@@ -52,7 +58,8 @@ class QueryRun {
   const MDQueryRef query_;  // not retained: it owns this
   QueryState& state_;
   CFRunLoopSourceRef source_ = nullptr;  // signalled when there is work
-  std::unique_ptr<Search> search_;       // while gathering
+  bool gathering_ = true;                // until it is told to be finished
+  std::unique_ptr<Search> search_;       // until it has found everything
   bool firstBatch_ = true;
 
   std::unique_ptr<TreeWatcher> watcher_;  // where updates are wanted
@@ -61,5 +68,9 @@ class QueryRun {
   CFFileDescriptorRef descriptor_ = nullptr;
   CFRunLoopTimerRef timer_ = nullptr;  // while changes wait for their batch to be over
 };
+
+// Ends a run before its time. Results that have come in and were not told are told now: what observers do
+// then they do inside of this call. The caller holds the query.
+void stop(std::unique_ptr<QueryRun> run);
 
 }  // namespace standin::metadata

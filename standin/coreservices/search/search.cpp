@@ -137,6 +137,14 @@ void Search::settleAnyway(const std::shared_ptr<OpenFolder>& folder, const std::
   if (matchOf(file.record()) == Match::Yes) add(folder, nameIn(path), file.record());
 }
 
+void Search::addDecided() {
+  for (const Waiting& each : waiting_) {
+    if (!each.isResult || found_ >= request_.maximum) continue;
+    FileByPath file(each.path, Reading::Anyway);
+    add(each.folder, nameIn(each.path), file.record());
+  }
+}
+
 void Search::add(const std::shared_ptr<OpenFolder>& folder, std::string_view name, FileRecord& record) {
   const ResultStore::File file = results_.add(stored(*folder), name);
   ++found_;

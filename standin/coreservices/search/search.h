@@ -59,6 +59,8 @@ class Search {
   bool step();
   size_t found() const { return found_; }
   SearchReport report() const;
+  // Those that are decided and wait for one before them become results. It is the last that is asked of it.
+  void addDecided();
 
  private:
   class Collector;

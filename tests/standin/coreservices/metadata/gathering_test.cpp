@@ -49,7 +49,7 @@ TEST_F(Gathering, HappensOnlyWhileTheRunLoopRuns) {
   run();
   EXPECT_TRUE(MDQueryIsGatheringComplete(query.get()));
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
-  EXPECT_EQ(listener.names(), Texts{"DidFinish"});
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "DidFinish"}));
 }
 
 TEST_F(Gathering, HappensInTheDefaultModeAlone) {
@@ -69,14 +69,34 @@ TEST_F(Gathering, TellsProgressAfterEachBatchAndOnceThatItFinished) {
   const Listener listener(query.get());
   gather(query);
   run();
-  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress", "DidFinish"}));
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress", "Progress", "DidFinish"}));
   EXPECT_EQ(listener.notices[0].count, 4);
   EXPECT_EQ(listener.notices[1].count, 8);
   EXPECT_EQ(listener.notices[2].count, 10);
+  EXPECT_EQ(listener.notices[3].count, 10);
   for (const Notice& notice : listener.notices) {
     EXPECT_EQ(notice.object, query.get());
     EXPECT_EQ(notice.added, Texts{});
   }
+}
+
+TEST_F(Gathering, TellsNoProgressWhereNothingIsFound) {
+  const auto query = makeQuery(kTexts);
+  const Listener listener(query.get());
+  gather(query);
+  EXPECT_EQ(listener.names(), Texts{"DidFinish"});
+}
+
+TEST_F(Gathering, IsNotCompleteWhenTheLastBatchIsTold) {
+  makeFiles(3);
+  const auto query = makeQuery(kTexts);
+  Listener listener(query.get());
+  std::vector<bool> complete;
+  listener.reaction = [&](const Notice&) {
+    complete.push_back(MDQueryIsGatheringComplete(query.get()) != 0);
+  };
+  gather(query);
+  EXPECT_EQ(complete, (std::vector<bool>{false, true}));
 }
 
 TEST_F(Gathering, TakesTheFirstBatchsLimitsForTheFirstBatchAlone) {
@@ -85,7 +105,7 @@ TEST_F(Gathering, TakesTheFirstBatchsLimitsForTheFirstBatchAlone) {
   setBatches(query, {1, kNoLimit, 6, kNoLimit, 0, 0});
   const Listener listener(query.get());
   gather(query);
-  ASSERT_EQ(listener.count("Progress"), 2u);
+  ASSERT_EQ(listener.count("Progress"), 3u);
   EXPECT_EQ(listener.notices[0].count, 1);
   EXPECT_EQ(listener.notices[1].count, 7);
 }
@@ -96,7 +116,7 @@ TEST_F(Gathering, EndsABatchWhenItsTimeIsOver) {
   setBatches(query, {kNoLimit, 0, kNoLimit, kNoLimit, 0, 0});
   const Listener listener(query.get());
   gather(query);
-  ASSERT_EQ(listener.names(), (Texts{"Progress", "DidFinish"}));
+  ASSERT_EQ(listener.names(), (Texts{"Progress", "Progress", "DidFinish"}));
   EXPECT_GT(listener.notices[0].count, 0);
   EXPECT_LT(listener.notices[0].count, 100);
 }
@@ -263,10 +283,12 @@ TEST_F(Gathering, MayEndWithAnObserverThatReleasesTheQuery) {
   makeFiles(1);
   auto query = makeQuery(kTexts);
   Listener listener(query.get());
-  listener.reaction = [&](const Notice&) { query = Owned<MDQueryRef>(); };
+  listener.reaction = [&](const Notice& notice) {
+    if (notice.name == "DidFinish") query = Owned<MDQueryRef>();
+  };
   MDQueryExecute(query.get(), kMDQueryWantsUpdates);
   run();
-  EXPECT_EQ(listener.names(), Texts{"DidFinish"});
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "DidFinish"}));
   EXPECT_FALSE(query);
 }
 
@@ -346,7 +368,7 @@ TEST_F(Gathering, MayBelongToAThreadBesideTheMainOne) {
     EXPECT_TRUE(MDQueryExecute(query.get(), 0));
     run();
   }).join();
-  EXPECT_EQ(listener.names(), Texts{"DidFinish"});
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "DidFinish"}));
   EXPECT_EQ(told, executing);
   EXPECT_EQ(results(query).size(), 3u);
 }
@@ -366,12 +388,134 @@ TEST_F(Gathering, StaysWhereItWasWhenItsThreadEnds) {
   MDQueryStop(query.get());
 }
 
-TEST_F(Gathering, IsNotHeldUpByDisabledUpdates) {
+TEST_F(Gathering, ChangesNoResultsWhileUpdatesAreDisabled) {
+  for (const std::initializer_list<const char*>& sorting :
+       {std::initializer_list<const char*>{}, {"kMDItemFSName"}}) {
+    makeFiles(20);
+    const auto query = makeQuery(kTexts, {}, sorting);
+    setBatches(query, batchesOf(5));
+    Listener listener(query.get());
+    listener.reaction = [&](const Notice&) { MDQueryDisableUpdates(query.get()); };
+    MDQueryExecute(query.get(), 0);
+    run();
+    listener.reaction = nullptr;
+    const std::vector<std::string> before = results(query);
+    EXPECT_EQ(before.size(), 5u);
+    EXPECT_EQ(listener.names(), Texts{"Progress"});
+    EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+    if (sorting.size() > 0) MDQuerySetSortOptionFlagsForAttribute(query.get(), kMDItemFSName, 0);
+    EXPECT_EQ(results(query), before);
+    MDQueryEnableUpdates(query.get());
+    EXPECT_EQ(results(query), before);
+    run();
+    EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress", "DidFinish"}));
+    EXPECT_EQ(listener.notices[1].count, 20);
+    EXPECT_EQ(MDQueryGetResultCount(query.get()), 20);
+  }
+}
+
+TEST_F(Gathering, KnowsNoIndexOfAResultThatIsHeldBack) {
+  scratch.file("a.txt");
+  const auto query = makeQuery(kTexts);
+  const auto url = makeURL(scratch.at("a.txt"));
+  const Owned item(MDItemCreateWithURL(kCFAllocatorDefault, url.get()));
+  MDQueryDisableUpdates(query.get());
+  MDQueryExecute(query.get(), 0);
+  run();
+  EXPECT_EQ(MDQueryGetIndexOfResult(query.get(), item.get()), kCFNotFound);
+  MDQueryEnableUpdates(query.get());
+  run();
+  EXPECT_EQ(MDQueryGetIndexOfResult(query.get(), item.get()), 0);
+}
+
+TEST_F(Gathering, FinishesThoughUpdatesAreDisabledWhenNothingIsHeldBack) {
+  const auto nothing = makeQuery(kTexts);
+  MDQueryDisableUpdates(nothing.get());
+  gather(nothing);
   makeFiles(3);
   const auto query = makeQuery(kTexts);
+  Listener listener(query.get());
+  listener.reaction = [&](const Notice&) { MDQueryDisableUpdates(query.get()); };
+  gather(query);
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "DidFinish"}));
+}
+
+TEST_F(Gathering, SynchronouslyEndsWithResultsHeldBackWhileUpdatesAreDisabled) {
+  makeFiles(3);
+  const auto query = makeQuery(kTexts);
+  const Listener listener(query.get());
   MDQueryDisableUpdates(query.get());
-  gather(query, kMDQueryWantsUpdates);
+  EXPECT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 0);
+  EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+  MDQueryEnableUpdates(query.get());
+  run();
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "DidFinish"}));
+}
+
+TEST_F(Gathering, TellsInsideOfStopWhatHasComeInAndWasNotTold) {
+  makeFiles(20);
+  const auto query = makeQuery(kTexts);
+  setBatches(query, batchesOf(5));
+  Listener listener(query.get());
+  bool stops = false;
+  std::vector<bool> insideOfStop;
+  listener.reaction = [&](const Notice&) {
+    insideOfStop.push_back(stops);
+    if (stops) MDQueryStop(query.get());
+    MDQueryDisableUpdates(query.get());
+  };
+  MDQueryExecute(query.get(), 0);
+  run();
+  EXPECT_EQ(insideOfStop, std::vector<bool>{false});
+  stops = true;
+  MDQueryStop(query.get());
+  EXPECT_EQ(insideOfStop, (std::vector<bool>{false, true}));
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress"}));
+  EXPECT_EQ(listener.notices.back().count, 20);
+  run();
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress"})) << "no finish";
+  EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 20);
+}
+
+TEST_F(Gathering, MayBeStoppedFromAHandlerAndTellInsideOfThat) {
+  makeFiles(20);
+  auto query = makeQuery(kTexts);
+  setBatches(query, batchesOf(5));
+  Listener listener(query.get());
+  int depth = 0;
+  int deepest = 0;
+  listener.reaction = [&](const Notice& notice) {
+    deepest = std::max(deepest, ++depth);
+    if (notice.count == 5) {
+      MDQueryDisableUpdates(query.get());
+      run();
+      MDQueryStop(query.get());
+    } else {
+      query = Owned<MDQueryRef>();
+    }
+    --depth;
+  };
+  MDQueryExecute(query.get(), kMDQueryWantsUpdates);
+  run();
+  EXPECT_EQ(deepest, 2);
+  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress"}));
+  EXPECT_FALSE(query);
+  EXPECT_EQ(alive(), "");
+}
+
+TEST_F(Gathering, LetsOtherQueriesTellWhileItIsSynchronous) {
+  makeFiles(10);
+  const auto other = makeQuery(kTexts);
+  const auto query = makeQuery(kTexts);
+  for (const auto* each : {&other, &query}) setBatches(*each, batchesOf(2));
+  const Listener listener(other.get());
+  MDQueryExecute(other.get(), kMDQueryWantsUpdates);
+  EXPECT_TRUE(MDQueryExecute(query.get(), kMDQuerySynchronous));
+  EXPECT_GE(listener.count("Progress"), 4u);
+  MDQueryStop(other.get());
 }
 
 TEST_F(Gathering, TellsOfResultsThatWereLookedAtAndChangeOrGoMeanwhile) {
@@ -421,7 +565,7 @@ TEST_F(Gathering, KeepsResultsInTheirOrderFromBatchToBatch) {
   };
   gather(query);
   EXPECT_EQ(results(query), (Texts{"a.txt", "file 1.txt", "file 9.txt", "file 10.txt", "z.txt"}));
-  EXPECT_EQ(listener.count("Progress"), 2u);
+  EXPECT_EQ(listener.count("Progress"), 3u);
 }
 
 TEST_F(Gathering, StopsAtTheMaximumCountThatWasSetBefore) {

@@ -249,7 +249,7 @@ TEST_F(Query, SaysThatItFinishedWhenItsResultsAreThere) {
   CFNotificationCenterAddObserver(center, &heard, hear, nullptr, query.get(),
                                   CFNotificationSuspensionBehaviorDeliverImmediately);
   MDQueryExecute(query.get(), kMDQuerySynchronous);
-  EXPECT_EQ(heard.names, Texts{"kMDQueryDidFinishNotification"});
+  EXPECT_EQ(heard.names, (Texts{"kMDQueryProgressNotification", "kMDQueryDidFinishNotification"}));
   EXPECT_EQ(heard.object, query.get());
   EXPECT_EQ(heard.count, 1);
   CFNotificationCenterRemoveEveryObserver(center, &heard);

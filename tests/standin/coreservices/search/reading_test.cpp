@@ -143,6 +143,23 @@ TEST_F(SearchThatReads, TellsResultsBeforeTheLastFileIsReadAndNeedNotBeFinished)
   });
 }
 
+TEST_F(SearchThatReads, HasWhatIsDecidedWhenItEndsBeforeItsTime) {
+  file("0.html", "hang");
+  for (const char* name : {"1.txt", "2.html", "3.txt", "4.txt"}) file(name, "");
+  inCopy([&] {
+    for (const size_t maximum : {SIZE_MAX, size_t{2}}) {
+      Running running(scratch, u"kMDItemTextContent == \"harbour\" || kMDItemFSName == \"*.txt\"", maximum);
+      while (!running.search.report().walked) ASSERT_TRUE(running.search.step());
+      EXPECT_EQ(running.search.found(), 0u);
+      running.search.addDecided();
+      Strings expected = {"tree/1.txt", "tree/3.txt", "tree/4.txt"};
+      expected.resize(std::min(maximum, expected.size()));
+      EXPECT_EQ(running.paths(), expected);
+      EXPECT_EQ(running.search.found(), expected.size());
+    }
+  });
+}
+
 TEST_F(SearchThatReads, FindsAsManyAsWanted) {
   makeSlowFiles(60);
   inCopy([&] {
