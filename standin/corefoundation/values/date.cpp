@@ -59,16 +59,17 @@ struct Day {
   int day;
 };
 
+// Counted within one round of 400 years, so that no day is too far.
 Day dayFrom(int64_t days) {
-  int64_t year = kFirstYear + floorDivide(days, kDaysPer400Years) * 400;
-  int64_t rest = days - daysBeforeYear(year);
-  const int64_t guess = rest / 366;  // never too far
-  year += guess;
-  rest = days - daysBeforeYear(year);
-  for (; rest >= 365 + (isLeap(year) ? 1 : 0); rest = days - daysBeforeYear(year)) ++year;
+  const int64_t rounds = floorDivide(days, kDaysPer400Years);
+  const int64_t within = days % kDaysPer400Years;
+  const int64_t day = within < 0 ? within + kDaysPer400Years : within;
+  int64_t year = kFirstYear + day / 366;  // never too far
+  while (daysBeforeYear(year + 1) <= day) ++year;
+  const int64_t rest = day - daysBeforeYear(year);
   int month = 12;
   while (daysBeforeMonth(month, year) > rest) --month;
-  return {year, month, static_cast<int>(rest - daysBeforeMonth(month, year)) + 1};
+  return {year + rounds * 400, month, static_cast<int>(rest - daysBeforeMonth(month, year)) + 1};
 }
 
 // Never negative; a tiny negative value gives the modulus itself, by rounding. By division and not by fmod,
@@ -79,21 +80,31 @@ double modulo(double value, double modulus) {
   return rest < 0 ? rest + modulus : rest;
 }
 
+// As the processor converts: what fits in no integer, "not a number" too, becomes the smallest one.
+template <class Integer>
+Integer converted(double value) {
+  const double limit = std::ldexp(1.0, std::numeric_limits<Integer>::digits);
+  return value >= -limit && value < limit ? static_cast<Integer>(value) : std::numeric_limits<Integer>::min();
+}
+
+// Hours and minutes. Far from the epoch the rest is no longer exact: its low byte is what a date has room
+// for, and of "not a number" that is the modulus.
+SInt8 moduloByte(double value, int32_t modulus) {
+  const double rest = std::floor(value - std::floor(value / modulus) * modulus);
+  const int32_t whole = converted<int32_t>(static_cast<double>(static_cast<float>(rest)));
+  return static_cast<SInt8>(whole < 0 ? whole + modulus : whole);
+}
+
+// Years end with the largest that a date has room for; backwards they go round.
 CFGregorianDate gregorianFrom(CFAbsoluteTime at) {
-  constexpr double kMostDays = 9e15;  // beyond, days are no longer told apart
-  const double days = std::floor(at / kSecondsPerDay);
-  const Day day =
-      dayFrom(std::isnan(days) ? 0 : static_cast<int64_t>(std::fmin(std::fmax(days, -kMostDays), kMostDays)));
-  CFGregorianDate date{};
+  const Day day = dayFrom(converted<int64_t>(std::floor(at / kSecondsPerDay)));
   constexpr int64_t kLastYear = std::numeric_limits<int32_t>::max();
-  const int64_t year = day.year > kLastYear ? kLastYear : day.year < -kLastYear ? -kLastYear : day.year;
-  date.year = static_cast<SInt32>(year);
+  CFGregorianDate date{};
+  date.year = static_cast<SInt32>(day.year > kLastYear ? kLastYear : day.year);
   date.month = static_cast<SInt8>(day.month);
   date.day = static_cast<SInt8>(day.day);
-  const double hours = modulo(std::floor(at / 3600), 24);
-  const double minutes = modulo(std::floor(at / 60), 60);
-  date.hour = std::isfinite(at) ? static_cast<SInt8>(hours) : 0;
-  date.minute = std::isfinite(at) ? static_cast<SInt8>(minutes) : 0;
+  date.hour = moduloByte(std::floor(at / 3600), 24);
+  date.minute = moduloByte(std::floor(at / 60), 60);
   date.second = modulo(at, 60);
   return date;
 }
@@ -140,12 +151,14 @@ CFAbsoluteTime CFDateGetAbsoluteTime(CFDateRef theDate) {
   return gate.fails() ? 0 : theDate->at;
 }
 
+// A date that is "not a number" is neither before nor after any other.
 CFComparisonResult CFDateCompare(CFDateRef theDate, CFDateRef otherDate, void*) {
   const Gate gate(__func__);
   cf::checked(theDate, __func__);
   cf::checked(otherDate, __func__);
-  if (gate.fails() || theDate->at == otherDate->at) return kCFCompareEqualTo;
-  return theDate->at < otherDate->at ? kCFCompareLessThan : kCFCompareGreaterThan;
+  if (gate.fails()) return kCFCompareEqualTo;
+  if (theDate->at < otherDate->at) return kCFCompareLessThan;
+  return theDate->at > otherDate->at ? kCFCompareGreaterThan : kCFCompareEqualTo;
 }
 
 CFAbsoluteTime CFGregorianDateGetAbsoluteTime(CFGregorianDate gdate, CFTimeZoneRef tz) {

@@ -200,6 +200,8 @@ CFComparisonResult compareReals(double a, double b) {
 
 CFComparisonResult compareMixed(int64_t a, double b) {
   if (std::isnan(b) || b == 0) return compareReals(static_cast<double>(a), b);
+  // What rounds to the negative zero is below every integer, as on the Mac, -1 too.
+  if (b >= -0.5 && b < 0) return kCFCompareGreaterThan;
   if (b >= kTwoTo63) return kCFCompareLessThan;
   if (b < -kTwoTo63) return kCFCompareGreaterThan;
   const double whole = std::trunc(b);

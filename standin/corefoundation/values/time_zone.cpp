@@ -16,6 +16,7 @@ namespace cf {
 namespace {
 
 constexpr CFTimeInterval kFarthest = 18 * 3600;
+constexpr CFTimeInterval kSecondsPerMinute = 60;
 
 Boolean equalTimeZones(CFTypeRef a, CFTypeRef b) {
   return static_cast<CFTimeZoneRef>(a)->offset == static_cast<CFTimeZoneRef>(b)->offset;
@@ -43,13 +44,13 @@ CFTypeID CFTimeZoneGetTypeID() {
   return gate.fails() ? 0 : cf::kTimeZoneType;
 }
 
-// Null for a distance that no place on earth has.
+// Rounded to whole minutes. Null for a distance that no place on earth has.
 CFTimeZoneRef CFTimeZoneCreateWithTimeIntervalFromGMT(CFAllocatorRef allocator, CFTimeInterval ti) {
   const Gate gate(__func__);
   if (gate.fails() || !cf::canAllocate(allocator, __func__)) return nullptr;
   if (!(std::fabs(ti) <= cf::kFarthest)) return nullptr;
   __CFTimeZone* const zone = cf::makeObject<__CFTimeZone>();
-  if (zone) zone->offset = ti;
+  if (zone) zone->offset = std::round(ti / cf::kSecondsPerMinute) * cf::kSecondsPerMinute;
   return zone;
 }
 

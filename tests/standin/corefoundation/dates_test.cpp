@@ -39,13 +39,28 @@ TEST_F(Dates, EveryDayOfEightCenturiesComesBackFromItsGregorianDate) {
   }
 }
 
-TEST_F(Dates, TimesBeyondAllYearsGiveSomeDateAndNoCrash) {
+TEST_F(Dates, TimesBeyondAllYearsGiveTheDateOfTheSmallestInteger) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (const double at : {kInfinity, -kInfinity, std::nan(""), 1e300, -1e300, 1e18, -1e18}) {
+  for (const double at : {kInfinity, -kInfinity, std::nan(""), 1e300, -1e300, 1e24}) {
     const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(at, nullptr);
-    EXPECT_GE(date.month, 1) << at;
-    EXPECT_LE(date.month, 12) << at;
+    EXPECT_EQ(date.year, 2030437302) << at;
+    EXPECT_EQ(date.month, 6) << at;
+    EXPECT_EQ(date.day, 7) << at;
   }
+}
+
+TEST_F(Dates, YearsEndWithTheLastAndGoRoundBackwards) {
+  EXPECT_EQ(CFAbsoluteTimeGetGregorianDate(1e18, nullptr).year, std::numeric_limits<SInt32>::max());
+  EXPECT_EQ(CFAbsoluteTimeGetGregorianDate(-6.8e16, nullptr).year, 2140135078);
+}
+
+TEST_F(Dates, OneThatIsNotANumberIsNeitherBeforeNorAfterAnother) {
+  const Owned<CFDateRef> nan(CFDateCreate(nullptr, std::nan("")));
+  const Owned<CFDateRef> same(CFDateCreate(nullptr, std::nan("")));
+  const Owned<CFDateRef> today(CFDateCreate(nullptr, 0));
+  EXPECT_EQ(CFDateCompare(nan.get(), same.get(), nullptr), kCFCompareEqualTo);
+  EXPECT_EQ(CFDateCompare(nan.get(), today.get(), nullptr), kCFCompareEqualTo);
+  EXPECT_EQ(CFDateCompare(today.get(), nan.get(), nullptr), kCFCompareEqualTo);
 }
 
 }  // namespace

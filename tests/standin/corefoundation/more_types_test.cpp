@@ -114,6 +114,15 @@ TEST_F(MoreTypes, NewUUIDsDifferAndAreRandomOnes) {
   EXPECT_EQ(CFUUIDGetUUIDBytes(one.get()).byte8 & 0xC0, 0x80);
 }
 
+TEST_F(MoreTypes, ATimeZoneIsWholeMinutesFromGMT) {
+  const std::pair<CFTimeInterval, CFTimeInterval> rows[] = {{89, 60},    {90, 120}, {-89, -60},
+                                                            {-90, -120}, {29.9, 0}, {3600, 3600}};
+  for (const auto& [asked, rounded] : rows) {
+    const Owned<CFTimeZoneRef> zone(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, asked));
+    EXPECT_EQ(CFTimeZoneGetSecondsFromGMT(zone.get(), 0), rounded) << asked;
+  }
+}
+
 TEST_F(MoreTypes, ATimeZoneShiftsTheGregorianDateBothWays) {
   const Owned<CFTimeZoneRef> zone(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 5400));
   EXPECT_EQ(CFTimeZoneGetSecondsFromGMT(zone.get(), 0), 5400);

@@ -27,6 +27,17 @@ TEST_F(Numbers, AreOrderedAcrossTypesWithoutRounding) {
   EXPECT_EQ(CFNumberCompare(zero.get(), half.get(), nullptr), kCFCompareGreaterThan);
 }
 
+TEST_F(Numbers, EveryIntegerIsAboveAFractionThatRoundsToTheNegativeZero) {
+  const auto one = makeInt(-1);
+  for (const double fraction : {-0.5, -0.25, -1e-300}) {
+    const auto real = makeDouble(fraction);
+    EXPECT_EQ(CFNumberCompare(one.get(), real.get(), nullptr), kCFCompareGreaterThan) << fraction;
+    EXPECT_EQ(CFNumberCompare(real.get(), one.get(), nullptr), kCFCompareLessThan) << fraction;
+  }
+  const auto more = makeDouble(-0.75);
+  EXPECT_EQ(CFNumberCompare(one.get(), more.get(), nullptr), kCFCompareLessThan);
+}
+
 TEST_F(Numbers, NotANumberEqualsItself) {
   const auto a = makeDouble(std::nan(""));
   const auto b = makeDouble(-std::nan("7"));
