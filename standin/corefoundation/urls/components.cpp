@@ -18,27 +18,31 @@ std::string_view lastName(std::string_view path) {
   return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
+// Read as a string: in a name of a path that it came from, a colon ends a scheme from now on.
 CFURLRef withPath(CFURLRef url, const URLParts& parts, std::string_view path, const char* call) {
   std::string text(parts.scheme);
   text.append(parts.authority).append(path);
   text.append(parts.parameters).append(parts.query).append(parts.fragment);
-  return makeURL(text, url->base, url->isPathOnly, call);
+  return makeURL(text, url->base, URLOrigin::String, call);
+}
+
+// The "." that "../" follows goes, but not that of the shortest paths: "/." and "x/." keep it, as on the Mac.
+std::string oneUp(std::string_view path) {
+  constexpr std::string_view kDot = "/./../";
+  constexpr size_t kLongestThatKeepsIt = 7;
+  std::string upper(path);
+  if (!upper.empty() && !upper.ends_with('/')) upper += '/';
+  upper += "../";
+  if (upper == kDot.substr(1)) return "../";
+  if (upper.ends_with(kDot) && upper.size() > kLongestThatKeepsIt) upper.erase(upper.size() - kDot.size(), 2);
+  return upper;
 }
 
 std::string deletingLast(std::string_view path) {
   const std::string_view name = lastName(path);
-  std::string shorter(path);
-  const auto endInSlash = [&shorter] {
-    if (!shorter.empty() && !shorter.ends_with('/')) shorter += '/';
-  };
-  if (name.empty() || name == "/") return shorter + "../";
-  if (name == "..") {
-    endInSlash();
-    return shorter + "../";
-  }
-  shorter.resize(static_cast<size_t>(name.data() - path.data()));
-  if (name == ".") return shorter + "../";
-  return shorter.empty() ? "./" : shorter;
+  if (name.empty() || name == "/" || name == "." || name == "..") return oneUp(path);
+  const std::string_view shorter = path.substr(0, static_cast<size_t>(name.data() - path.data()));
+  return shorter.empty() ? "./" : std::string(shorter);
 }
 
 std::string appending(std::string_view path, std::string_view name, bool isDirectory) {

@@ -25,22 +25,25 @@ CFURLRef makeCurrentDirectory(const char* call) {
   if (getcwd(path, sizeof path) == nullptr || path[0] != '/') return nullptr;
   std::string text = "file://" + escapePath(path);
   if (!text.ends_with('/')) text += '/';
-  return makeURL(text, nullptr, false, call);
+  return makeURL(text, nullptr, URLOrigin::AbsolutePath, call);
 }
 
 // `path` is the bytes of the name. A relative path without a base is one below the current directory.
 CFURLRef makeFileURL(std::string path, bool isDirectory, CFURLRef base, const char* call) {
   if (path.empty()) return nullptr;
+  const bool wasDirectory = path.ends_with('/');
   if (isDirectory) {
     if (!path.ends_with('/')) path += '/';
   } else {
     while (path.size() > 1 && path.ends_with('/')) path.pop_back();
   }
-  if (path.starts_with('/')) return makeURL("file://" + escapePath(path), nullptr, false, call);
-  if (base) return makeURL(escapePath(path), base, true, call);
+  const std::string escaped = escapePath(path);
+  if (path.starts_with('/'))
+    return makeURL("file://" + escaped, nullptr, URLOrigin::AbsolutePath, call, wasDirectory);
+  if (base) return makeURL(escaped, base, URLOrigin::RelativePath, call, wasDirectory);
   const CFURLRef here = makeCurrentDirectory(call);
   if (here == nullptr) return nullptr;
-  const CFURLRef url = makeURL(escapePath(path), here, true, call);
+  const CFURLRef url = makeURL(escaped, here, URLOrigin::RelativePath, call, wasDirectory);
   release(here, call);
   return url;
 }
@@ -52,18 +55,26 @@ CFURLRef makeFileURL(CFStringRef path, CFURLPathStyle style, bool isDirectory, C
   return bytes ? makeFileURL(std::move(*bytes), isDirectory, base, call) : nullptr;
 }
 
-// The bytes of a URL's path, without the slash that ends a directory's; nothing when it has no path.
-std::optional<std::string> pathBytes(const URLParts& parts) {
+void dropLastSlash(std::string& path) {
+  if (path.size() > 1 && path.ends_with('/')) path.pop_back();
+}
+
+// The bytes of a URL's path, without the slash that ends a directory's; nothing when it has no path. A path
+// with escapes loses a slash when they have been taken out, too, unless the URL was made from the very path.
+std::optional<std::string> pathBytes(const URLParts& parts, URLOrigin origin) {
   if (!parts.hasPath()) return std::nullopt;
-  std::string_view path = parts.path;
-  if (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
-  return unescape(path);
+  std::string path = unescape(parts.path);
+  const bool hadEscapes = path.size() < parts.path.size();
+  if (hadEscapes && origin != URLOrigin::AbsolutePath) dropLastSlash(path);
+  if (parts.path.ends_with('/')) dropLastSlash(path);
+  return path;
 }
 
 bool namesDirectory(CFURLRef url) {
   const URLParts parts = partsOf(url);
+  if (url->wasDirectory) return true;
   if (parts.isOpaque) return false;
-  if (parts.path.empty()) return parts.authority.empty() && url->base && namesDirectory(url->base);
+  if (parts.path.empty()) return !parts.hasHost() && url->base && namesDirectory(url->base);
   const std::string_view last = parts.path.substr(parts.path.rfind('/') + 1);
   return last.empty() || last == "." || last == "..";
 }
@@ -109,7 +120,7 @@ CFStringRef CFURLCopyFileSystemPath(CFURLRef anURL, CFURLPathStyle pathStyle) {
   cf::checked(anURL, __func__);
   cf::checkStyle(pathStyle, __func__);
   if (gate.fails() || pathStyle != kCFURLPOSIXPathStyle) return nullptr;
-  const std::optional<std::string> path = cf::pathBytes(cf::partsOf(anURL));
+  const std::optional<std::string> path = cf::pathBytes(cf::partsOf(anURL), anURL->origin);
   if (!path) return nullptr;
   return cf::stringOfUTF8(*path);
 }
@@ -120,9 +131,11 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBas
   cf::checked(url, __func__);
   if (buffer == nullptr) cf::misuse(__func__, "null buffer");
   if (gate.fails()) return false;
-  const std::string absolute = resolveAgainstBase ? cf::absoluteText(url) : std::string();
-  const cf::URLParts parts = resolveAgainstBase && url->base ? cf::parse(absolute, false) : cf::partsOf(url);
-  const std::optional<std::string> path = cf::pathBytes(parts);
+  const bool isResolved = resolveAgainstBase && url->base;
+  const std::string absolute = isResolved ? cf::absoluteText(url) : std::string();
+  const std::optional<std::string> path =
+      isResolved ? cf::pathBytes(cf::parse(absolute, false), cf::URLOrigin::String)
+                 : cf::pathBytes(cf::partsOf(url), url->origin);
   if (!path || path->find('\0') != std::string::npos) return false;
   if (maxBufLen < 0 || path->size() >= static_cast<size_t>(maxBufLen)) return false;
   std::memcpy(buffer, path->c_str(), path->size() + 1);

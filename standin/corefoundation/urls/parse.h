@@ -1,6 +1,7 @@
 // The parts of a URL's text.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace cf {
@@ -16,8 +17,10 @@ struct URLParts {
   std::string_view fragment;
   bool isOpaque = false;  // "mailto:x": a scheme with no slash behind it; it has no other parts
 
+  // "//" alone names no host.
+  bool hasHost() const { return authority.size() > 2; }
   // An empty path counts as one only behind a host.
-  bool hasPath() const { return !isOpaque && (!path.empty() || authority.size() > 2); }
+  bool hasPath() const { return !isOpaque && (!path.empty() || hasHost()); }
 };
 
 // Views into `text`. With `isPathOnly` all of it is the path.
@@ -25,5 +28,9 @@ URLParts parse(std::string_view text, bool isPathOnly);
 
 // Whether every character may stand in a URL, and every escape is complete.
 bool isLegalURL(std::string_view text);
+
+// A legal URL, with those of its characters escaped that may stand in other places only: square brackets
+// anywhere but around a host, "#" where no fragment can be.
+std::string withEscapes(std::string_view text);
 
 }  // namespace cf

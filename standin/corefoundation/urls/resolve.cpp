@@ -46,7 +46,7 @@ std::string mergedPath(std::string_view base, std::string_view relative) {
 std::string resolve(const URLParts& base, const URLParts& relative) {
   std::string text(base.scheme);
   const auto append = [&text](std::string_view part) { text.append(part); };
-  if (!relative.authority.empty()) {
+  if (relative.hasHost()) {
     append(relative.authority);
     append(relative.path);
     append(relative.parameters);

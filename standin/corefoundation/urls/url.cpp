@@ -35,7 +35,7 @@ CFHashCode hashURL(CFTypeRef cf) {
 }
 
 // Takes over the string.
-CFURLRef adopt(CFStringRef string, CFURLRef base, bool isPathOnly, const char* call) {
+CFURLRef adopt(CFStringRef string, CFURLRef base, URLOrigin origin, const char* call, bool wasDirectory) {
   if (string == nullptr) return nullptr;
   __CFURL* const url = makeObject<__CFURL>();
   if (url == nullptr) {
@@ -44,7 +44,8 @@ CFURLRef adopt(CFStringRef string, CFURLRef base, bool isPathOnly, const char* c
   }
   url->string = string;
   if (base) url->base = static_cast<CFURLRef>(retain(base, call));
-  url->isPathOnly = isPathOnly;
+  url->origin = origin;
+  url->wasDirectory = wasDirectory;
   return url;
 }
 
@@ -58,12 +59,13 @@ std::string_view schemeOf(CFURLRef url) {
 const CFRuntimeClass kURLClass = {
     .className = "CFURL", .finalize = finalizeURL, .equal = equalURLs, .hash = hashURL};
 
-CFURLRef makeURL(std::string_view text, CFURLRef base, bool isPathOnly, const char* call) {
-  return adopt(makeNarrowString(text), base, isPathOnly, call);
+CFURLRef makeURL(std::string_view text, CFURLRef base, URLOrigin origin, const char* call,
+                 bool wasDirectory) {
+  return adopt(makeNarrowString(text), base, origin, call, wasDirectory);
 }
 
 URLParts partsOf(CFURLRef url) {
-  return parse(url->text(), url->isPathOnly);
+  return parse(url->text(), url->origin == URLOrigin::RelativePath);
 }
 
 std::string absoluteText(CFURLRef url) {
@@ -93,7 +95,8 @@ CFURLRef CFURLCreateWithString(CFAllocatorRef allocator, CFStringRef URLString, 
   const std::optional<std::string> bytes = cf::utf8Of(text);
   if (!bytes || !cf::isLegalURL(*bytes)) return nullptr;
   const bool isAbsolute = !cf::parse(*bytes, false).scheme.empty();
-  return cf::makeURL(*bytes, isAbsolute ? nullptr : baseURL, false, __func__);
+  return cf::makeURL(cf::withEscapes(*bytes), isAbsolute ? nullptr : baseURL, cf::URLOrigin::String,
+                     __func__);
 }
 
 CFURLRef CFURLCopyAbsoluteURL(CFURLRef relativeURL) {
@@ -101,7 +104,7 @@ CFURLRef CFURLCopyAbsoluteURL(CFURLRef relativeURL) {
   cf::checked(relativeURL, __func__);
   if (gate.fails()) return nullptr;
   if (relativeURL->base == nullptr) return static_cast<CFURLRef>(cf::retain(relativeURL, __func__));
-  return cf::makeURL(cf::absoluteText(relativeURL), nullptr, false, __func__);
+  return cf::makeURL(cf::absoluteText(relativeURL), nullptr, cf::URLOrigin::String, __func__);
 }
 
 CFStringRef CFURLGetString(CFURLRef anURL) {

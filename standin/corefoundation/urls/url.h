@@ -12,11 +12,23 @@
 #include "standin/corefoundation/runtime/object.h"
 #include "standin/corefoundation/urls/parse.h"
 
+namespace cf {
+
+// What a URL was made from.
+enum class URLOrigin : uint8_t {
+  String,
+  RelativePath,  // a colon in it ends no scheme
+  AbsolutePath,
+};
+
+}  // namespace cf
+
 struct __CFURL : cf::Header {
   static constexpr CFTypeID kTypeId = cf::kURLType;
   CFStringRef string;
-  CFURLRef base;    // null in an absolute URL
-  bool isPathOnly;  // made from a relative path: a colon in it ends no scheme
+  CFURLRef base;  // null in an absolute URL
+  cf::URLOrigin origin;
+  bool wasDirectory;  // the path that it was made from ended in a slash, which the string may not have
 
   std::string_view text() const;
 };
@@ -24,7 +36,8 @@ struct __CFURL : cf::Header {
 namespace cf {
 
 // A new URL with a count of 1, or null when there is no memory. The text must be ASCII. Retains the base.
-CFURLRef makeURL(std::string_view text, CFURLRef base, bool isPathOnly, const char* call);
+CFURLRef makeURL(std::string_view text, CFURLRef base, URLOrigin origin, const char* call,
+                 bool wasDirectory = false);
 
 // Good as long as the URL.
 URLParts partsOf(CFURLRef url);

@@ -66,10 +66,75 @@ TEST_F(URLs, DirectoriesEndInASlash) {
   EXPECT_EQ(path(directory.get()), "/a/b");
 }
 
+TEST_F(URLs, APathThatEndsAsADirectoryNamesOneWhateverTheFlagSays) {
+  for (const char* const name : {"/a/", "/a//", "/a/."}) {
+    const Owned<CFURLRef> url(makePath(name, false));
+    EXPECT_TRUE(CFURLHasDirectoryPath(url.get())) << name;
+  }
+  const Owned<CFURLRef> url(makePath("/a/", false));
+  EXPECT_EQ(textOf(CFURLGetString(url.get())), "file:///a");
+}
+
+struct EscapeRow {
+  const char* given;
+  const char* string;
+};
+
+TEST_F(URLs, CharactersThatMayStandElsewhereOnlyAreEscaped) {
+  const EscapeRow rows[] = {
+      {"http://h/a[1]?b[2]#c[3]", "http://h/a%5B1%5D?b%5B2%5D#c%5B3%5D"},
+      {"http://[::1]/[", "http://[::1]/%5B"},
+      {"http://u[1]:p@[::1]:8]/", "http://u%5B1%5D:p@[::1]:8%5D/"},
+      {"http://a[b]c/", "http://a%5Bb%5Dc/"},
+      {"mailto:h#f", "mailto:h%23f"},
+      {"mailto:[h]", "mailto:%5Bh%5D"},
+  };
+  for (const EscapeRow& row : rows) {
+    const Owned<CFURLRef> url(makeURL(row.given));
+    EXPECT_EQ(textOf(CFURLGetString(url.get())), row.string);
+  }
+}
+
+TEST_F(URLs, ASemicolonInAHostStartsNoParameters) {
+  const Owned<CFURLRef> url(makeURL("http://a;b/c"));
+  EXPECT_EQ(path(url.get()), "/c");
+}
+
+TEST_F(URLs, GoingUpFromADotDropsItInLongerPathsOnly) {
+  const EscapeRow rows[] = {{"file:///.", "file:///./../"},
+                            {"file:////.", "file:////./../"},
+                            {"file:///ab/.", "file:///ab/../"},
+                            {"file:///a/b/./", "file:///a/b/../"}};
+  for (const EscapeRow& row : rows) {
+    const Owned<CFURLRef> url(makeURL(row.given));
+    const Owned<CFURLRef> shorter(CFURLCreateCopyDeletingLastPathComponent(nullptr, url.get()));
+    EXPECT_EQ(textOf(CFURLGetString(shorter.get())), row.string);
+  }
+}
+
+TEST_F(URLs, AColonInAPathEndsASchemeOnceAnotherURLIsMadeOfIt) {
+  const Owned<CFURLRef> base(makeURL("file:///base/"));
+  const Owned<CFURLRef> url(CFURLCreateWithFileSystemPathRelativeToBase(
+      nullptr, CFSTR(":/a"), kCFURLPOSIXPathStyle, false, base.get()));
+  const Owned<CFURLRef> absolute(CFURLCopyAbsoluteURL(url.get()));
+  EXPECT_EQ(textOf(CFURLGetString(absolute.get())), "file:///base/:/a");
+  const Owned<CFURLRef> longer(CFURLCreateCopyAppendingPathComponent(nullptr, url.get(), CFSTR("b"), false));
+  const Owned<CFURLRef> absoluteLonger(CFURLCopyAbsoluteURL(longer.get()));
+  EXPECT_EQ(textOf(CFURLGetString(absoluteLonger.get())), "file:///a/b");
+}
+
 TEST_F(URLs, AppendingADirectoryAddsItsSlash) {
   const Owned<CFURLRef> url(makePath("/a", true));
   const Owned<CFURLRef> longer(CFURLCreateCopyAppendingPathComponent(nullptr, url.get(), CFSTR("b c"), true));
   EXPECT_EQ(textOf(CFURLGetString(longer.get())), "file:///a/b%20c/");
+}
+
+TEST_F(URLs, AppendingADirectoryNeverDoublesItsSlash) {
+  const Owned<CFURLRef> url(makePath("/a", true));
+  const Owned<CFURLRef> same(CFURLCreateCopyAppendingPathComponent(nullptr, url.get(), CFSTR(""), true));
+  EXPECT_EQ(textOf(CFURLGetString(same.get())), "file:///a/");
+  const Owned<CFURLRef> longer(CFURLCreateCopyAppendingPathComponent(nullptr, url.get(), CFSTR("x/"), true));
+  EXPECT_EQ(textOf(CFURLGetString(longer.get())), "file:///a/x/");
 }
 
 TEST_F(URLs, HoldTheirBaseAndAskItForTheScheme) {
