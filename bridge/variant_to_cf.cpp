@@ -234,39 +234,56 @@ Owned<CFTypeRef> fromObject(REALobject object) {
   return {};
 }
 
-struct TypeConversion {
-  int32_t type;  // the host's code; an array has the code of its elements plus 4096
-  Owned<CFTypeRef> (*convert)(REALobject variant);
+using FromVariant = Owned<CFTypeRef>(REALobject variant);
+
+// By the host's code of a variant's type. Whatever has no row of its own is read as text.
+constexpr FromVariant* kTypes[] = {
+    /* 0 */ fromNil,
+    /* 1 */ fromText,
+    /* 2 */ fromNumber<GetVariantInt32, kCFNumberSInt32Type>,
+    /* 3 */ fromNumber<GetVariantInt64, kCFNumberSInt64Type>,
+    /* 4 */ fromNumber<GetVariantSingle, kCFNumberFloat32Type>,
+    /* 5 */ fromNumber<GetVariantDouble, kCFNumberFloat64Type>,
+    /* 6 */ fromNumber<GetVariantDouble, kCFNumberFloat64Type>,
+    /* 7 */ fromDate,
+    /* 8 */ fromText,
+    /* 9 */ fromObject,
+    /* 10 */ fromText,
+    /* 11 */ fromBoolean,
+    /* 12 */ fromText,
+    /* 13 */ fromText,
+    /* 14 */ fromText,
+    /* 15 */ fromText,
+    /* 16 */ fromColor,
 };
 
-constexpr TypeConversion kTypes[] = {
-    {0, fromNil},
-    {2, fromNumber<GetVariantInt32, kCFNumberSInt32Type>},
-    {3, fromNumber<GetVariantInt64, kCFNumberSInt64Type>},
-    {4, fromNumber<GetVariantSingle, kCFNumberFloat32Type>},
-    {5, fromNumber<GetVariantDouble, kCFNumberFloat64Type>},
-    {6, fromNumber<GetVariantDouble, kCFNumberFloat64Type>},
-    {7, fromDate},
-    {9, fromObject},
-    {11, fromBoolean},
-    {16, fromColor},
-    {4098, fromArray<appendNumber<REALGetArrayValueInt32, kCFNumberSInt32Type>>},
-    {4099, fromArray<appendNumber<REALGetArrayValueInt64, kCFNumberSInt64Type>>},
-    {4100, fromArray<appendNumber<REALGetArrayValueSingle, kCFNumberFloat32Type>>},
-    {4101, fromArray<appendNumber<REALGetArrayValueDouble, kCFNumberFloat64Type>>},
-    {4103, fromArray<appendDate>},
-    {4104, fromArray<appendText>},
-    {4105, fromArray<appendObject>},
-    {4107, fromArray<appendBoolean>},
+// An array has the code of its elements plus this.
+constexpr int32_t kArray = 4096;
+
+constexpr FromVariant* kArrayTypes[] = {
+    /* 0 */ fromText,
+    /* 1 */ fromText,
+    /* 2 */ fromArray<appendNumber<REALGetArrayValueInt32, kCFNumberSInt32Type>>,
+    /* 3 */ fromArray<appendNumber<REALGetArrayValueInt64, kCFNumberSInt64Type>>,
+    /* 4 */ fromArray<appendNumber<REALGetArrayValueSingle, kCFNumberFloat32Type>>,
+    /* 5 */ fromArray<appendNumber<REALGetArrayValueDouble, kCFNumberFloat64Type>>,
+    /* 6 */ fromText,
+    /* 7 */ fromArray<appendDate>,
+    /* 8 */ fromArray<appendText>,
+    /* 9 */ fromArray<appendObject>,
+    /* 10 */ fromText,
+    /* 11 */ fromArray<appendBoolean>,
 };
+
+template <uint32_t count>
+FromVariant* rowAt(FromVariant* const (&rows)[count], uint32_t code) {
+  return code < count ? rows[code] : fromText;
+}
 
 }  // namespace
 
 Owned<CFTypeRef> CopyVariantAsCFType(REALobject variant) {
   if (!variant) return {};
-  const int32_t type = GetVariantType(variant);
-  for (const TypeConversion& row : kTypes) {
-    if (row.type == type) return row.convert(variant);
-  }
-  return fromText(variant);
+  const auto type = static_cast<uint32_t>(GetVariantType(variant));
+  return (type < kArray ? rowAt(kTypes, type) : rowAt(kArrayTypes, type - kArray))(variant);
 }

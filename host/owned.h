@@ -12,27 +12,29 @@
 // Core Foundation references
 template <typename Reference>
 struct Ownership {
-  static bool retain(Reference reference) { return CFRetain(reference); }
+  static Reference retain(Reference reference) {
+    return static_cast<Reference>(const_cast<void*>(CFRetain(reference)));
+  }
   static void release(Reference reference) { CFRelease(reference); }
 };
 
-// False on a host without the service: the handle is not locked then, and must not be unlocked.
+// Null on a host without the service: the handle is not locked then, and must not be unlocked.
 template <typename Handle>
-bool lockWith(Entry<void(Handle)>& service, Handle handle) {
+Handle lockWith(Entry<void(Handle)>& service, Handle handle) {
   const auto lock = service.function();
   if (lock) lock(handle);
-  return lock;
+  return lock ? handle : nullptr;
 }
 
 template <>
 struct Ownership<REALobject> {
-  static bool retain(REALobject object) { return lockWith(REALLockObject, object); }
+  static REALobject retain(REALobject object) { return lockWith(REALLockObject, object); }
   static void release(REALobject object) { REALUnlockObject(object); }
 };
 
 template <>
 struct Ownership<REALstring> {
-  static bool retain(REALstring string) { return lockWith(REALLockString, string); }
+  static REALstring retain(REALstring string) { return lockWith(REALLockString, string); }
   static void release(REALstring string) { REALUnlockString(string); }
 };
 
@@ -42,8 +44,16 @@ struct Ownership<char*> {
   static void release(char* block) { free(block); }
 };
 
+// An owner is returned in a register, as what it owns would be; without this, in memory that the caller offers.
+// Other compilers don't know it.
+#ifdef __clang__
+#define RETURNED_IN_REGISTER [[clang::trivial_abi]]
+#else
+#define RETURNED_IN_REGISTER
+#endif
+
 template <typename Reference>
-class Owned {
+class RETURNED_IN_REGISTER Owned {
  public:
   Owned() = default;  // owns nothing
   Owned(Owned&& other) noexcept : reference_(other.leak()) {}
@@ -84,8 +94,7 @@ Owned<Reference> adopt(Reference reference) {
 // Empty for null, and on a host without the service that locks.
 template <typename Reference>
 Owned<Reference> retain(Reference reference) {
-  if (!reference || !Ownership<Reference>::retain(reference)) return {};
-  return adopt(reference);
+  return adopt(reference ? Ownership<Reference>::retain(reference) : nullptr);
 }
 
 // Gives back what a field of instance data owns. The field is cleared first: host code that runs meanwhile

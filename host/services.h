@@ -17,6 +17,9 @@
 
 // A host function that `find` looks up by its name on first use. Each cell does so for itself, also when two
 // have the same name.
+//
+// A call goes where the cell points, without a look: until the host's function is found that is `first`, which
+// looks for it. Declare a cell as `inline Entry<...> x{"name", first<x>}`.
 template <typename Signature, void* (*find)(const char* name)>
 class ServiceCell;
 
@@ -25,25 +28,46 @@ class ServiceCell<Result(Arguments...), find> {
  public:
   typedef Result Function(Arguments...);
 
-  constexpr explicit ServiceCell(const char* name) : name_(name) {}
+  constexpr ServiceCell(const char* name, Function* firstCall)
+      : name_(name), first_(firstCall), function_(firstCall) {}
   ServiceCell(const ServiceCell&) = delete;
   ServiceCell& operator=(const ServiceCell&) = delete;
 
+  Result operator()(Arguments... arguments) { return function_(arguments...); }
+
   // Null while the host lacks the function.
   Function* function() {
-    if (!function_) function_ = reinterpret_cast<Function*>(find(name_));
-    return function_;
+    if (function_ != first_) return function_;
+    const auto found = reinterpret_cast<Function*>(find(name_));
+    if (found) function_ = found;
+    return found;
   }
 
-  Result operator()(Arguments... arguments) {
+  // What a call is while the function isn't found.
+  Result callFirst(Arguments... arguments) {
     Function* const found = function();
     return found ? found(arguments...) : Result();
   }
 
  private:
   const char* const name_;
-  Function* function_ = nullptr;
+  Function* const first_;
+  Function* function_;
 };
+
+// callFirst() of a cell, as a plain function.
+template <auto& cell, typename Call>
+struct FirstCall;
+
+template <auto& cell, typename Result, typename Cell, typename... Arguments>
+struct FirstCall<cell, Result (Cell::*)(Arguments...)> {
+  [[gnu::cold]] static Result call(Arguments... arguments) { return cell.callFirst(arguments...); }
+};
+
+template <typename Cell>
+auto callFirstOf(Cell&) -> decltype(&Cell::callFirst);
+template <auto& cell>
+constexpr auto* first = &FirstCall<cell, decltype(callFirstOf(cell))>::call;
 
 inline void* findEntry(const char* name) {
   return gResolver(name);
@@ -57,21 +81,24 @@ using Entry = ServiceCell<Signature, findEntry>;
 template <typename Value>
 class ArrayInsert {
  public:
-  constexpr explicit ArrayInsert(const char* name) : procedure_(name) {}
+  typedef void Procedure(REALobject array, int32_t index, Value value);
+  constexpr ArrayInsert(const char* name, Procedure* (*firstCall)(REALobject array)) : procedure_(name, firstCall) {}
   void operator()(REALobject array, int32_t index, Value value) {
     if (!array) return;
     if (const auto insert = procedure_(array)) insert(array, index, value);
   }
 
+  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }
+
  private:
-  typedef void Procedure(REALobject array, int32_t index, Value value);
   Entry<Procedure*(REALobject array)> procedure_;
 };
 
 template <typename Value>
 class ArrayGet {
  public:
-  constexpr explicit ArrayGet(const char* name) : procedure_(name) {}
+  typedef void Procedure(REALobject array, int32_t index, Value* value);
+  constexpr ArrayGet(const char* name, Procedure* (*firstCall)(REALobject array)) : procedure_(name, firstCall) {}
   Value operator()(REALobject array, int32_t index) {
     Value value = Value();
     if (!array) return value;
@@ -79,103 +106,106 @@ class ArrayGet {
     return value;
   }
 
+  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }
+
  private:
-  typedef void Procedure(REALobject array, int32_t index, Value* value);
   Entry<Procedure*(REALobject array)> procedure_;
 };
 
 template <typename Value>
 class ArraySet {
  public:
-  constexpr explicit ArraySet(const char* name) : procedure_(name) {}
+  typedef void Procedure(REALobject array, Value value, int32_t index);
+  constexpr ArraySet(const char* name, Procedure* (*firstCall)(REALobject array)) : procedure_(name, firstCall) {}
   // The arguments are in the order in which the host's procedure takes them: the value before the index.
   void operator()(REALobject array, Value value, int32_t index) {
     if (!array) return;
     if (const auto set = procedure_(array)) set(array, value, index);
   }
 
+  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }
+
  private:
-  typedef void Procedure(REALobject array, Value value, int32_t index);
   Entry<Procedure*(REALobject array)> procedure_;
 };
 
 // clang-format off
 
 // Runtime and registration
-inline Entry<bool()>                                         REALinRuntime{"REALinRuntime"};
-inline Entry<void(REALclassDefinition*)>                     REALRegisterClass{"PluginRegisterClass"};
-inline Entry<void(const REALmethodDefinition*)>              REALRegisterMethod{"PluginRegisterMethod"};
-inline Entry<void*(REALobject null, const char* declaration)>    REALLoadFrameworkMethod{"REALLoadGlobalMethod"};
-inline Entry<void*(REALobject object, const char* declaration)>  REALLoadObjectMethod{"REALLoadObjectMethod"};
+inline Entry<bool()>                                         REALinRuntime{"REALinRuntime", first<REALinRuntime>};
+inline Entry<void(REALclassDefinition*)>                     REALRegisterClass{"PluginRegisterClass", first<REALRegisterClass>};
+inline Entry<void(const REALmethodDefinition*)>              REALRegisterMethod{"PluginRegisterMethod", first<REALRegisterMethod>};
+inline Entry<void*(REALobject null, const char* declaration)>    REALLoadFrameworkMethod{"REALLoadGlobalMethod", first<REALLoadFrameworkMethod>};
+inline Entry<void*(REALobject object, const char* declaration)>  REALLoadObjectMethod{"REALLoadObjectMethod", first<REALLoadObjectMethod>};
 
 // Objects
-inline Entry<REALobject(const char* className)>              REALnewInstance{"PluginNewInstance"};
-inline Entry<void*(const char* className)>                   REALGetClassRef{"pluginObjectType"};
-inline Entry<bool(REALobject, void* classRef)>               REALObjectIsA{"RuntimeObjectIsa"};
-inline Entry<void(REALobject)>                               REALLockObject{"REALLockObject"};
-inline Entry<void(REALobject)>                               REALUnlockObject{"REALUnlockObject"};
-inline Entry<void(REALobject exception)>                     REALRaiseException{"RuntimeRaiseException"};
-inline Entry<void*(REALobject, uint32_t eventIndex)>         REALGetEventHandler{"GetEventInstance"};  // use REALGetEventInstance
+inline Entry<REALobject(const char* className)>              REALnewInstance{"PluginNewInstance", first<REALnewInstance>};
+inline Entry<void*(const char* className)>                   REALGetClassRef{"pluginObjectType", first<REALGetClassRef>};
+inline Entry<bool(REALobject, void* classRef)>               REALObjectIsA{"RuntimeObjectIsa", first<REALObjectIsA>};
+inline Entry<void(REALobject)>                               REALLockObject{"REALLockObject", first<REALLockObject>};
+inline Entry<void(REALobject)>                               REALUnlockObject{"REALUnlockObject", first<REALUnlockObject>};
+inline Entry<void(REALobject exception)>                     REALRaiseException{"RuntimeRaiseException", first<REALRaiseException>};
+inline Entry<void*(REALobject, uint32_t eventIndex)>         REALGetEventHandler{"GetEventInstance", first<REALGetEventHandler>};  // use REALGetEventInstance
 
 // Strings
-inline Entry<void(REALstring)>                               REALLockString{"REALLockString"};
-inline Entry<void(REALstring)>                               REALUnlockString{"REALUnlockString"};
-inline Entry<REALstring(const char* bytes, int32_t length)>  REALBuildString{"REALBuildString"};
-inline Entry<uint32_t(REALstring)>                           REALGetStringEncoding{"REALGetStringEncoding"};
-inline Entry<void(REALstring, uint32_t encoding)>            REALSetStringEncoding{"REALSetStringEncoding"};
-inline Entry<REALstring(REALstring, uint32_t encoding)>      REALConvertString{"REALConvertString"};
-inline Entry<CFStringRef(REALstring, bool)>                  REALCopyStringCFString{"REALGetStringCFString"};
-inline Entry<CFStringRef(REALstring, bool)>                  REALGetStringCFString{"REALGetStringCFString"};
-inline Entry<bool(REALstring, uint32_t encoding, REALstringData*)>  PluginGetStringData{"PluginGetStringData"};
-inline Entry<char*(REALstring)>                              StringGetCString{"StringGetCString"};
-inline Entry<void(REALstringData*)>                          REALDisposeStringData{"PluginDisposeStringData"};
+inline Entry<void(REALstring)>                               REALLockString{"REALLockString", first<REALLockString>};
+inline Entry<void(REALstring)>                               REALUnlockString{"REALUnlockString", first<REALUnlockString>};
+inline Entry<REALstring(const char* bytes, int32_t length)>  REALBuildString{"REALBuildString", first<REALBuildString>};
+inline Entry<uint32_t(REALstring)>                           REALGetStringEncoding{"REALGetStringEncoding", first<REALGetStringEncoding>};
+inline Entry<void(REALstring, uint32_t encoding)>            REALSetStringEncoding{"REALSetStringEncoding", first<REALSetStringEncoding>};
+inline Entry<REALstring(REALstring, uint32_t encoding)>      REALConvertString{"REALConvertString", first<REALConvertString>};
+inline Entry<CFStringRef(REALstring, bool)>                  REALCopyStringCFString{"REALGetStringCFString", first<REALCopyStringCFString>};
+inline Entry<CFStringRef(REALstring, bool)>                  REALGetStringCFString{"REALGetStringCFString", first<REALGetStringCFString>};
+inline Entry<bool(REALstring, uint32_t encoding, REALstringData*)>  PluginGetStringData{"PluginGetStringData", first<PluginGetStringData>};
+inline Entry<char*(REALstring)>                              StringGetCString{"StringGetCString", first<StringGetCString>};
+inline Entry<void(REALstringData*)>                          REALDisposeStringData{"PluginDisposeStringData", first<REALDisposeStringData>};
 
 // Properties by name; the getters return whether the object has such a property
-inline Entry<bool(REALobject, const char* name, int32_t*)>     REALGetPropValueInt32{"REALGetPropValueInt"};
-inline Entry<bool(REALobject, const char* name, int32_t)>      REALSetPropValueInt32{"REALSetPropValueInt"};
-inline Entry<bool(REALobject, const char* name, int64_t*)>     REALGetPropValueInt64{"REALGetPropValueInt64"};
-inline Entry<bool(REALobject, const char* name, float*)>       REALGetPropValueSingle{"REALGetPropValueSingle"};
-inline Entry<bool(REALobject, const char* name, double*)>      REALGetPropValueDouble{"REALGetPropValueDouble"};
-inline Entry<bool(REALobject, const char* name, REALstring*)>  REALGetPropValueString{"REALGetPropValueString"};
-inline Entry<bool(REALobject, const char* name, REALstring)>   REALSetPropValueString{"REALSetPropValueString"};
+inline Entry<bool(REALobject, const char* name, int32_t*)>     REALGetPropValueInt32{"REALGetPropValueInt", first<REALGetPropValueInt32>};
+inline Entry<bool(REALobject, const char* name, int32_t)>      REALSetPropValueInt32{"REALSetPropValueInt", first<REALSetPropValueInt32>};
+inline Entry<bool(REALobject, const char* name, int64_t*)>     REALGetPropValueInt64{"REALGetPropValueInt64", first<REALGetPropValueInt64>};
+inline Entry<bool(REALobject, const char* name, float*)>       REALGetPropValueSingle{"REALGetPropValueSingle", first<REALGetPropValueSingle>};
+inline Entry<bool(REALobject, const char* name, double*)>      REALGetPropValueDouble{"REALGetPropValueDouble", first<REALGetPropValueDouble>};
+inline Entry<bool(REALobject, const char* name, REALstring*)>  REALGetPropValueString{"REALGetPropValueString", first<REALGetPropValueString>};
+inline Entry<bool(REALobject, const char* name, REALstring)>   REALSetPropValueString{"REALSetPropValueString", first<REALSetPropValueString>};
 
 // New variants
-inline Entry<REALobject(REALstring)>  REALNewVariantString{"StringToVariant"};
-inline Entry<REALobject(int32_t)>     REALNewVariantInteger{"Int32ToVariant"};
-inline Entry<REALobject(int64_t)>     REALNewVariantInt64{"Int64ToVariant"};
-inline Entry<REALobject(double)>      REALNewVariantDouble{"DoubleToVariant"};
-inline Entry<REALobject(bool)>        REALNewVariantBoolean{"BooleanToVariant"};
+inline Entry<REALobject(REALstring)>  REALNewVariantString{"StringToVariant", first<REALNewVariantString>};
+inline Entry<REALobject(int32_t)>     REALNewVariantInteger{"Int32ToVariant", first<REALNewVariantInteger>};
+inline Entry<REALobject(int64_t)>     REALNewVariantInt64{"Int64ToVariant", first<REALNewVariantInt64>};
+inline Entry<REALobject(double)>      REALNewVariantDouble{"DoubleToVariant", first<REALNewVariantDouble>};
+inline Entry<REALobject(bool)>        REALNewVariantBoolean{"BooleanToVariant", first<REALNewVariantBoolean>};
 
 // Arrays; an upper bound of -1 means empty
-inline Entry<REALobject(int32_t elements, int32_t upperBound)>  REALCreateArray{"RuntimeArrayCreateSingleDimBoundedArray"};
-inline Entry<int32_t(REALobject array)>                         REALGetArrayUBound{"RuntimeUBound"};
-inline Entry<REALstring(REALobject array, int32_t index)>       REALGetArrayString{"RuntimeDirectReadStringArray"};
-inline ArrayInsert<REALstring>  REALInsertArrayValueString{"RuntimeArrayDirectGetInsertProc"};
-inline ArrayInsert<REALobject>  REALInsertArrayValueObject{"RuntimeArrayDirectGetInsertProc"};
-inline ArrayGet<int64_t>        REALGetArrayValueInt64{"RuntimeArrayDirectGetGetProc"};
-inline ArrayGet<int32_t>        REALGetArrayValueInt32{"RuntimeArrayDirectGetGetProc"};
-inline ArrayGet<uint8_t>        REALGetArrayValueUInt8{"RuntimeArrayDirectGetGetProc"};
-inline ArrayGet<float>          REALGetArrayValueSingle{"RuntimeArrayDirectGetGetProc"};
-inline ArrayGet<double>         REALGetArrayValueDouble{"RuntimeArrayDirectGetGetProc"};
-inline ArrayGet<REALstring>     REALGetArrayValueString{"RuntimeArrayDirectGetGetProc"};
-inline ArrayGet<REALobject>     REALGetArrayValueObject{"RuntimeArrayDirectGetGetProc"};
-inline ArraySet<REALobject>     REALSetArrayValueObject{"RuntimeArrayDirectGetSetProc"};
+inline Entry<REALobject(int32_t elements, int32_t upperBound)>  REALCreateArray{"RuntimeArrayCreateSingleDimBoundedArray", first<REALCreateArray>};
+inline Entry<int32_t(REALobject array)>                         REALGetArrayUBound{"RuntimeUBound", first<REALGetArrayUBound>};
+inline Entry<REALstring(REALobject array, int32_t index)>       REALGetArrayString{"RuntimeDirectReadStringArray", first<REALGetArrayString>};
+inline ArrayInsert<REALstring>  REALInsertArrayValueString{"RuntimeArrayDirectGetInsertProc", first<REALInsertArrayValueString>};
+inline ArrayInsert<REALobject>  REALInsertArrayValueObject{"RuntimeArrayDirectGetInsertProc", first<REALInsertArrayValueObject>};
+inline ArrayGet<int64_t>        REALGetArrayValueInt64{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueInt64>};
+inline ArrayGet<int32_t>        REALGetArrayValueInt32{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueInt32>};
+inline ArrayGet<uint8_t>        REALGetArrayValueUInt8{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueUInt8>};
+inline ArrayGet<float>          REALGetArrayValueSingle{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueSingle>};
+inline ArrayGet<double>         REALGetArrayValueDouble{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueDouble>};
+inline ArrayGet<REALstring>     REALGetArrayValueString{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueString>};
+inline ArrayGet<REALobject>     REALGetArrayValueObject{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueObject>};
+inline ArraySet<REALobject>     REALSetArrayValueObject{"RuntimeArrayDirectGetSetProc", first<REALSetArrayValueObject>};
 
 // Memory blocks and folder items
 struct FSRef;
 struct FSSpec;
-inline Entry<void*(REALobject memoryBlock)>    REALMemoryBlockGetPtr{"memoryBlockGetPtr"};
-inline Entry<int32_t(REALobject memoryBlock)>  REALMemoryBlockGetSize{"memoryBlockGetSize"};
-inline Entry<bool(REALobject folderItem, FSRef*, HFSUniStr255*)>    REALFSRefFromFolderItem{"REALFSRefFromFolderItem"};
-inline Entry<REALobject(const FSRef* parent, const HFSUniStr255*)>  REALFolderItemFromParentFSRef{"REALFolderItemFromParentFSRef"};
-inline Entry<bool(FSSpec*, REALobject folderItem)>                  REALFSSpecFromFolderItem{"REALFSSpecFromFolderItem"};
-inline Entry<REALobject(const FSSpec*)>                             REALFolderItemFromFSSpec{"FolderItemFromFSSpec"};
+inline Entry<void*(REALobject memoryBlock)>    REALMemoryBlockGetPtr{"memoryBlockGetPtr", first<REALMemoryBlockGetPtr>};
+inline Entry<int32_t(REALobject memoryBlock)>  REALMemoryBlockGetSize{"memoryBlockGetSize", first<REALMemoryBlockGetSize>};
+inline Entry<bool(REALobject folderItem, FSRef*, HFSUniStr255*)>    REALFSRefFromFolderItem{"REALFSRefFromFolderItem", first<REALFSRefFromFolderItem>};
+inline Entry<REALobject(const FSRef* parent, const HFSUniStr255*)>  REALFolderItemFromParentFSRef{"REALFolderItemFromParentFSRef", first<REALFolderItemFromParentFSRef>};
+inline Entry<bool(FSSpec*, REALobject folderItem)>                  REALFSSpecFromFolderItem{"REALFSSpecFromFolderItem", first<REALFSSpecFromFolderItem>};
+inline Entry<REALobject(const FSSpec*)>                             REALFolderItemFromFSSpec{"FolderItemFromFSSpec", first<REALFolderItemFromFSSpec>};
 
 // Functions of the host language, looked up by their declaration, letter for letter as the host spells it
 inline void* findFunction(const char* declaration) { return REALLoadFrameworkMethod(nullptr, declaration); }
 template <typename Signature>
 using HostFunction = ServiceCell<Signature, findFunction>;
 
-inline HostFunction<int32_t(REALstring)>          LenB{"LenB( s as string ) as integer"};
+inline HostFunction<int32_t(REALstring)>          LenB{"LenB( s as string ) as integer", first<LenB>};
 
 // clang-format on

@@ -10,11 +10,13 @@ class VariantAccessor {
  public:
   typedef Entry<bool(REALobject, const char* name, Value*)> PropertyService;
 
-  constexpr VariantAccessor(const char* function, const char* property, PropertyService& readProperty)
-      : read_(function), property_(property), readProperty_(readProperty) {}
+  constexpr VariantAccessor(const char* function, Value (*firstCall)(REALobject variant),
+                            const char* property, PropertyService& readProperty)
+      : read_(function, firstCall), property_(property), readProperty_(readProperty) {}
 
-  Value operator()(REALobject variant) {
-    if (!variant) return Value();
+  Value operator()(REALobject variant) { return variant ? read_(variant) : Value(); }
+
+  Value callFirst(REALobject variant) {
     if (const auto read = read_.function()) return read(variant);
     Value value = Value();
     readProperty_(variant, property_, &value);
@@ -33,10 +35,10 @@ template <typename Value>
 using VariantByFunction = VariantAccessor<Value, findFunction>;
 
 // clang-format off
-inline VariantByFunction<int32_t>  GetVariantType{"VarType(value As Variant) As Int32", "Type", REALGetPropValueInt32};
-inline VariantByEntry<REALstring>  GetVariantString{"VariantToString", "StringValue", REALGetPropValueString};
-inline VariantByEntry<int32_t>     GetVariantInt32{"VariantToInt32", "Int32Value", REALGetPropValueInt32};
-inline VariantByEntry<int64_t>     GetVariantInt64{"VariantToInt64", "LongValue", REALGetPropValueInt64};
-inline VariantByEntry<float>       GetVariantSingle{"VariantToSingle", "SingleValue", REALGetPropValueSingle};
-inline VariantByEntry<double>      GetVariantDouble{"VariantToDouble", "DoubleValue", REALGetPropValueDouble};
+inline VariantByFunction<int32_t>  GetVariantType{"VarType(value As Variant) As Int32", first<GetVariantType>, "Type", REALGetPropValueInt32};
+inline VariantByEntry<REALstring>  GetVariantString{"VariantToString", first<GetVariantString>, "StringValue", REALGetPropValueString};
+inline VariantByEntry<int32_t>     GetVariantInt32{"VariantToInt32", first<GetVariantInt32>, "Int32Value", REALGetPropValueInt32};
+inline VariantByEntry<int64_t>     GetVariantInt64{"VariantToInt64", first<GetVariantInt64>, "LongValue", REALGetPropValueInt64};
+inline VariantByEntry<float>       GetVariantSingle{"VariantToSingle", first<GetVariantSingle>, "SingleValue", REALGetPropValueSingle};
+inline VariantByEntry<double>      GetVariantDouble{"VariantToDouble", first<GetVariantDouble>, "DoubleValue", REALGetPropValueDouble};
 // clang-format on

@@ -24,18 +24,6 @@ void raiseNilItem() {
   RaiseException("NilObjectException", "MDItem Reference is nil");
 }
 
-MDItemRef itemOrRaise(REALobject self) {
-  const MDItemRef item = itemData(self)->item;
-  if (!item) raiseNilItem();
-  return item;
-}
-
-Owned<REALobject> newItem(MDItemRef item) {
-  auto instance = adopt(REALnewInstance("MDItemZNK"));
-  if (instance) itemData(instance.get())->item = retain(item).leak();
-  return instance;
-}
-
 void MDItemDestructor(REALobject self) {
   MDItemData* const data = itemData(self);
   releaseField(data->item);

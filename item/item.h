@@ -17,14 +17,22 @@ inline MDItemData* itemData(REALobject item) {
 }
 
 // Raises "NilObjectException" with "MDItem Reference is nil".
-void raiseNilItem();
+[[gnu::noinline, gnu::cold]] void raiseNilItem();
 
 // The instance's item, borrowed. Without one it raises as above and returns null; the caller returns its
 // neutral value at once.
-MDItemRef itemOrRaise(REALobject self);
+inline MDItemRef itemOrRaise(REALobject self) {
+  const MDItemRef item = itemData(self)->item;
+  if (!item) raiseNilItem();
+  return item;
+}
 
 // A new MDItemZNK with its own reference to the item. Empty when the host makes no instance.
-Owned<REALobject> newItem(MDItemRef item);
+inline Owned<REALobject> newItem(MDItemRef item) {
+  auto instance = adopt(REALnewInstance("MDItemZNK"));
+  if (instance) itemData(instance.get())->item = retain(item).leak();
+  return instance;
+}
 
 void MDItemDestructor(REALobject self);
 REALstring querykMDItemDisplayName(REALobject self, int32_t parameter);

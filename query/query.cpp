@@ -51,10 +51,8 @@ REALobject attributeArray(REALobject self, CFArrayRef (*copyAttributes)(MDQueryR
 
 }  // namespace
 
-MDQueryRef queryOrRaise(REALobject self) {
-  const MDQueryRef query = queryData(self)->query;
-  if (!query) RaiseException("NilObjectException", "MDQuery Reference is nil");
-  return query;
+void raiseNilQuery() {
+  RaiseException("NilObjectException", "MDQuery Reference is nil");
 }
 
 void rbMDQueryCreate2(REALobject self, REALstring queryString) {

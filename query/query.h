@@ -15,9 +15,16 @@ inline MDQueryData* queryData(REALobject query) {
   return instanceData<MDQueryData>(query, MDQueryClass);
 }
 
-// The instance's query, borrowed. Without one it raises "NilObjectException" with "MDQuery Reference is nil"
-// and returns null; the caller returns its neutral value at once.
-MDQueryRef queryOrRaise(REALobject self);
+// Raises "NilObjectException" with "MDQuery Reference is nil".
+[[gnu::noinline, gnu::cold]] void raiseNilQuery();
+
+// The instance's query, borrowed. Without one it raises as above and returns null; the caller returns its
+// neutral value at once.
+inline MDQueryRef queryOrRaise(REALobject self) {
+  const MDQueryRef query = queryData(self)->query;
+  if (!query) raiseNilQuery();
+  return query;
+}
 
 // The constructors. The number counts the arguments, with the instance as the first. They leave the instance
 // without a query, silently, when the query string is empty or the service rejects it, and when the parent of
