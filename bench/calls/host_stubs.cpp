@@ -12,34 +12,12 @@
 
 namespace bench::calls {
 
-Thing query{kOther, "query", {&cfQuery}};
-Thing item{kOther, "item", {&cfItem}};
-Thing newInstance{kOther, "new instance", {}};
-Thing array{kOther, "array", {}};
-Thing string{kOther, "string", {}};
-Thing variant{kVariantString, "variant", {}};
-Thing integerVariant{kVariantInteger, "integer variant", {}};
-Thing dateVariant{kVariantDate, "date variant", {}};
-Thing stringVariant{kVariantString, "string variant", {}};
-Thing stringsVariant{kVariantStrings, "variant of strings", {}};
-Thing dictionaryVariant{kVariantObject, "Dictionary", {}};
-Thing folderItemVariant{kVariantObject, "FolderItem", {}};
-Thing cfURL{kURL, "CFURL", {}};
-Thing cfNumber{kNumber, "CFNumber", {}};
-Thing cfArray{kArray, "CFArray", {}};
-Thing cfDictionary{kDictionary, "CFDictionary", {}};
-Thing cfString{kString, "CFString", {}};
-Thing cfDate{kDate, "CFDate", {}};
-Thing cfOther{kOther, "another value", {}};
-Thing cfQuery{kOther, "MDQuery", {}};
-Thing cfItem{kOther, "MDItem", {}};
-
 namespace {
 
 // Registration
 
-const REALclassDefinition* classes[3];
-int classCount = 0;
+const REALclassDefinition* classes[6];  // start-up is done twice
+size_t classCount = 0;
 
 void RegisterPluginVersion(int32_t version) {
   NOTE(version);
@@ -58,7 +36,7 @@ bool REALinRuntime() {
 void PluginRegisterClass(REALclassDefinition* definition) {
   NOTE(definition->name, definition->version, definition->dataSize);
   definition->dataOffset = kDataOffset;
-  classes[classCount++ % 3] = definition;
+  classes[classCount++] = definition;
 }
 
 void PluginRegisterMethod(const REALmethodDefinition* method) {
@@ -79,7 +57,7 @@ const void* pluginObjectType(const char* className) {
 
 bool RuntimeObjectIsa(const Thing* object, const char* className) {
   NOTE(object, className);
-  return *object->name == *className;
+  return *object->className == *className;
 }
 
 void REALUnlockObject(void* object) {
@@ -94,7 +72,7 @@ void REALUnlockString(void* unlocked) {
 
 void* REALBuildString(const char* bytes, int32_t length) {
   NOTE(place(bytes), length);
-  return &string;
+  return &newString;
 }
 
 void REALSetStringEncoding(void* changed, uint32_t encoding) {
@@ -103,7 +81,7 @@ void REALSetStringEncoding(void* changed, uint32_t encoding) {
 
 const void* REALGetStringCFString(void* converted, bool external) {
   NOTE(converted, external);
-  return &cfString;
+  return &newCFString;
 }
 
 // Properties
@@ -123,22 +101,22 @@ bool REALSetPropValueInt(void* object, const char* name, int32_t value) {
 
 void* StringToVariant(void* value) {
   NOTE(value);
-  return &variant;
+  return &newStringVariant;
 }
 
 void* Int32ToVariant(int32_t value) {
   NOTE(value);
-  return &variant;
+  return &newNumberVariant;
 }
 
 void* Int64ToVariant(int64_t value) {
   NOTE(value);
-  return &variant;
+  return &newNumberVariant;
 }
 
 void* DoubleToVariant(double value) {
   NOTE(value);
-  return &variant;
+  return &newNumberVariant;
 }
 
 int32_t VarType(const Thing* asked) {
@@ -153,14 +131,14 @@ int32_t VariantToInt32(void* read) {
 
 void* VariantToString(void* read) {
   NOTE(read);
-  return &string;
+  return &variantsString;
 }
 
 // Arrays
 
 void* RuntimeArrayCreateSingleDimBoundedArray(int32_t elements, int32_t upperBound) {
   NOTE(elements, upperBound);
-  return &array;
+  return &newArray;
 }
 
 int32_t RuntimeUBound(void* asked) {
@@ -174,7 +152,7 @@ void insertElement(void* changed, int32_t index, void* value) {
 
 void getElement(void* asked, int32_t index, void** value) {
   NOTE(asked, index, buffer(value, sizeof *value));
-  *value = &string;
+  *value = &elementString;
 }
 
 void setElement(void* changed, void* value, int32_t index) {
@@ -224,7 +202,7 @@ void* address(Function* function) {
 
 void* REALLoadObjectMethod(const Thing* object, const char* declaration) {
   NOTE(object, declaration);
-  if (isTrueItem(declaration)) return *object->name == 'F' ? address(keyAt) : nullptr;
+  if (isTrueItem(declaration)) return *object->className == 'F' ? address(keyAt) : nullptr;
   if (*declaration == 'K') return address(keyAt);
   const size_t afterKey = sizeof "Value(key As Variant" - 1;
   return declaration[afterKey] == ',' ? address(setEntry) : address(entryOf);
@@ -244,7 +222,7 @@ bool REALFSRefFromFolderItem(void* asked, FSRef* file, HFSUniStr255* name) {
 
 void* REALFolderItemFromParentFSRef(const FSRef* parent, const HFSUniStr255* name) {
   NOTE(place(parent), place(name));
-  return &newInstance;
+  return &newFolderItem;
 }
 
 struct Service {

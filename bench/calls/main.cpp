@@ -22,12 +22,18 @@ int main(int argc, char** argv) {
     fail("usage: bench-calls [--markdown | --write]");
     return 2;
   }
-  const std::string difference = bench::calls::differenceOfCalls();
-  if (!difference.empty()) return fail("the calls are not the same; " + difference);
+  const bench::calls::Comparison comparison = bench::calls::compareCalls();
+  if (!comparison.difference.empty()) return fail("the calls are not the same: " + comparison.difference);
   const auto rows = bench::calls::countRows();
   if (!rows) return fail("nothing was counted; install valgrind and libc6-dbg:i386");
-  const bool markdown = option == "--markdown";
-  std::fputs((markdown ? bench::calls::asMarkdown(*rows) : bench::calls::asText(*rows)).c_str(), stdout);
-  if (option == "--write" && !bench::calls::writeInto(DOCUMENT, *rows))
-    return fail(DOCUMENT ": has no table with the heading of this one, or can't be written");
+  if (option == "--markdown") {
+    std::fputs(bench::calls::asMarkdown(*rows).c_str(), stdout);
+  } else {
+    std::printf("%zu calls are the same as the twin's; instructions of a call:\n%s", comparison.calls,
+                bench::calls::asText(*rows).c_str());
+  }
+  const char* const document = bench::calls::kDocument;
+  if (option == "--write" && !bench::calls::writeInto(document, *rows)) {
+    return fail(std::string(document) + ": can't be written, or has no table with the heading of this one");
+  }
 }

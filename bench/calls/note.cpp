@@ -8,19 +8,13 @@
 namespace bench::calls {
 namespace {
 
-const Thing* const kThings[] = {
-    &query,         &item,           &newInstance,       &array,
-    &string,        &variant,        &integerVariant,    &dateVariant,
-    &stringVariant, &stringsVariant, &dictionaryVariant, &folderItemVariant,
-    &cfURL,         &cfNumber,       &cfArray,           &cfDictionary,
-    &cfString,      &cfDate,         &cfOther,           &cfQuery,
-    &cfItem,
-};
-
 std::string nameOf(const void* thing) {
   if (!thing) return "null";
-  const auto found = std::find(std::begin(kThings), std::end(kThings), thing);
-  return found == std::end(kThings) ? "something else" : (*found)->name;
+#define BENCH_NAME(name, ...) \
+  if (thing == &name) return #name;
+  BENCH_THINGS(BENCH_NAME)
+#undef BENCH_NAME
+  return std::to_string(reinterpret_cast<uintptr_t>(thing));
 }
 
 }  // namespace

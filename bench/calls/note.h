@@ -25,7 +25,7 @@ class Shown {
   Shown(int64_t number) : text(std::to_string(number)) {}
   Shown(double number) : text(std::to_string(number)) {}
   Shown(const char* shown) : text(shown ? shown : "null") {}
-  Shown(const void* thing);  // one of things.h, or null, or anything else
+  Shown(const void* thing);  // its name in things.h; of anything else the address
   explicit Shown(std::string shown) : text(std::move(shown)) {}
 
   std::string text;

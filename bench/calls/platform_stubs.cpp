@@ -23,7 +23,7 @@ Reference as(Thing& value) {
 
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
 const CFAllocatorRef kCFAllocatorSystemDefault = nullptr;
-const CFNullRef kCFNull = as<CFNullRef>(cfOther);
+const CFNullRef kCFNull = as<CFNullRef>(cfNull);
 const CFArrayCallBacks kCFTypeArrayCallBacks = {};
 const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {};
 const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {};
@@ -73,7 +73,7 @@ const void* CFArrayGetValueAtIndex(CFArrayRef values, CFIndex index) {
 
 CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef, CFIndex capacity, const CFArrayCallBacks* callBacks) {
   NOTE(capacity, callBacks);
-  return as<CFMutableArrayRef>(cfArray);
+  return as<CFMutableArrayRef>(newCFArray);
 }
 
 void CFArrayAppendValue(CFMutableArrayRef values, const void* value) {
@@ -84,7 +84,7 @@ CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef, CFIndex capacit
                                                  const CFDictionaryKeyCallBacks* keyCallBacks,
                                                  const CFDictionaryValueCallBacks* valueCallBacks) {
   NOTE(capacity, keyCallBacks, valueCallBacks);
-  return as<CFMutableDictionaryRef>(cfDictionary);
+  return as<CFMutableDictionaryRef>(newCFDictionary);
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef values, const void* key, const void* value) {
@@ -93,7 +93,7 @@ void CFDictionarySetValue(CFMutableDictionaryRef values, const void* key, const 
 
 void CFDictionaryApplyFunction(CFDictionaryRef values, CFDictionaryApplierFunction apply, void* context) {
   NOTE(values, context);
-  for (int i = 0; i < kElements; ++i) apply(&cfString, &cfNumber, context);
+  for (int i = 0; i < kElements; ++i) apply(&cfKey, &cfNumber, context);
 }
 
 Boolean CFNumberIsFloatType(CFNumberRef number) {
@@ -113,7 +113,7 @@ Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
 
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void* value) {
   NOTE(type, *static_cast<const int32_t*>(value));
-  return as<CFNumberRef>(cfNumber);
+  return as<CFNumberRef>(newCFNumber);
 }
 
 CFIndex CFStringGetLength(CFStringRef text) {
@@ -129,7 +129,7 @@ Boolean CFStringGetCString(CFStringRef text, char* bytes, CFIndex size, CFString
 
 CFStringRef __CFStringMakeConstantString(const char* text) {
   NOTE(text);
-  return as<CFStringRef>(cfString);
+  return as<CFStringRef>(constantCFString);
 }
 
 CFAbsoluteTime CFDateGetAbsoluteTime(CFDateRef date) {
@@ -149,7 +149,7 @@ CFAbsoluteTime CFGregorianDateGetAbsoluteTime(CFGregorianDate date, CFTimeZoneRe
 
 CFDateRef CFDateCreate(CFAllocatorRef, CFAbsoluteTime time) {
   NOTE(time);
-  return as<CFDateRef>(cfDate);
+  return as<CFDateRef>(newCFDate);
 }
 
 // Files
@@ -161,13 +161,13 @@ Boolean CFURLGetFSRef(CFURLRef url, FSRef* file) {
 
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* file) {
   NOTE(place(file));
-  return as<CFURLRef>(cfURL);
+  return as<CFURLRef>(newCFURL);
 }
 
 CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef component,
                                                Boolean isFolder) {
   NOTE(url, component, isFolder);
-  return as<CFURLRef>(cfURL);
+  return as<CFURLRef>(appendedCFURL);
 }
 
 OSErr FSFindFolder(FSVolumeRefNum volume, OSType type, Boolean create, FSRef* folder) {
@@ -186,7 +186,7 @@ OSErr FSGetCatalogInfo(const FSRef* file, FSCatalogInfoBitmap which, FSCatalogIn
 
 CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
   NOTE(url);
-  return as<CFBundleRef>(cfOther);
+  return as<CFBundleRef>(newCFBundle);
 }
 
 Boolean CFBundleLoadExecutable(CFBundleRef bundle) {
@@ -211,7 +211,6 @@ const void* MDQueryGetResultAtIndex(MDQueryRef asked, CFIndex index) {
   return &cfItem;
 }
 
-// A number, or a string where the instance's second word says so.
 CFTypeRef MDItemCopyAttribute(MDItemRef asked, CFStringRef key) {
   NOTE(asked, key);
   return thing(asked).data[0];

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -96,17 +97,36 @@ class Folder {
   std::string path_;
 };
 
-// Nothing when the file isn't there or has no sum.
-std::optional<int> sumIn(const std::string& file) {
-  const std::string label = "totals: ";
-  std::ifstream stream(file);
-  for (std::string line; std::getline(stream, line);) {
-    if (line.starts_with(label)) return std::stoi(line.substr(label.size()));
-  }
-  return {};
+// Instructions of one call, and those of them that are in the stubs.
+struct Count {
+  int all = 0;
+  int stubs = 0;
+};
+
+Count operator-(const Count& count, const Count& less) {
+  return {count.all - less.all, count.stubs - less.stubs};
 }
 
-typedef std::map<std::string, int> Counts;
+// A file of callgrind's: "ob=FILE" says where the functions are that follow, and a line of two numbers what a
+// line of their source takes, or after "calls=" what the function takes that it calls.
+std::optional<Count> countIn(std::ifstream file) {
+  if (!file) return {};
+  Count count;
+  bool isStub = false, isOfCallee = false;
+  for (std::string line; std::getline(file, line);) {
+    int place, cost;
+    if (line.starts_with("ob=")) {
+      isStub = line.substr(3) == CALLS_DRIVER;
+    } else if (!isOfCallee && std::sscanf(line.c_str(), "%d %d", &place, &cost) == 2) {
+      count.all += cost;
+      if (isStub) count.stubs += cost;
+    }
+    isOfCallee = line.starts_with("calls=");
+  }
+  return count;
+}
+
+typedef std::map<std::string, Count> Counts;
 
 // Of the calls, and of start-up, which each run begins with. Callgrind writes a file for each call of
 // `measured`.
@@ -116,6 +136,8 @@ std::optional<Counts> countIn(const char* binary, const std::vector<std::string>
   std::vector<std::string> command = {"valgrind",
                                       "--tool=callgrind",
                                       "--callgrind-out-file=" + output,
+                                      "--compress-strings=no",
+                                      "--compress-pos=no",
                                       "--toggle-collect=measured",
                                       "--dump-after=measured",
                                       CALLS_DRIVER,
@@ -127,12 +149,13 @@ std::optional<Counts> countIn(const char* binary, const std::vector<std::string>
   measured.insert(measured.end(), calls.begin(), calls.end());
   Counts counts;
   for (size_t i = 0; i < measured.size(); ++i) {
-    const auto sum = sumIn(output + "." + std::to_string(i + 1));
-    if (!sum) return {};
-    counts[measured[i]] = *sum;
+    const auto count = countIn(std::ifstream(output + "." + std::to_string(i + 1)));
+    if (!count) return {};
+    counts[measured[i]] = *count;
   }
-  const int around = counts[kEmpty] - 1;  // the empty function returns
-  for (auto& [name, count] : counts) count -= around;
+  // The driver's own, which are around each call. The empty function is one instruction.
+  const int around = counts[kEmpty].all - 1;
+  for (auto& [name, count] : counts) count = count - Count{around, around};
   return counts;
 }
 
@@ -146,36 +169,42 @@ std::optional<Counts> countInDylibs() {
   return counts;
 }
 
-int countOf(const Wanted& row, const Counts& counts) {
-  const int count = counts.at(row.call);
-  return row.less ? (count - counts.at(row.less)) / row.times : count;
+Count countOf(const Wanted& row, const Counts& counts) {
+  Count count = counts.at(row.call);
+  if (!row.less) return count;
+  count = count - counts.at(row.less);
+  return {count.all / row.times, count.stubs / row.times};
 }
-
-typedef std::vector<std::string> Lines;
 
 // What arrives at the stubs, each call after the name of what it belongs to. Preparations are left out: the
 // twin finds its services all at once.
-Lines callsIn(const char* binary, const std::vector<std::string>& calls) {
+std::vector<std::string> callsIn(const char* binary, const std::vector<std::string>& calls) {
   std::vector<std::string> command = {CALLS_DRIVER_NOTED, binary};
   command.insert(command.end(), calls.begin(), calls.end());
   const Usage usage = run(command);
-  Lines lines;
+  std::vector<std::string> arrived;
   std::string part;
   std::istringstream stream(usage.errors);
   for (std::string line; std::getline(stream, line);) {
-    if (line.starts_with("# ")) part = line.substr(2);
-    if (part != "preparation") lines.push_back(part + ": " + line);
+    if (line.starts_with("# ")) {
+      part = line.substr(2);
+    } else if (part != "preparation") {
+      arrived.push_back(part + ": " + line);
+    }
   }
-  if (usage.status != 0) lines.push_back(std::string(binary) + " failed");
-  lines.push_back("nothing more");
-  return lines;
+  if (usage.status != 0) arrived.push_back(std::string("the failure of ") + binary);
+  return arrived;
 }
 
-std::string differenceBetween(const char* binary, const std::vector<std::string>& calls) {
-  const Lines ours = callsIn(binary, calls), twins = callsIn(MEASURED_TWIN, calls);
+void compareWithTwin(const char* binary, const std::vector<std::string>& calls, Comparison& comparison) {
+  if (!comparison.difference.empty()) return;
+  const auto ours = callsIn(binary, calls), twins = callsIn(MEASURED_TWIN, calls);
   const auto [our, twin] = std::mismatch(ours.begin(), ours.end(), twins.begin(), twins.end());
-  if (our == ours.end() || twin == twins.end()) return {};  // both are
-  return std::string(binary) + " makes \"" + *our + "\", the twin \"" + *twin + "\"";
+  comparison.calls += static_cast<size_t>(our - ours.begin());
+  if (our == ours.end() && twin == twins.end()) return;
+  const std::string end = "nothing more";
+  comparison.difference = std::string(binary) + " makes \"" + (our == ours.end() ? end : *our) +
+                          "\", the twin \"" + (twin == twins.end() ? end : *twin) + '"';
 }
 
 }  // namespace
@@ -186,16 +215,19 @@ std::optional<std::vector<Row>> countRows() {
   const auto dylib = countInDylibs();
   if (!plugin || !twin || !dylib) return {};
   std::vector<Row> rows;
-  for (const Wanted& row : kRows)
-    rows.push_back({row.what, countOf(row, *plugin), countOf(row, *twin), countOf(row, *dylib)});
+  for (const Wanted& row : kRows) {
+    const Count least = countOf(row, *twin);
+    rows.push_back({row.what, least.stubs, countOf(row, *plugin).all, least.all, countOf(row, *dylib).all});
+  }
   return rows;
 }
 
-std::string differenceOfCalls() {
-  std::string found = differenceBetween(MEASURED_PLUGIN, callsOf());
-  if (found.empty()) found = differenceBetween(PLUGIN_DYLIB, callsOf(Kind::kMethod));
-  if (found.empty()) found = differenceBetween(BRIDGE_DYLIB, callsOf(Kind::kConversion));
-  return found;
+Comparison compareCalls() {
+  Comparison comparison;
+  compareWithTwin(MEASURED_PLUGIN, callsOf(), comparison);
+  compareWithTwin(PLUGIN_DYLIB, callsOf(Kind::kMethod), comparison);
+  compareWithTwin(BRIDGE_DYLIB, callsOf(Kind::kConversion), comparison);
+  return comparison;
 }
 
 }  // namespace bench::calls

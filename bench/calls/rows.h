@@ -7,10 +7,10 @@
 
 namespace bench::calls {
 
-// Instructions of one call, with those of the functions that it calls in turn: the stubs of host and
-// platform.
+// Instructions of one call, with those of the stubs of host and platform that it calls.
 struct Row {
   std::string what;
+  int stubs = 0;   // the part of the twin's that is in the stubs
   int plugin = 0;  // compiled by clang as ELF
   int twin = 0;
   int dylib = 0;
@@ -22,9 +22,14 @@ struct Row {
 // Counted by callgrind. Nothing where there is no valgrind, or where the driver fails.
 std::optional<std::vector<Row>> countRows();
 
-// Where the calls that the plug-in (or the dylib) makes first differ from the twin's, for people; empty when
-// they don't: the same functions of host and platform in the same order, with the same arguments, and with
-// buffers of the same size that are cleared or not.
-std::string differenceOfCalls();
+struct Comparison {
+  size_t calls = 0;        // that are the same
+  std::string difference;  // for people; empty when there is none
+};
+
+// The calls that reach host and platform from the plug-in, and from the dylib, beside those from the twin:
+// the same functions in the same order, with the same arguments, and with buffers of the same size, cleared
+// or not. Ends at the first difference.
+Comparison compareCalls();
 
 }  // namespace bench::calls
