@@ -5,9 +5,10 @@
 #include <dlfcn.h>
 
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "bench/calls/host.h"
 #include "bench/calls/note.h"
@@ -19,12 +20,13 @@ namespace {
 
 typedef void* Function(void* first, void* second);
 
-// Where the plug-in's strlen and memset lead. Those of the C library take different ways on different
-// processors.
+// Where the plug-in's strlen and memset lead: those of the C library take different ways on different
+// processors. The stubs write no text whose length could be told.
 extern "C" __attribute__((visibility("default"))) size_t __wrap_strlen(const char*) {
   return kLength;
 }
 
+// Clears memory for real, in about as many steps as the C library.
 extern "C" __attribute__((visibility("default"))) void* __wrap_memset(void* to, int value, size_t size) {
   typedef char Piece __attribute__((vector_size(16), aligned(1), may_alias));
   const Piece piece = Piece{} + static_cast<char>(value);
@@ -161,15 +163,10 @@ void run(const Binary& binary, const Call& call) {
   if constexpr (kNoted) note("returned", {result});
 }
 
-}  // namespace
-}  // namespace bench::calls
-
-int main(int argc, char** argv) {
-  using namespace bench::calls;
-  if (argc < 2) fail("name a plug-in");
-  const Binary binary(argv[1]);
+void runAll(const char* path, const std::vector<std::string>& calls) {
+  const Binary binary(path);
   void* const start = binary.symbol("REALPluginMain");
-  if (!start) fail(std::string(argv[1]) + " is no plug-in");
+  if (!start) fail(std::string(path) + " is no plug-in");
   measured(empty, nullptr, nullptr);
   begin("REALPluginMain");
   measured(function(start), address(resolveStartUp), nullptr);
@@ -179,5 +176,17 @@ int main(int argc, char** argv) {
   function(start)(address(resolve), nullptr);
   if (void* const resolveServices = binary.symbol("resolveServices"))
     function(resolveServices)(address(resolve), nullptr);
-  for (int i = 2; i < argc; ++i) run(binary, callOf(argv[i]));
+  for (const std::string& call : calls) run(binary, callOf(call));
+}
+
+}  // namespace
+}  // namespace bench::calls
+
+int main(int argc, char** argv) {
+  if (argc < 2) bench::calls::fail("name a plug-in");
+  try {
+    bench::calls::runAll(argv[1], {argv + 2, argv + argc});
+  } catch (const macho::LoadError& error) {
+    bench::calls::fail(error.what());
+  }
 }
