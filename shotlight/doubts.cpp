@@ -8,7 +8,6 @@
 #include "shotlight/output.h"
 #include "shotlight/text.h"
 #include "standin/coreservices/metadata/control.h"
-#include "standin/gate/shown_text.h"
 
 namespace shotlight {
 namespace {
@@ -19,17 +18,6 @@ std::string warningOf(const standin::QueryDoubt& doubt, std::u16string_view quer
   const std::string meant = nearestKey(doubt.key);
   return "no file has " + doubt.key + "; " +
          (meant.empty() ? "shotlight keys lists the keys" : "did you mean " + meant + "?");
-}
-
-// Where the first byte is that is part of no character; the size of the text where there is none.
-size_t endOfValid(const std::string& text) {
-  size_t at = 0;
-  while (at < text.size()) {
-    const standin::Character character = standin::characterAt(text, at);
-    if (!character.valid) break;
-    at += character.length;
-  }
-  return at;
 }
 
 }  // namespace
@@ -47,8 +35,8 @@ void warnOfDoubts(const std::string& query) {
 void checkBytes(const std::string& query) {
   if (query.starts_with("\xEF\xBB\xBF"))
     throw CommandError("the query starts with a byte order mark, at byte 1; leave it out");
-  if (utf16(query)) return;
   const size_t at = endOfValid(query);
+  if (at == query.size()) return;
   char byte[8];
   std::snprintf(byte, sizeof byte, "\\x%02X", static_cast<unsigned char>(query[at]));
   throw CommandError("the query is not valid UTF-8 at byte " + std::to_string(at + 1) + ", " + byte +

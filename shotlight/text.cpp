@@ -119,7 +119,19 @@ bool knowCharacters() {
   return known;
 }
 
+size_t endOfValid(std::string_view text) {
+  size_t at = 0;
+  while (at < text.size()) {
+    const Character character = characterAt(text, at);
+    if (!character.valid) break;
+    at += character.length;
+  }
+  return at;
+}
+
 std::optional<std::u16string> utf16(const std::string& utf8) {
+  // Core Foundation lets through some bytes that are no character.
+  if (endOfValid(utf8) < utf8.size()) return std::nullopt;
   const String text(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(utf8.data()),
                                             static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
   if (!text) return std::nullopt;

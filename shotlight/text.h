@@ -12,6 +12,9 @@ namespace shotlight {
 // can't.
 bool knowCharacters();
 
+// Where the first byte is that is part of no character of UTF-8; the size of the text where there is none.
+size_t endOfValid(std::string_view text);
+
 // Nothing for text that is not valid UTF-8.
 std::optional<std::u16string> utf16(const std::string& utf8);
 

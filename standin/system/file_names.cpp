@@ -20,12 +20,13 @@ struct ReleaseCF {
 using OwnedString = std::unique_ptr<const __CFString, ReleaseCF>;
 using OwnedMutableString = std::unique_ptr<__CFString, ReleaseCF>;
 
-// Nothing for a name that is no text.
+// Nothing for a name that is no text. Core Foundation reads some bytes that are none as U+FFFD, and leaves a
+// byte order mark out.
 std::optional<std::string> normalized(const std::string& name, CFStringNormalizationForm form) {
   const OwnedString text(
       CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(name.data()),
                               static_cast<CFIndex>(name.size()), kCFStringEncodingUTF8, false));
-  if (!text) return {};
+  if (!text || utf8Of(text.get()) != name) return {};
   const OwnedMutableString changed(CFStringCreateMutableCopy(kCFAllocatorDefault, 0, text.get()));
   if (!changed) return {};
   CFStringNormalize(changed.get(), form);

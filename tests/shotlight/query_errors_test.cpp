@@ -64,6 +64,8 @@ TEST(BadQuery, ThatIsNotUTF8SaysSo) {
   const std::pair<std::string, const char*> rows[] = {
       {"kMDItemFSName == \"\xFF\"", "19, \\xFF"},
       {"\xC3", "1, \\xC3"},
+      {"\xA9", "1, \\xA9"},
+      {"kMDItemFSName == \"\xA9\"", "19, \\xA9"},
       {"kMDItemFSName == \"\u6771\u4EAC\xED\xA0\x80\"", "25, \\xED"},
   };
   for (const auto& [query, place] : rows)

@@ -60,7 +60,9 @@ TEST(Window, NeedsOneText) {
   expectError(shotlight({"window"}), "window needs a text, such as harbour");
   expectError(shotlight({"window", "a", "b"}),
               "'b' is one argument too many; put the whole text in one pair of quotes");
-  expectError(shotlight({"window", "\xFF"}), "the text is not valid UTF-8; write it in UTF-8");
+  for (const char* const bad : {"\xFF", "\xA9"}) {
+    expectError(shotlight({"window", bad}), "the text is not valid UTF-8; write it in UTF-8");
+  }
 }
 
 TEST(Commands, AreTheSameWithTheELFLibrary) {

@@ -14,6 +14,7 @@
 #include "standin/system/file_names.h"
 #include "standin/system/fsref_table.h"
 #include "standin/system/paths.h"
+#include "standin/system/utf8.h"
 
 namespace {
 
@@ -36,10 +37,12 @@ OwnedString makeString(const void* bytes, size_t length, CFStringEncoding encodi
                                              static_cast<CFIndex>(length), encoding, false));
 }
 
-// The name of the volume for its root.
+// The name of the volume for its root. Null where it wouldn't lead back to the file: for a name that is no
+// UTF-8, and for one with a byte order mark, which a string leaves out.
 OwnedString nameOf(const std::string& path) {
   const std::string name = path == "/" ? kVolumeName : path.substr(path.rfind('/') + 1);
-  return makeString(name.data(), name.size(), kCFStringEncodingUTF8);
+  OwnedString text = makeString(name.data(), name.size(), kCFStringEncodingUTF8);
+  return text && standin::utf8Of(text.get()) == name ? std::move(text) : nullptr;
 }
 
 bool putName(CFStringRef text, HFSUniStr255& name) {

@@ -57,14 +57,24 @@ TEST_F(Names, The255thUnitIsTheLast) {
 }
 
 TEST_F(Names, ANameThatIsNoTextIsFoundButHasNoNameInTheCatalogue) {
-  add("bad\xFF");
-  const FSRef ref = mustRef(path("bad\xFF"));
-  HFSUniStr255 name;
-  FSSpec fileSpec;
-  EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, &name, nullptr, nullptr), bdNamErr);
-  EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &fileSpec, nullptr), bdNamErr);
+  for (const char* const bad : {"bad\xFF", "\xA9", "bad\xA9", "\xEF\xBB\xBFmarked"}) {
+    add(bad);
+    const FSRef ref = mustRef(path(bad));
+    HFSUniStr255 name;
+    FSSpec fileSpec;
+    EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, &name, nullptr, nullptr), bdNamErr) << bad;
+    EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &fileSpec, nullptr), bdNamErr) << bad;
+  }
   FSRef none;
   EXPECT_FALSE(refOf(path("missing\xFF"), none));
+}
+
+TEST_F(Names, ANameThatIsNoTextFindsNoFileThatIsNamedAsItReads) {
+  add("\uFFFD");
+  add("marked");
+  FSRef none;
+  EXPECT_FALSE(refOf(path("\xA9"), none));
+  EXPECT_FALSE(refOf(path("\xEF\xBB\xBFmarked"), none));
 }
 
 TEST_F(Names, AllPathsOfOneFileGiveTheSameReference) {
