@@ -3,32 +3,30 @@
 
 #include "standin/corefoundation/strings/encode.h"
 #include "standin/corefoundation/strings/encodings.h"
+#include "standin/corefoundation/strings/icu_encodings.h"
+#include "standin/corefoundation/strings/non_lossy_ascii.h"
 
 namespace cf {
 namespace {
 
-// Bytes per unit at most, and how many units a byte order mark adds.
-struct Growth {
-  CFIndex perUnit;
-  CFIndex mark;
-};
-
-Growth growthOf(CFStringEncoding encoding) {
+// Bytes per unit at most. A byte order mark isn't counted, as on the Mac.
+CFIndex mostBytesPerUnit(CFStringEncoding encoding) {
   switch (encoding) {
     case kCFStringEncodingUTF8:
-      return {3, 0};
+      return 3;
     case kCFStringEncodingUTF16:
-      return {2, 1};
     case kCFStringEncodingUTF16BE:
     case kCFStringEncodingUTF16LE:
-      return {2, 0};
+      return 2;
     case kCFStringEncodingUTF32:
-      return {4, 1};
     case kCFStringEncodingUTF32BE:
     case kCFStringEncodingUTF32LE:
-      return {4, 0};
+      return 4;
+    case kCFStringEncodingNonLossyASCII:
+      return kLongestNonLossyUnit;
     default:
-      return {1, 0};
+      const UConverter* const converter = converterFor(encoding);
+      return converter ? ucnv_getMaxCharSize(converter) : 1;
   }
 }
 
@@ -80,7 +78,7 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encod
   const Gate gate(__func__);
   if (length < 0) cf::misuse(__func__, "a length below 0");
   if (gate.fails()) return 0;
-  const cf::Growth growth = cf::growthOf(encoding);
-  if (length > LONG_MAX / growth.perUnit - growth.mark) return kCFNotFound;
-  return (length + growth.mark) * growth.perUnit;
+  const CFIndex perUnit = cf::mostBytesPerUnit(encoding);
+  if (length > LONG_MAX / perUnit) return kCFNotFound;
+  return length * perUnit;
 }

@@ -180,11 +180,12 @@ CFComparisonResult CFStringCompare(CFStringRef theString1, CFStringRef theString
                                               : cf::compareUnits(a, b);
 }
 
+// Nothing starts or ends with the empty string.
 Boolean CFStringHasPrefix(CFStringRef theString, CFStringRef prefix) {
   const Gate gate(__func__);
   cf::Text whole = cf::textOf(cf::checked(theString, __func__));
   const cf::Text part = cf::textOf(cf::checked(prefix, __func__));
-  if (gate.fails() || part.length > whole.length) return false;
+  if (gate.fails() || part.length == 0 || part.length > whole.length) return false;
   whole.length = part.length;
   return cf::compareUnits(whole, part) == kCFCompareEqualTo;
 }
@@ -193,7 +194,7 @@ Boolean CFStringHasSuffix(CFStringRef theString, CFStringRef suffix) {
   const Gate gate(__func__);
   const cf::Text whole = cf::textOf(cf::checked(theString, __func__));
   const cf::Text part = cf::textOf(cf::checked(suffix, __func__));
-  if (gate.fails() || part.length > whole.length) return false;
+  if (gate.fails() || part.length == 0 || part.length > whole.length) return false;
   const size_t start = whole.length - part.length;
   for (size_t i = 0; i < part.length; ++i) {
     if (whole[start + i] != part[i]) return false;

@@ -7,6 +7,8 @@
 
 #include "standin/corefoundation/runtime/allocator.h"
 #include "standin/corefoundation/strings/encodings.h"
+#include "standin/corefoundation/strings/icu_encodings.h"
+#include "standin/corefoundation/strings/non_lossy_ascii.h"
 #include "standin/gate/memory.h"
 
 namespace cf {
@@ -22,7 +24,7 @@ using UnitBlock = std::unique_ptr<UniChar[], FreeBlock>;
 // Where the decoders write: room for one unit per byte, which no encoding exceeds.
 class Units {
  public:
-  explicit Units(size_t room) : heap_(room > kInline ? allocate(room) : nullptr) {
+  explicit Units(size_t room) : room_(room), heap_(room > kInline ? allocate(room) : nullptr) {
     begin_ = room > kInline ? heap_.get() : inline_;
     end_ = begin_;
   }
@@ -35,6 +37,16 @@ class Units {
       *end_++ = static_cast<UniChar>(codePoint);
     }
   }
+  // What the converter makes of the bytes becomes the text; false when it stops before their end.
+  bool convert(UConverter* converter, Bytes bytes) {
+    UErrorCode error = U_ZERO_ERROR;
+    const int32_t length = ucnv_toUChars(
+        converter, reinterpret_cast<UChar*>(begin_), static_cast<int32_t>(room_),
+        reinterpret_cast<const char*>(bytes.data()), static_cast<int32_t>(bytes.size()), &error);
+    if (U_FAILURE(error)) return false;
+    end_ = begin_ + length;
+    return true;
+  }
   CFStringRef make() const { return makeString(begin_, static_cast<size_t>(end_ - begin_)); }
 
  private:
@@ -42,6 +54,7 @@ class Units {
   static UniChar* allocate(size_t room) {
     return static_cast<UniChar*>(standin::takeMemory([room] { return std::malloc(room * sizeof(UniChar)); }));
   }
+  size_t room_;
   UnitBlock heap_;
   UniChar inline_[kInline];
   UniChar* begin_;
@@ -69,16 +82,18 @@ int32_t nextUTF8(Bytes& rest) {
 }
 
 bool decodeUTF8(Bytes bytes, Units& out) {
-  // The one malformed text that is let through, as the original does.
-  if (bytes.size() == 1 && bytes[0] == 0xA9) {
-    out.push(0xFFFD);
-    return true;
-  }
   constexpr UInt8 kMark[] = {0xEF, 0xBB, 0xBF};
   if (bytes.size() >= sizeof kMark && std::memcmp(bytes.data(), kMark, sizeof kMark) == 0) {
     bytes = bytes.subspan(sizeof kMark);
   }
+  // The one malformed byte that is let through, as on the Mac: a copyright sign of other encodings.
+  constexpr UInt8 kCopyright = 0xA9;
   while (!bytes.empty()) {
+    if (bytes[0] == kCopyright) {
+      out.push(0xFFFD);
+      bytes = bytes.subspan(1);
+      continue;
+    }
     const int32_t c = nextUTF8(bytes);
     if (c < 0) return false;
     out.push(static_cast<uint32_t>(c));
@@ -92,21 +107,31 @@ uint32_t wordAt(Bytes bytes, size_t at, size_t width, bool bigEndian) {
   return word;
 }
 
-// Host order means little-endian. A byte order mark is understood only in text that comes from outside.
+// Part of a unit at the end is dropped.
 bool decodeWords(Bytes bytes, size_t width, bool bigEndian, bool mayCarryMark, Units& out) {
-  if (bytes.size() % width != 0) return false;
+  bytes = bytes.first(bytes.size() - bytes.size() % width);
   size_t at = 0;
-  if (mayCarryMark && bytes.size() >= width) {
-    if (wordAt(bytes, 0, width, false) == 0xFEFF) at = width;
-    if (wordAt(bytes, 0, width, true) == 0xFEFF) {
+  if (mayCarryMark && !bytes.empty()) {
+    for (const bool order : {false, true}) {
+      if (wordAt(bytes, 0, width, order) != 0xFEFF) continue;
       at = width;
-      bigEndian = true;
+      bigEndian = order;
     }
   }
   for (; at < bytes.size(); at += width) {
     const uint32_t word = wordAt(bytes, at, width, bigEndian);
     if (word > 0x10FFFF || (width == 4 && word >= 0xD800 && word < 0xE000)) return false;
     out.push(word);
+  }
+  return true;
+}
+
+bool decodeNonLossyASCII(Bytes bytes, Units& out) {
+  std::string_view rest(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  while (!rest.empty()) {
+    const int32_t unit = takeNonLossyUnit(rest);
+    if (unit < 0) return false;
+    out.push(static_cast<uint32_t>(unit));
   }
   return true;
 }
@@ -120,6 +145,7 @@ bool decodeSingleBytes(Bytes bytes, const UniChar* upper, Units& out) {
   return true;
 }
 
+// Without a byte order mark UTF-16 is in the processor's order, but UTF-32 big-endian.
 bool decodeUnits(Bytes bytes, CFStringEncoding encoding, bool external, Units& out) {
   switch (encoding) {
     case kCFStringEncodingUTF8:
@@ -133,13 +159,17 @@ bool decodeUnits(Bytes bytes, CFStringEncoding encoding, bool external, Units& o
     case kCFStringEncodingUTF16LE:
       return decodeWords(bytes, 2, false, false, out);
     case kCFStringEncodingUTF32:
-      return decodeWords(bytes, 4, false, external, out);
+      return decodeWords(bytes, 4, true, true, out);
     case kCFStringEncodingUTF32BE:
       return decodeWords(bytes, 4, true, false, out);
     case kCFStringEncodingUTF32LE:
       return decodeWords(bytes, 4, false, false, out);
+    case kCFStringEncodingNonLossyASCII:
+      return decodeNonLossyASCII(bytes, out);
     default:
-      return decodeSingleBytes(bytes, upperHalf(encoding), out);
+      if (UConverter* const converter = converterFor(encoding)) return out.convert(converter, bytes);
+      const UniChar* const upper = upperHalf(encoding);
+      return upper && decodeSingleBytes(bytes, upper, out);
   }
 }
 

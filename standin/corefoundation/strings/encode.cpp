@@ -4,6 +4,8 @@
 #include <cstring>
 
 #include "standin/corefoundation/strings/encodings.h"
+#include "standin/corefoundation/strings/icu_encodings.h"
+#include "standin/corefoundation/strings/non_lossy_ascii.h"
 
 namespace cf {
 namespace {
@@ -25,7 +27,19 @@ Character characterAt(Text text, size_t at) {
   return {unit, 1, false};
 }
 
-using Form = UInt8[4];
+using Form = UInt8[2 * kLongestNonLossyUnit];
+
+struct Units {
+  UniChar units[2];
+  size_t count;
+};
+
+Units unitsOf(const Character& c) {
+  if (c.units == 1) return {{static_cast<UniChar>(c.codePoint)}, 1};
+  const uint32_t high = 0xD7C0 + (c.codePoint >> 10);
+  const uint32_t low = 0xDC00 | (c.codePoint & 0x3FF);
+  return {{static_cast<UniChar>(high), static_cast<UniChar>(low)}, 2};
+}
 
 size_t putUTF8(uint32_t c, Form out) {
   if (c < 0x80) {
@@ -48,10 +62,26 @@ size_t putWord(uint32_t word, size_t width, bool bigEndian, UInt8* out) {
 
 // UTF-16 keeps what it is given, unpaired surrogates too.
 size_t putUTF16(const Character& c, bool bigEndian, Form out) {
-  if (c.units == 1) return putWord(c.codePoint, 2, bigEndian, out);
-  putWord(0xD7C0 + (c.codePoint >> 10), 2, bigEndian, out);
-  putWord(0xDC00 | (c.codePoint & 0x3FF), 2, bigEndian, out + 2);
-  return 4;
+  const Units text = unitsOf(c);
+  size_t length = 0;
+  for (size_t i = 0; i < text.count; ++i) length += putWord(text.units[i], 2, bigEndian, out + length);
+  return length;
+}
+
+size_t putNonLossyASCII(const Character& c, Form out) {
+  const Units text = unitsOf(c);
+  size_t length = 0;
+  for (size_t i = 0; i < text.count; ++i) length += putNonLossyUnit(text.units[i], out + length);
+  return length;
+}
+
+size_t putByICU(const Character& c, UConverter* converter, Form out) {
+  const Units text = unitsOf(c);
+  UErrorCode error = U_ZERO_ERROR;
+  const int32_t length =
+      ucnv_fromUChars(converter, reinterpret_cast<char*>(out), sizeof(Form),
+                      reinterpret_cast<const UChar*>(text.units), static_cast<int32_t>(text.count), &error);
+  return U_SUCCESS(error) ? static_cast<size_t>(length) : 0;
 }
 
 size_t putSingleByte(const Character& c, CFStringEncoding encoding, Form out) {
@@ -82,8 +112,11 @@ size_t put(const Character& c, CFStringEncoding encoding, Form out) {
       return c.paired ? putWord(c.codePoint, 4, false, out) : 0;
     case kCFStringEncodingUTF32BE:
       return c.paired ? putWord(c.codePoint, 4, true, out) : 0;
+    case kCFStringEncodingNonLossyASCII:
+      return putNonLossyASCII(c, out);
     default:
-      return putSingleByte(c, encoding, out);
+      UConverter* const converter = c.codePoint < 0x80 ? nullptr : converterFor(encoding);
+      return converter ? putByICU(c, converter, out) : putSingleByte(c, encoding, out);
   }
 }
 
@@ -125,10 +158,11 @@ Encoded encode(Text text, CFStringEncoding encoding, UInt8 lossByte, bool extern
   if (!sink.add(form, putMark(encoding, external, form))) return {0, 0};
   size_t at = 0;
   while (at < text.length) {
-    const Character c = characterAt(text, at);
+    Character c = characterAt(text, at);
     size_t length = put(c, encoding, form);
     if (length == 0) {
       if (lossByte == 0) return {at, sink.used()};
+      c.units = 1;  // each half of a pair is lost for itself
       const Character substitute{lossByte, 1, true};
       length = put(substitute, encoding, form);
     }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "standin/corefoundation/strings/icu_encodings.h"
+
 namespace cf {
 namespace {
 
@@ -77,7 +79,8 @@ int singleByteFor(const UniChar* upper, UniChar unit) {
 }
 
 bool extendsASCII(CFStringEncoding encoding) {
-  return encoding == kCFStringEncodingUTF8 || encoding == kCFStringEncodingASCII || upperHalf(encoding);
+  return encoding == kCFStringEncodingUTF8 || encoding == kCFStringEncodingASCII || upperHalf(encoding) ||
+         isConvertedByICU(encoding);
 }
 
 bool isKnownEncoding(CFStringEncoding encoding) {
@@ -88,6 +91,7 @@ bool isKnownEncoding(CFStringEncoding encoding) {
     case kCFStringEncodingUTF32:
     case kCFStringEncodingUTF32BE:
     case kCFStringEncodingUTF32LE:
+    case kCFStringEncodingNonLossyASCII:
       return true;
     default:
       return extendsASCII(encoding);

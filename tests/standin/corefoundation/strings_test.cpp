@@ -31,11 +31,18 @@ TEST_F(Strings, EveryEncodingComesBackAsItWent) {
       {"ISO", kCFStringEncodingISOLatin1, "caf\u00e9 \u00ff"},
       {"NextStep", kCFStringEncodingNextStepLatin, "caf\u00e9 \ufb01"},
       {"ASCII", kCFStringEncodingASCII, "plain"},
+      {"non-lossy ASCII", kCFStringEncodingNonLossyASCII, "a\\b\\u00e9 \u00e9 \u65e5 \U0001F600"},
+      {"ISO Latin 2", 0x0202, "plain \u0160"},
+      {"ISO Latin 9", 0x020F, "plain \u20ac"},
+      {"Windows Latin 2", 0x0501, "plain \u0141"},
+      {"Windows Cyrillic", 0x0502, "plain \u042f"},
+      {"GB 18030", 0x0632, "plain \u65e5 \U0001F600"},
+      {"Shift JIS", 0x0A01, "plain \u65e5\uff76"},
+      {"Big5", 0x0A03, "plain \u65e5"},
       {"UTF-8", kCFStringEncodingUTF8, "\u00e9 \u65e5 \U0001F600"},
       {"UTF-16", kCFStringEncodingUTF16, "\u00e9 \u65e5 \U0001F600"},
       {"UTF-16BE", kCFStringEncodingUTF16BE, "\u00e9 \u65e5 \U0001F600"},
       {"UTF-16LE", kCFStringEncodingUTF16LE, "\u00e9 \u65e5 \U0001F600"},
-      {"UTF-32", kCFStringEncodingUTF32, "\u00e9 \u65e5 \U0001F600"},
       {"UTF-32BE", kCFStringEncodingUTF32BE, "\u00e9 \u65e5 \U0001F600"},
       {"UTF-32LE", kCFStringEncodingUTF32LE, "\u00e9 \u65e5 \U0001F600"},
   };
@@ -46,10 +53,46 @@ TEST_F(Strings, EveryEncodingComesBackAsItWent) {
       const Owned<CFStringRef> back(CFStringCreateWithBytes(
           nullptr, bytes.data(), static_cast<CFIndex>(bytes.size()), row.encoding, external));
       EXPECT_EQ(textOf(back.get()), row.text) << row.name << (external ? " external" : "");
-      const CFIndex most = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string.get()), row.encoding);
-      EXPECT_LE(static_cast<CFIndex>(bytes.size()), most) << row.name;
+    }
+    const CFIndex most = CFStringGetMaximumSizeForEncoding(CFStringGetLength(string.get()), row.encoding);
+    const std::vector<UInt8> unmarked = bytesIn(string.get(), row.encoding, 0, false);
+    EXPECT_LE(static_cast<CFIndex>(unmarked.size()), most) << row.name;
+  }
+}
+
+TEST_F(Strings, TheGreatestSizeForAnEncodingCountsNoMark) {
+  const std::pair<CFStringEncoding, CFIndex> rows[] = {{kCFStringEncodingUTF8, 9},
+                                                       {kCFStringEncodingUTF16, 6},
+                                                       {kCFStringEncodingUTF32, 12},
+                                                       {kCFStringEncodingMacRoman, 3},
+                                                       {0x0A01, 6}};
+  for (const auto& [encoding, most] : rows) {
+    EXPECT_EQ(CFStringGetMaximumSizeForEncoding(3, encoding), most) << encoding;
+  }
+}
+
+TEST_F(Strings, UTF32IsReadAsItsMarkSaysAndElseBigEndian) {
+  const std::vector<UInt8> rows[] = {
+      {0, 0, 0, 0x41}, {0xFF, 0xFE, 0, 0, 0x41, 0, 0, 0}, {0, 0, 0xFE, 0xFF, 0, 0, 0, 0x41}};
+  for (const std::vector<UInt8>& bytes : rows) {
+    for (const bool external : {false, true}) {
+      const Owned<CFStringRef> string(CFStringCreateWithBytes(
+          nullptr, bytes.data(), static_cast<CFIndex>(bytes.size()), kCFStringEncodingUTF32, external));
+      EXPECT_EQ(textOf(string.get()), "A") << bytes.size();
     }
   }
+  const std::vector<UInt8> little = {0xFF, 0xFE, 0, 0, 0x41, 0, 0, 0};
+  EXPECT_EQ(bytesIn(CFSTR("A"), kCFStringEncodingUTF32, 0, true), little);
+}
+
+TEST_F(Strings, NonLossyASCIIWritesEverythingInASCII) {
+  const auto string = makeString("a\\\u00e9\u65e5\U0001F600");
+  char text[64];
+  ASSERT_TRUE(CFStringGetCString(string.get(), text, sizeof text, kCFStringEncodingNonLossyASCII));
+  EXPECT_STREQ(text, "a\\\\\\351\\u65e5\\ud83d\\ude00");
+  const Owned<CFStringRef> loose(
+      CFStringCreateWithCString(nullptr, "\\ \\q \\u12 \\400", kCFStringEncodingNonLossyASCII));
+  EXPECT_EQ(textOf(loose.get()), "\\ \\q \\u12 \\400");
 }
 
 TEST_F(Strings, ALetterBeyondAsciiIsSeenWhereverItStands) {
@@ -85,8 +128,9 @@ TEST_F(Strings, ExternalTextOpensWithAMarkThatIsUnderstoodInBothOrders) {
 
 TEST_F(Strings, WhatAnEncodingLacksBecomesTheLossByteOrEndsTheConversion) {
   const auto string = makeString("a\U0001F600b");
-  const std::vector<UInt8> lossy = {'a', '?', 'b'};
+  const std::vector<UInt8> lossy = {'a', '?', '?', 'b'};  // one for each unit
   EXPECT_EQ(bytesIn(string.get(), kCFStringEncodingASCII, '?', false), lossy);
+  EXPECT_EQ(bytesIn(string.get(), 0x0A01, '?', false), lossy);
   CFIndex used = 0;
   UInt8 buffer[8];
   EXPECT_EQ(CFStringGetBytes(string.get(), {0, 4}, kCFStringEncodingASCII, 0, false, buffer, 8, &used), 1);
@@ -105,16 +149,22 @@ TEST_F(Strings, ACharacterIsNeverCutInTwoByASmallBuffer) {
 
 TEST_F(Strings, UnknownEncodingsGiveNullAndFalse) {
   char text[8];
-  for (const CFStringEncoding encoding : {0xFFFFU, kCFStringEncodingInvalidId, 0x0BFFU, 0x0A01U}) {
+  for (const CFStringEncoding encoding : {0xFFFFU, kCFStringEncodingInvalidId, 0x0820U, 0x0C01U}) {
     EXPECT_EQ(CFStringCreateWithCString(nullptr, "text", encoding), nullptr) << encoding;
     EXPECT_FALSE(CFStringGetCString(CFSTR("text"), text, 8, encoding)) << encoding;
     EXPECT_EQ(CFStringGetCStringPtr(CFSTR("text"), encoding), nullptr) << encoding;
   }
 }
 
-TEST_F(Strings, BrokenWideTextGivesNull) {
+TEST_F(Strings, WideTextThatEndsInPartOfAUnitDropsIt) {
   const UInt8 odd[] = {0x41, 0x00, 0x42};
-  EXPECT_EQ(CFStringCreateWithBytes(nullptr, odd, 3, kCFStringEncodingUTF16, false), nullptr);
+  const Owned<CFStringRef> string(CFStringCreateWithBytes(nullptr, odd, 3, kCFStringEncodingUTF16, false));
+  EXPECT_EQ(textOf(string.get()), "A");
+  const Owned<CFStringRef> nothing(CFStringCreateWithBytes(nullptr, odd, 3, kCFStringEncodingUTF32, true));
+  EXPECT_EQ(textOf(nothing.get()), "");
+}
+
+TEST_F(Strings, WideTextBeyondUnicodeGivesNull) {
   const UInt8 tooLarge[] = {0x00, 0x00, 0x11, 0x00};
   EXPECT_EQ(CFStringCreateWithBytes(nullptr, tooLarge, 4, kCFStringEncodingUTF32LE, false), nullptr);
 }
@@ -205,7 +255,10 @@ TEST_F(Strings, PrefixesAndSuffixes) {
   EXPECT_FALSE(CFStringHasPrefix(CFSTR("kMD"), CFSTR("kMDItemPath")));
   EXPECT_TRUE(CFStringHasSuffix(CFSTR("photo.jpg"), CFSTR(".jpg")));
   EXPECT_FALSE(CFStringHasSuffix(CFSTR("photo.jpg"), CFSTR(".png")));
-  EXPECT_TRUE(CFStringHasSuffix(CFSTR("photo"), CFSTR("")));
+  for (CFStringRef const whole : {CFSTR("photo"), CFSTR("")}) {
+    EXPECT_FALSE(CFStringHasPrefix(whole, CFSTR("")));
+    EXPECT_FALSE(CFStringHasSuffix(whole, CFSTR("")));
+  }
 }
 
 TEST_F(Strings, PointersAreGivenOnlyToWhatIsStoredThatWay) {
