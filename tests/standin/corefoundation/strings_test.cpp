@@ -213,6 +213,20 @@ TEST_F(Strings, NormalizationHasFourForms) {
   }
 }
 
+TEST_F(Strings, CompatibilityFormsPutMarksInOrder) {
+  const std::pair<const char*, const char*> rows[] = {{"\u1fc1\u0323", " \u0323\u0308\u0342"},
+                                                      {"\u1fee\u0323", " \u0323\u0308\u0301"}};
+  for (const auto& [text, expected] : rows) {
+    for (const CFStringNormalizationForm form :
+         {kCFStringNormalizationFormKD, kCFStringNormalizationFormKC}) {
+      const auto given = makeString(text);
+      const Owned<CFMutableStringRef> string(CFStringCreateMutableCopy(nullptr, 0, given.get()));
+      CFStringNormalize(string.get(), form);
+      EXPECT_EQ(textOf(string.get()), expected) << form;
+    }
+  }
+}
+
 struct CompareRow {
   const char* a;
   const char* b;
