@@ -95,9 +95,16 @@ SInt8 moduloByte(double value, int32_t modulus) {
   return static_cast<SInt8>(whole < 0 ? whole + modulus : whole);
 }
 
+// What comes so late that a double no longer tells days apart, and "not a number", count as the smallest day.
+int64_t dayOf(CFAbsoluteTime at) {
+  constexpr double kTooLate = 0x1p53;
+  const double days = std::floor(at / kSecondsPerDay);
+  return days < kTooLate ? converted<int64_t>(days) : std::numeric_limits<int64_t>::min();
+}
+
 // Years end with the largest that a date has room for; backwards they go round.
 CFGregorianDate gregorianFrom(CFAbsoluteTime at) {
-  const Day day = dayFrom(converted<int64_t>(std::floor(at / kSecondsPerDay)));
+  const Day day = dayFrom(dayOf(at));
   constexpr int64_t kLastYear = std::numeric_limits<int32_t>::max();
   CFGregorianDate date{};
   date.year = static_cast<SInt32>(day.year > kLastYear ? kLastYear : day.year);

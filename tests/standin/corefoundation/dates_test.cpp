@@ -41,7 +41,7 @@ TEST_F(Dates, EveryDayOfEightCenturiesComesBackFromItsGregorianDate) {
 
 TEST_F(Dates, TimesBeyondAllYearsGiveTheDateOfTheSmallestInteger) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (const double at : {kInfinity, -kInfinity, std::nan(""), 1e300, -1e300, 1e24}) {
+  for (const double at : {kInfinity, -kInfinity, std::nan(""), 1e300, -1e300, 1e24, 7.8e20}) {
     const CFGregorianDate date = CFAbsoluteTimeGetGregorianDate(at, nullptr);
     EXPECT_EQ(date.year, 2030437302) << at;
     EXPECT_EQ(date.month, 6) << at;
