@@ -9,7 +9,8 @@ namespace {
 
 bool held = false;
 double heldTime = 0;
-double ahead = 0;  // how far this clock is ahead of the system's, since it was advanced while held
+double skippedAtStart = 0;  // how far the held clock was ahead of the system's when it was first held
+double ahead = 0;           // how far this clock is ahead of the system's, since it was advanced while held
 
 double systemTime() {
   timespec now;
@@ -33,8 +34,13 @@ double clockTime() {
 }
 
 void holdClock() {
+  if (!held) skippedAtStart = ahead;
   heldTime = clockTime();
   held = true;
+}
+
+double timeSkipped() {
+  return held ? std::max(heldTime - systemTime() - skippedAtStart, 0.0) : 0;
 }
 
 void advanceClock(double seconds) {

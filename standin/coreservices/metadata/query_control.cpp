@@ -35,9 +35,9 @@ Boolean MDQueryExecute(MDQueryRef query, CFOptionFlags optionFlags) {
   const Held held(query);
   const bool synchronous = (optionFlags & kMDQuerySynchronous) != 0;
   state.executed = true;
-  state.expression = resolve(state.expression, Date{CFAbsoluteTimeGetCurrent()});
-  implementation.run =
-      std::make_unique<QueryRun>(query, state, !synchronous && (optionFlags & kMDQueryWantsUpdates));
+  const ExpressionRef asked = std::exchange(state.expression, resolve(state.expression, currentTime()));
+  const bool wantsUpdates = !synchronous && (optionFlags & kMDQueryWantsUpdates);
+  implementation.run = std::make_unique<QueryRun>(query, state, asked, wantsUpdates);
   if (synchronous) gatherNow(query, implementation);
   return true;
 }

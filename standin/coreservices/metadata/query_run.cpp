@@ -72,11 +72,21 @@ void postAndRelease(MDQueryRef query, CFStringRef name, CFDictionaryRef told) {
   post(query, name, told);
 }
 
+void stop(CFRunLoopTimerRef& timer) {
+  if (!timer) return;
+  CFRunLoopTimerInvalidate(timer);
+  CFRelease(std::exchange(timer, nullptr));
+}
+
 double secondsOf(size_t milliseconds) {
   return static_cast<double>(milliseconds) / 1000;
 }
 
 }  // namespace
+
+Date currentTime() {
+  return {CFAbsoluteTimeGetCurrent() + timeSkipped()};
+}
 
 void stop(std::unique_ptr<QueryRun> run) {
   const MDQueryRef query = run->query();
@@ -85,14 +95,16 @@ void stop(std::unique_ptr<QueryRun> run) {
   if (found) post(query, kMDQueryProgressNotification, nullptr);
 }
 
-QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : query_(query), state_(state) {
+QueryRun::QueryRun(MDQueryRef query, QueryState& state, const ExpressionRef& asked, bool wantsUpdates)
+    : query_(query), state_(state) {
   const std::vector<std::string> folders = foldersOf(state.scope, state.outerScopes);
   const std::vector<std::string>& excluded = excludedFolders();
-  if (wantsUpdates) watch(folders, excluded);
+  if (wantsUpdates) watch(asked, folders, excluded);
   SearchRequest request{state.expression, folders, excluded};
   request.alsoRead = state.results.attributes();
   request.themselves = looksAtScopesAlone();
   request.filter = walkFilter();
+  request.times = times_.get();
   if (state.maximum > 0) request.maximum = static_cast<size_t>(state.maximum);
   search_ = std::make_unique<Search>(std::move(request), state.results.store(),
                                      [&results = state.results](ResultStore::File file, FileRecord& record) {
@@ -108,7 +120,8 @@ QueryRun::QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates) : que
 
 QueryRun::~QueryRun() {
   runsWithUpdates().erase(this);
-  stopTimer();
+  stop(timer_);
+  stop(momentTimer_);
   if (descriptor_) {
     CFFileDescriptorInvalidate(descriptor_);
     CFRelease(descriptor_);
@@ -117,13 +130,15 @@ QueryRun::~QueryRun() {
   CFRelease(source_);
 }
 
-void QueryRun::watch(const std::vector<std::string>& folders, const std::vector<std::string>& excluded) {
+void QueryRun::watch(const ExpressionRef& asked, const std::vector<std::string>& folders,
+                     const std::vector<std::string>& excluded) {
   std::vector<std::string> roots;
   for (const std::string& folder : folders) {
     if (folder.starts_with('/')) roots.push_back(intendedPath(folder));
   }
   watcher_ = std::make_unique<TreeWatcher>(roots, excluded, walkFilter());
-  changes_ = std::make_unique<LiveChanges>(state_.expression, roots, excluded, walkFilter());
+  times_ = TimeWatch::of(asked, currentTime());
+  changes_ = std::make_unique<LiveChanges>(state_.expression, roots, excluded, walkFilter(), times_.get());
   updateProblem() = watcher_->reason();
   if (watcher_->descriptor() < 0) return;
   runsWithUpdates().insert(this);
@@ -198,6 +213,7 @@ void QueryRun::finishGathering() {
   touchedWhileGathering_ = {};
   if (descriptor_) {
     schedule();
+    awaitMoment();
   } else {
     CFRunLoopSourceInvalidate(source_);
   }
@@ -257,22 +273,24 @@ void QueryRun::schedule() {
   if (limits.update_max_ms == 0 || changes_->size() >= limits.update_max_num) {
     CFRunLoopSourceSignal(source_);
   } else if (!timer_) {
-    startTimer(secondsOf(limits.update_max_ms));
+    timer_ = makeTimer(secondsOf(limits.update_max_ms));
   }
 }
 
-void QueryRun::startTimer(double seconds) {
-  CFRunLoopTimerContext context{};
-  context.info = this;
-  timer_ = CFRunLoopTimerCreate(kCFAllocatorDefault, CFAbsoluteTimeGetCurrent() + seconds, 0, 0, 0, fire,
-                                &context);
-  CFRunLoopAddTimer(CFRunLoopGetCurrent(), timer_, kCFRunLoopDefaultMode);
+// Files whose moments come within the time of a batch are looked at together.
+void QueryRun::awaitMoment() {
+  if (!times_ || times_->next() == TimeWatch::kNever) return;
+  const double left = times_->next() - currentTime().seconds;
+  momentTimer_ = makeTimer(std::max(left, secondsOf(state_.batches.update_max_ms)));
 }
 
-void QueryRun::stopTimer() {
-  if (!timer_) return;
-  CFRunLoopTimerInvalidate(timer_);
-  CFRelease(std::exchange(timer_, nullptr));
+CFRunLoopTimerRef QueryRun::makeTimer(double seconds) {
+  CFRunLoopTimerContext context{};
+  context.info = this;
+  const CFRunLoopTimerRef timer = CFRunLoopTimerCreate(
+      kCFAllocatorDefault, CFAbsoluteTimeGetCurrent() + seconds, 0, 0, 0, fire, &context);
+  CFRunLoopAddTimer(CFRunLoopGetCurrent(), timer, kCFRunLoopDefaultMode);
+  return timer;
 }
 
 // Looks at changes until there are as many as make a batch, or for a moment, as some take a reader. A path
@@ -287,11 +305,11 @@ ResultChanges QueryRun::lookAtNext() {
   const ResultStore& store = state_.results.store();
   while (!changes_->empty() && changes.size() < enough && clockTime() < end &&
          looked.insert(changes_->next()).second) {
-    const std::string path = changes_->take(store);
+    const auto [path, changed] = changes_->take(store);
     const ResultStore::File file = store.find(path);
     const bool known = file != ResultStore::kNoFile;
     if (changes_->isResult(path)) {
-      if (known) changes.changed.push_back(file);
+      if (known && changed) changes.changed.push_back(file);
       if (!known) changes.added.push_back(path);
     } else if (known) {
       changes.removed.push_back(file);
@@ -306,9 +324,15 @@ ResultChanges QueryRun::lookAtNext() {
 }
 
 void QueryRun::updateBatch() {
-  stopTimer();
+  stop(timer_);
+  stop(momentTimer_);
   if (state_.updatesDisabled > 0) return;
+  if (times_) {
+    times_->turnTo(currentTime());
+    changes_->addDue();
+  }
   const ResultChanges changes = lookAtNext();
+  awaitMoment();
   if (!changes_->empty()) CFRunLoopSourceSignal(source_);
   if (changes.size() == 0) return;
   const CFDictionaryRef told = state_.results.update(changes);

@@ -14,6 +14,7 @@
 #include "standin/coreservices/metadata/query_state.h"
 #include "standin/coreservices/search/live_changes.h"
 #include "standin/coreservices/search/search.h"
+#include "standin/coreservices/search/time_watch.h"
 #include "standin/coreservices/services.h"
 
 namespace standin::metadata {
@@ -21,8 +22,9 @@ namespace standin::metadata {
 class QueryRun {
  public:
   // Begins to watch at once when updates are wanted, before anything is read. The query owns the run and the
-  // state, which the run uses.
-  QueryRun(MDQueryRef query, QueryState& state, bool wantsUpdates);
+  // state, which the run uses. The state's expression has the times that are fixed when a query starts; the
+  // one that was asked for counts from then on.
+  QueryRun(MDQueryRef query, QueryState& state, const ExpressionRef& asked, bool wantsUpdates);
   ~QueryRun();
   QueryRun(const QueryRun&) = delete;
   QueryRun& operator=(const QueryRun&) = delete;
@@ -43,7 +45,8 @@ class QueryRun {
   void readChanges();
 
  private:
-  void watch(const std::vector<std::string>& folders, const std::vector<std::string>& excluded);
+  void watch(const ExpressionRef& asked, const std::vector<std::string>& folders,
+             const std::vector<std::string>& excluded);
   void gatherBatch();
   bool searchOn(size_t maximum, double seconds);
   void searchBatch();
@@ -52,13 +55,14 @@ class QueryRun {
   ResultChanges lookAtKnown();
   ResultChanges lookAtNext();
   void schedule();
-  void startTimer(double seconds);
-  void stopTimer();
+  void awaitMoment();
+  CFRunLoopTimerRef makeTimer(double seconds);
 
   const MDQueryRef query_;  // not retained: it owns this
   QueryState& state_;
   CFRunLoopSourceRef source_ = nullptr;  // signalled when there is work
   bool gathering_ = true;                // until it is told to be finished
+  std::unique_ptr<TimeWatch> times_;     // where updates are wanted of what is relative to time
   std::unique_ptr<Search> search_;       // until it has found everything
   bool firstBatch_ = true;
 
@@ -66,8 +70,12 @@ class QueryRun {
   std::unique_ptr<LiveChanges> changes_;
   std::set<std::string> touchedWhileGathering_;  // paths, since the last batch
   CFFileDescriptorRef descriptor_ = nullptr;
-  CFRunLoopTimerRef timer_ = nullptr;  // while changes wait for their batch to be over
+  CFRunLoopTimerRef timer_ = nullptr;        // while changes wait for their batch to be over
+  CFRunLoopTimerRef momentTimer_ = nullptr;  // until a file comes to match, or stops
 };
+
+// The system's time, and ahead of it as far as the run loops' clock was set ahead.
+Date currentTime();
 
 // Ends a run before its time. Results that have come in and were not told are told now: what observers do
 // then they do inside of this call. The caller holds the query.

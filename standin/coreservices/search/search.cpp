@@ -94,6 +94,7 @@ void Search::look(FileRecord& record, const std::shared_ptr<OpenFolder>& folder,
     match = matchOf(file.record());
     awaitsReader = false;
   }
+  if (request_.times && match != Match::Unknown) request_.times->look(record);
   if (match == Match::No) return;
   if (match == Match::Unknown && !awaitsReader && waiting_.empty())
     return settleAnyway(folder, std::string(record.path()));
@@ -125,6 +126,7 @@ void Search::settleFirst(std::chrono::milliseconds patience) {
       return;
     }
     --undecided_;
+    if (request_.times && match != Match::Unknown) request_.times->look(file.record());
     if (match == Match::No) return;
     if (match == Match::Unknown) return settleAnyway(first.folder, first.path);
   }
@@ -134,6 +136,7 @@ void Search::settleFirst(std::chrono::milliseconds patience) {
 // Where what can't be read would decide.
 void Search::settleAnyway(const std::shared_ptr<OpenFolder>& folder, const std::string& path) {
   FileByPath file(path, Reading::Anyway);
+  if (request_.times) request_.times->look(file.record());
   if (matchOf(file.record()) == Match::Yes) add(folder, nameIn(path), file.record());
 }
 

@@ -20,6 +20,7 @@
 #include "standin/coreservices/files/file_attributes.h"
 #include "standin/coreservices/language/match.h"
 #include "standin/coreservices/search/result_store.h"
+#include "standin/coreservices/search/time_watch.h"
 
 namespace standin::metadata {
 
@@ -41,6 +42,7 @@ struct SearchRequest {
   // The `folders`, which may then be files as well, are looked at themselves, and nothing below them.
   bool themselves = false;
   WalkFilter filter = {};  // of what is in the folders; where they lie in one another, the inner one counts
+  TimeWatch* times = nullptr;  // is shown every file that was decided; it must outlive the search
 };
 
 class Search {

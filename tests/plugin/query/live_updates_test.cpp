@@ -132,6 +132,21 @@ TEST_P(LiveUpdates, AreHeldBackWhileTheyAreDisabled) {
   EXPECT_EQ(Texts{"+a.txt"}, told_);
 }
 
+TEST_P(LiveUpdates, FollowTheTime) {
+  tree_.file("a.txt");
+  query_ = host::construct("MDQueryZNK", "kMDItemFSContentChangeDate > $time.now(-60)");
+  host::setEventHandler(query_, "Update", [this](const auto& lists) { hear("Update", lists); });
+  host::call(query_, "Execute", 4);
+  runLoop();
+  lookAtAll();
+  EXPECT_EQ(1, count());
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 30, false);
+  EXPECT_EQ(Texts(), told_);
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 60, false);
+  EXPECT_EQ(Texts{"-a.txt"}, told_);
+  EXPECT_EQ(0, count());
+}
+
 TEST_P(LiveUpdates, EndWhenTheQueryIsStopped) {
   follow();
   host::call(query_, "Stop");

@@ -323,4 +323,16 @@ TEST_F(RunLoopDeathTest, EndsTheProcessForWhatIsNoSourceOrHasNoCallback) {
   EXPECT_DEATH(standin::advanceClock(1), "the clock isn't held");
 }
 
+TEST_F(RunLoop, SkipsTimeOnlyWhileItsClockIsHeld) {
+  EXPECT_LT(standin::timeSkipped(), 1);
+  standin::advanceClock(1000);
+  EXPECT_NEAR(standin::timeSkipped(), 1000, 10);
+  standin::holdClock();
+  EXPECT_NEAR(standin::timeSkipped(), 1000, 10);
+  standin::releaseClock();
+  EXPECT_EQ(standin::timeSkipped(), 0);
+  standin::holdClock();
+  EXPECT_LT(standin::timeSkipped(), 1);
+}
+
 }  // namespace
