@@ -53,6 +53,9 @@ CS_EXPORT const CFStringRef kMDQueryUpdateAddedItems;
 CS_EXPORT const CFStringRef kMDQueryUpdateChangedItems;
 CS_EXPORT const CFStringRef kMDQueryUpdateRemovedItems;
 
+// An attribute of results, and not of items
+CS_EXPORT const CFStringRef kMDQueryResultContentRelevance;
+
 // Scopes
 CS_EXPORT const CFStringRef kMDQueryScopeHome;
 CS_EXPORT const CFStringRef kMDQueryScopeComputer;

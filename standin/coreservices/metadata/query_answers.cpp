@@ -59,16 +59,17 @@ CFIndex MDQueryGetCountOfResultsWithAttributeValue(MDQueryRef query, CFStringRef
   const Gate gate(__func__);
   QueryState& state = stateOf(__func__, query);
   checkString(__func__, name);
-  if (!value) standin::die(__func__, "the value is null");
   return gate.fails() ? 0 : state.results.countWithValue(name, value);
 }
 
-// Results that are there already are put into the new order.
+// Results that are there already are put into the new order. From then on the sorting attributes are those.
 Boolean MDQuerySetSortOrder(MDQueryRef query, CFArrayRef sortingAttrs) {
   const Gate gate(__func__);
   QueryState& state = stateOf(__func__, query);
   checkStrings(__func__, sortingAttrs);
-  return !gate.fails() && sortingAttrs && state.results.setSortOrder(sortingAttrs);
+  if (gate.fails() || !sortingAttrs || !state.results.setSortOrder(sortingAttrs)) return false;
+  state.setSortingAttributes(sortingAttrs);
+  return true;
 }
 
 // 0 also for an attribute that isn't a sorting attribute.

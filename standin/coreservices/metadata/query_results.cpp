@@ -20,6 +20,11 @@ CFStringRef stringAt(CFArrayRef array, CFIndex index) {
   return static_cast<CFStringRef>(CFArrayGetValueAtIndex(array, index));
 }
 
+// Results aren't ranked: each is as relevant as another.
+CFTypeRef copyRelevance(ResultStore::File, CFStringRef) {
+  return createObject(Value{1.0});
+}
+
 void setArray(CFMutableDictionaryRef dictionary, CFStringRef key, CFArrayRef array) {
   if (array && CFArrayGetCount(array) > 0) CFDictionarySetValue(dictionary, key, array);
   if (array) CFRelease(array);
@@ -50,7 +55,9 @@ void QueryResults::addColumns(CFArrayRef attributes, bool valueLists) {
   for (CFIndex i = 0; i < countOf(attributes); ++i) {
     const CFStringRef name = stringAt(attributes, i);
     if (columnOf(name)) continue;
-    const auto read = [this](ResultStore::File file, CFStringRef key) { return copyValue(file, key); };
+    const auto ofFile = [this](ResultStore::File file, CFStringRef key) { return copyValue(file, key); };
+    const bool isOfResult = CFEqual(name, kMDQueryResultContentRelevance);
+    const auto read = isOfResult ? ValueColumn::Read(copyRelevance) : ValueColumn::Read(ofFile);
     columns_.push_back(std::make_unique<ValueColumn>(name, valueLists, read));
   }
 }
@@ -127,7 +134,8 @@ CFArrayRef QueryResults::copyValuesOf(CFStringRef attribute) {
 
 CFIndex QueryResults::countWithValue(CFStringRef attribute, CFTypeRef value) {
   const ValueColumn* const column = valueListOf(attribute);
-  return column ? column->countOf(value) : 0;
+  if (!column) return 0;
+  return value ? column->countOf(value) : column->countOfNone();
 }
 
 // Order

@@ -45,6 +45,7 @@ class QueryResults {
   CFTypeRef valueAt(size_t index, CFStringRef attribute);
   // The caller's. Null for an attribute that isn't a value-list attribute.
   CFArrayRef copyValuesOf(CFStringRef attribute);
+  // 0 for an attribute that isn't a value-list attribute. A null value: those that have none.
   CFIndex countWithValue(CFStringRef attribute, CFTypeRef value);
 
   // Answer false, and change nothing, where an attribute isn't among the sorting attributes named at

@@ -20,4 +20,9 @@ QueryState::~QueryState() {
   }
 }
 
+void QueryState::setSortingAttributes(CFArrayRef attributes) {
+  const CFArrayRef before = std::exchange(sortingAttributes, copyOf(attributes));
+  if (before) CFRelease(before);
+}
+
 }  // namespace standin::metadata

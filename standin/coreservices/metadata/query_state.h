@@ -21,9 +21,11 @@ struct QueryState {
   QueryState(const QueryState&) = delete;
   QueryState& operator=(const QueryState&) = delete;
 
+  void setSortingAttributes(CFArrayRef attributes);  // copies them
+
   const CFStringRef text;
   const CFArrayRef valueListAttributes;  // null where none were given
-  const CFArrayRef sortingAttributes;    // the same
+  CFArrayRef sortingAttributes;          // those in use; the same
   ExpressionRef expression;              // from MDQueryExecute on with the times that were fixed then
   QueryResults results;
   std::optional<Scope> scope;

@@ -88,4 +88,10 @@ CFIndex ValueColumn::countOf(CFTypeRef value) const {
   return in(values_) + in(elements_);
 }
 
+CFIndex ValueColumn::countOfNone() const {
+  CFIndex count = static_cast<CFIndex>(known_);
+  for (const auto& [value, ofValue] : values_) count -= ofValue;
+  return count;
+}
+
 }  // namespace standin::metadata

@@ -38,6 +38,7 @@ class ValueColumn {
   CFArrayRef copyDistinct() const;
   // The number of those files that have this value, or have it among others.
   CFIndex countOf(CFTypeRef value) const;
+  CFIndex countOfNone() const;
 
  private:
   struct Hash {

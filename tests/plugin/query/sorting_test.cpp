@@ -74,6 +74,9 @@ TEST_F(Sorting, SetSortOrderSortsAnewAndTakesOnlyAttributesNamedAtCreation) {
   EXPECT_EQ("abc", names(query));
   EXPECT_FALSE(host::call(query, "SetSortOrder", host::stringArray({"kMDItemPath"})).boolean());
   EXPECT_EQ("abc", names(query));
+  const auto attributes = host::elements(host::call(query, "SortingAttributes"));
+  ASSERT_EQ(1u, attributes.size()) << "those in use";
+  EXPECT_EQ("kMDItemFSName", attributes[0].text());
 }
 
 TEST_F(Sorting, OnASystemWithoutTheFunctionsIsRefusedWithoutAnExceptionOrACall) {

@@ -219,6 +219,21 @@ TEST_F(SortedQuery, IsSortedAgainWhenItsOrderOrFlagsChange) {
   EXPECT_EQ(results(query), (Texts{"a", "c", "b"}));
 }
 
+TEST_F(SortedQuery, CopiesTheAttributesThatItIsSortedBy) {
+  const auto query = makeSorted({"kMDItemFSName", "kMDItemFSSize"});
+  const auto sortingAttributes = [&query] {
+    return Owned<CFArrayRef>(MDQueryCopySortingAttributes(query.get()));
+  };
+  const auto size = makeStrings({"kMDItemFSSize"});
+  EXPECT_TRUE(MDQuerySetSortOrder(query.get(), size.get()));
+  EXPECT_TRUE(CFEqual(sortingAttributes().get(), size.get()));
+  EXPECT_FALSE(MDQuerySetSortOrder(query.get(), makeStrings({"kMDItemPath"}).get()));
+  EXPECT_TRUE(CFEqual(sortingAttributes().get(), size.get()));
+  const auto both = makeStrings({"kMDItemFSSize", "kMDItemFSName"});
+  EXPECT_TRUE(MDQuerySetSortOrder(query.get(), both.get()));
+  EXPECT_TRUE(CFEqual(sortingAttributes().get(), both.get()));
+}
+
 TEST_F(SortedQuery, TakesOnlyAttributesNamedAtItsCreation) {
   const auto query = makeSorted({"kMDItemFSName"});
   EXPECT_FALSE(MDQuerySetSortOrder(query.get(), makeStrings({"kMDItemFSName", "kMDItemFSSize"}).get()));

@@ -52,6 +52,40 @@ TEST_F(QueryValues, AreThoseOfValueListAndSortingAttributesAlone) {
   EXPECT_EQ(valueAt(CFSTR("no such attribute"), 1), "(null)");
 }
 
+TEST_F(QueryValues, AreCountedAsMissingByANullValue) {
+  query = makeQuery("kMDItemFSName == \"*.txt\"", {"kMDItemFSSize", "kMDItemAuthors"}, {});
+  gather(query);
+  EXPECT_EQ(countOf(kMDItemFSSize, {}), 1) << "of the folder";
+  EXPECT_EQ(countOf(kMDItemAuthors, {}), 4);
+  EXPECT_EQ(countOf(kMDItemFSSize, number(1)), 2);
+  query = makeQuery("kMDItemFSName == \"d*\"", {"kMDItemFSSize"}, {});
+  gather(query, kMDQueryWantsUpdates);
+  EXPECT_EQ(countOf(kMDItemFSSize, {}), 1);
+  scratch.file("dd.txt", "12");
+  run();
+  EXPECT_EQ(countOf(kMDItemFSSize, {}), 1);
+  scratch.folder("ddd.txt");
+  run();
+  EXPECT_EQ(countOf(kMDItemFSSize, {}), 2);
+}
+
+TEST_F(QueryValues, TellAResultsRelevanceAsANumberWithAPoint) {
+  query = makeQuery("kMDItemFSName == \"*.txt\"", {"kMDQueryResultContentRelevance"},
+                    {"kMDQueryResultContentRelevance", "kMDItemFSName"});
+  gather(query);
+  EXPECT_EQ(textOf(kMDQueryResultContentRelevance), "kMDQueryResultContentRelevance");
+  const auto relevance = static_cast<CFNumberRef>(
+      MDQueryGetAttributeValueOfResultAtIndex(query.get(), kMDQueryResultContentRelevance, 0));
+  ASSERT_TRUE(relevance);
+  EXPECT_TRUE(CFNumberIsFloatType(relevance));
+  double value = 0;
+  CFNumberGetValue(relevance, kCFNumberDoubleType, &value);
+  EXPECT_GT(value, 0);
+  EXPECT_LE(value, 1);
+  EXPECT_EQ(valuesOf(kMDQueryResultContentRelevance).size(), 1u);
+  EXPECT_EQ(results(query), (Texts{"a.txt", "b.txt", "c.txt", "d.txt"}));
+}
+
 // The text of a file is searched, and told in no way.
 TEST_F(QueryValues, NeverTellTheTextOfAFile) {
   query = makeQuery("kMDItemTextContent == 123", {"kMDItemTextContent"}, {"kMDItemTextContent"});
@@ -120,11 +154,11 @@ TEST_F(QueryValues, AnswerNullOrNoughtWhenACallIsMadeToFail) {
 
 using QueryValuesDeathTest = QueryValues;
 
-TEST_F(QueryValuesDeathTest, EndTheProcessForANullNameOrValue) {
+TEST_F(QueryValuesDeathTest, EndTheProcessForANullName) {
   EXPECT_DEATH(MDQueryGetAttributeValueOfResultAtIndex(query.get(), nullptr, 0), "the string is null");
   EXPECT_DEATH(MDQueryCopyValuesOfAttribute(query.get(), nullptr), "the string is null");
-  EXPECT_DEATH(MDQueryGetCountOfResultsWithAttributeValue(query.get(), kMDItemFSSize, nullptr),
-               "the value is null");
+  EXPECT_DEATH(MDQueryGetCountOfResultsWithAttributeValue(query.get(), nullptr, nullptr),
+               "the string is null");
 }
 
 }  // namespace
