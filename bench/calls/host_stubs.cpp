@@ -16,7 +16,8 @@ namespace {
 
 // Registration
 
-const REALclassDefinition* classes[6];  // start-up is done twice
+// Those of both start-ups, with room to spare: a stub doesn't look.
+const REALclassDefinition* classes[16];
 size_t classCount = 0;
 
 void RegisterPluginVersion(int32_t version) {
@@ -294,7 +295,8 @@ void* resolveStartUp(const char* name) {
 }
 
 void* methodOf(const char* declaration) {
-  for (const REALclassDefinition* definition : classes) {
+  for (size_t registered = 0; registered < classCount; ++registered) {
+    const REALclassDefinition* const definition = classes[registered];
     for (int i = 0; i < definition->methodCount; ++i) {
       const REALmethodDefinition& row = definition->methods[i];
       if (!std::strcmp(row.declaration, declaration)) return address(row.function.function);

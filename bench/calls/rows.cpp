@@ -50,11 +50,11 @@ struct Wanted {
   int times = 1;               // how many more there are in the call than in the lesser one
 };
 const Wanted kRows[] = {
-    {"`ResultCount`", "ResultCount"},
-    {"`ResultAtIndex`", "ResultAtIndex"},
-    {"`Results()`, an item", "Results of 20", "Results of 10", 10},
-    {"`AttributeString`, 20 characters", "AttributeString"},
-    {"`GetAttribute` of a number", "GetAttribute"},
+    {"ResultCount", "ResultCount"},
+    {"ResultAtIndex", "ResultAtIndex"},
+    {"Results(), an item", "Results of 20", "Results of 10", 10},
+    {"AttributeString, 20 characters", "AttributeString"},
+    {"GetAttribute of a number", "GetAttribute"},
     {"to host: string of 20 characters", "string to host"},
     {"to host: number", "number to host"},
     {"to host: date", "date to host"},
@@ -67,7 +67,7 @@ const Wanted kRows[] = {
     {"to platform: array of 10 strings", "array to platform"},
     {"to platform: dictionary of 10 numbers", "dictionary to platform"},
     {"to platform: folder item of a file", "URL to platform"},
-    {"`REALPluginMain`", kStartUp},
+    {"REALPluginMain", kStartUp},
 };
 
 std::vector<std::string> callsOf(std::optional<Kind> kind = {}) {
@@ -129,7 +129,7 @@ std::optional<Count> countIn(std::ifstream file) {
 typedef std::map<std::string, Count> Counts;
 
 // Of the calls, and of start-up, which each run begins with. Callgrind writes a file for each call of
-// `measured`.
+// measured.
 std::optional<Counts> countIn(const char* binary, const std::vector<std::string>& calls) {
   const Folder folder;
   const std::string output = folder.path() + "/calls";
@@ -183,16 +183,16 @@ std::vector<std::string> callsIn(const char* binary, const std::vector<std::stri
   command.insert(command.end(), calls.begin(), calls.end());
   const Usage usage = run(command);
   std::vector<std::string> arrived;
-  std::string part;
+  std::string part, last;
   std::istringstream stream(usage.errors);
-  for (std::string line; std::getline(stream, line);) {
+  for (std::string line; std::getline(stream, line); last = line) {
     if (line.starts_with("# ")) {
       part = line.substr(2);
     } else if (part != "preparation") {
       arrived.push_back(part + ": " + line);
     }
   }
-  if (usage.status != 0) arrived.push_back(std::string("the failure of ") + binary);
+  if (usage.status != 0) arrived.push_back(std::string(binary) + " failed after: " + last);
   return arrived;
 }
 
@@ -203,8 +203,8 @@ void compareWithTwin(const char* binary, const std::vector<std::string>& calls, 
   comparison.calls += static_cast<size_t>(our - ours.begin());
   if (our == ours.end() && twin == twins.end()) return;
   const std::string end = "nothing more";
-  comparison.difference = std::string(binary) + " makes \"" + (our == ours.end() ? end : *our) +
-                          "\", the twin \"" + (twin == twins.end() ? end : *twin) + '"';
+  comparison.difference = "with " + std::string(binary) + " comes \"" + (our == ours.end() ? end : *our) +
+                          "\", with the twin \"" + (twin == twins.end() ? end : *twin) + '"';
 }
 
 }  // namespace
