@@ -96,12 +96,12 @@ Owned<REALobject> absoluteString(CFURLRef url) {
 
 Owned<CFURLRef> CreateCFURLfromFolderItem(REALobject item) {
   if (!item) return {};
-  HFSUniStr255 name = {};
   FSRef file;
   if (REALFSRefFromFolderItem(item, &file, nullptr)) {
     auto url = urlOf(file);
     if (url) return url;
   }
+  HFSUniStr255 name = {};
   if (REALFSRefFromFolderItem(item, &file, &name)) {  // with a name, `file` is the folder that it is in
     auto folder = urlOf(file);
     auto leaf = folder ? textOf(name) : Owned<CFStringRef>();

@@ -1,7 +1,5 @@
 #include "strings.h"
 
-#include <string.h>
-
 #include "host/array_elements.h"
 #include "host/build_string.h"
 #include "host/services.h"
@@ -48,17 +46,19 @@ Owned<CFStringRef> createCFStringFromBytes(REALstring string) {
 
 Owned<REALstring> buildFromBuffer(CFStringRef text, char* buffer, CFIndex size) {
   if (!CFStringGetCString(text, buffer, size, kCFStringEncodingUTF8)) return {};
-  return REALBuildUnicodeString(buffer, static_cast<int64_t>(strlen(buffer)), kCFStringEncodingUTF8);
+  return buildUTF8String(buffer);
+}
+
+[[gnu::noinline]] Owned<REALstring> convertOnHeap(CFStringRef text, CFIndex length) {
+  const int64_t size = int64_t{length} * kMaxUTF8BytesPerUnit;
+  const auto buffer = allocateZeroed(size);
+  if (!buffer) return {};
+  return buildFromBuffer(text, buffer.get(), static_cast<CFIndex>(size));
 }
 
 }  // namespace
 
-Owned<CFStringRef> RBString2CFString(REALstring string) {
-  if (!string) return {};
-  if (rbversion >= 2012.0) {
-    auto text = adopt(REALCopyStringCFString(string, false));
-    if (text) return text;
-  }
+Owned<CFStringRef> convertWithoutCopy(REALstring string) {
   // The same host service once more on purpose, looked up on its own.
   auto text = adopt(REALGetStringCFString(string, false));
   if (text) return text;
@@ -68,14 +68,9 @@ Owned<CFStringRef> RBString2CFString(REALstring string) {
 Owned<REALstring> CFString2RBString(CFStringRef text) {
   const CFIndex length = text ? CFStringGetLength(text) : 0;
   if (length <= 0) return {};
-  if (length <= kMaxStackUnits) {
-    char buffer[601] = {};  // the last byte stays 0, whatever is written
-    return buildFromBuffer(text, buffer, 600);
-  }
-  const int64_t size = int64_t{length} * kMaxUTF8BytesPerUnit;
-  const auto buffer = allocateZeroed(size);
-  if (!buffer) return {};
-  return buildFromBuffer(text, buffer.get(), static_cast<CFIndex>(size));
+  if (length > kMaxStackUnits) return convertOnHeap(text, length);
+  char buffer[601] = {};  // the last byte stays 0, whatever is written
+  return buildFromBuffer(text, buffer, 600);
 }
 
 Owned<REALobject> variantOf(Owned<REALstring> string) {

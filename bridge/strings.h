@@ -7,12 +7,20 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include "host/owned.h"
-#include "host/records.h"
+#include "host/services.h"
 
 // A new CFString. Null for the null string, and for bytes that are not text in the string's encoding.
 //
 // Without the host's own conversion the text ends at its first zero byte, except in UTF-16.
-Owned<CFStringRef> RBString2CFString(REALstring string);
+Owned<CFStringRef> convertWithoutCopy(REALstring string);  // where REALCopyStringCFString gives none
+inline Owned<CFStringRef> RBString2CFString(REALstring string) {
+  if (!string) return {};
+  if (rbversion >= 2012.0) {
+    auto text = adopt(REALCopyStringCFString(string, false));
+    if (text) return text;
+  }
+  return convertWithoutCopy(string);
+}
 
 // A new host string in UTF-8. Null for null, for an empty CFString, and for one with unpaired surrogates.
 Owned<REALstring> CFString2RBString(CFStringRef text);

@@ -27,26 +27,23 @@ CFBooleanRef booleanOf(bool value) {
   return value ? kCFBooleanTrue : kCFBooleanFalse;
 }
 
+[[gnu::noinline, gnu::cold]] Owned<CFTypeRef> emptyText() {
+  return retain<CFTypeRef>(CFSTR(""));
+}
+
 // The string's text, or the empty one where there is none.
 Owned<CFTypeRef> textOf(REALstring string) {
   auto text = RBString2CFString(string);
-  return text ? adopt<CFTypeRef>(text.leak()) : retain<CFTypeRef>(CFSTR(""));
+  if (text) return adopt<CFTypeRef>(text.leak());
+  return emptyText();
 }
 
 // Scalars
-
-Owned<CFTypeRef> fromNil(REALobject) {
-  return {};
-}
 
 template <auto& read, CFNumberType type>
 Owned<CFTypeRef> fromNumber(REALobject variant) {
   const auto value = read(variant);
   return numberOf(type, &value);
-}
-
-Owned<CFTypeRef> fromDate(REALobject variant) {
-  return asValue(RBDate2CFDate(variant));
 }
 
 Owned<CFTypeRef> fromBoolean(REALobject variant) {
@@ -112,25 +109,17 @@ Owned<CFTypeRef> fromArray(REALobject array) {
 
 // Objects
 
-struct ObjectConversion {
-  const char* className;
-  bool (*matches)(const ObjectConversion& row, REALobject object);
-  Owned<CFTypeRef> (*convert)(const ObjectConversion& row, REALobject object);
-  int fieldCount;                        // for geometry
-  CFTypeRef (*retain)(CFTypeRef value);  // for wrappers
-};
-
-bool isOfClass(const ObjectConversion& row, REALobject object) {
-  void* const classRef = REALGetClassRef(row.className);
+bool isOfClass(REALobject object, const char* className) {
+  void* const classRef = REALGetClassRef(className);
   return classRef && REALObjectIsA(object, classRef);
 }
 
 // A folder item is an object that has a method with this declaration.
-bool isFolderItem(const ObjectConversion&, REALobject object) {
+bool isFolderItem(REALobject object) {
   return REALLoadObjectMethod(object, "TrueItem(Index as integer) as Folderitem");
 }
 
-Owned<CFTypeRef> fromMemoryBlock(const ObjectConversion&, REALobject block) {
+Owned<CFTypeRef> fromMemoryBlock(REALobject block) {
   auto locked = retain(block);
   const int32_t size = REALMemoryBlockGetSize(block);
   const auto bytes = static_cast<const UInt8*>(REALMemoryBlockGetPtr(block));
@@ -139,7 +128,7 @@ Owned<CFTypeRef> fromMemoryBlock(const ObjectConversion&, REALobject block) {
   return data;
 }
 
-Owned<CFTypeRef> fromFolderItem(const ObjectConversion&, REALobject item) {
+Owned<CFTypeRef> fromFolderItem(REALobject item) {
   return asValue(CreateCFURLfromFolderItem(item));
 }
 
@@ -162,9 +151,9 @@ void copyEntry(REALobject dictionary, int32_t index, CFMutableDictionaryRef entr
   value.reset();
 }
 
-Owned<CFTypeRef> fromDictionary(const ObjectConversion&, REALobject dictionary) {
+Owned<CFTypeRef> fromDictionary(REALobject dictionary) {
   int32_t count = 0;
-  REALGetPropValueInt32(dictionary, "Count", &count);
+  if (!REALGetPropValueInt32(dictionary, "Count", &count)) count = 0;  // whatever was written
   auto entries = adopt(CFDictionaryCreateMutable(kCFAllocatorDefault, count, &kCFTypeDictionaryKeyCallBacks,
                                                  &kCFTypeDictionaryValueCallBacks));
   if (!entries) return {};
@@ -174,116 +163,89 @@ Owned<CFTypeRef> fromDictionary(const ObjectConversion&, REALobject dictionary) 
 }
 
 // 32-bit floats, as the platform has its rectangles, sizes and points.
-Owned<CFTypeRef> fromGeometry(const ObjectConversion& row, REALobject object) {
+Owned<CFTypeRef> fromGeometry(REALobject object, int fieldCount) {
   const double* const fields = reinterpret_cast<const FamilyGeometry*>(object)->fields;
   float values[4];
-  for (int i = 0; i < row.fieldCount; ++i) values[i] = static_cast<float>(fields[i]);
+  for (int i = 0; i < fieldCount; ++i) values[i] = static_cast<float>(fields[i]);
   return adopt<CFTypeRef>(CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(values),
-                                       row.fieldCount * static_cast<CFIndex>(sizeof(float))));
+                                       fieldCount * static_cast<CFIndex>(sizeof(float))));
 }
 
-Owned<CFTypeRef> fromWrapper(const ObjectConversion& row, REALobject object) {
+Owned<CFTypeRef> fromWrapper(REALobject object, CFTypeRef (*retainValue)(CFTypeRef value)) {
   const CFTypeRef reference = familyWrapper(object)->reference;
-  if (!reference) return {};
-  return adopt<CFTypeRef>(row.retain(reference));
+  return adopt<CFTypeRef>(reference ? retainValue(reference) : nullptr);
 }
 
-constexpr ObjectConversion wrapper(const char* className, CFTypeRef (*retainValue)(CFTypeRef) = CFRetain) {
-  return {className, isOfClass, fromWrapper, 0, retainValue};
-}
-constexpr ObjectConversion geometry(const char* className, int fieldCount) {
-  return {className, isOfClass, fromGeometry, fieldCount, nullptr};
-}
-
-// An object is compared with the rows in this order.
-constexpr ObjectConversion kObjects[] = {
-    {"MemoryBlock", isOfClass, fromMemoryBlock, 0, nullptr},
-    {"FolderItem", isFolderItem, fromFolderItem, 0, nullptr},
-    {"Dictionary", isOfClass, fromDictionary, 0, nullptr},
-    geometry("CGRectZNK", 4),
-    geometry("CGSizeZNK", 2),
-    geometry("CGPointZNK", 2),
-    wrapper("CGImageZNK", retainBy<CGImageRef, CGImageRetain>),
-    wrapper("CGColorSpaceZNK", retainBy<CGColorSpaceRef, CGColorSpaceRetain>),
-    wrapper("CGColorZNK", retainBy<CGColorRef, CGColorRetain>),
-    wrapper("CGDataProviderZNK", retainBy<CGDataProviderRef, CGDataProviderRetain>),
-    wrapper("CGDataConsumerZNK", retainBy<CGDataConsumerRef, CGDataConsumerRetain>),
-    wrapper("CGFontZNK"),
-    wrapper("CGContextZNK"),
-    wrapper("CGEventZNK"),
-    wrapper("CGEventSourceZNK"),
-    wrapper("CGLayerZNK"),
-    wrapper("CGPathZNK"),
-    wrapper("CGPSConverterZNK"),
-    wrapper("KeychainZNK"),
-    wrapper("KeychainItemZNK"),
-    wrapper("CFObjectZNK"),
-    wrapper("NSAttributedStringZNK"),
-    wrapper("NSTimerZNK"),
-    wrapper("NSCalendarZNK"),
-    wrapper("NSCharacterSetZNK"),
-    wrapper("NSErrorZNK"),
-    wrapper("NSLocaleZNK"),
-    wrapper("NSTimeZoneZNK"),
+// The family's classes; an object is compared with the rows in this order.
+constexpr struct {
+  const char* className;
+  int fieldCount;  // of geometry
+  CFTypeRef (*retain)(CFTypeRef value) = CFRetain;
+} kFamily[] = {
+    {"CGRectZNK", 4},
+    {"CGSizeZNK", 2},
+    {"CGPointZNK", 2},
+    {"CGImageZNK", 0, retainBy<CGImageRef, CGImageRetain>},
+    {"CGColorSpaceZNK", 0, retainBy<CGColorSpaceRef, CGColorSpaceRetain>},
+    {"CGColorZNK", 0, retainBy<CGColorRef, CGColorRetain>},
+    {"CGDataProviderZNK", 0, retainBy<CGDataProviderRef, CGDataProviderRetain>},
+    {"CGDataConsumerZNK", 0, retainBy<CGDataConsumerRef, CGDataConsumerRetain>},
+    {"CGFontZNK", 0},
+    {"CGContextZNK", 0},
+    {"CGEventZNK", 0},
+    {"CGEventSourceZNK", 0},
+    {"CGLayerZNK", 0},
+    {"CGPathZNK", 0},
+    {"CGPSConverterZNK", 0},
+    {"KeychainZNK", 0},
+    {"KeychainItemZNK", 0},
+    {"CFObjectZNK", 0},
+    {"NSAttributedStringZNK", 0},
+    {"NSTimerZNK", 0},
+    {"NSCalendarZNK", 0},
+    {"NSCharacterSetZNK", 0},
+    {"NSErrorZNK", 0},
+    {"NSLocaleZNK", 0},
+    {"NSTimeZoneZNK", 0},
 };
 
 Owned<CFTypeRef> fromObject(REALobject object) {
-  for (const ObjectConversion& row : kObjects) {
-    if (row.matches(row, object)) return row.convert(row, object);
+  if (isOfClass(object, "MemoryBlock")) return fromMemoryBlock(object);
+  if (isFolderItem(object)) return fromFolderItem(object);
+  if (isOfClass(object, "Dictionary")) return fromDictionary(object);
+  for (const auto& row : kFamily) {
+    if (!isOfClass(object, row.className)) continue;
+    return row.fieldCount ? fromGeometry(object, row.fieldCount) : fromWrapper(object, row.retain);
   }
   return {};
 }
 
-using FromVariant = Owned<CFTypeRef>(REALobject variant);
-
-// By the host's code of a variant's type. Whatever has no row of its own is read as text.
-constexpr FromVariant* kTypes[] = {
-    /* 0 */ fromNil,
-    /* 1 */ fromText,
-    /* 2 */ fromNumber<GetVariantInt32, kCFNumberSInt32Type>,
-    /* 3 */ fromNumber<GetVariantInt64, kCFNumberSInt64Type>,
-    /* 4 */ fromNumber<GetVariantSingle, kCFNumberFloat32Type>,
-    /* 5 */ fromNumber<GetVariantDouble, kCFNumberFloat64Type>,
-    /* 6 */ fromNumber<GetVariantDouble, kCFNumberFloat64Type>,
-    /* 7 */ fromDate,
-    /* 8 */ fromText,
-    /* 9 */ fromObject,
-    /* 10 */ fromText,
-    /* 11 */ fromBoolean,
-    /* 12 */ fromText,
-    /* 13 */ fromText,
-    /* 14 */ fromText,
-    /* 15 */ fromText,
-    /* 16 */ fromColor,
-};
-
-// An array has the code of its elements plus this.
-constexpr int32_t kArray = 4096;
-
-constexpr FromVariant* kArrayTypes[] = {
-    /* 0 */ fromText,
-    /* 1 */ fromText,
-    /* 2 */ fromArray<appendNumber<REALGetArrayValueInt32, kCFNumberSInt32Type>>,
-    /* 3 */ fromArray<appendNumber<REALGetArrayValueInt64, kCFNumberSInt64Type>>,
-    /* 4 */ fromArray<appendNumber<REALGetArrayValueSingle, kCFNumberFloat32Type>>,
-    /* 5 */ fromArray<appendNumber<REALGetArrayValueDouble, kCFNumberFloat64Type>>,
-    /* 6 */ fromText,
-    /* 7 */ fromArray<appendDate>,
-    /* 8 */ fromArray<appendText>,
-    /* 9 */ fromArray<appendObject>,
-    /* 10 */ fromText,
-    /* 11 */ fromArray<appendBoolean>,
-};
-
-template <uint32_t count>
-FromVariant* rowAt(FromVariant* const (&rows)[count], uint32_t code) {
-  return code < count ? rows[code] : fromText;
-}
-
 }  // namespace
 
+// By the host's code of a variant's type; an array has the code of its elements plus 4096.
 Owned<CFTypeRef> CopyVariantAsCFType(REALobject variant) {
   if (!variant) return {};
-  const auto type = static_cast<uint32_t>(GetVariantType(variant));
-  return (type < kArray ? rowAt(kTypes, type) : rowAt(kArrayTypes, type - kArray))(variant);
+  // clang-format off
+  switch (GetVariantType(variant)) {
+    case 0:    return {};
+    case 2:    return fromNumber<GetVariantInt32, kCFNumberSInt32Type>(variant);
+    case 3:    return fromNumber<GetVariantInt64, kCFNumberSInt64Type>(variant);
+    case 4:    return fromNumber<GetVariantSingle, kCFNumberFloat32Type>(variant);
+    case 5:
+    case 6:    return fromNumber<GetVariantDouble, kCFNumberFloat64Type>(variant);
+    case 7:    return asValue(RBDate2CFDate(variant));
+    case 9:    return fromObject(variant);
+    case 11:   return fromBoolean(variant);
+    case 16:   return fromColor(variant);
+    case 4098: return fromArray<appendNumber<REALGetArrayValueInt32, kCFNumberSInt32Type>>(variant);
+    case 4099: return fromArray<appendNumber<REALGetArrayValueInt64, kCFNumberSInt64Type>>(variant);
+    case 4100: return fromArray<appendNumber<REALGetArrayValueSingle, kCFNumberFloat32Type>>(variant);
+    case 4101: return fromArray<appendNumber<REALGetArrayValueDouble, kCFNumberFloat64Type>>(variant);
+    case 4103: return fromArray<appendDate>(variant);
+    case 4104: return fromArray<appendText>(variant);
+    case 4105: return fromArray<appendObject>(variant);
+    case 4107: return fromArray<appendBoolean>(variant);
+    default:   return fromText(variant);
+  }
+  // clang-format on
 }

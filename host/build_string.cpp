@@ -1,8 +1,5 @@
 #include "build_string.h"
 
-#include <string.h>
-#include <new>
-
 #include "exceptions.h"
 #include "services.h"
 
@@ -17,15 +14,9 @@ bool isASCII(const char* bytes, int32_t length) {
   return true;
 }
 
-Owned<REALstring> buildString(const char* bytes, int32_t length, uint32_t encoding) {
-  auto string = adopt(REALBuildString(bytes, length));
-  if (string) REALSetStringEncoding(string.get(), encoding);
-  return string;
-}
-
 // UTF-16 text is stored as UTF-8.
 Owned<REALstring> buildFromUTF16(const void* units, int32_t length) {
-  auto wide = buildString(static_cast<const char*>(units), length, kCFStringEncodingUnicode);
+  auto wide = buildPlainString(static_cast<const char*>(units), length, kCFStringEncodingUnicode);
   if (!wide) return {};
   auto string = adopt(REALConvertString(wide.get(), kCFStringEncodingUTF8));
   wide.reset();
@@ -57,15 +48,17 @@ Owned<REALstring> build(const char* bytes, int32_t length, uint32_t encoding) {
     case kCFStringEncodingWindowsLatin1:
     case kUnknownEncoding:
       if (isASCII(bytes, length)) encoding = kCFStringEncodingASCII;
-      return buildString(bytes, length, encoding);
+      return buildPlainString(bytes, length, encoding);
     case kCFStringEncodingUnicode:
       return buildFromUTF16(bytes, length);
     case kCFStringEncodingUTF32:
       return buildFromUTF32(bytes, length);
     default:
-      return buildString(bytes, length, encoding);
+      return buildPlainString(bytes, length, encoding);
   }
 }
+
+}  // namespace
 
 // The exception's message is a host string as well. If memory runs out again while that is built, the message
 // is left out, and no second exception is raised.
@@ -79,8 +72,6 @@ void raiseOutOfMemory() {
   const RaisingScope scope;
   RaiseException("OutOfMemoryException", "Failed to allocate memory for a string.");
 }
-
-}  // namespace
 
 Owned<REALstring> REALBuildUnicodeString(const void* data, int64_t length, uint32_t encoding) {
   if (!data || length <= 0 || length > INT32_MAX) return {};

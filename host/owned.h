@@ -20,7 +20,7 @@ struct Ownership {
 
 // Null on a host without the service: the handle is not locked then, and must not be unlocked.
 template <typename Handle>
-Handle lockWith(Entry<void(Handle)>& service, Handle handle) {
+[[gnu::noinline]] Handle lockWith(Entry<void(Handle)>& service, Handle handle) {
   const auto lock = service.function();
   if (lock) lock(handle);
   return lock ? handle : nullptr;
@@ -44,8 +44,8 @@ struct Ownership<char*> {
   static void release(char* block) { free(block); }
 };
 
-// An owner is returned in a register, as what it owns would be; without this, in memory that the caller offers.
-// Other compilers don't know it.
+// An owner is returned in a register, as what it owns would be; without this, in memory that the caller
+// offers. Other compilers don't know it.
 #ifdef __clang__
 #define RETURNED_IN_REGISTER [[clang::trivial_abi]]
 #else

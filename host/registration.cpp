@@ -54,6 +54,8 @@ const REALproperty* propertiesInOldLayout(const REALproperty* properties, int32_
   return static_cast<REALproperty*>(FixProperties(properties, count));
 }
 
+}  // namespace
+
 void convertToOldLayout(REALclassDefinition* definition) {
   REALclassDefinition older = *definition;
   older.version = CurrentREALControlVersion;
@@ -66,18 +68,6 @@ void convertToOldLayout(REALclassDefinition* definition) {
   older.sharedProperties = propertiesInOldLayout(older.sharedProperties, older.sharedPropertyCount);
   older.sharedMethods = methodsInOldLayout(older.sharedMethods, older.sharedMethodCount);
   memcpy(static_cast<void*>(definition), &older, kOldClassSize);
-}
-
-}  // namespace
-
-void MyREALRegisterClass(REALclassDefinition* definition) {
-  while (definition->dataSize % 16 != 0) ++definition->dataSize;
-  if (CurrentREALControlVersion > 9) {
-    definition->version = CurrentREALControlVersion;
-  } else {
-    convertToOldLayout(definition);
-  }
-  REALRegisterClass(definition);
 }
 
 void* FixProperties(const REALproperty* properties, int32_t count) {

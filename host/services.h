@@ -18,8 +18,8 @@
 // A host function that `find` looks up by its name on first use. Each cell does so for itself, also when two
 // have the same name.
 //
-// A call goes where the cell points, without a look: until the host's function is found that is `first`, which
-// looks for it. Declare a cell as `inline Entry<...> x{"name", first<x>}`.
+// A call goes where the cell points, without a look: until the host's function is found that is `first`,
+// which looks for it. Declare a cell as `inline Entry<...> x{"name", first<x>}`.
 template <typename Signature, void* (*find)(const char* name)>
 class ServiceCell;
 
@@ -36,17 +36,19 @@ class ServiceCell<Result(Arguments...), find> {
   Result operator()(Arguments... arguments) { return function_(arguments...); }
 
   // Null while the host lacks the function.
-  Function* function() {
-    if (function_ != first_) return function_;
-    const auto found = reinterpret_cast<Function*>(find(name_));
-    if (found) function_ = found;
-    return found;
-  }
+  Function* function() { return function_ != first_ ? function_ : lookUp(); }
 
   // What a call is while the function isn't found.
   Result callFirst(Arguments... arguments) {
-    Function* const found = function();
+    Function* const found = lookUp();
     return found ? found(arguments...) : Result();
+  }
+
+  // Null, and nothing is kept, when the host lacks the function.
+  Function* lookUp() {
+    const auto found = reinterpret_cast<Function*>(find(name_));
+    if (found) function_ = found;
+    return found;
   }
 
  private:
@@ -82,7 +84,8 @@ template <typename Value>
 class ArrayInsert {
  public:
   typedef void Procedure(REALobject array, int32_t index, Value value);
-  constexpr ArrayInsert(const char* name, Procedure* (*firstCall)(REALobject array)) : procedure_(name, firstCall) {}
+  constexpr ArrayInsert(const char* name, Procedure* (*firstCall)(REALobject array))
+      : procedure_(name, firstCall) {}
   void operator()(REALobject array, int32_t index, Value value) {
     if (!array) return;
     if (const auto insert = procedure_(array)) insert(array, index, value);
@@ -98,7 +101,8 @@ template <typename Value>
 class ArrayGet {
  public:
   typedef void Procedure(REALobject array, int32_t index, Value* value);
-  constexpr ArrayGet(const char* name, Procedure* (*firstCall)(REALobject array)) : procedure_(name, firstCall) {}
+  constexpr ArrayGet(const char* name, Procedure* (*firstCall)(REALobject array))
+      : procedure_(name, firstCall) {}
   Value operator()(REALobject array, int32_t index) {
     Value value = Value();
     if (!array) return value;
@@ -116,7 +120,8 @@ template <typename Value>
 class ArraySet {
  public:
   typedef void Procedure(REALobject array, Value value, int32_t index);
-  constexpr ArraySet(const char* name, Procedure* (*firstCall)(REALobject array)) : procedure_(name, firstCall) {}
+  constexpr ArraySet(const char* name, Procedure* (*firstCall)(REALobject array))
+      : procedure_(name, firstCall) {}
   // The arguments are in the order in which the host's procedure takes them: the value before the index.
   void operator()(REALobject array, Value value, int32_t index) {
     if (!array) return;

@@ -6,6 +6,9 @@
 
 #include "records.h"
 
+// All of it is in this library, where compilers need no table of addresses to find it.
+#pragma GCC visibility push(hidden)
+
 typedef void* Resolver(const char* name);
 
 extern Resolver* gResolver;                // the host's: returns the address of a service by name, or null
@@ -24,3 +27,5 @@ extern REALclassDefinition MDItemClass;
 extern REALclassDefinition MDQueryClass;
 extern REALclassDefinition MDQueryBatchingParamsClass;
 extern const REALmethodDefinition SpotlightSharedMethods[1];
+
+#pragma GCC visibility pop

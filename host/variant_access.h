@@ -17,7 +17,7 @@ class VariantAccessor {
   Value operator()(REALobject variant) { return variant ? read_(variant) : Value(); }
 
   Value callFirst(REALobject variant) {
-    if (const auto read = read_.function()) return read(variant);
+    if (const auto read = read_.lookUp()) return read(variant);
     Value value = Value();
     readProperty_(variant, property_, &value);
     return value;

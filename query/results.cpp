@@ -31,9 +31,12 @@ REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit) {
   const CFIndex total = MDQueryGetResultCount(query);
   const CFIndex count = limit > 0 && limit < total ? limit : total;
   for (CFIndex i = 0; i < count; ++i) {
-    const MDItemRef item = resultAt(query, i);
-    const auto object = item ? newItem(item) : Owned<REALobject>();
-    REALInsertArrayValueObject(array.get(), i, object.get());
+    if (const MDItemRef item = resultAt(query, i)) {
+      const auto object = newItem(item);
+      REALInsertArrayValueObject(array.get(), i, object.get());
+    } else {
+      REALInsertArrayValueObject(array.get(), i, nullptr);
+    }
   }
   return array.leak();
 }
