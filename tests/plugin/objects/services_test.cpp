@@ -31,12 +31,13 @@ class Services : public testing::Test {
   void offer(const char* name, int32_t (*service)()) { offered[name] = reinterpret_cast<void*>(service); }
 };
 
+Entry<int32_t()> number{"Number", first<number>};
+Entry<bool()> truth{"Truth", first<truth>};
+Entry<double()> real{"Real", first<real>};
+Entry<REALobject()> object{"Object", first<object>};
+Entry<void()> procedure{"Procedure", first<procedure>};
+
 TEST_F(Services, AMissingServiceYieldsItsNeutralValue) {
-  Entry<int32_t()> number("Number");
-  Entry<bool()> truth("Truth");
-  Entry<double()> real("Real");
-  Entry<REALobject()> object("Object");
-  Entry<void()> procedure("Procedure");
   EXPECT_EQ(0, number());
   EXPECT_FALSE(truth());
   EXPECT_EQ(0.0, real());
@@ -44,21 +45,26 @@ TEST_F(Services, AMissingServiceYieldsItsNeutralValue) {
   procedure();
 }
 
+Entry<int32_t()> foundAtOnce{"Seven", first<foundAtOnce>};
+
 TEST_F(Services, AFoundServiceIsAskedForOnce) {
-  Entry<int32_t()> entry("Seven");
   offer("Seven", seven);
-  EXPECT_EQ(7, entry());
-  EXPECT_EQ(7, entry());
+  EXPECT_EQ(7, foundAtOnce());
+  EXPECT_EQ(7, foundAtOnce());
   EXPECT_EQ(1, asked["Seven"]);
 }
 
+Entry<int32_t()> foundLater{"Seven", first<foundLater>};
+
 TEST_F(Services, AMissingServiceIsAskedForAgainAndUsedOnceItIsThere) {
-  Entry<int32_t()> entry("Seven");
-  EXPECT_EQ(0, entry());
-  EXPECT_EQ(0, entry());
-  offer("Seven", seven);
-  EXPECT_EQ(7, entry());
+  EXPECT_EQ(0, foundLater());
+  EXPECT_EQ(0, foundLater());
+  EXPECT_EQ(nullptr, foundLater.function());
   EXPECT_EQ(3, asked["Seven"]);
+  offer("Seven", seven);
+  EXPECT_EQ(7, foundLater());
+  EXPECT_EQ(seven, foundLater.function());
+  EXPECT_EQ(4, asked["Seven"]);
 }
 
 CFStringRef noCFString(REALstring, bool) {
@@ -117,9 +123,10 @@ void* loaded(REALobject null, const char* declaration) {
   return strcmp(declaration, "Seven() as integer") == 0 ? reinterpret_cast<void*>(seven) : nullptr;
 }
 
+HostFunction<int32_t()> function{"Seven() as integer", first<function>};
+
 TEST_F(Services, AFunctionOfTheHostLanguageIsLoadedByItsDeclarationOnce) {
   offered["REALLoadGlobalMethod"] = reinterpret_cast<void*>(loaded);
-  HostFunction<int32_t()> function("Seven() as integer");
   EXPECT_EQ(7, function());
   EXPECT_EQ(7, function());
   EXPECT_EQ(1, asked["Seven() as integer"]);
