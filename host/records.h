@@ -28,6 +28,10 @@ enum : uint32_t { kUnknownEncoding = 0xFFFF };
 // Element kinds of host arrays.
 enum : int32_t { kStringElements = 3, kObjectElements = 4 };
 
+// What a method that is declared "as boolean" returns, 0 or 1. As a bool it would fill only the lowest byte of
+// the register, and a host may look at all of it.
+typedef uint32_t HostBoolean;
+
 // A pointer to a function of one of several signatures. A table row takes functions of the listed signatures
 // and no others, and stays constant data, which it would not with a reinterpret_cast.
 template <typename... Signatures>
@@ -51,25 +55,25 @@ union FunctionOf<Signature, Others...> {
 // clang-format off
 using MethodFunction = FunctionOf<
     void(REALobject),
-    bool(REALobject),
+    HostBoolean(REALobject),
     int32_t(REALobject),
     REALstring(REALobject),
     REALobject(REALobject),
     void(REALobject, int32_t),
-    bool(REALobject, int32_t),
+    HostBoolean(REALobject, int32_t),
     REALobject(REALobject, int32_t),
     void(REALobject, REALobject),
-    bool(REALobject, REALobject),
+    HostBoolean(REALobject, REALobject),
     int32_t(REALobject, REALobject),
     REALobject(REALobject, REALobject),
     void(REALobject, REALobject, REALobject),
     void(REALobject, REALstring),
-    bool(REALobject, REALstring),
+    HostBoolean(REALobject, REALstring),
     int32_t(REALobject, REALstring),
     double(REALobject, REALstring),
     REALstring(REALobject, REALstring),
     REALobject(REALobject, REALstring),
-    bool(REALobject, REALstring, uint32_t),
+    HostBoolean(REALobject, REALstring, uint32_t),
     REALobject(REALobject, REALstring, uint32_t),
     uint32_t(REALobject, REALstring, REALobject),
     void(REALobject, REALstring, REALobject),
@@ -79,7 +83,7 @@ using MethodFunction = FunctionOf<
     void(REALobject, REALobject, REALstring, REALobject, REALobject),
     REALstring(),
     REALobject(),
-    bool(REALstring),
+    HostBoolean(REALstring),
     int32_t(REALstring),
     REALstring(REALstring)>;
 // clang-format on

@@ -47,7 +47,7 @@ REALobject rbMDItemCopyAttributeNames(REALobject self);
 
 // typed_attributes.cpp
 REALstring rbMDItemCopyAttributeString(REALobject self, REALstring name);
-bool rbMDItemCopyAttributeBoolean(REALobject self, REALstring name);
+HostBoolean rbMDItemCopyAttributeBoolean(REALobject self, REALstring name);
 double rbMDItemCopyAttributeDouble(REALobject self, REALstring name);
 REALobject rbMDItemCopyAttributeStringArray(REALobject self, REALstring name);
 
@@ -56,4 +56,4 @@ REALstring rbMDSchemaCopyDisplayNameForAttribute(REALstring name);
 REALstring rbMDSchemaCopyDisplayDescriptionForAttribute(REALstring name);
 REALobject rbMDSchemaCopyAllAttributes();
 REALstring GetAttributeType(REALstring name);
-bool GetAttributeMultiValued(REALstring name);
+HostBoolean GetAttributeMultiValued(REALstring name);

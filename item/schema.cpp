@@ -68,7 +68,7 @@ REALstring GetAttributeType(REALstring name) {
   return typeName(static_cast<CFTypeID>(typeID)).leak();
 }
 
-bool GetAttributeMultiValued(REALstring name) {
+HostBoolean GetAttributeMultiValued(REALstring name) {
   const auto key = RBString2CFString(name);
   if (!key) return false;
   const auto attributes = adopt(MDSchemaCopyMetaAttributesForAttribute(key.get()));

@@ -30,7 +30,7 @@ REALstring rbMDItemCopyAttributeString(REALobject self, REALstring name) {
   return CFString2RBString(text.get()).leak();
 }
 
-bool rbMDItemCopyAttributeBoolean(REALobject self, REALstring name) {
+HostBoolean rbMDItemCopyAttributeBoolean(REALobject self, REALstring name) {
   const MDItemRef item = itemOrRaise(self);
   if (!item) return false;
   const auto key = RBString2CFString(name);

@@ -90,12 +90,12 @@ void MDQueryDestructor(REALobject self) {
   releaseField(data->tag);
 }
 
-bool rbMDQueryExecute(REALobject self, int32_t flags) {
+HostBoolean rbMDQueryExecute(REALobject self, int32_t flags) {
   const MDQueryRef query = queryOrRaise(self);
   return query && MDQueryExecute(query, static_cast<CFOptionFlags>(flags));
 }
 
-bool rbMDQueryIsGatheringComplete(REALobject self) {
+HostBoolean rbMDQueryIsGatheringComplete(REALobject self) {
   const MDQueryRef query = queryOrRaise(self);
   return query && MDQueryIsGatheringComplete(query);
 }

@@ -40,8 +40,8 @@ void rbMDQueryCreateSubset5(REALobject self, REALobject parent, REALstring query
                             REALobject valueListAttributes, REALobject sortingAttributes);
 void MDQueryDestructor(REALobject self);
 
-bool rbMDQueryExecute(REALobject self, int32_t flags);
-bool rbMDQueryIsGatheringComplete(REALobject self);
+HostBoolean rbMDQueryExecute(REALobject self, int32_t flags);
+HostBoolean rbMDQueryIsGatheringComplete(REALobject self);
 int32_t rbMDQueryGetResultCount(REALobject self);
 REALobject rbMDQueryCopyValueListAttributes(REALobject self);
 REALobject rbMDQueryCopySortingAttributes(REALobject self);
@@ -56,8 +56,8 @@ void rbMDQuerySetSearchScope(REALobject self, REALobject paths, REALobject optio
 
 // sorting.cpp: 0 and false on a system without the functions
 int32_t rbMDQueryGetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName);
-bool rbMDQuerySetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName, uint32_t flags);
-bool rbMDQuerySetSortOrder(REALobject self, REALobject sortingAttrs);
+HostBoolean rbMDQuerySetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName, uint32_t flags);
+HostBoolean rbMDQuerySetSortOrder(REALobject self, REALobject sortingAttrs);
 
 // batching.cpp: a snapshot of the parameters, which changes nothing until it is assigned back
 REALobject rbMDQueryBatchingParams(REALobject self);

@@ -11,14 +11,14 @@ int32_t rbMDQueryGetSortOptionFlagsForAttribute(REALobject self, REALstring fiel
 }
 
 // Looking for the getter is enough: a system has both functions or neither.
-bool rbMDQuerySetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName, uint32_t flags) {
+HostBoolean rbMDQuerySetSortOptionFlagsForAttribute(REALobject self, REALstring fieldName, uint32_t flags) {
   const MDQueryRef query = queryOrRaise(self);
   if (!query || !myMDQueryGetSortOptionFlagsForAttribute) return false;
   const auto name = RBString2CFString(fieldName);
   return name && myMDQuerySetSortOptionFlagsForAttribute(query, name.get(), flags);
 }
 
-bool rbMDQuerySetSortOrder(REALobject self, REALobject sortingAttrs) {
+HostBoolean rbMDQuerySetSortOrder(REALobject self, REALobject sortingAttrs) {
   const MDQueryRef query = queryOrRaise(self);
   if (!query || !myMDQuerySetSortOrder) return false;
   const auto attributes = NewCFStringArray(sortingAttrs);

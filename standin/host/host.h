@@ -52,6 +52,7 @@ struct Settings {
   // An exception is thrown through the plug-in's frames as soon as it is raised; otherwise it waits for the
   // plug-in to return.
   bool raiseByUnwinding = false;
+  bool wholeBooleans = false;  // a boolean result of the plug-in is a whole register, not its lowest byte
   // Answers of memory blocks.
   bool nullMemoryBlockPointers = false;
   std::optional<int32_t> memoryBlockSize;  // reported instead of the true one

@@ -66,7 +66,8 @@ Value takenResult(uint32_t word, const Type& type, const char* method) {
 }  // namespace
 
 Value callPlugin(void* function, const Words& words, const Type& result, const char* method) {
-  const uint64_t raw = rawResult(function, words, result);
+  uint64_t raw = rawResult(function, words, result);
+  if (result.kind == TypeKind::boolean && settings().wholeBooleans) raw = raw != 0;
   Value value = result.isHandle() ? takenResult(static_cast<uint32_t>(raw), result, method)
                                   : plainValue(result.kind, &raw);
   rethrowHandlerError();
