@@ -22,6 +22,7 @@ host::Settings settingsOf(double version) {
 
 PluginTest::PluginTest() {
   standin::setIndexedFolders({});
+  standin::setUndefined(standin::Undefined::End);
 }
 
 void PluginTest::start(const host::Settings& settings, const std::set<std::string>& absent) {

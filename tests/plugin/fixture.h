@@ -59,7 +59,7 @@ typedef std::vector<host::Exception> Exceptions;
 
 class PluginTest : public testing::Test {
  protected:
-  // No folder is indexed until the test says which.
+  // No folder is indexed until the test says which, and what is undefined ends the process.
   PluginTest();
 
   // Starts a host of these settings and, in it, a fresh plug-in. `absent` names platform symbols that this

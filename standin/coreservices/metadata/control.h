@@ -33,6 +33,16 @@ STANDIN_API void setLooksAtScopesAlone(bool alone);
 // looked in all the same.
 STANDIN_API void setWalkLimits(const WalkLimits& limits);
 
+// What the service does where nothing is defined: a result or a value at an index out of range, values of an
+// attribute that was named neither for value lists nor, for a value at an index, for sorting, and a maximum
+// count that is set after the execution.
+enum class Undefined {
+  Nothing,  // null, 0, no effect; at first
+  Garbage,  // something else, which is safe to use: an item of no file, a text, a number, an effect at once
+  End,      // the process ends in the name of the call
+};
+STANDIN_API void setUndefined(Undefined answer);
+
 struct QueryError {
   size_t position;  // in UTF-16 units from the start of the query string
   std::string reason;

@@ -3,6 +3,7 @@
 #include "standin/coreservices/metadata/item.h"
 #include "standin/coreservices/metadata/planned_answers.h"
 #include "standin/coreservices/metadata/query.h"
+#include "standin/coreservices/metadata/undefined.h"
 
 using standin::Gate;
 using namespace standin::metadata;
@@ -12,6 +13,14 @@ namespace {
 bool isIndex(const QueryState& state, CFIndex index) {
   return index >= 0 && static_cast<size_t>(index) < state.results.size();
 }
+
+std::string atIndex(const QueryState& state, CFIndex index) {
+  return "what is at index " + std::to_string(index) + " of " + std::to_string(state.results.size()) +
+         " results";
+}
+
+constexpr const char* kNotAskedFor =
+    "the value of an attribute that the query wasn't made with";
 
 }  // namespace
 
@@ -24,7 +33,8 @@ CFIndex MDQueryGetResultCount(MDQueryRef query) {
 const void* MDQueryGetResultAtIndex(MDQueryRef query, CFIndex idx) {
   const Gate gate(__func__);
   QueryState& state = stateOf(__func__, query);
-  if (gate.fails() || !isIndex(state, idx)) return nullptr;
+  if (gate.fails()) return nullptr;
+  if (!isIndex(state, idx)) return undefinedItem(__func__, atIndex(state, idx));
   return state.results.itemAt(static_cast<size_t>(idx));
 }
 
@@ -43,8 +53,16 @@ void* MDQueryGetAttributeValueOfResultAtIndex(MDQueryRef query, CFStringRef name
   QueryState& state = stateOf(__func__, query);
   checkString(__func__, name);
   if (const CFTypeRef planned = borrowPlannedAnswer(__func__)) return const_cast<void*>(planned);
-  if (gate.fails() || !isIndex(state, idx)) return nullptr;
-  return const_cast<void*>(state.results.valueAt(static_cast<size_t>(idx), name));
+  if (gate.fails()) return nullptr;
+  CFTypeRef value = nullptr;
+  if (!isIndex(state, idx)) {
+    value = undefinedValue(__func__, atIndex(state, idx));
+  } else if (!state.results.hasValuesOf(name)) {
+    value = undefinedValue(__func__, kNotAskedFor);
+  } else {
+    value = state.results.valueAt(static_cast<size_t>(idx), name);
+  }
+  return const_cast<void*>(value);
 }
 
 CFArrayRef MDQueryCopyValuesOfAttribute(MDQueryRef query, CFStringRef name) {
@@ -52,14 +70,18 @@ CFArrayRef MDQueryCopyValuesOfAttribute(MDQueryRef query, CFStringRef name) {
   QueryState& state = stateOf(__func__, query);
   checkString(__func__, name);
   if (const CFTypeRef planned = takePlannedAnswer(__func__)) return static_cast<CFArrayRef>(planned);
-  return gate.fails() ? nullptr : state.results.copyValuesOf(name);
+  if (gate.fails()) return nullptr;
+  if (!state.results.listsValuesOf(name)) return copyUndefinedValues(__func__, kNotAskedFor);
+  return state.results.copyValuesOf(name);
 }
 
 CFIndex MDQueryGetCountOfResultsWithAttributeValue(MDQueryRef query, CFStringRef name, CFTypeRef value) {
   const Gate gate(__func__);
   QueryState& state = stateOf(__func__, query);
   checkString(__func__, name);
-  return gate.fails() ? 0 : state.results.countWithValue(name, value);
+  if (gate.fails()) return 0;
+  if (!state.results.listsValuesOf(name)) return undefinedCount(__func__, kNotAskedFor);
+  return state.results.countWithValue(name, value);
 }
 
 // Results that are there already are put into the new order. From then on the sorting attributes are those.

@@ -4,6 +4,7 @@
 #include "standin/coreservices/metadata/checks.h"
 #include "standin/coreservices/metadata/held.h"
 #include "standin/coreservices/metadata/query.h"
+#include "standin/coreservices/metadata/undefined.h"
 
 using standin::Gate;
 using namespace standin::metadata;
@@ -89,7 +90,10 @@ void MDQuerySetBatchingParameters(MDQueryRef query, MDQueryBatchingParams params
 void MDQuerySetMaxCount(MDQueryRef query, CFIndex size) {
   const Gate gate(__func__);
   QueryState& state = stateOf(__func__, query);
-  if (!gate.fails() && !state.executed) state.maximum = size;
+  if (gate.fails()) return;
+  if (!state.executed || undefinedEffect(__func__, "a maximum count after MDQueryExecute")) {
+    state.maximum = size;
+  }
 }
 
 void MDQuerySetSearchScope(MDQueryRef query, CFArrayRef scopeDirectories, OptionBits scopeOptions) {

@@ -103,12 +103,16 @@ ValueColumn* QueryResults::columnOf(CFStringRef attribute) const {
   return nullptr;
 }
 
+bool QueryResults::listsValuesOf(CFStringRef attribute) const {
+  const ValueColumn* const column = columnOf(attribute);
+  return column && column->isValueList();
+}
+
 // With the values of all results.
-ValueColumn* QueryResults::valueListOf(CFStringRef attribute) const {
-  ValueColumn* const column = columnOf(attribute);
-  if (!column || !column->isValueList()) return nullptr;
-  if (column->known() < size()) {
-    for (const ResultStore::File file : order_.files()) column->valueOf(file);
+const ValueColumn& QueryResults::valueListOf(CFStringRef attribute) const {
+  ValueColumn& column = *columnOf(attribute);
+  if (column.known() < size()) {
+    for (const ResultStore::File file : order_.files()) column.valueOf(file);
   }
   return column;
 }
@@ -123,19 +127,16 @@ CFTypeRef QueryResults::copyValue(ResultStore::File file, CFStringRef attribute)
 }
 
 CFTypeRef QueryResults::valueAt(size_t index, CFStringRef attribute) {
-  ValueColumn* const column = columnOf(attribute);
-  return column ? column->valueOf(order_.at(index)) : nullptr;
+  return columnOf(attribute)->valueOf(order_.at(index));
 }
 
 CFArrayRef QueryResults::copyValuesOf(CFStringRef attribute) {
-  const ValueColumn* const column = valueListOf(attribute);
-  return column ? column->copyDistinct() : nullptr;
+  return valueListOf(attribute).copyDistinct();
 }
 
 CFIndex QueryResults::countWithValue(CFStringRef attribute, CFTypeRef value) {
-  const ValueColumn* const column = valueListOf(attribute);
-  if (!column) return 0;
-  return value ? column->countOf(value) : column->countOfNone();
+  const ValueColumn& column = valueListOf(attribute);
+  return value ? column.countOf(value) : column.countOfNone();
 }
 
 // Order

@@ -40,12 +40,14 @@ class QueryResults {
   // size() when the file at that path isn't a result.
   size_t indexOf(const std::string& path) const;
 
-  // Get rule. Null for an attribute that is neither a value-list nor a sorting attribute, and for a missing
-  // value.
+  // Whether values can be asked for at an index: of a value-list or a sorting attribute.
+  bool hasValuesOf(CFStringRef attribute) const { return columnOf(attribute) != nullptr; }
+  bool listsValuesOf(CFStringRef attribute) const;
+  // Get rule; null for a missing value.
   CFTypeRef valueAt(size_t index, CFStringRef attribute);
-  // The caller's. Null for an attribute that isn't a value-list attribute.
+  // Of a value-list attribute. The caller's.
   CFArrayRef copyValuesOf(CFStringRef attribute);
-  // 0 for an attribute that isn't a value-list attribute. A null value: those that have none.
+  // The same. A null value: those that have none.
   CFIndex countWithValue(CFStringRef attribute, CFTypeRef value);
 
   // Answer false, and change nothing, where an attribute isn't among the sorting attributes named at
@@ -87,7 +89,7 @@ class QueryResults {
   void sortAgain();
   size_t sortAttribute(CFStringRef name) const;
   ValueColumn* columnOf(CFStringRef attribute) const;
-  ValueColumn* valueListOf(CFStringRef attribute) const;
+  const ValueColumn& valueListOf(CFStringRef attribute) const;
   void addColumns(CFArrayRef attributes, bool valueLists);
   std::vector<SortKey> sortKeys() const;
 

@@ -317,7 +317,8 @@ ResultChanges QueryRun::lookAtNext() {
   }
   if (state_.maximum > 0) {
     const size_t staying = state_.results.size() - changes.removed.size();
-    const size_t room = static_cast<size_t>(state_.maximum) - staying;
+    const auto maximum = static_cast<size_t>(state_.maximum);
+    const size_t room = maximum - std::min(staying, maximum);
     if (changes.added.size() > room) changes.added.resize(room);
   }
   return changes;

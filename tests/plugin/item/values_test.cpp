@@ -38,15 +38,6 @@ TEST_F(Values, OfAResultAreThoseOfValueListAndSortingAttributes) {
   const host::Value query = found();
   EXPECT_EQ(1, host::call(query, "AttributeValueOfResultAtIndex", "kMDItemFSSize", 3u).integer());
   EXPECT_EQ("f3", host::call(query, "AttributeValueOfResultAtIndex", "kMDItemFSName", 3u).text());
-  EXPECT_TRUE(host::call(query, "AttributeValueOfResultAtIndex", "kMDItemPath", 3u).isNil());
-}
-
-TEST_F(Values, OfAResultOutOfRangeAreNil) {
-  start();
-  const host::Value query = found();
-  for (const uint32_t index : {4u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-    EXPECT_TRUE(host::call(query, "AttributeValueOfResultAtIndex", "kMDItemFSSize", index).isNil()) << index;
-  }
 }
 
 TEST_F(Values, OfAResultBelongToTheQueryAndAreNotReleased) {
@@ -97,16 +88,6 @@ TEST_F(Values, OfAValueListAttributeAreEachThereOnce) {
     sizes.push_back(value.integer());
   }
   EXPECT_EQ((std::vector<int64_t>{0, 1}), sorted(sizes));
-}
-
-TEST_F(Values, OfAnAttributeThatIsNoValueListAreAnEmptyArray) {
-  start();
-  const host::Value query = found();
-  for (const char* name : {"kMDItemFSName", "kMDItemPath", "kMDItemNoSuchKey"}) {
-    const host::Value values = host::call(query, "ValuesOfAttribute", name);
-    EXPECT_FALSE(values.isNil()) << name;
-    EXPECT_EQ(0u, host::elements(values).size()) << name;
-  }
 }
 
 TEST_F(Values, ThatAreNullLeaveNoHoleAndThoseThatBecomeNilKeepTheirPlace) {
@@ -172,7 +153,6 @@ TEST_F(Values, AreCounted) {
   EXPECT_EQ(2, count(query, "kMDItemFSSize", 0));
   EXPECT_EQ(2, count(query, "kMDItemFSSize", int64_t{1}));
   EXPECT_EQ(0, count(query, "kMDItemFSSize", 7));
-  EXPECT_EQ(0, count(query, "kMDItemPath", "x"));
   EXPECT_EQ(host::Kind::uint32,
             host::call(query, "CountOfResultsWithAttributeValue", "kMDItemFSSize", 0).kind());
 }

@@ -80,14 +80,6 @@ TEST_F(Results, AtAnIndexAndInTheArrayAreDifferentObjectsOfTheSameItem) {
   }
 }
 
-TEST_F(Results, AtAnIndexOutOfRangeAreNil) {
-  start();
-  const host::Value query = found();
-  for (const int32_t index : {-1, 10, INT32_MAX, INT32_MIN}) {
-    EXPECT_TRUE(host::call(query, "ResultAtIndex", index).isNil()) << index;
-  }
-}
-
 TEST_F(Results, OfAnotherQueryHaveNoIndex) {
   start();
   const host::Value query = found();

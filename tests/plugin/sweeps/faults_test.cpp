@@ -11,6 +11,7 @@ class Faults : public PluginTest {
   Faults() {
     for (const char* name : {"f1", "f2"}) tree_.file(name, "xxx");
     standin::setIndexedFolders({tree_.path()});
+    standin::setUndefined(standin::Undefined::Nothing);  // for queries that lack attributes or results
   }
 
   // Played once before, so that the plug-in has asked for all services.

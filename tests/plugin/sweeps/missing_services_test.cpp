@@ -53,7 +53,10 @@ class Services : public PluginTest {
     tree_.reset();
   }
 
-  Services() { standin::setIndexedFolders({tree_->path()}); }
+  Services() {
+    standin::setIndexedFolders({tree_->path()});
+    standin::setUndefined(standin::Undefined::Nothing);  // for queries that lack attributes or results
+  }
 
   static std::vector<Answer> answers() { return useEverything(tree_->path()).all(); }
 

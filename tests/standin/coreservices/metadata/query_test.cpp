@@ -1,3 +1,4 @@
+#include <functional>
 
 #include "tests/standin/coreservices/metadata/fixture.h"
 #include "tests/support/texts.h"
@@ -79,6 +80,25 @@ TEST_F(Query, AnswersNullForAnIndexOutOfRange) {
   EXPECT_NE(MDQueryGetResultAtIndex(query.get(), 0), nullptr);
   EXPECT_EQ(MDQueryGetResultAtIndex(query.get(), 1), nullptr);
   EXPECT_EQ(MDQueryGetResultAtIndex(query.get(), -1), nullptr);
+}
+
+TEST_F(Query, MayBeToldToAnswerGarbageWhereNothingIsDefined) {
+  scratch.file("a", "12");
+  const auto query = makeQuery("kMDItemFSSize > 0", {"kMDItemFSSize"});
+  MDQueryExecute(query.get(), kMDQuerySynchronous);
+  standin::setUndefined(standin::Undefined::Garbage);
+  const MDItemRef item = resultAt(query, 1);
+  ASSERT_TRUE(item);
+  EXPECT_EQ(pathOf(item), "/undefined");
+  EXPECT_EQ(pathOf(resultAt(query, 0)), scratch.at("a"));
+  EXPECT_EQ(textOf(MDQueryGetAttributeValueOfResultAtIndex(query.get(), kMDItemFSSize, -1)), "undefined");
+  EXPECT_EQ(textOf(MDQueryGetAttributeValueOfResultAtIndex(query.get(), kMDItemPath, 0)), "undefined");
+  EXPECT_NE(MDQueryGetCountOfResultsWithAttributeValue(query.get(), kMDItemPath, kMDItemPath), 0);
+  const Owned values(MDQueryCopyValuesOfAttribute(query.get(), kMDItemPath));
+  EXPECT_EQ(CFArrayGetCount(values.get()), 1);
+  const Owned defined(MDQueryCopyValuesOfAttribute(query.get(), kMDItemFSSize));
+  EXPECT_EQ(CFArrayGetCount(defined.get()), 1);
+  standin::setUndefined(standin::Undefined::Nothing);
 }
 
 TEST_F(Query, AnswersTheSameItemForTheSameIndex) {
@@ -316,6 +336,22 @@ TEST_F(Query, AnswersNullFalseOrNoughtWhenACallIsMadeToFail) {
 }
 
 using QueryDeathTest = Query;
+
+TEST_F(QueryDeathTest, MayBeToldToEndTheProcessWhereNothingIsDefined) {
+  const auto query = makeQuery("kMDItemFSSize > 0");
+  MDQueryExecute(query.get(), kMDQuerySynchronous);
+  const auto ending = [&](const std::function<void()>& call) {
+    standin::setUndefined(standin::Undefined::End);
+    call();
+  };
+  EXPECT_DEATH(ending([&] { resultAt(query, 0); }),
+               "MDQueryGetResultAtIndex: what is at index 0 of 0 results is undefined");
+  EXPECT_DEATH(ending([&] { MDQuerySetMaxCount(query.get(), 1); }),
+               "MDQuerySetMaxCount: a maximum count after MDQueryExecute is undefined");
+  EXPECT_DEATH(ending([&] { MDQueryCopyValuesOfAttribute(query.get(), kMDItemPath); }),
+               "MDQueryCopyValuesOfAttribute: the value of an attribute that the query wasn't made with is "
+               "undefined");
+}
 
 TEST_F(QueryDeathTest, EndsTheProcessForANullOrAWrongQuery) {
   const auto text = makeString("no query");

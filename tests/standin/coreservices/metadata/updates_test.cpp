@@ -490,6 +490,17 @@ TEST_F(Updates, KeepToTheMaximumCount) {
   EXPECT_EQ(MDQueryGetResultCount(query.get()), 2);
 }
 
+TEST_F(Updates, MayTakeAMaximumCountThatComesTooLate) {
+  makeFiles(3);
+  start();
+  standin::setUndefined(standin::Undefined::Garbage);
+  MDQuerySetMaxCount(query.get(), 2);
+  standin::setUndefined(standin::Undefined::Nothing);
+  scratch.file("z.txt");
+  expectNoUpdate();
+  EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
+}
+
 TEST_F(Updates, KeepARenamedFileThoughTheMaximumCountIsReached) {
   scratch.file("a.txt");
   scratch.file("b.txt");
