@@ -28,11 +28,16 @@ std::string realProgram(const std::string& name) {
   return error ? *found : path.string();
 }
 
+bool isList(const MediaRow& row) {
+  return row.convert == convert::texts || row.convert == convert::words ||
+         row.convert == convert::keywordsInSubject;
+}
+
 std::vector<std::string> arguments() {
-  std::set<std::string_view> wanted;
+  std::set<std::string> wanted;
   for (const MediaRow& row : mediaTable()) {
     for (const std::string_view tag : row.tags) {
-      if (!tag.empty()) wanted.insert(tag);
+      if (!tag.empty()) wanted.insert(std::string(tag) + (isList(row) ? "+" : ""));
     }
   }
   wanted.insert(std::begin(kFurtherTags), std::end(kFurtherTags));

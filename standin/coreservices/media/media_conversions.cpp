@@ -4,8 +4,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <optional>
+#include <span>
 
 #include "standin/coreservices/attributes/dates.h"
 
@@ -16,6 +18,8 @@ constexpr double kCentimetersPerInch = 2.54;
 constexpr double kInchesPerMeter = 39.3700787402;
 constexpr double kKilometersPerMile = 1.609344;
 constexpr double kKilometersPerNauticalMile = 1.852;
+constexpr int64_t kSecondsPerDay = 86400;
+constexpr int64_t kStartOf1904 = -3061152000;  // in seconds since 2001
 
 using Values = std::vector<OwnedValue>;
 
@@ -53,11 +57,25 @@ std::optional<OwnedValue> numberOf(std::string_view text) {
   return end == text.size() ? value : std::nullopt;
 }
 
+double realOf(const OwnedValue& number) {
+  const auto* const integer = std::get_if<int64_t>(&number);
+  return integer ? static_cast<double>(*integer) : std::get<double>(number);
+}
+
 std::optional<double> realOf(const MediaTag& tag) {
   const std::optional<OwnedValue> value = numberOf(firstText(tag));
-  if (!value) return {};
-  if (const auto* const integer = std::get_if<int64_t>(&*value)) return static_cast<double>(*integer);
-  return std::get<double>(*value);
+  return value ? std::optional(realOf(*value)) : std::nullopt;
+}
+
+void addInteger(const std::optional<OwnedValue>& number, Values& values) {
+  constexpr double kMost = 9e18;
+  if (!number) return;
+  const auto* const integer = std::get_if<int64_t>(&*number);
+  if (integer) {
+    values.emplace_back(*integer);
+  } else if (std::abs(realOf(*number)) < kMost) {
+    values.emplace_back(int64_t{std::llround(realOf(*number))});
+  }
 }
 
 std::optional<int64_t> integerOf(const MediaTag& tag) {
@@ -116,6 +134,18 @@ std::optional<ParsedDate> parseDate(const std::string& text) {
   date.fraction = seconds;
   date.secondsEast = parseZone(rest);
   return date;
+}
+
+// A movie counts seconds from 1904, and has 0 where nobody said when it was made. Clocks may show that in any
+// zone.
+bool isUnset(ParsedDate date, std::string_view group) {
+  const int64_t shown = ::timegm(&date.fields) - kFrom1970To2001;
+  return group == "QuickTime" && std::abs(shown - kStartOf1904) <= kSecondsPerDay;
+}
+
+void addWord(int64_t number, std::span<const char* const> words, Values& values) {
+  if (number >= 0 && static_cast<size_t>(number) < words.size())
+    addText(words[static_cast<size_t>(number)], values);
 }
 
 void addDate(ParsedDate date, bool isLocal, Values& values) {
@@ -196,13 +226,23 @@ void subjectOfOffice(const MediaTag& tag, Values& values) {
   if (isOfficeDocument(tag.all)) text(tag, values);
 }
 
-void number(const MediaTag& tag, Values& values) {
-  if (const auto value = numberOf(firstText(tag))) values.push_back(*value);
+void real(const MediaTag& tag, Values& values) {
+  if (const auto value = realOf(tag)) values.emplace_back(*value);
 }
 
-void leadingNumber(const MediaTag& tag, Values& values) {
+void integer(const MediaTag& tag, Values& values) {
+  addInteger(numberOf(firstText(tag)), values);
+}
+
+void leadingInteger(const MediaTag& tag, Values& values) {
   size_t end = 0;
-  if (const auto value = parseNumber(firstText(tag), end)) values.push_back(*value);
+  addInteger(parseNumber(firstText(tag), end), values);
+}
+
+void year(const MediaTag& tag, Values& values) {
+  Values found;
+  leadingInteger(tag, found);
+  if (!found.empty() && found.front() != OwnedValue(int64_t{0})) values.push_back(found.front());
 }
 
 void productOfTwo(const MediaTag& tag, Values& values) {
@@ -214,7 +254,7 @@ void productOfTwo(const MediaTag& tag, Values& values) {
 
 void date(const MediaTag& tag, Values& values) {
   const auto parsed = parseDate(std::string(firstText(tag)));
-  if (parsed) addDate(*parsed, !parsed->secondsEast, values);
+  if (parsed && !isUnset(*parsed, tag.group)) addDate(*parsed, !parsed->secondsEast, values);
 }
 
 void day(const MediaTag& tag, Values& values) {
@@ -227,6 +267,22 @@ void apex(const MediaTag& tag, Values& values) {
   if (const auto fNumber = realOf(tag); fNumber && *fNumber > 0) {
     values.emplace_back(2 * std::log2(*fNumber));
   }
+}
+
+void exposureProgram(const MediaTag& tag, Values& values) {
+  constexpr const char* kWords[] = {"Not defined",      "Manual",   "Normal", "Aperture priority",
+                                    "Shutter priority", "Creative", "Action", "Portrait",
+                                    "Landscape"};
+  if (const auto program = integerOf(tag)) addWord(*program, kWords, values);
+}
+
+void meteringMode(const MediaTag& tag, Values& values) {
+  constexpr const char* kWords[] = {"Unknown", "Average", "CenterWeightedAverage", "Spot", "MultiSpot",
+                                    "Pattern", "Partial"};
+  constexpr int64_t kOther = 255;
+  const auto mode = integerOf(tag);
+  if (mode) addWord(*mode, kWords, values);
+  if (mode == kOther) addText("Other", values);
 }
 
 // "0221" is version 2.2.1, "0230" is 2.3.
@@ -327,14 +383,14 @@ void codec(const MediaTag& tag, Values& values) {
 void channels(const MediaTag& tag, Values& values) {
   const std::string_view mode = firstText(tag);
   if (const auto count = numberOf(mode)) {
-    values.push_back(*count);
+    addInteger(count, values);
   } else if (!mode.empty()) {
     values.emplace_back(int64_t{mode == "Single Channel" ? 1 : 2});
   }
 }
 
 void bitsPerSecond(const MediaTag& tag, Values& values) {
-  if (const auto bytes = integerOf(tag)) values.emplace_back(*bytes * 8);
+  if (const auto bytes = realOf(tag)) values.emplace_back(*bytes * 8);
 }
 
 void isSound(const MediaTag&, Values& values) {

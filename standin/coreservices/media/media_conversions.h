@@ -32,14 +32,18 @@ void texts(const MediaTag&, std::vector<OwnedValue>&);  // one value for each
 void words(const MediaTag&, std::vector<OwnedValue>&);  // one for each part between commas or semicolons
 void keywordsInSubject(const MediaTag&, std::vector<OwnedValue>&);  // but for office documents
 void subjectOfOffice(const MediaTag&, std::vector<OwnedValue>&);    // for office documents alone
-void number(const MediaTag&, std::vector<OwnedValue>&);
-void leadingNumber(const MediaTag&, std::vector<OwnedValue>&);  // "3 of 12" and "8 8 8" are 3 and 8
-void productOfTwo(const MediaTag&, std::vector<OwnedValue>&);   // "640 480"
-void date(const MediaTag&, std::vector<OwnedValue>&);           // without a zone: in this system's
-void day(const MediaTag&, std::vector<OwnedValue>&);            // a date in GMT, time or not
+void real(const MediaTag&, std::vector<OwnedValue>&);               // a double, also of 120
+void integer(const MediaTag&, std::vector<OwnedValue>&);            // the nearest one
+void leadingInteger(const MediaTag&, std::vector<OwnedValue>&);     // "3 of 12" and "8 8 8" are 3 and 8
+void year(const MediaTag&, std::vector<OwnedValue>&);               // that a text starts with; 0 is none
+void productOfTwo(const MediaTag&, std::vector<OwnedValue>&);       // "640 480"
+void date(const MediaTag&, std::vector<OwnedValue>&);  // without a zone: in this system's; none that is unset
+void day(const MediaTag&, std::vector<OwnedValue>&);   // a date in GMT, time or not
 
 // Of pictures
-void apex(const MediaTag&, std::vector<OwnedValue>&);  // from an f-number
+void apex(const MediaTag&, std::vector<OwnedValue>&);             // from an f-number
+void exposureProgram(const MediaTag&, std::vector<OwnedValue>&);  // the words of EXIF's numbers
+void meteringMode(const MediaTag&, std::vector<OwnedValue>&);     // the same
 void exifVersion(const MediaTag&, std::vector<OwnedValue>&);
 void dotsPerInch(const MediaTag&, std::vector<OwnedValue>&);
 void portrait(const MediaTag&, std::vector<OwnedValue>&);

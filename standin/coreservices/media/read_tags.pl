@@ -1,5 +1,6 @@
 # Reads the tags of files: those that are named by the arguments ("Group:Name", or "Name" for whichever group
-# exiftool itself prefers, with a # after it where the value is wanted as a number rather than in words), of
+# exiftool itself prefers, with a # after it where the value is wanted as a number rather than in words, with
+# a + where a document may have several such tags with a value each, and all of them are wanted), of
 # files whose paths come on standard input, each ended by a zero byte. See readers/reader_pool.h for what it
 # prints. What it says of a file are texts, each ended by a zero byte: a tag with its group, and then a value;
 # a tag with several values stands before each of them.
@@ -20,11 +21,12 @@ BEGIN {
 use Image::ExifTool;
 require Image::ExifTool::XMP;
 
-my (%wanted, %numeric);
+my (%wanted, %numeric, %repeated);
 for (@ARGV) {
-    my ($tag, $number) = /^(.*?)(#?)$/;
+    my ($tag, $number, $all) = /^(.*?)(#?)(\+?)$/;
     $wanted{$tag} = 1;
     $numeric{$tag} = 1 if $number;
+    $repeated{$tag} = 1 if $all;
 }
 my %wantedName = map { (split /:/)[-1] => 1 } keys %wanted;
 
@@ -65,16 +67,25 @@ sub tagsOf {
     # An unknown format has no tags; what can't be read may have some.
     my $error = $exiftool->GetValue('Error');
     die "$error\n" if defined $error and $error =~ /\b(open|read)ing\b/;
-    my %chosen;
+    # Elsewhere a tag that is there twice is an older state, or another copy of the same.
+    my $isDocument = ($exiftool->GetValue('FileType') || '') =~ /^(OD[A-Z]|EPUB|X?HTML)$/;
+    my (%chosen, %all);
     for my $key ($exiftool->GetFoundTags('Input')) {
         (my $name = $key) =~ s/ \(.*//;
         next unless $wantedName{$name};
         my $tag = $exiftool->GetGroup($key, 0) . ":$name";
         # A name alone means the tag that has no number after it.
         next unless $wanted{$tag} or ($wanted{$name} and $key eq $name);
+        push @{$all{$tag}}, $key if $isDocument and $repeated{$tag};
         $chosen{$tag} = $key if !defined $chosen{$tag} or isBetter($key, $chosen{$tag});
     }
-    return join '', map { bytesOf($_, $chosen{$_}) } sort keys %chosen;
+    my $order = $$exiftool{FILE_ORDER};
+    my $bytes = '';
+    for my $tag (sort keys %chosen) {
+        my @keys = sort { $$order{$a} <=> $$order{$b} } @{$all{$tag} || [$chosen{$tag}]};
+        $bytes .= bytesOf($tag, $_) for @keys;
+    }
+    return $bytes;
 }
 
 sub answer {

@@ -1,6 +1,7 @@
 // The shared methods that name the attribute keys.
 #include <csignal>
 #include <fstream>
+#include <set>
 
 #include "tests/plugin/fixture.h"
 #include "tests/support/sanitizers.h"
@@ -98,6 +99,57 @@ TEST_F(AttributeKeys, AreDocumentedWithTheirTypes) {
     EXPECT_EQ(type != word, host::callShared("MDItemZNK", "AttributeMultiValued", key).boolean()) << key;
   }
   EXPECT_EQ(std::vector<std::string>(std::begin(kDeclaredKeys), std::end(kDeclaredKeys)), keys);
+}
+
+// Keys that the libraries of macOS 10.6 don't export.
+const std::set<std::string> kNotOn106 = {
+    "kMDItemParticipants",
+    "kMDItemDownloadedDate",
+    "kMDItemCameraOwner",
+    "kMDItemFocalLength35mm",
+    "kMDItemLensModel",
+    "kMDItemNamedLocation",
+    "kMDItemGPSStatus",
+    "kMDItemGPSMeasureMode",
+    "kMDItemGPSDOP",
+    "kMDItemGPSMapDatum",
+    "kMDItemGPSDestLatitude",
+    "kMDItemGPSDestLongitude",
+    "kMDItemGPSDestBearing",
+    "kMDItemGPSDestDistance",
+    "kMDItemGPSProcessingMethod",
+    "kMDItemGPSAreaInformation",
+    "kMDItemGPSDateStamp",
+    "kMDItemGPSDifferental",
+    "kMDItemLabelIcon",
+    "kMDItemLabelID",
+    "kMDItemLabelKind",
+    "kMDItemLabelUUID",
+    "kMDItemIsLikelyJunk",
+    "kMDItemExecutableArchitectures",
+    "kMDItemApplicationCategories",
+    "kMDItemIsApplicationManaged",
+    "kMDItemDateAdded",
+};
+const std::set<std::string> kDeprecated = {
+    "kMDItemFSExists",  "kMDItemFSIsReadable", "kMDItemFSIsWriteable", "kMDItemSupportFileType",
+    "kMDItemLabelIcon", "kMDItemLabelID",      "kMDItemLabelKind",     "kMDItemLabelUUID",
+};
+
+TEST_F(AttributeKeys, AreDocumentedWithTheSystemsThatHaveThem) {
+  std::ifstream document(KEYS_DOCUMENT);
+  std::set<std::string> notOn106, deprecated;
+  for (std::string line; std::getline(document, line);) {
+    const std::vector<std::string> cells = cellsOf(line);
+    if (cells.size() != 3 || !cells[0].starts_with('`')) continue;
+    const std::string key = cells[0].substr(1, cells[0].size() - 2);
+    if (!cells[1].starts_with("10.4") && !cells[1].starts_with("10.5") && !cells[1].starts_with("10.6")) {
+      notOn106.insert(key);
+    }
+    if (cells[1].ends_with(", deprecated")) deprecated.insert(key);
+  }
+  EXPECT_EQ(kNotOn106, notOn106);
+  EXPECT_EQ(kDeprecated, deprecated);
 }
 
 // The constants are read without a test, as host programs know it: they ask for keys that their system has.

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "standin/coreservices/attributes/schema.h"
 #include "tests/standin/coreservices/media/exiftool_command.h"
@@ -64,6 +66,21 @@ TEST(MediaTable, KeepsTheRowsOfAnAttributeTogether) {
     EXPECT_TRUE(seen.insert(row.attribute).second) << standin::metadata::infoOf(row.attribute).key;
     last = row.attribute;
   }
+}
+
+TEST(MediaTable, GivesNumbersOfOneTypeForAnAttribute) {
+  std::map<FileAttribute, std::set<size_t>> types;
+  for (const MediaRow& row : standin::metadata::mediaTable()) {
+    if (infoOf(row.attribute).type != standin::metadata::ValueType::Number) continue;
+    for (const char* text : {"3", "3.5", "3 of 12", "3 4"}) {
+      const std::vector<std::string> texts = {text};
+      std::vector<standin::metadata::OwnedValue> values;
+      row.convert({"EXIF", texts, {}}, values);
+      for (const auto& value : values) types[row.attribute].insert(value.index());
+    }
+  }
+  EXPECT_GE(types.size(), 30u);
+  for (const auto& [attribute, found] : types) EXPECT_EQ(found.size(), 1u) << infoOf(attribute).key;
 }
 
 }  // namespace

@@ -67,8 +67,6 @@ const Plain kOfPictures[] = {
     {"kMDItemExposureTimeSeconds", "-EXIF:ExposureTime=1/250", "EXIF:ExposureTime#"},
     {"kMDItemExposureTimeString", nullptr, "EXIF:ExposureTime"},
     {"kMDItemExposureMode", "-EXIF:ExposureMode#=1", "EXIF:ExposureMode#"},
-    {"kMDItemExposureProgram", "-EXIF:ExposureProgram#=3", "EXIF:ExposureProgram"},
-    {"kMDItemMeteringMode", "-EXIF:MeteringMode#=5", "EXIF:MeteringMode"},
     {"kMDItemWhiteBalance", "-EXIF:WhiteBalance#=1", "EXIF:WhiteBalance#"},
     {"kMDItemLatitude", "-GPSLatitude=33.5", "Composite:GPSLatitude#"},
     {"kMDItemLongitude", "-GPSLongitude=151.25", "Composite:GPSLongitude#"},
@@ -344,6 +342,76 @@ TEST_F(Media, OfCamerasIsPutIntoTheUnitsOfTheAttributes) {
   EXPECT_DOUBLE_EQ(real(item, kMDItemGPSDestDistance), 3.704);
   EXPECT_EQ(text(item, kMDItemColorSpace), "RGB");
   EXPECT_EQ(number(item, kMDItemPixelCount), 512);
+}
+
+TEST_F(Media, OfCamerasHasTheWordsOfItsNumbers) {
+  const std::string path = scratch.file("photo.jpg", sample::jpeg());
+  struct Case {
+    int number;
+    const char* program;
+    const char* metering;
+  };
+  for (const Case& each : {Case{1, "Manual", "Average"}, Case{2, "Normal", "CenterWeightedAverage"},
+                           Case{3, "Aperture priority", "Spot"}, Case{5, "Creative", "Pattern"}}) {
+    const std::string number = std::to_string(each.number);
+    writeTags(path, {"-EXIF:ExposureProgram#=" + number, "-EXIF:MeteringMode#=" + number});
+    EXPECT_EQ(text(make(path), kMDItemExposureProgram), each.program);
+    EXPECT_EQ(text(make(path), kMDItemMeteringMode), each.metering);
+  }
+  writeTags(path, {"-EXIF:ExposureProgram#=99", "-EXIF:MeteringMode#=255"});
+  EXPECT_FALSE(get(make(path), kMDItemExposureProgram));
+  EXPECT_EQ(text(make(path), kMDItemMeteringMode), "Other");
+}
+
+// An f-number is one with a point also where it is whole.
+TEST_F(Media, HasNumbersOfOneTypeInAllFiles) {
+  const auto isReal = [](const Owned<MDItemRef>& item, CFStringRef key) {
+    const auto value = get(item, key);
+    EXPECT_TRUE(value) << textOf(key);
+    return value && CFNumberIsFloatType(static_cast<CFNumberRef>(value.get()));
+  };
+  for (const char* number : {"8", "5.6"}) {
+    const std::string path = scratch.file("photo.jpg", sample::jpeg());
+    writeTags(path, {std::string("-EXIF:FNumber=") + number, std::string("-EXIF:FocalLength=") + number,
+                     "-EXIF:ISO=200"});
+    EXPECT_TRUE(isReal(make(path), kMDItemFNumber)) << number;
+    EXPECT_TRUE(isReal(make(path), kMDItemFocalLength)) << number;
+    EXPECT_FALSE(isReal(make(path), kMDItemISOSpeed));
+    EXPECT_FALSE(isReal(make(path), kMDItemPixelWidth));
+    const auto song = make(scratch.file("song.mp3", sample::mp3({{"TBPM", number}, {"TRCK", "3/12"}})));
+    EXPECT_TRUE(isReal(song, kMDItemTempo)) << number;
+    EXPECT_TRUE(isReal(song, kMDItemAudioSampleRate));
+    EXPECT_FALSE(isReal(song, kMDItemAudioTrackNumber));
+  }
+}
+
+TEST_F(Media, WithADateThatWasNeverSetHasTheFiles) {
+  for (const char* zone : {"GMT", "XYZ-9", "XYZ5"}) {
+    const LocalZone local(zone);
+    const auto item = make(scratch.file("song.m4a", sample::mpeg4Audio(0)));
+    EXPECT_NE(date(item, kMDItemFSCreationDate), -1);
+    EXPECT_EQ(date(item, kMDItemContentCreationDate), date(item, kMDItemFSCreationDate)) << zone;
+  }
+  const auto song2011 = make(scratch.file("2011.m4a", sample::mpeg4Audio()));
+  EXPECT_EQ(date(song2011, kMDItemContentCreationDate), 1299326400.0 - 978307200.0);
+  const auto song = make(scratch.file("song.mp3", sample::mp3({{"TYER", "0000"}})));
+  EXPECT_FALSE(get(song, kMDItemRecordingYear));
+}
+
+TEST_F(Media, OfDocumentsIsReadWhereverItIsRepeated) {
+  const Strings keywords = {"one", "two, three", "four"};
+  EXPECT_EQ(texts(make(scratch.file("a.odt", sample::odt(keywords))), kMDItemKeywords), keywords);
+  const auto book = make(scratch.file("a.epub", sample::epub(keywords)));
+  EXPECT_EQ(texts(book, kMDItemKeywords), keywords);
+  EXPECT_EQ(texts(book, kMDItemAuthors), (Strings{"Ann", "Bob"}));
+  const auto page = make(scratch.file("a.html",
+                                      "<!DOCTYPE html>\n<html>\n<head>\n"
+                                      "<meta name=\"author\" content=\"Ann\">\n"
+                                      "<meta name=\"author\" content=\"Bob\">\n"
+                                      "<meta name=\"keywords\" content=\"a, b\">\n"
+                                      "<meta name=\"keywords\" content=\"c\">\n</head>\n</html>\n"));
+  EXPECT_EQ(texts(page, kMDItemAuthors), (Strings{"Ann", "Bob"}));
+  EXPECT_EQ(texts(page, kMDItemKeywords), (Strings{"a", "b", "c"}));
 }
 
 TEST_F(Media, KeepsListsApart) {

@@ -93,9 +93,9 @@ std::string avi() {
   return "RIFF" + littleEndian(static_cast<uint32_t>(content.size()), 4) + content;
 }
 
-std::string mpeg4Audio() {
-  constexpr uint32_t kUnitsPerSecond = 1000, kDuration = 5000, kMade = 3382171200;  // 2011-03-05 12:00 GMT
-  const std::string header = bigEndian(0) + bigEndian(kMade) + bigEndian(kMade) + bigEndian(kUnitsPerSecond) +
+std::string mpeg4Audio(uint32_t made) {
+  constexpr uint32_t kUnitsPerSecond = 1000, kDuration = 5000;
+  const std::string header = bigEndian(0) + bigEndian(made) + bigEndian(made) + bigEndian(kUnitsPerSecond) +
                              bigEndian(kDuration) + std::string(80, '\0');
   return box("ftyp", "M4A " + bigEndian(0) + "M4A isom") + box("moov", box("mvhd", header)) +
          box("mdat", std::string(4, '\0'));
@@ -136,6 +136,30 @@ std::string docx() {
                                 "officeDocument/2006/extended-properties'><Pages>3</Pages>"
                                 "<Application>A Writer</Application><Company>Co</Company></Properties>"},
        {main, "<document/>"}});
+}
+
+std::string odt(const std::vector<std::string>& keywords) {
+  const std::string names = "urn:oasis:names:tc:opendocument:xmlns:";
+  std::string elements;
+  for (const std::string& keyword : keywords) elements += "<meta:keyword>" + keyword + "</meta:keyword>";
+  return zip(
+      {{"mimetype", "application/vnd.oasis.opendocument.text"},
+       {"meta.xml", "<office:document-meta xmlns:office='" + names + "office:1.0' xmlns:meta='" + names +
+                        "meta:1.0'><office:meta>" + elements + "</office:meta></office:document-meta>"}});
+}
+
+std::string epub(const std::vector<std::string>& keywords) {
+  std::string elements;
+  for (const std::string& keyword : keywords) elements += "<dc:subject>" + keyword + "</dc:subject>";
+  return zip({{"mimetype", "application/epub+zip"},
+              {"META-INF/container.xml",
+               "<container xmlns='urn:oasis:names:tc:opendocument:xmlns:container'><rootfiles><rootfile "
+               "full-path='book.opf' media-type='application/oebps-package+xml'/></rootfiles></container>"},
+              {"book.opf",
+               "<package xmlns='http://www.idpf.org/2007/opf'><metadata "
+               "xmlns:dc='http://purl.org/dc/elements/1.1/'><dc:creator>Ann</dc:creator>"
+               "<dc:creator>Bob</dc:creator>" +
+                   elements + "</metadata></package>"}});
 }
 
 std::string mp3(const std::vector<std::pair<std::string, std::string>>& frames) {
