@@ -118,8 +118,8 @@ class ImageMaker {
 
   // The order is that in which tools look for the parts.
   void addLinkedit(const Symbols& symbols, const LoadTimeWork& work, const std::vector<Export>& exports) {
-    addBlob(encodeRebases(work, layout_.data.address), info_.rebaseOffset, info_.rebaseSize);
-    addBlob(encodeBinds(work, symbols.imports(), layout_.data.address), info_.bindOffset, info_.bindSize);
+    addBlob(rebaseBlob(work, layout_.data.address), info_.rebaseOffset, info_.rebaseSize);
+    addBlob(bindBlob(work, symbols.imports(), layout_.data.address), info_.bindOffset, info_.bindSize);
     addBlob(encodeExports(exports), info_.exportOffset, info_.exportSize);
     const SymbolTable table = encodeSymbols(exports, symbols.imports(), layout_);
     addBlob(table.symbols, symbolTable_.symbolOffset, symbolTable_.symbolCount);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <tuple>
 
 #include "macho/format/format.h"
 #include "macho/linker/error.h"
@@ -41,6 +42,17 @@ void Layout::collectStubs() {
       }
     }
   }
+}
+
+// In the order in which dyld binds them, so that its address goes from one to the next.
+void Layout::sortPointers() {
+  const auto order = [&](const Symbols::Target& target) {
+    const bool imported = target.kind == Symbols::Target::kImport;
+    return std::make_tuple(!imported, imported ? symbols_.imports()[target.import].library : 0, target);
+  };
+  std::sort(pointers.begin(), pointers.end(),
+            [&](const auto& a, const auto& b) { return order(a) < order(b); });
+  for (uint32_t i = 0; i < pointers.size(); ++i) pointerIndex_[pointers[i]] = i;
 }
 
 OutputSection Layout::gather(const std::string& segment, const std::string& name, uint32_t flags) {

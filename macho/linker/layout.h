@@ -42,6 +42,7 @@ class Layout {
       : objects_(objects), symbols_(symbols) {
     collectPointers();
     collectStubs();
+    sortPointers();
     makeSections();
     assignAddresses(headerSize(text.sections.size() + data.sections.size()));
   }
@@ -58,6 +59,7 @@ class Layout {
  private:
   void collectPointers();
   void collectStubs();
+  void sortPointers();
   void makeSections();
   void assignAddresses(uint32_t headerSize);
   OutputSection gather(const std::string& segment, const std::string& name, uint32_t flags);

@@ -1,34 +1,11 @@
 #include "macho/linker/linkedit.h"
 
 #include "macho/format/format.h"
+#include "macho/linker/fixup_opcodes.h"
+#include "macho/linker/leb.h"
 
 namespace macho {
 namespace {
-
-constexpr uint8_t kDataSegment = 1;  // its index among the segments
-
-void appendULEB(std::vector<uint8_t>& bytes, uint32_t value) {
-  do {
-    const uint8_t low = value & 0x7F;
-    value >>= 7;
-    bytes.push_back(value ? low | 0x80 : low);
-  } while (value);
-}
-
-void appendSLEB(std::vector<uint8_t>& bytes, int32_t value) {
-  for (;;) {
-    const uint8_t low = value & 0x7F;
-    value >>= 7;  // keeps the sign
-    const bool done = (value == 0 && !(low & 0x40)) || (value == -1 && (low & 0x40));
-    bytes.push_back(done ? low : low | 0x80);
-    if (done) return;
-  }
-}
-
-void appendText(std::vector<uint8_t>& bytes, const std::string& text) {
-  bytes.insert(bytes.end(), text.begin(), text.end());
-  bytes.push_back(0);
-}
 
 void pad(std::vector<uint8_t>& bytes) {
   bytes.resize(roundUp(static_cast<uint32_t>(bytes.size()), 8));
@@ -106,48 +83,15 @@ class Trie {
 
 }  // namespace
 
-std::vector<uint8_t> encodeRebases(const LoadTimeWork& work, uint32_t dataAddress) {
-  std::vector<uint8_t> bytes;
-  if (!work.rebases.empty()) bytes.push_back(rebase::kSetType | kPointerType);
-  for (size_t i = 0; i < work.rebases.size();) {
-    size_t end = i + 1;
-    while (end < work.rebases.size() && work.rebases[end] == work.rebases[end - 1] + 4) ++end;
-    bytes.push_back(rebase::kSetSegmentAndOffset | kDataSegment);
-    appendULEB(bytes, work.rebases[i] - dataAddress);
-    bytes.push_back(rebase::kDoULEBTimes);
-    appendULEB(bytes, static_cast<uint32_t>(end - i));
-    i = end;
-  }
-  if (!bytes.empty()) bytes.push_back(rebase::kDone);
+std::vector<uint8_t> rebaseBlob(const LoadTimeWork& work, uint32_t dataAddress) {
+  std::vector<uint8_t> bytes = encodeRebases(work.rebases, dataAddress);
   pad(bytes);
   return bytes;
 }
 
-std::vector<uint8_t> encodeBinds(const LoadTimeWork& work, const std::vector<Import>& imports,
-                                 uint32_t dataAddress) {
-  std::vector<uint8_t> bytes;
-  int32_t addend = 0;
-  if (!work.binds.empty()) bytes.push_back(bind::kSetType | kPointerType);
-  for (const LoadTimeWork::Bind& bind : work.binds) {
-    const Import& import = imports[bind.import];
-    const auto ordinal = static_cast<uint32_t>(import.library) + 1;
-    if (ordinal <= kImmediateMask) {
-      bytes.push_back(static_cast<uint8_t>(bind::kSetOrdinal | ordinal));
-    } else {
-      bytes.push_back(bind::kSetOrdinalULEB);
-      appendULEB(bytes, ordinal);
-    }
-    bytes.push_back(bind::kSetSymbol | (import.weak ? bind::kWeakImport : 0));
-    appendText(bytes, import.name);
-    if (bind.addend != addend) {
-      bytes.push_back(bind::kSetAddend);
-      appendSLEB(bytes, addend = bind.addend);
-    }
-    bytes.push_back(bind::kSetSegmentAndOffset | kDataSegment);
-    appendULEB(bytes, bind.address - dataAddress);
-    bytes.push_back(bind::kDo);
-  }
-  if (!bytes.empty()) bytes.push_back(bind::kDone);
+std::vector<uint8_t> bindBlob(const LoadTimeWork& work, const std::vector<Import>& imports,
+                              uint32_t dataAddress) {
+  std::vector<uint8_t> bytes = encodeBinds(work.binds, imports, dataAddress);
   pad(bytes);
   return bytes;
 }

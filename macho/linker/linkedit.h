@@ -10,9 +10,9 @@
 namespace macho {
 
 // Each is padded to whole 8 bytes: tools that edit the file expect them to follow each other without gaps.
-std::vector<uint8_t> encodeRebases(const LoadTimeWork& work, uint32_t dataAddress);
-std::vector<uint8_t> encodeBinds(const LoadTimeWork& work, const std::vector<Import>& imports,
-                                 uint32_t dataAddress);
+std::vector<uint8_t> rebaseBlob(const LoadTimeWork& work, uint32_t dataAddress);
+std::vector<uint8_t> bindBlob(const LoadTimeWork& work, const std::vector<Import>& imports,
+                              uint32_t dataAddress);
 
 struct Export {
   std::string name;

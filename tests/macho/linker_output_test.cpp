@@ -149,6 +149,26 @@ TEST_F(LinkerOutput, DescribesItsPointersAndStubsToOtherTools) {
   for (const std::string& line : lines(table, "0x")) EXPECT_TRUE(line.ends_with(" _call")) << line;
 }
 
+TEST_F(LinkerOutput, BindsItsPointersOneAfterTheOther) {
+  build(
+      "extern \"C\" int zebra, apple, melon; extern \"C\" void call();"
+      "EXPORT int entry() { call(); return zebra + apple + melon; }",
+      {"_zebra", "_apple", "_melon", "_call"});
+  const Lines binds = lines(objdump({"--bind"}), "__DATA __nl_symbol_ptr");
+  ASSERT_EQ(4u, binds.size());
+  const std::vector<std::string> names = {"_apple", "_call", "_melon", "_zebra"};
+  uint32_t address = 0;
+  for (size_t i = 0; i < names.size(); ++i) {
+    EXPECT_TRUE(binds[i].ends_with(names[i])) << binds[i];
+    const uint32_t here =
+        static_cast<uint32_t>(std::stoul(binds[i].substr(binds[i].find("0x")), nullptr, 16));
+    if (i) {
+      EXPECT_EQ(address + 4, here);
+    }
+    address = here;
+  }
+}
+
 TEST_F(LinkerOutput, IsTheSameOnEveryRunAndWhereverTheObjectsLie) {
   const std::string first = toolbox::readFile(build(kMixed, kMixedImports));
   toolbox::run({"mkdir", path("elsewhere")});
