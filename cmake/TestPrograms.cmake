@@ -58,13 +58,16 @@ function(add_test_program name)
   target_link_libraries(${name} PRIVATE ${program_LIBRARIES})
 endfunction()
 
-# add_suites(NAME PROGRAM [argument...])
+# add_suites(NAME PROGRAM [argument...] [LEFT_OUT SUITE.TEST...])
 #
-# Registers each suite of a test program, run with these arguments, as the test NAME.SUITE.
+# Registers each suite of a test program, run with these arguments, as the test NAME.SUITE, without the tests left out.
 function(add_suites name program)
+  cmake_parse_arguments(PARSE_ARGV 2 suites "" "" "LEFT_OUT")
+  list(JOIN suites_LEFT_OUT ":" left_out)
   set(file ${CMAKE_CURRENT_BINARY_DIR}/${name}.suites.cmake)
   add_custom_command(TARGET ${program} POST_BUILD
-    COMMAND ${CMAKE_COMMAND} -DNAME=${name} -DPROGRAM=$<TARGET_FILE:${program}> "-DARGUMENTS=${ARGN}" -DOUTPUT=${file}
+    COMMAND ${CMAKE_COMMAND} -DNAME=${name} -DPROGRAM=$<TARGET_FILE:${program}> "-DARGUMENTS=${suites_UNPARSED_ARGUMENTS}"
+      -DLEFT_OUT=${left_out} -DOUTPUT=${file}
       -P ${CMAKE_SOURCE_DIR}/cmake/ListSuites.cmake
     BYPRODUCTS ${file}
     VERBATIM)

@@ -49,7 +49,7 @@ struct SectionRecord {
   uint32_t type() const { return flags & 0xFF; }
 };
 inline constexpr uint32_t kRegular = 0x0, kZeroFill = 0x1, kCStrings = 0x2, k4ByteLiterals = 0x3,
-                          k8ByteLiterals = 0x4, kNonLazyPointers = 0x6, kStubs = 0x8, kInitFunctions = 0x9,
+                          k8ByteLiterals = 0x4, kNonLazyPointers = 0x6, kLazyPointers = 0x7, kStubs = 0x8, kInitFunctions = 0x9,
                           kTermFunctions = 0xA, k16ByteLiterals = 0xE, kThreadLocalFirst = 0x11,
                           kThreadLocalLast = 0x15;
 inline constexpr uint32_t kPureInstructions = 0x80000000, kSomeInstructions = 0x400;
@@ -116,7 +116,7 @@ inline constexpr uint32_t kVanilla = 0, kPair = 1, kSectionDifference = 2, kLoca
                           kThreadLocal = 5;
 
 inline constexpr uint8_t kOpcodeMask = 0xF0, kImmediateMask = 0x0F;
-inline constexpr uint8_t kPointerType = 1;
+inline constexpr uint8_t kPointerType = 1, kTextAbsoluteType = 2, kTextRelativeType = 3;
 
 namespace rebase {
 inline constexpr uint8_t kDone = 0x00, kSetType = 0x10, kSetSegmentAndOffset = 0x20, kAddAddress = 0x30,

@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "macho/loader/darwin_functions.h"
 #include "macho/loader/export_trie.h"
 
 namespace macho {
@@ -53,6 +54,7 @@ void* Binder::findInProcess(const std::string& name) const {
   if (options_.lookup) {
     if (void* found = options_.lookup(name)) return found;
   }
+  if (void* found = darwinFunction(name)) return found;
   const auto alias = aliases().find(name);
   return dlsym(RTLD_DEFAULT, (alias == aliases().end() ? name : alias->second).c_str());
 }

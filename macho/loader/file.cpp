@@ -64,11 +64,22 @@ class Reader {
     }
     dylib_.segments.push_back(segment);
     for (uint32_t i = 0; i < segment.sectionCount; ++i) {
-      readSection(command.read<SectionRecord>(sizeof segment + i * sizeof(SectionRecord)));
+      const auto section = command.read<SectionRecord>(sizeof segment + i * sizeof(SectionRecord));
+      requireInside(segment, section);
+      readSection(section);
+    }
+  }
+
+  static void requireInside(const SegmentCommand& segment, const SectionRecord& section) {
+    const uint32_t offset = section.address - segment.address;
+    if (section.address < segment.address || offset > segment.memorySize ||
+        section.size > segment.memorySize - offset) {
+      throw FormatError("malformed: its section " + fixedName(section.name) + " lies outside of its segment");
     }
   }
 
   void readSection(const SectionRecord& section) {
+    const DylibFile::Range range = {section.address, section.size};
     if (section.type() == kInitFunctions && section.size) {
       throw FormatError("it has static initialisers, which this loader does not run");
     }
@@ -76,8 +87,10 @@ class Reader {
       throw FormatError("it has thread-local variables");
     }
     if (fixedName(section.name) == "__eh_frame" && section.size) {
-      frames_ = DylibFile::Range{section.address, section.size};
+      frames_ = range;
     }
+    if (fixedName(section.name) == "__stub_helper") dylib_.stubHelper = range;
+    if (section.type() == kLazyPointers) dylib_.lazyPointers.push_back(range);
   }
 
   void readDyldInfo(Bytes command) {

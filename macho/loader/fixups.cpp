@@ -1,7 +1,5 @@
 #include "macho/loader/fixups.h"
 
-#include "macho/format/format.h"
-
 namespace macho {
 namespace {
 
@@ -12,8 +10,11 @@ constexpr uint32_t kWord = 4;
                     stream);
 }
 
-void requirePointer(uint32_t type) {
-  if (type != kPointerType) throw FormatError("it has text relocations, which this loader does not apply");
+FixupKind kindOf(const char* stream, uint8_t type, FixupKind last) {
+  if (type < kPointerType || type > static_cast<uint8_t>(last)) {
+    throw FormatError("malformed: unknown type " + std::to_string(type) + " among its " + stream);
+  }
+  return FixupKind{type};
 }
 
 class RebaseReader {
@@ -33,9 +34,11 @@ class RebaseReader {
   void apply(uint8_t opcode, uint8_t immediate) {
     switch (opcode) {
       case rebase::kSetType:
-        return requirePointer(immediate);
+        // A distance within the image is the same wherever it lies, so nobody writes kTextRelative here.
+        place_.kind = kindOf("rebases", immediate, FixupKind::kTextAbsolute);
+        return;
       case rebase::kSetSegmentAndOffset:
-        place_ = {immediate, cursor_.uleb()};
+        place_ = {immediate, cursor_.uleb(), place_.kind};
         return;
       case rebase::kAddAddress:
         place_.offset += cursor_.uleb();
@@ -108,12 +111,13 @@ class BindReader {
         bind_.symbol = cursor_.text();
         return;
       case bind::kSetType:
-        return requirePointer(immediate);
+        bind_.place.kind = kindOf("binds", immediate, FixupKind::kTextRelative);
+        return;
       case bind::kSetAddend:
         bind_.addend = cursor_.sleb();
         return;
       case bind::kSetSegmentAndOffset:
-        bind_.place = {immediate, cursor_.uleb()};
+        bind_.place = {immediate, cursor_.uleb(), bind_.place.kind};
         return;
       case bind::kAddAddress:
         bind_.place.offset += cursor_.uleb();

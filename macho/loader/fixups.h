@@ -7,13 +7,23 @@
 #include <string>
 
 #include "macho/format/bytes.h"
+#include "macho/format/format.h"
 
 namespace macho {
+
+// How an address is written. Those in text are operands of instructions, in pages that are not writable
+// later.
+enum class FixupKind : uint8_t {
+  kPointer = kPointerType,
+  kTextAbsolute = kTextAbsoluteType,
+  kTextRelative = kTextRelativeType,  // the distance from the end of the word; binds only
+};
 
 // A word of the image: segment by index, offset in it. Not checked against the segment: the visitor does
 // that.
 struct FixupPlace {
   uint32_t segment, offset;
+  FixupKind kind = FixupKind::kPointer;
 };
 
 struct Bind {

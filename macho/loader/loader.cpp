@@ -55,11 +55,14 @@ class Assembly {
     const auto visit = [&](const Bind& bind) {
       uint8_t* word = writableWord(bind.place);
       const auto symbol = reinterpret_cast<uintptr_t>(binder.address(bind));
-      const uint32_t address = symbol ? symbol + bind.addend : 0;
+      uint32_t address = symbol ? symbol + bind.addend : 0;
+      if (bind.place.kind == FixupKind::kTextRelative)
+        address -= reinterpret_cast<uintptr_t>(word + sizeof address);
       std::memcpy(word, &address, sizeof address);
     };
     readBinds(dylib_.binds, BindStream::kOrdinary, dylib_.memory.size, visit);
     readBinds(dylib_.lazyBinds, BindStream::kLazy, dylib_.memory.size, visit);
+    requireBoundStubs();
   }
 
   void protect() {
@@ -75,6 +78,22 @@ class Assembly {
   }
 
  private:
+  // Everything is bound now, so that what is missing is told before anything runs. A stub that still goes to
+  // the helper would ask for the binder at its first call.
+  void requireBoundStubs() const {
+    if (!dylib_.stubHelper) return;
+    const uint32_t helper = dylib_.stubHelper->address + slide();
+    for (const DylibFile::Range& pointers : dylib_.lazyPointers) {
+      for (uint32_t offset = 0; offset + 4 <= pointers.size; offset += 4) {
+        const auto target =
+            mapping_.bytes().read<uint32_t>(pointers.address - dylib_.memory.address + offset);
+        if (target - helper < dylib_.stubHelper->size) {
+          throw FormatError("malformed: it doesn't say what one of its stubs is to be bound to");
+        }
+      }
+    }
+  }
+
   uint8_t* at(const SegmentCommand& segment) const {
     return mapping_.base() + (segment.address - dylib_.memory.address);
   }
@@ -87,7 +106,10 @@ class Assembly {
     if (segment.memorySize < 4 || place.offset > segment.memorySize - 4) {
       throw FormatError("malformed: an address is to be set outside of its segment");
     }
-    if (!(segment.protection & kWrite)) {
+    // Only what the image says of its text is done to it.
+    const uint32_t protection =
+        place.kind == FixupKind::kPointer ? segment.protection : segment.maximumProtection;
+    if (!(protection & kWrite)) {
       throw FormatError("an address is to be set in " + fixedName(segment.name) + ", which is not writable");
     }
     return at(segment) + place.offset;

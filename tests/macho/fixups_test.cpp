@@ -13,11 +13,17 @@ using macho::Bind;
 using macho::Bytes;
 using macho::FixupPlace;
 
+// Nothing for a pointer.
+std::string kindName(FixupPlace place) {
+  if (place.kind == macho::FixupKind::kTextAbsolute) return "text ";
+  return place.kind == macho::FixupKind::kTextRelative ? "call " : "";
+}
+
 std::string rebases(const std::vector<uint8_t>& stream, uint32_t limit = 100) {
   std::string seen;
   try {
     macho::readRebases(Bytes(stream.data(), stream.size()), limit, [&](FixupPlace place) {
-      seen += std::to_string(place.segment) + ":" + std::to_string(place.offset) + " ";
+      seen += kindName(place) + std::to_string(place.segment) + ":" + std::to_string(place.offset) + " ";
     });
   } catch (const macho::FormatError& error) {
     seen += error.what();
@@ -30,8 +36,8 @@ std::string binds(const std::vector<uint8_t>& stream, macho::BindStream kind, ui
   try {
     macho::readBinds(Bytes(stream.data(), stream.size()), kind, limit, [&](const Bind& bind) {
       seen += bind.symbol + (bind.weak ? "?" : "") + "@" + std::to_string(bind.library) + "+" +
-              std::to_string(bind.addend) + "=" + std::to_string(bind.place.segment) + ":" +
-              std::to_string(bind.place.offset) + " ";
+              std::to_string(bind.addend) + "=" + kindName(bind.place) + std::to_string(bind.place.segment) +
+              ":" + std::to_string(bind.place.offset) + " ";
     });
   } catch (const macho::FormatError& error) {
     seen += error.what();
@@ -57,6 +63,11 @@ TEST(Rebases, StepBackwardsByAWrappingAddition) {
   EXPECT_EQ("1:16 1:4 ", rebases({0x11, 0x21, 0x10, 0x51, 0x30, 0xF0, 0xFF, 0xFF, 0xFF, 0x0F, 0x51, 0x00}));
 }
 
+TEST(Rebases, InTextAreToldFromThoseOfPointers) {
+  EXPECT_EQ("1:0 text 0:16 text 0:20 1:4 ",
+            rebases({0x11, 0x21, 0x00, 0x51, 0x12, 0x20, 0x10, 0x52, 0x11, 0x21, 0x04, 0x51, 0x00}));
+}
+
 TEST(Rebases, EndAtTheEndOfTheStreamToo) {
   EXPECT_EQ("1:0 ", rebases({0x11, 0x21, 0x00, 0x51}));
   EXPECT_EQ("", rebases({}));
@@ -64,7 +75,8 @@ TEST(Rebases, EndAtTheEndOfTheStreamToo) {
 
 TEST(Rebases, ThatAreMalformedAreRefused) {
   EXPECT_EQ("malformed: unknown opcode 144 among its rebases", rebases({0x91}));
-  EXPECT_EQ("it has text relocations, which this loader does not apply", rebases({0x12}));
+  EXPECT_EQ("malformed: unknown type 0 among its rebases", rebases({0x10}));
+  EXPECT_EQ("malformed: unknown type 3 among its rebases", rebases({0x13}));
   EXPECT_EQ("truncated: 1 bytes are wanted at offset 3 of 3", rebases({0x11, 0x21, 0x80}));
   EXPECT_EQ("malformed: more rebases than the image has room for",
             rebases({0x11, 0x21, 0x00, 0x60, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F}));
@@ -77,6 +89,13 @@ TEST(Binds, CarrySymbolLibraryAddendAndWeakness) {
             binds({0x51, 0x11, 0x40, '_',  'a', 0,   0x71, 0x08, 0x90,  //
                    0x20, 0xAC, 0x02, 0x41, '_', 'b', 0,    0x60, 0x7E, 0x90, 0x00},
                   kOrdinary));
+}
+
+TEST(Binds, InTextAreToldFromThoseOfPointers) {
+  EXPECT_EQ(
+      "_a@1+0=text 0:8 _a@1+0=call 0:16 _a@1+0=1:0 ",
+      binds({0x11, 0x40, '_', 'a', 0, 0x52, 0x70, 0x08, 0x90, 0x53, 0x70, 0x10, 0x90, 0x51, 0x71, 0x00, 0x90},
+            kOrdinary));
 }
 
 TEST(Binds, KnowTheSpecialLibraries) {
@@ -100,6 +119,7 @@ TEST(Binds, OfTheLazyStreamAreSeparatedByEnds) {
 
 TEST(Binds, ThatAreMalformedAreRefused) {
   EXPECT_EQ("malformed: unknown opcode 240 among its binds", binds({0xF0}, kOrdinary));
+  EXPECT_EQ("malformed: unknown type 4 among its binds", binds({0x54}, kOrdinary));
   EXPECT_EQ("truncated: a name at offset 1 has no end", binds({0x40, '_', 'a'}, kOrdinary));
   EXPECT_EQ("malformed: more binds than the image has room for",
             binds({0x71, 0x00, 0xC0, 0xFF, 0xFF, 0x03, 0x00}, kOrdinary));

@@ -113,8 +113,13 @@ TEST_F(HostileFile, ThatSaysSomethingImpossible) {
                 "a segment is writable and executable at once");
   expectRefused(withSegment([](SegmentCommand& s) { s.memorySize += 0x1000; }),
                 "malformed: segments overlap in memory");
-  expectRefused(withSegment([](SegmentCommand& s) { s.address = 0xF0000000; }),
+  expectRefused(withSegment([](SegmentCommand& s) {
+                  s.address = 0xF0000000;
+                  s.sectionCount = 0;
+                }),
                 "malformed: it asks for 4026531840 bytes of memory");
+  expectRefused(withSegment([](SegmentCommand& s) { s.address += 0x1000; }),
+                "malformed: its section __text lies outside of its segment");
   const auto withoutInfo = changed<macho::DyldInfoCommand>(
       macho::kDyldInfoOnly, [](macho::DyldInfoCommand& info) { info.command.kind = macho::kUUID; });
   expectRefused(withoutInfo, "of a format older than macOS 10.6 reads first");
