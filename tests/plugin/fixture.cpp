@@ -1,5 +1,8 @@
 #include "tests/plugin/fixture.h"
 
+#include <cstring>
+#include <fstream>
+
 #include "standin/coreservices/metadata/planned_answers.h"
 
 std::string pluginPath;
@@ -11,7 +14,12 @@ extern "C" const char* __lsan_default_suppressions() {
 }
 
 bool isMachO() {
-  return pluginPath.ends_with(".dylib");
+  static const bool result = [] {
+    char magic[4] = {};
+    std::ifstream(pluginPath, std::ios::binary).read(magic, sizeof magic);
+    return std::memcmp(magic, "\xCE\xFA\xED\xFE", sizeof magic) == 0;
+  }();
+  return result;
 }
 
 host::Settings settingsOf(double version) {

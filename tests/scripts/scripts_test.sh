@@ -41,10 +41,15 @@ make_project() {
 mkdir "$scratch/bin"
 program dpkg-query 'echo "ii "'
 program nproc 'echo 1'
-program cmake 'echo "configured $2"
+program cmake 'case "$*" in *ListSuites*) exit ;; esac
+echo "configured $2"
 mkdir -p "build/$2/bin"
 echo "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" >"build/$2/CMakeCache.txt"
 echo "#!/bin/sh
+case \"\$*\" in
+*crashing*) kill -SEGV \$\$ ;;
+*letter*) echo no plug-in >&2; exit 2 ;;
+esac
 echo \"shotlight of $PWD in \$PWD: \$*\"" >"build/$2/bin/shotlight"
 chmod 755 "build/$2/bin/shotlight"
 : >"build/$2/build.ninja"'
@@ -74,7 +79,40 @@ try "test in its folder" ./test plugin
 expect_status 0
 expect "tested in $project: --test-dir build/sanitize"
 
+# A file is named from where the command is given.
 cd "$scratch/elsewhere" || exit 2
+for file in "a plug-in.dylib" crashing letter; do echo >"$file"; done
+for option in "--plugin" "--plugin="; do
+  if [ "$option" = --plugin ]; then set -- --plugin "a plug-in.dylib"; else set -- "--plugin=a plug-in.dylib"; fi
+  try "test $option" "$project/test" "$@" Query
+  expect_status 0
+  expect "testing a plug-in.dylib (shotlight of $project in $project: --version --plugin $PWD/a plug-in.dylib)"
+  expect "tested in $project: --test-dir build/plugin-file"
+  expect "--tests-regex Query"
+  refuse "build/sanitize"
+done
+[ "$(readlink -f "$project/build/plugin-file/plugin")" = "$PWD/a plug-in.dylib" ] || fail "the file that is tested"
+try "test of a file that is not there" "$project/test" --plugin nowhere.dylib
+expect_status 2
+expect "nowhere.dylib: there is no such file; name the plug-in's dylib"
+try "test of a folder" "$project/test" --plugin "$project"
+expect_status 2
+expect "$project: is no file that can be read; name the plug-in's dylib"
+try "test of no plug-in" "$project/test" --plugin letter
+expect_status 2
+expect "no plug-in"
+refuse "tested in"
+try "test of a plug-in that crashes" "$project/test" --plugin crashing
+expect_status 2
+expect "crashing: its start ended the host by signal 11"
+refuse "tested in"
+for word in --plugin --plugin=; do
+  try "test $word without a file" "$project/test" "$word"
+  expect_status 2
+  expect "name the plug-in's dylib"
+  expect "usage: ./test [--long] [--plugin FILE] [NAME...]"
+done
+
 for script in run test; do ln -s "../the project's own/$script" "$scratch/elsewhere/$script-link"; done
 ln -s run-link second-link
 try "run through a link" ./run-link keys
