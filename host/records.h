@@ -28,8 +28,8 @@ enum : uint32_t { kUnknownEncoding = 0xFFFF };
 // Element kinds of host arrays.
 enum : int32_t { kStringElements = 3, kObjectElements = 4 };
 
-// What a method that is declared "as boolean" returns, 0 or 1. As a bool it would fill only the lowest byte of
-// the register, and a host may look at all of it.
+// What a method that is declared "as boolean" returns, 0 or 1. As a bool it would fill only the lowest byte
+// of the register, and a host may look at all of it.
 typedef uint32_t HostBoolean;
 
 // A pointer to a function of one of several signatures. A table row takes functions of the listed signatures

@@ -19,7 +19,7 @@
 // have the same name.
 //
 // A call goes where the cell points, without a look: until the host's function is found that is `first`,
-// which looks for it. Declare a cell as `inline Entry<...> x{"name", first<x>}`.
+// which looks for it. Declare a cell as `inline Entry<...> x{"name", first<x>()}`.
 template <typename Signature, void* (*find)(const char* name)>
 class ServiceCell;
 
@@ -69,7 +69,9 @@ struct FirstCall<cell, Result (Cell::*)(Arguments...)> {
 template <typename Cell>
 auto callFirstOf(Cell&) -> decltype(&Cell::callFirst);
 template <auto& cell>
-constexpr auto* first = &FirstCall<cell, decltype(callFirstOf(cell))>::call;
+constexpr auto* first() {
+  return &FirstCall<cell, decltype(callFirstOf(cell))>::call;
+}
 
 inline void* findEntry(const char* name) {
   return gResolver(name);
@@ -137,80 +139,80 @@ class ArraySet {
 // clang-format off
 
 // Runtime and registration
-inline Entry<bool()>                                         REALinRuntime{"REALinRuntime", first<REALinRuntime>};
-inline Entry<void(REALclassDefinition*)>                     REALRegisterClass{"PluginRegisterClass", first<REALRegisterClass>};
-inline Entry<void(const REALmethodDefinition*)>              REALRegisterMethod{"PluginRegisterMethod", first<REALRegisterMethod>};
-inline Entry<void*(REALobject null, const char* declaration)>    REALLoadFrameworkMethod{"REALLoadGlobalMethod", first<REALLoadFrameworkMethod>};
-inline Entry<void*(REALobject object, const char* declaration)>  REALLoadObjectMethod{"REALLoadObjectMethod", first<REALLoadObjectMethod>};
+inline Entry<bool()>                                         REALinRuntime{"REALinRuntime", first<REALinRuntime>()};
+inline Entry<void(REALclassDefinition*)>                     REALRegisterClass{"PluginRegisterClass", first<REALRegisterClass>()};
+inline Entry<void(const REALmethodDefinition*)>              REALRegisterMethod{"PluginRegisterMethod", first<REALRegisterMethod>()};
+inline Entry<void*(REALobject null, const char* declaration)>    REALLoadFrameworkMethod{"REALLoadGlobalMethod", first<REALLoadFrameworkMethod>()};
+inline Entry<void*(REALobject object, const char* declaration)>  REALLoadObjectMethod{"REALLoadObjectMethod", first<REALLoadObjectMethod>()};
 
 // Objects
-inline Entry<REALobject(const char* className)>              REALnewInstance{"PluginNewInstance", first<REALnewInstance>};
-inline Entry<void*(const char* className)>                   REALGetClassRef{"pluginObjectType", first<REALGetClassRef>};
-inline Entry<bool(REALobject, void* classRef)>               REALObjectIsA{"RuntimeObjectIsa", first<REALObjectIsA>};
-inline Entry<void(REALobject)>                               REALLockObject{"REALLockObject", first<REALLockObject>};
-inline Entry<void(REALobject)>                               REALUnlockObject{"REALUnlockObject", first<REALUnlockObject>};
-inline Entry<void(REALobject exception)>                     REALRaiseException{"RuntimeRaiseException", first<REALRaiseException>};
-inline Entry<void*(REALobject, uint32_t eventIndex)>         REALGetEventHandler{"GetEventInstance", first<REALGetEventHandler>};  // use REALGetEventInstance
+inline Entry<REALobject(const char* className)>              REALnewInstance{"PluginNewInstance", first<REALnewInstance>()};
+inline Entry<void*(const char* className)>                   REALGetClassRef{"pluginObjectType", first<REALGetClassRef>()};
+inline Entry<bool(REALobject, void* classRef)>               REALObjectIsA{"RuntimeObjectIsa", first<REALObjectIsA>()};
+inline Entry<void(REALobject)>                               REALLockObject{"REALLockObject", first<REALLockObject>()};
+inline Entry<void(REALobject)>                               REALUnlockObject{"REALUnlockObject", first<REALUnlockObject>()};
+inline Entry<void(REALobject exception)>                     REALRaiseException{"RuntimeRaiseException", first<REALRaiseException>()};
+inline Entry<void*(REALobject, uint32_t eventIndex)>         REALGetEventHandler{"GetEventInstance", first<REALGetEventHandler>()};  // use REALGetEventInstance
 
 // Strings
-inline Entry<void(REALstring)>                               REALLockString{"REALLockString", first<REALLockString>};
-inline Entry<void(REALstring)>                               REALUnlockString{"REALUnlockString", first<REALUnlockString>};
-inline Entry<REALstring(const char* bytes, int32_t length)>  REALBuildString{"REALBuildString", first<REALBuildString>};
-inline Entry<uint32_t(REALstring)>                           REALGetStringEncoding{"REALGetStringEncoding", first<REALGetStringEncoding>};
-inline Entry<void(REALstring, uint32_t encoding)>            REALSetStringEncoding{"REALSetStringEncoding", first<REALSetStringEncoding>};
-inline Entry<REALstring(REALstring, uint32_t encoding)>      REALConvertString{"REALConvertString", first<REALConvertString>};
-inline Entry<CFStringRef(REALstring, bool)>                  REALCopyStringCFString{"REALGetStringCFString", first<REALCopyStringCFString>};
-inline Entry<CFStringRef(REALstring, bool)>                  REALGetStringCFString{"REALGetStringCFString", first<REALGetStringCFString>};
-inline Entry<bool(REALstring, uint32_t encoding, REALstringData*)>  PluginGetStringData{"PluginGetStringData", first<PluginGetStringData>};
-inline Entry<char*(REALstring)>                              StringGetCString{"StringGetCString", first<StringGetCString>};
-inline Entry<void(REALstringData*)>                          REALDisposeStringData{"PluginDisposeStringData", first<REALDisposeStringData>};
+inline Entry<void(REALstring)>                               REALLockString{"REALLockString", first<REALLockString>()};
+inline Entry<void(REALstring)>                               REALUnlockString{"REALUnlockString", first<REALUnlockString>()};
+inline Entry<REALstring(const char* bytes, int32_t length)>  REALBuildString{"REALBuildString", first<REALBuildString>()};
+inline Entry<uint32_t(REALstring)>                           REALGetStringEncoding{"REALGetStringEncoding", first<REALGetStringEncoding>()};
+inline Entry<void(REALstring, uint32_t encoding)>            REALSetStringEncoding{"REALSetStringEncoding", first<REALSetStringEncoding>()};
+inline Entry<REALstring(REALstring, uint32_t encoding)>      REALConvertString{"REALConvertString", first<REALConvertString>()};
+inline Entry<CFStringRef(REALstring, bool)>                  REALCopyStringCFString{"REALGetStringCFString", first<REALCopyStringCFString>()};
+inline Entry<CFStringRef(REALstring, bool)>                  REALGetStringCFString{"REALGetStringCFString", first<REALGetStringCFString>()};
+inline Entry<bool(REALstring, uint32_t encoding, REALstringData*)>  PluginGetStringData{"PluginGetStringData", first<PluginGetStringData>()};
+inline Entry<char*(REALstring)>                              StringGetCString{"StringGetCString", first<StringGetCString>()};
+inline Entry<void(REALstringData*)>                          REALDisposeStringData{"PluginDisposeStringData", first<REALDisposeStringData>()};
 
 // Properties by name; the getters return whether the object has such a property
-inline Entry<bool(REALobject, const char* name, int32_t*)>     REALGetPropValueInt32{"REALGetPropValueInt", first<REALGetPropValueInt32>};
-inline Entry<bool(REALobject, const char* name, int32_t)>      REALSetPropValueInt32{"REALSetPropValueInt", first<REALSetPropValueInt32>};
-inline Entry<bool(REALobject, const char* name, int64_t*)>     REALGetPropValueInt64{"REALGetPropValueInt64", first<REALGetPropValueInt64>};
-inline Entry<bool(REALobject, const char* name, float*)>       REALGetPropValueSingle{"REALGetPropValueSingle", first<REALGetPropValueSingle>};
-inline Entry<bool(REALobject, const char* name, double*)>      REALGetPropValueDouble{"REALGetPropValueDouble", first<REALGetPropValueDouble>};
-inline Entry<bool(REALobject, const char* name, REALstring*)>  REALGetPropValueString{"REALGetPropValueString", first<REALGetPropValueString>};
-inline Entry<bool(REALobject, const char* name, REALstring)>   REALSetPropValueString{"REALSetPropValueString", first<REALSetPropValueString>};
+inline Entry<bool(REALobject, const char* name, int32_t*)>     REALGetPropValueInt32{"REALGetPropValueInt", first<REALGetPropValueInt32>()};
+inline Entry<bool(REALobject, const char* name, int32_t)>      REALSetPropValueInt32{"REALSetPropValueInt", first<REALSetPropValueInt32>()};
+inline Entry<bool(REALobject, const char* name, int64_t*)>     REALGetPropValueInt64{"REALGetPropValueInt64", first<REALGetPropValueInt64>()};
+inline Entry<bool(REALobject, const char* name, float*)>       REALGetPropValueSingle{"REALGetPropValueSingle", first<REALGetPropValueSingle>()};
+inline Entry<bool(REALobject, const char* name, double*)>      REALGetPropValueDouble{"REALGetPropValueDouble", first<REALGetPropValueDouble>()};
+inline Entry<bool(REALobject, const char* name, REALstring*)>  REALGetPropValueString{"REALGetPropValueString", first<REALGetPropValueString>()};
+inline Entry<bool(REALobject, const char* name, REALstring)>   REALSetPropValueString{"REALSetPropValueString", first<REALSetPropValueString>()};
 
 // New variants
-inline Entry<REALobject(REALstring)>  REALNewVariantString{"StringToVariant", first<REALNewVariantString>};
-inline Entry<REALobject(int32_t)>     REALNewVariantInteger{"Int32ToVariant", first<REALNewVariantInteger>};
-inline Entry<REALobject(int64_t)>     REALNewVariantInt64{"Int64ToVariant", first<REALNewVariantInt64>};
-inline Entry<REALobject(double)>      REALNewVariantDouble{"DoubleToVariant", first<REALNewVariantDouble>};
-inline Entry<REALobject(bool)>        REALNewVariantBoolean{"BooleanToVariant", first<REALNewVariantBoolean>};
+inline Entry<REALobject(REALstring)>  REALNewVariantString{"StringToVariant", first<REALNewVariantString>()};
+inline Entry<REALobject(int32_t)>     REALNewVariantInteger{"Int32ToVariant", first<REALNewVariantInteger>()};
+inline Entry<REALobject(int64_t)>     REALNewVariantInt64{"Int64ToVariant", first<REALNewVariantInt64>()};
+inline Entry<REALobject(double)>      REALNewVariantDouble{"DoubleToVariant", first<REALNewVariantDouble>()};
+inline Entry<REALobject(bool)>        REALNewVariantBoolean{"BooleanToVariant", first<REALNewVariantBoolean>()};
 
 // Arrays; an upper bound of -1 means empty
-inline Entry<REALobject(int32_t elements, int32_t upperBound)>  REALCreateArray{"RuntimeArrayCreateSingleDimBoundedArray", first<REALCreateArray>};
-inline Entry<int32_t(REALobject array)>                         REALGetArrayUBound{"RuntimeUBound", first<REALGetArrayUBound>};
-inline Entry<REALstring(REALobject array, int32_t index)>       REALGetArrayString{"RuntimeDirectReadStringArray", first<REALGetArrayString>};
-inline ArrayInsert<REALstring>  REALInsertArrayValueString{"RuntimeArrayDirectGetInsertProc", first<REALInsertArrayValueString>};
-inline ArrayInsert<REALobject>  REALInsertArrayValueObject{"RuntimeArrayDirectGetInsertProc", first<REALInsertArrayValueObject>};
-inline ArrayGet<int64_t>        REALGetArrayValueInt64{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueInt64>};
-inline ArrayGet<int32_t>        REALGetArrayValueInt32{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueInt32>};
-inline ArrayGet<uint8_t>        REALGetArrayValueUInt8{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueUInt8>};
-inline ArrayGet<float>          REALGetArrayValueSingle{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueSingle>};
-inline ArrayGet<double>         REALGetArrayValueDouble{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueDouble>};
-inline ArrayGet<REALstring>     REALGetArrayValueString{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueString>};
-inline ArrayGet<REALobject>     REALGetArrayValueObject{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueObject>};
-inline ArraySet<REALobject>     REALSetArrayValueObject{"RuntimeArrayDirectGetSetProc", first<REALSetArrayValueObject>};
+inline Entry<REALobject(int32_t elements, int32_t upperBound)>  REALCreateArray{"RuntimeArrayCreateSingleDimBoundedArray", first<REALCreateArray>()};
+inline Entry<int32_t(REALobject array)>                         REALGetArrayUBound{"RuntimeUBound", first<REALGetArrayUBound>()};
+inline Entry<REALstring(REALobject array, int32_t index)>       REALGetArrayString{"RuntimeDirectReadStringArray", first<REALGetArrayString>()};
+inline ArrayInsert<REALstring>  REALInsertArrayValueString{"RuntimeArrayDirectGetInsertProc", first<REALInsertArrayValueString>()};
+inline ArrayInsert<REALobject>  REALInsertArrayValueObject{"RuntimeArrayDirectGetInsertProc", first<REALInsertArrayValueObject>()};
+inline ArrayGet<int64_t>        REALGetArrayValueInt64{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueInt64>()};
+inline ArrayGet<int32_t>        REALGetArrayValueInt32{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueInt32>()};
+inline ArrayGet<uint8_t>        REALGetArrayValueUInt8{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueUInt8>()};
+inline ArrayGet<float>          REALGetArrayValueSingle{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueSingle>()};
+inline ArrayGet<double>         REALGetArrayValueDouble{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueDouble>()};
+inline ArrayGet<REALstring>     REALGetArrayValueString{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueString>()};
+inline ArrayGet<REALobject>     REALGetArrayValueObject{"RuntimeArrayDirectGetGetProc", first<REALGetArrayValueObject>()};
+inline ArraySet<REALobject>     REALSetArrayValueObject{"RuntimeArrayDirectGetSetProc", first<REALSetArrayValueObject>()};
 
 // Memory blocks and folder items
 struct FSRef;
 struct FSSpec;
-inline Entry<void*(REALobject memoryBlock)>    REALMemoryBlockGetPtr{"memoryBlockGetPtr", first<REALMemoryBlockGetPtr>};
-inline Entry<int32_t(REALobject memoryBlock)>  REALMemoryBlockGetSize{"memoryBlockGetSize", first<REALMemoryBlockGetSize>};
-inline Entry<bool(REALobject folderItem, FSRef*, HFSUniStr255*)>    REALFSRefFromFolderItem{"REALFSRefFromFolderItem", first<REALFSRefFromFolderItem>};
-inline Entry<REALobject(const FSRef* parent, const HFSUniStr255*)>  REALFolderItemFromParentFSRef{"REALFolderItemFromParentFSRef", first<REALFolderItemFromParentFSRef>};
-inline Entry<bool(FSSpec*, REALobject folderItem)>                  REALFSSpecFromFolderItem{"REALFSSpecFromFolderItem", first<REALFSSpecFromFolderItem>};
-inline Entry<REALobject(const FSSpec*)>                             REALFolderItemFromFSSpec{"FolderItemFromFSSpec", first<REALFolderItemFromFSSpec>};
+inline Entry<void*(REALobject memoryBlock)>    REALMemoryBlockGetPtr{"memoryBlockGetPtr", first<REALMemoryBlockGetPtr>()};
+inline Entry<int32_t(REALobject memoryBlock)>  REALMemoryBlockGetSize{"memoryBlockGetSize", first<REALMemoryBlockGetSize>()};
+inline Entry<bool(REALobject folderItem, FSRef*, HFSUniStr255*)>    REALFSRefFromFolderItem{"REALFSRefFromFolderItem", first<REALFSRefFromFolderItem>()};
+inline Entry<REALobject(const FSRef* parent, const HFSUniStr255*)>  REALFolderItemFromParentFSRef{"REALFolderItemFromParentFSRef", first<REALFolderItemFromParentFSRef>()};
+inline Entry<bool(FSSpec*, REALobject folderItem)>                  REALFSSpecFromFolderItem{"REALFSSpecFromFolderItem", first<REALFSSpecFromFolderItem>()};
+inline Entry<REALobject(const FSSpec*)>                             REALFolderItemFromFSSpec{"FolderItemFromFSSpec", first<REALFolderItemFromFSSpec>()};
 
 // Functions of the host language, looked up by their declaration, letter for letter as the host spells it
 inline void* findFunction(const char* declaration) { return REALLoadFrameworkMethod(nullptr, declaration); }
 template <typename Signature>
 using HostFunction = ServiceCell<Signature, findFunction>;
 
-inline HostFunction<int32_t(REALstring)>          LenB{"LenB( s as string ) as integer", first<LenB>};
+inline HostFunction<int32_t(REALstring)>          LenB{"LenB( s as string ) as integer", first<LenB>()};
 
 // clang-format on

@@ -19,8 +19,7 @@ class VariantAccessor {
   Value callFirst(REALobject variant) {
     if (const auto read = read_.lookUp()) return read(variant);
     Value value = Value();
-    readProperty_(variant, property_, &value);
-    return value;
+    return readProperty_(variant, property_, &value) ? value : Value();
   }
 
  private:
@@ -35,10 +34,10 @@ template <typename Value>
 using VariantByFunction = VariantAccessor<Value, findFunction>;
 
 // clang-format off
-inline VariantByFunction<int32_t>  GetVariantType{"VarType(value As Variant) As Int32", first<GetVariantType>, "Type", REALGetPropValueInt32};
-inline VariantByEntry<REALstring>  GetVariantString{"VariantToString", first<GetVariantString>, "StringValue", REALGetPropValueString};
-inline VariantByEntry<int32_t>     GetVariantInt32{"VariantToInt32", first<GetVariantInt32>, "Int32Value", REALGetPropValueInt32};
-inline VariantByEntry<int64_t>     GetVariantInt64{"VariantToInt64", first<GetVariantInt64>, "LongValue", REALGetPropValueInt64};
-inline VariantByEntry<float>       GetVariantSingle{"VariantToSingle", first<GetVariantSingle>, "SingleValue", REALGetPropValueSingle};
-inline VariantByEntry<double>      GetVariantDouble{"VariantToDouble", first<GetVariantDouble>, "DoubleValue", REALGetPropValueDouble};
+inline VariantByFunction<int32_t>  GetVariantType{"VarType(value As Variant) As Int32", first<GetVariantType>(), "Type", REALGetPropValueInt32};
+inline VariantByEntry<REALstring>  GetVariantString{"VariantToString", first<GetVariantString>(), "StringValue", REALGetPropValueString};
+inline VariantByEntry<int32_t>     GetVariantInt32{"VariantToInt32", first<GetVariantInt32>(), "Int32Value", REALGetPropValueInt32};
+inline VariantByEntry<int64_t>     GetVariantInt64{"VariantToInt64", first<GetVariantInt64>(), "LongValue", REALGetPropValueInt64};
+inline VariantByEntry<float>       GetVariantSingle{"VariantToSingle", first<GetVariantSingle>(), "SingleValue", REALGetPropValueSingle};
+inline VariantByEntry<double>      GetVariantDouble{"VariantToDouble", first<GetVariantDouble>(), "DoubleValue", REALGetPropValueDouble};
 // clang-format on

@@ -1,6 +1,7 @@
 // The dylib in gdb, as ./run --debug starts it.
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include "tests/shotlight/run.h"
 #include "tests/support/sanitizers.h"
@@ -69,12 +70,20 @@ TEST(Debugger, StopsInAMethodOfTheDylibAtItsSourceLine) {
   EXPECT_PRED_FORMAT2(testing::IsNotSubstring, "Line ", result.output) << result;
 }
 
-// Functions of an object's code with their addresses in it, in order.
-std::vector<std::string> functionsOf(const std::string& object) {
-  std::vector<std::string> functions;
-  for (const std::string& line : lines(run({.arguments = {"-n", object}, .program = LLVM_NM}).output)) {
-    if (line.find(" t ") != std::string::npos || line.find(" T ") != std::string::npos)
-      functions.push_back(line);
+// The functions of an object, each with the names of its instructions. With debug information clang writes
+// the same functions in another order; the debugger finds them by their names.
+std::map<std::string, std::string> functionsOf(const std::string& object) {
+  std::map<std::string, std::string> functions;
+  std::string* function = nullptr;
+  for (const std::string& line :
+       lines(run({.arguments = {"-d", "--no-show-raw-insn", "--no-leading-addr", object},
+       .program = LLVM_OBJDUMP})
+                 .output)) {
+    if (line.ends_with(">:")) function = &functions[line];
+    const size_t start = line.find_first_not_of(" \t");
+    if (!function || line.ends_with(":") || start == std::string::npos) continue;
+    const std::string name = line.substr(start, line.find_first_of(" \t", start) - start);
+    if (name != "nop" && name != "nopl" && name != "nopw") *function += name + ' ';  // between functions
   }
   return functions;
 }

@@ -57,14 +57,15 @@ T converted(const Value& value) {
   }
 }
 
-// `ofVariant` reads the value where the property is one that every variant has.
+// `ofVariant` reads the value where the property is one that every variant has. Where a property can't be
+// read, something is left in the place all the same.
 template <class T, class OfVariant>
 bool getNumber(const Gate& gate, ObjectHandle handle, const char* name, T* out, Asked asked,
                OfVariant ofVariant) {
   if (!out) die(currentCall(), "a null place for the value");
   HostObject* object = nullptr;
   const Property* const property = askedProperty(handle, name, asked, object);
-  if (gate.fails() || isUnreadable(name)) return false;
+  if (gate.fails() || isUnreadable(name)) return *out = T(3), false;
   if (!property) return ofVariant(out);
   *out = converted<T>(readProperty(*object, *property));
   return true;

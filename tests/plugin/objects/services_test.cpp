@@ -31,11 +31,11 @@ class Services : public testing::Test {
   void offer(const char* name, int32_t (*service)()) { offered[name] = reinterpret_cast<void*>(service); }
 };
 
-Entry<int32_t()> number{"Number", first<number>};
-Entry<bool()> truth{"Truth", first<truth>};
-Entry<double()> real{"Real", first<real>};
-Entry<REALobject()> object{"Object", first<object>};
-Entry<void()> procedure{"Procedure", first<procedure>};
+Entry<int32_t()> number{"Number", first<number>()};
+Entry<bool()> truth{"Truth", first<truth>()};
+Entry<double()> real{"Real", first<real>()};
+Entry<REALobject()> object{"Object", first<object>()};
+Entry<void()> procedure{"Procedure", first<procedure>()};
 
 TEST_F(Services, AMissingServiceYieldsItsNeutralValue) {
   EXPECT_EQ(0, number());
@@ -45,7 +45,7 @@ TEST_F(Services, AMissingServiceYieldsItsNeutralValue) {
   procedure();
 }
 
-Entry<int32_t()> foundAtOnce{"Seven", first<foundAtOnce>};
+Entry<int32_t()> foundAtOnce{"Seven", first<foundAtOnce>()};
 
 TEST_F(Services, AFoundServiceIsAskedForOnce) {
   offer("Seven", seven);
@@ -54,7 +54,7 @@ TEST_F(Services, AFoundServiceIsAskedForOnce) {
   EXPECT_EQ(1, asked["Seven"]);
 }
 
-Entry<int32_t()> foundLater{"Seven", first<foundLater>};
+Entry<int32_t()> foundLater{"Seven", first<foundLater>()};
 
 TEST_F(Services, AMissingServiceIsAskedForAgainAndUsedOnceItIsThere) {
   EXPECT_EQ(0, foundLater());
@@ -123,7 +123,7 @@ void* loaded(REALobject null, const char* declaration) {
   return strcmp(declaration, "Seven() as integer") == 0 ? reinterpret_cast<void*>(seven) : nullptr;
 }
 
-HostFunction<int32_t()> function{"Seven() as integer", first<function>};
+HostFunction<int32_t()> function{"Seven() as integer", first<function>()};
 
 TEST_F(Services, AFunctionOfTheHostLanguageIsLoadedByItsDeclarationOnce) {
   offered["REALLoadGlobalMethod"] = reinterpret_cast<void*>(loaded);
