@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -68,19 +70,43 @@ TEST(MediaTable, KeepsTheRowsOfAnAttributeTogether) {
   }
 }
 
-TEST(MediaTable, GivesNumbersOfOneTypeForAnAttribute) {
-  std::map<FileAttribute, std::set<size_t>> types;
+// Which alternatives of OwnedValue the numbers of each attribute are.
+std::map<std::string, std::set<size_t>> numberTypes() {
+  std::map<std::string, std::set<size_t>> types;
   for (const MediaRow& row : standin::metadata::mediaTable()) {
     if (infoOf(row.attribute).type != standin::metadata::ValueType::Number) continue;
     for (const char* text : {"3", "3.5", "3 of 12", "3 4"}) {
       const std::vector<std::string> texts = {text};
       std::vector<standin::metadata::OwnedValue> values;
       row.convert({"EXIF", texts, {}}, values);
-      for (const auto& value : values) types[row.attribute].insert(value.index());
+      for (const auto& value : values) types[std::string(infoOf(row.attribute).key)].insert(value.index());
     }
   }
+  return types;
+}
+
+TEST(MediaTable, GivesNumbersOfOneTypeForAnAttribute) {
+  const auto types = numberTypes();
   EXPECT_GE(types.size(), 30u);
-  for (const auto& [attribute, found] : types) EXPECT_EQ(found.size(), 1u) << infoOf(attribute).key;
+  for (const auto& [key, found] : types) EXPECT_EQ(found.size(), 1u) << key;
+}
+
+// The page of keys lists those with a point.
+TEST(MediaTable, GivesNumbersOfTheDocumentedTypes) {
+  std::set<std::string> floating, documented;
+  for (const auto& [key, found] : numberTypes()) {
+    if (found.contains(standin::metadata::OwnedValue(1.0).index())) floating.insert(key);
+  }
+  std::ifstream stream(KEYS_DOCUMENT);
+  const std::string page{std::istreambuf_iterator<char>(stream), {}};
+  const size_t start = page.find("always floating-point"), end = page.find("all others are whole");
+  ASSERT_LT(start, end);
+  for (size_t at = page.find('`', start); at < end; at = page.find('`', at + 1)) {
+    const size_t close = page.find('`', at + 1);
+    documented.insert(page.substr(at + 1, close - at - 1));
+    at = close;
+  }
+  EXPECT_EQ(documented, floating);
 }
 
 }  // namespace
