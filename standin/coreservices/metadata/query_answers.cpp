@@ -19,8 +19,7 @@ std::string atIndex(const QueryState& state, CFIndex index) {
          " results";
 }
 
-constexpr const char* kNotAskedFor =
-    "the value of an attribute that the query wasn't made with";
+constexpr const char* kNotAskedFor = "the value of an attribute that the query wasn't made with";
 
 }  // namespace
 
