@@ -28,6 +28,9 @@ const std::map<std::string, std::string>& aliases() {
 }  // namespace
 
 void* Binder::address(const Bind& bind) {
+  if (bind.library < kLowestOrdinal || bind.library > static_cast<int32_t>(dylib_.libraries.size())) {
+    throw FormatError("malformed: it takes " + bind.symbol + " of a library that it doesn't name");
+  }
   void* found = nullptr;
   if (bind.library == kSelfOrdinal) {
     const auto own = findExport(dylib_.exports, bind.symbol.c_str());
@@ -61,8 +64,7 @@ void* Binder::findInProcess(const std::string& name) const {
 
 std::string Binder::libraryName(int32_t ordinal) const {
   if (ordinal == kSelfOrdinal) return "itself";
-  const bool known = ordinal > 0 && static_cast<size_t>(ordinal) <= dylib_.libraries.size();
-  return known ? dylib_.libraries[ordinal - 1] : "any library";
+  return ordinal > 0 ? dylib_.libraries[ordinal - 1] : "any library";
 }
 
 }  // namespace macho

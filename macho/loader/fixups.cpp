@@ -17,6 +17,15 @@ FixupKind kindOf(const char* stream, uint8_t type, FixupKind last) {
   return FixupKind{type};
 }
 
+// An end may be left out. What follows it is padding: anything else was meant to be read.
+// read.
+void requireEnd(const char* stream, Cursor cursor) {
+  while (!cursor.atEnd()) {
+    if (cursor.next<uint8_t>() != 0)
+      throw FormatError(std::string("malformed: its ") + stream + " go on after their end");
+  }
+}
+
 class RebaseReader {
  public:
   RebaseReader(Bytes stream, uint32_t limit, const std::function<void(FixupPlace)>& visit)
@@ -25,7 +34,7 @@ class RebaseReader {
   void read() {
     while (!cursor_.atEnd()) {
       const auto byte = cursor_.next<uint8_t>();
-      if ((byte & kOpcodeMask) == rebase::kDone) return;
+      if ((byte & kOpcodeMask) == rebase::kDone) return requireEnd("rebases", cursor_);
       apply(byte & kOpcodeMask, byte & kImmediateMask);
     }
   }
@@ -36,9 +45,11 @@ class RebaseReader {
       case rebase::kSetType:
         // A distance within the image is the same wherever it lies, so nobody writes kTextRelative here.
         place_.kind = kindOf("rebases", immediate, FixupKind::kTextAbsolute);
+        hasType_ = true;
         return;
       case rebase::kSetSegmentAndOffset:
         place_ = {immediate, cursor_.uleb(), place_.kind};
+        hasPlace_ = true;
         return;
       case rebase::kAddAddress:
         place_.offset += cursor_.uleb();
@@ -61,6 +72,7 @@ class RebaseReader {
   }
 
   void repeat(uint32_t count, uint32_t skip) {
+    if (!hasType_ || !hasPlace_) throw FormatError("malformed: its rebases begin in the middle");
     if (count > limit_) throw FormatError("malformed: more rebases than the image has room for");
     limit_ -= count;
     for (; count; --count) {
@@ -73,20 +85,22 @@ class RebaseReader {
   uint32_t limit_;
   const std::function<void(FixupPlace)>& visit_;
   FixupPlace place_ = {};
+  bool hasType_ = false, hasPlace_ = false;
 };
 
 class BindReader {
  public:
   BindReader(Bytes stream, BindStream kind, uint32_t limit, const std::function<void(const Bind&)>& visit)
-      : cursor_(stream), kind_(kind), limit_(limit), visit_(visit) {}
+      : cursor_(stream), kind_(kind), limit_(limit), visit_(visit), hasType_(kind == BindStream::kLazy) {}
 
   void read() {
     while (!cursor_.atEnd()) {
       const auto byte = cursor_.next<uint8_t>();
       if ((byte & kOpcodeMask) == bind::kDone) {
         // Each lazy bind is a small stream of its own, as dyld reads them one at a time.
-        if (kind_ == BindStream::kOrdinary) return;
+        if (kind_ == BindStream::kOrdinary) return requireEnd("binds", cursor_);
         bind_ = {};
+        hasPlace_ = false;
         continue;
       }
       apply(byte & kOpcodeMask, byte & kImmediateMask);
@@ -112,12 +126,14 @@ class BindReader {
         return;
       case bind::kSetType:
         bind_.place.kind = kindOf("binds", immediate, FixupKind::kTextRelative);
+        hasType_ = true;
         return;
       case bind::kSetAddend:
         bind_.addend = cursor_.sleb();
         return;
       case bind::kSetSegmentAndOffset:
         bind_.place = {immediate, cursor_.uleb(), bind_.place.kind};
+        hasPlace_ = true;
         return;
       case bind::kAddAddress:
         bind_.place.offset += cursor_.uleb();
@@ -137,6 +153,9 @@ class BindReader {
   }
 
   void repeat(uint32_t count, uint32_t skip) {
+    if (!hasType_ || !hasPlace_ || bind_.symbol.empty()) {
+      throw FormatError("malformed: its binds begin in the middle");
+    }
     if (count > limit_) throw FormatError("malformed: more binds than the image has room for");
     limit_ -= count;
     for (; count; --count) {
@@ -150,6 +169,7 @@ class BindReader {
   uint32_t limit_;
   const std::function<void(const Bind&)>& visit_;
   Bind bind_ = {};
+  bool hasType_, hasPlace_ = false;  // the type of a lazy bind needn't be said: it is a pointer
 };
 
 }  // namespace

@@ -33,7 +33,7 @@ struct Bind {
   int32_t library;  // ordinal; 0 and below are special
   bool weak;
 };
-inline constexpr int32_t kSelfOrdinal = 0;
+inline constexpr int32_t kSelfOrdinal = 0, kLowestOrdinal = -3;
 
 // `limit` bounds the number of visits, which a small hostile stream could otherwise make endless. Both throw
 // FormatError for what they don't understand.

@@ -52,7 +52,9 @@ class Assembly {
 
   void bindAll(const LoadOptions& options) {
     Binder binder(dylib_, mapping_.base(), options);
+    bool canCatch = false;
     const auto visit = [&](const Bind& bind) {
+      canCatch |= bind.symbol == "___gxx_personality_v0";
       uint8_t* word = writableWord(bind.place);
       const auto symbol = reinterpret_cast<uintptr_t>(binder.address(bind));
       uint32_t address = symbol ? symbol + bind.addend : 0;
@@ -63,6 +65,10 @@ class Assembly {
     readBinds(dylib_.binds, BindStream::kOrdinary, dylib_.memory.size, visit);
     readBinds(dylib_.lazyBinds, BindStream::kLazy, dylib_.memory.size, visit);
     requireBoundStubs();
+    // An exception that finds no frames ends the process.
+    if (canCatch && !dylib_.frames) {
+      throw FormatError("malformed: its functions catch exceptions, but it has no __eh_frame");
+    }
   }
 
   void protect() {
@@ -163,7 +169,10 @@ void* Image::symbol(const char* exportedName) const {
 }
 
 Image load(const std::string& path, const LoadOptions& options) {
-  const std::vector<uint8_t> contents = readFile(path);
+  return loadContents(path, readFile(path), options);
+}
+
+Image loadContents(const std::string& path, std::span<const uint8_t> contents, const LoadOptions& options) {
   const Bytes file(contents.data(), contents.size());
   try {
     const DylibFile dylib = readDylib(file);

@@ -5,10 +5,12 @@
 // to the process's own symbols, with exceptions able to pass through its functions.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -44,7 +46,8 @@ class Image {
  private:
   struct Parts;
   explicit Image(std::unique_ptr<Parts> parts);
-  friend Image load(const std::string& path, const LoadOptions& options);
+  friend Image loadContents(const std::string& path, std::span<const uint8_t> contents,
+                            const LoadOptions& options);
 
   std::unique_ptr<Parts> parts_;
 };
@@ -53,5 +56,9 @@ class Image {
 // loaded already. An absent weak import is null; an absent strong one throws. Throws LoadError, whatever the
 // file holds.
 Image load(const std::string& path, const LoadOptions& options = {});
+// The same for a file that was read already. `path` is what messages and a debugger call it; it isn't opened.
+// A fuzzer calls this.
+Image loadContents(const std::string& path, std::span<const uint8_t> contents,
+                   const LoadOptions& options = {});
 
 }  // namespace macho

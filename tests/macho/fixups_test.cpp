@@ -71,6 +71,14 @@ TEST(Rebases, InTextAreToldFromThoseOfPointers) {
 TEST(Rebases, EndAtTheEndOfTheStreamToo) {
   EXPECT_EQ("1:0 ", rebases({0x11, 0x21, 0x00, 0x51}));
   EXPECT_EQ("", rebases({}));
+  EXPECT_EQ("1:0 ", rebases({0x11, 0x21, 0x00, 0x51, 0x00, 0x00, 0x00, 0x00}));
+}
+
+TEST(Rebases, ThatAreCutAreRefused) {
+  EXPECT_EQ("malformed: its rebases begin in the middle", rebases({0x21, 0x00, 0x51, 0x00}));
+  EXPECT_EQ("malformed: its rebases begin in the middle", rebases({0x11, 0x51, 0x00}));
+  EXPECT_EQ("1:0 malformed: its rebases go on after their end",
+            rebases({0x11, 0x21, 0x00, 0x51, 0x00, 0x00, 0x51}));
 }
 
 TEST(Rebases, ThatAreMalformedAreRefused) {
@@ -92,29 +100,41 @@ TEST(Binds, CarrySymbolLibraryAddendAndWeakness) {
 }
 
 TEST(Binds, InTextAreToldFromThoseOfPointers) {
-  EXPECT_EQ(
-      "_a@1+0=text 0:8 _a@1+0=call 0:16 _a@1+0=1:0 ",
-      binds({0x11, 0x40, '_', 'a', 0, 0x52, 0x70, 0x08, 0x90, 0x53, 0x70, 0x10, 0x90, 0x51, 0x71, 0x00, 0x90},
-            kOrdinary));
+  EXPECT_EQ("_a@1+0=text 0:8 _a@1+0=call 0:16 _a@1+0=1:0 ",
+            binds({0x11, 0x40, '_', 'a', 0, 0x52, 0x70, 0x08, 0x90, 0x53, 0x70, 0x10, 0x90, 0x51, 0x71, 0x00,
+                   0x90, 0x00},
+                  kOrdinary));
 }
 
 TEST(Binds, KnowTheSpecialLibraries) {
-  EXPECT_EQ("_a@0+0=1:0 _a@-1+0=1:4 _a@-2+0=1:8 ",
-            binds({0x40, '_', 'a', 0, 0x71, 0x00, 0x30, 0x90, 0x3F, 0x90, 0x3E, 0x90}, kOrdinary));
+  EXPECT_EQ(
+      "_a@0+0=1:0 _a@-1+0=1:4 _a@-2+0=1:8 ",
+      binds({0x51, 0x40, '_', 'a', 0, 0x71, 0x00, 0x30, 0x90, 0x3F, 0x90, 0x3E, 0x90, 0x00}, kOrdinary));
 }
 
 TEST(Binds, AddToTheAddress) {
   EXPECT_EQ("_a@1+0=1:0 _a@1+0=1:20 _a@1+0=1:32 ",
-            binds({0x11, 0x40, '_', 'a', 0, 0x71, 0x00, 0xA0, 0x10, 0xB2, 0x90}, kOrdinary));
+            binds({0x51, 0x11, 0x40, '_', 'a', 0, 0x71, 0x00, 0xA0, 0x10, 0xB2, 0x90, 0x00}, kOrdinary));
   EXPECT_EQ("_a@1+0=1:0 _a@1+0=1:8 _a@1+0=1:28 ",
-            binds({0x11, 0x40, '_', 'a', 0, 0x71, 0x00, 0xC0, 0x02, 0x04, 0x80, 0x0C, 0x90}, kOrdinary));
+            binds({0x51, 0x11, 0x40, '_', 'a', 0, 0x71, 0x00, 0xC0, 0x02, 0x04, 0x80, 0x0C, 0x90, 0x00},
+                  kOrdinary));
 }
 
 TEST(Binds, OfTheLazyStreamAreSeparatedByEnds) {
   const std::vector<uint8_t> stream = {0x71, 0x00, 0x11, 0x40, '_', 'a', 0,    0x90, 0x00, 0x71,
                                        0x04, 0x12, 0x40, '_',  'b', 0,   0x90, 0x00, 0x00};
   EXPECT_EQ("_a@1+0=1:0 _b@2+0=1:4 ", binds(stream, kLazy));
-  EXPECT_EQ("_a@1+0=1:0 ", binds(stream, kOrdinary));
+}
+
+TEST(Binds, ThatAreCutAreRefused) {
+  const char kMiddle[] = "malformed: its binds begin in the middle";
+  EXPECT_EQ(kMiddle, binds({0x40, '_', 'a', 0, 0x71, 0x00, 0x90, 0x00}, kOrdinary));
+  EXPECT_EQ(kMiddle, binds({0x51, 0x71, 0x00, 0x90, 0x00}, kOrdinary));
+  EXPECT_EQ(kMiddle, binds({0x51, 0x40, '_', 'a', 0, 0x90, 0x00}, kOrdinary));
+  EXPECT_EQ("_a@0+0=1:0 " + std::string(kMiddle),
+            binds({0x71, 0x00, 0x40, '_', 'a', 0, 0x90, 0x00, 0x40, '_', 'b', 0, 0x90, 0x00}, kLazy));
+  EXPECT_EQ("_a@0+0=1:0 malformed: its binds go on after their end",
+            binds({0x51, 0x40, '_', 'a', 0, 0x71, 0x00, 0x90, 0x00, 0x90}, kOrdinary));
 }
 
 TEST(Binds, ThatAreMalformedAreRefused) {
@@ -122,7 +142,7 @@ TEST(Binds, ThatAreMalformedAreRefused) {
   EXPECT_EQ("malformed: unknown type 4 among its binds", binds({0x54}, kOrdinary));
   EXPECT_EQ("truncated: a name at offset 1 has no end", binds({0x40, '_', 'a'}, kOrdinary));
   EXPECT_EQ("malformed: more binds than the image has room for",
-            binds({0x71, 0x00, 0xC0, 0xFF, 0xFF, 0x03, 0x00}, kOrdinary));
+            binds({0x51, 0x40, '_', 'a', 0, 0x71, 0x00, 0xC0, 0xFF, 0xFF, 0x03, 0x00}, kOrdinary));
   EXPECT_EQ("malformed: a number at offset 11 does not end",
             binds({0x60, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80}, kOrdinary));
 }

@@ -122,4 +122,15 @@ std::string loadError(const std::string& path, const macho::LoadOptions& options
   }
 }
 
+std::string loadContentsError(std::string_view contents, const macho::LoadOptions& options) {
+  try {
+    macho::loadContents("damaged.dylib", {reinterpret_cast<const uint8_t*>(contents.data()), contents.size()},
+                        options);
+    return "(loaded)";
+  } catch (const macho::LoadError& error) {
+    EXPECT_TRUE(std::string_view(error.what()).starts_with("damaged.dylib: ")) << error.what();
+    return error.what();
+  }
+}
+
 }  // namespace toolbox

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "macho/loader/loader.h"
@@ -58,6 +59,10 @@ Function* function(const macho::Image& image, const char* name = "_entry") {
 
 // The message of the LoadError that loading throws; "(loaded)" when it doesn't.
 std::string loadError(const std::string& path, const macho::LoadOptions& options = {});
+
+// The same for a file's contents, under the name of "damaged.dylib". Fails the test when the message doesn't
+// name it.
+std::string loadContentsError(std::string_view contents, const macho::LoadOptions& options = {});
 
 // What a test's sources begin with.
 inline const std::string kEntry = "#define EXPORT extern \"C\" __attribute__((visibility(\"default\")))\n";
