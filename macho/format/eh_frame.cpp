@@ -32,6 +32,7 @@ class Mapper {
     while (offset + 4 <= section_.size()) {
       const auto length = section_.read<uint32_t>(offset);
       if (length == 0) break;
+      map_.records.push_back(offset);
       const Bytes upToEnd = section_.slice(0, recordEnd(offset, length));
       if (upToEnd.read<uint32_t>(offset + 4) == 0) {
         readCommon(upToEnd, offset);
@@ -99,6 +100,7 @@ class Mapper {
     Cursor cursor(bytes, offset + 4);
     const auto common = common_.find(offset + 4 - cursor.next<uint32_t>());
     if (common == common_.end()) malformed(offset, "refers to a common record that is not there");
+    map_.commons.push_back(offset + 4);
     map_.functions.push_back(cursor.offset());
     cursor.skip(8);  // begin and length
     if (common->second.hasAugmentationData) {

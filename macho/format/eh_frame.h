@@ -14,6 +14,8 @@ struct FrameMap {
     uint32_t offset, size;
   };
 
+  std::vector<uint32_t> records;  // where each record begins, ascending
+  std::vector<uint32_t> commons;  // 4-byte fields that hold the distance back to a common record
   // Offsets of 4-byte fields that hold the distance from the field itself to what they name.
   std::vector<uint32_t> functions;      // where a described function begins
   std::vector<uint32_t> languageData;   // a function's exception table; none is listed for a function without

@@ -23,7 +23,7 @@ inline constexpr uint32_t kMagic32 = 0xFEEDFACE;
 inline constexpr uint32_t kCpuI386 = 7, kCpuSubtypeAll = 3;
 inline constexpr uint32_t kFileObject = 1, kFileDylib = 6, kFileDebug = 10;
 inline constexpr uint32_t kNoUndefined = 0x1, kForDynamicLinker = 0x4, kTwoLevel = 0x80,
-                          kNoReexports = 0x100000;
+                          kSubsectionsViaSymbols = 0x2000, kNoReexports = 0x100000;
 
 struct Command {
   uint32_t kind, size;
@@ -107,7 +107,7 @@ struct SymbolRecord {
 };
 inline constexpr uint8_t kDebugSymbol = 0xE0, kPrivateExternal = 0x10, kExternal = 0x01, kTypeMask = 0x0E;
 inline constexpr uint8_t kUndefined = 0x0, kDefinedInSection = 0xE;
-inline constexpr uint16_t kWeakReference = 0x40, kWeakDefinition = 0x80;
+inline constexpr uint16_t kWeakReference = 0x40, kWeakDefinition = 0x80, kAlternateEntry = 0x200;
 
 // A relocation is two words; the top bit of the first tells which of two layouts they have.
 struct RelocationRecord {

@@ -117,6 +117,7 @@ class FixupReader {
     for (const auto* fields : {&map.functions, &map.languageData}) {
       for (const uint32_t offset : *fields) addFrameField(index, offset);
     }
+    for (const uint32_t offset : map.commons) addCommonField(index, offset);
     // Only the dylib's last table may have a terminator; the next object's follows directly.
     if (map.end % 4) throw FormatError("malformed: its __eh_frame is no whole number of words");
     section_->bytes.resize(map.end);
@@ -131,6 +132,12 @@ class FixupReader {
     const Place target = spotAt(object_, section_->address + offset + contentAt(offset));
     const Place self = {Place::kSection, index, static_cast<int32_t>(offset)};
     section_->fixups.push_back({Fixup::kDifference, offset, target, self, 0});
+  }
+
+  void addCommonField(uint32_t index, uint32_t offset) {
+    const Place self = {Place::kSection, index, static_cast<int32_t>(offset)};
+    const Place common = {Place::kSection, index, static_cast<int32_t>(offset - contentAt(offset))};
+    section_->fixups.push_back({Fixup::kDifference, offset, self, common, 0});
   }
 
   Object& object_;

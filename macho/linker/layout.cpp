@@ -23,6 +23,7 @@ uint32_t Layout::addPointer(const Symbols::Target& target) {
 void Layout::collectPointers() {
   for (uint32_t i = 0; i < objects_.size(); ++i) {
     for (const InputSection& section : objects_[i].sections) {
+      if (section.dropped) continue;
       for (const Place& place : section.pointers) addPointer(symbols_.resolve(i, place));
     }
   }
@@ -31,6 +32,7 @@ void Layout::collectPointers() {
 void Layout::collectStubs() {
   for (uint32_t i = 0; i < objects_.size(); ++i) {
     for (const InputSection& section : objects_[i].sections) {
+      if (section.dropped) continue;
       for (const Fixup& fixup : section.fixups) {
         if (fixup.kind != Fixup::kBranch) continue;
         const Symbols::Target target = symbols_.resolve(i, fixup.target);
@@ -63,7 +65,7 @@ OutputSection Layout::gather(const std::string& segment, const std::string& name
   for (uint32_t i = 0; i < objects_.size(); ++i) {
     for (uint32_t j = 0; j < objects_[i].sections.size(); ++j) {
       const InputSection& input = objects_[i].sections[j];
-      if (input.segment != segment || input.size == 0) continue;
+      if (input.dropped || input.segment != segment || input.size == 0) continue;
       const auto goesHere = [&](const SectionRule& rule) {
         return rule.segment == segment && rule.becomes == name && input.name == rule.name;
       };

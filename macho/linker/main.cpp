@@ -4,6 +4,7 @@
 #include <new>
 
 #include "macho/format/files.h"
+#include "macho/linker/dead_strip.h"
 #include "macho/linker/debug_map.h"
 #include "macho/linker/error.h"
 #include "macho/linker/image.h"
@@ -49,8 +50,10 @@ void link(const Options& options) {
   const ImportList list = readImportList(options.imports);
   std::vector<Object> objects;
   for (const std::string& path : options.objects) objects.push_back(readObject(path));
-  const Symbols symbols(objects, list);
+  Symbols symbols(objects);
   const std::vector<std::string> exportNames = sortedExportNames(options, symbols);
+  dropUnreached(objects, symbols, exportNames);
+  symbols.import(list);
   Layout layout(objects, symbols, [&](size_t sections) { return headerSize(options, list, sections); });
   const LoadTimeWork work = relocate(objects, symbols, layout);
   std::vector<Export> exports;

@@ -7,6 +7,7 @@
 #include "macho/format/bytes.h"
 #include "macho/format/files.h"
 #include "macho/format/format.h"
+#include "macho/linker/atoms.h"
 #include "macho/linker/error.h"
 #include "macho/linker/fixup_reader.h"
 #include "macho/linker/section_rules.h"
@@ -26,6 +27,7 @@ class ObjectReader {
   Object read() {
     checkHeader();
     const auto header = file_.read<Header>(0);
+    object_.dividedBySymbols = header.flags & kSubsectionsViaSymbols;
     size_t offset = sizeof header;
     for (uint32_t i = 0; i < header.commandCount; ++i) {
       const auto command = file_.read<Command>(offset);
@@ -43,6 +45,7 @@ class ObjectReader {
       if (object_.sections[i].type == kNonLazyPointers) readPointers(i);
     }
     readFixups(object_, file_, records_);
+    splitIntoAtoms(object_);
     return std::move(object_);
   }
 
@@ -119,6 +122,7 @@ class ObjectReader {
       }
       const InputSection& section = object_.sections[record.section - 1];
       symbol.defined = true;
+      symbol.alternateEntry = record.description & kAlternateEntry;
       symbol.weakDefinition = record.description & kWeakDefinition;
       symbol.section = record.section - 1;
       symbol.offset = record.value - section.address;

@@ -29,6 +29,7 @@ struct Fixup {
   int32_t addend;  // to be added to the result
 };
 
+// A section of an object, or one atom of it (macho/linker/atoms.h).
 struct InputSection {
   std::string segment, name;
   uint32_t address = 0, size = 0, alignment = 1;  // as the object has them
@@ -45,11 +46,13 @@ struct InputSymbol {
   std::string name;
   bool global = false, defined = false, hidden = false;
   bool weakDefinition = false, weakReference = false;
+  bool alternateEntry = false;       // lies within what another symbol began
   uint32_t section = 0, offset = 0;  // when defined
 };
 
 struct Object {
   std::string path;
+  bool dividedBySymbols = false;  // each symbol begins a part that may be moved or left out
   std::vector<InputSection> sections;
   std::vector<InputSymbol> symbols;
 
@@ -57,7 +60,7 @@ struct Object {
   std::string nameOf(uint32_t section, uint32_t offset) const;
 };
 
-// Throws LinkError.
+// Its sections are divided into atoms. Throws LinkError.
 Object readObject(const std::string& path);
 
 }  // namespace macho

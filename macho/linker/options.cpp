@@ -7,7 +7,8 @@ namespace macho {
 const char kHelp[] =
     R"(usage: macho-link -o OUT -install_name NAME -imports LIST -exported SYMBOL [option...] OBJECT...
 
-Links i386 Mach-O objects into a dylib for macOS. The same objects give the same bytes.
+Links i386 Mach-O objects into a dylib for macOS. The same objects give the same bytes. What can't be reached
+from the exported symbols is left out.
 
   -o OUT                   the dylib to write
   -install_name NAME       what the dylib calls itself

@@ -12,9 +12,8 @@ void addLine(std::string& text, const std::string& line) {
 
 }  // namespace
 
-Symbols::Symbols(const std::vector<Object>& objects, const ImportList& list) : objects_(objects) {
+Symbols::Symbols(const std::vector<Object>& objects) : objects_(objects) {
   define(objects);
-  import(objects, list);
 }
 
 void Symbols::define(const std::vector<Object>& objects) {
@@ -35,22 +34,28 @@ void Symbols::define(const std::vector<Object>& objects) {
   }
 }
 
-void Symbols::import(const std::vector<Object>& objects, const ImportList& list) {
-  struct Reference {
-    const Object* object;
-    bool weak;
-  };
+std::map<std::string, Symbols::Reference> Symbols::undefinedReferences() const {
   std::map<std::string, Reference> references;
-  for (const Object& object : objects) {
-    for (const InputSymbol& symbol : object.symbols) {
-      if (symbol.defined || !symbol.global || definitions_.contains(symbol.name)) continue;
+  for (const Object& object : objects_) {
+    const auto note = [&](const Place& place) {
+      if (place.kind != Place::kSymbol) return;
+      const InputSymbol& symbol = object.symbols[place.index];
+      if (symbol.defined || !symbol.global || definitions_.contains(symbol.name)) return;
       const auto [entry, isNew] = references.emplace(symbol.name, Reference{&object, symbol.weakReference});
       entry->second.weak = entry->second.weak && symbol.weakReference;
+    };
+    for (const InputSection& section : object.sections) {
+      if (section.dropped) continue;
+      for (const Place& place : section.pointers) note(place);
+      for (const Fixup& fixup : section.fixups) note(fixup.target);
     }
   }
+  return references;
+}
 
+void Symbols::import(const ImportList& list) {
   std::string faults;
-  for (const auto& [name, reference] : references) {
+  for (const auto& [name, reference] : undefinedReferences()) {
     const auto listed = list.symbols.find(name);
     if (listed == list.symbols.end()) {
       addLine(faults, reference.object->path + ": undefined symbol " + name + "; define it, or list it in " +
@@ -90,18 +95,20 @@ const InputSymbol* Symbols::definingSymbol(const std::string& name) const {
   return found == definitions_.end() ? nullptr : found->second.symbol;
 }
 
-Symbols::Target Symbols::resolve(uint32_t object, const Place& place) const {
-  if (place.kind == Place::kSection) {
-    return {Target::kLocation, {object, place.index, place.offset}, 0, 0};
-  }
+std::optional<Location> Symbols::locate(uint32_t object, const Place& place) const {
+  if (place.kind == Place::kSection) return Location{object, place.index, place.offset};
   const InputSymbol& symbol = objects_[object].symbols[place.index];
   if (symbol.defined && !symbol.global) {
-    const auto offset = static_cast<int32_t>(symbol.offset) + place.offset;
-    return {Target::kLocation, {object, symbol.section, offset}, 0, 0};
+    return Location{object, symbol.section, static_cast<int32_t>(symbol.offset) + place.offset};
   }
-  if (const Location* found = definition(symbol.name)) {
-    return {Target::kLocation, {found->object, found->section, found->offset + place.offset}, 0, 0};
-  }
+  const Location* found = definition(symbol.name);
+  if (!found) return std::nullopt;
+  return Location{found->object, found->section, found->offset + place.offset};
+}
+
+Symbols::Target Symbols::resolve(uint32_t object, const Place& place) const {
+  if (const auto location = locate(object, place)) return {Target::kLocation, *location, 0, 0};
+  const InputSymbol& symbol = objects_[object].symbols[place.index];
   const auto import = importIndex_.find(symbol.name);
   if (import == importIndex_.end()) {
     throw LinkError(objects_[object].path, "malformed: it refers to " + symbol.name +

@@ -3,6 +3,7 @@
 
 #include <compare>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,15 +27,21 @@ struct Import {
 
 class Symbols {
  public:
-  // Decides between definitions and checks that each name is defined once or imported, and each listed import
-  // used. Throws LinkError with all that is wrong.
-  Symbols(const std::vector<Object>& objects, const ImportList& list);
+  // Decides between definitions. Throws LinkError when a name has two. The objects must outlive this.
+  explicit Symbols(const std::vector<Object>& objects);
+
+  // Gives each name that the objects' remaining parts use, and none defines, its library. Throws LinkError
+  // with all names that are not listed, and all that are listed without being used.
+  void import(const ImportList& list);
 
   const std::vector<Import>& imports() const { return imports_; }  // sorted by name
 
   // Null when no object defines the name for others to see.
   const Location* definition(const std::string& name) const;
   const InputSymbol* definingSymbol(const std::string& name) const;
+
+  // Where a place is; nothing for what no object defines.
+  std::optional<Location> locate(uint32_t object, const Place& place) const;
 
   // What a place stands for: somewhere in an object, or an import (an index into imports()).
   struct Target {
@@ -53,7 +60,11 @@ class Symbols {
   };
 
   void define(const std::vector<Object>& objects);
-  void import(const std::vector<Object>& objects, const ImportList& list);
+  struct Reference {
+    const Object* object;
+    bool weak;
+  };
+  std::map<std::string, Reference> undefinedReferences() const;
   void checkAllUsed(const ImportList& list, std::string& faults) const;
 
   const std::vector<Object>& objects_;

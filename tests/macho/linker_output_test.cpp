@@ -113,10 +113,12 @@ TEST_F(LinkerOutput, ExportsWhatWasNamedAndNothingElse) {
 }
 
 TEST_F(LinkerOutput, BindsAnImportWeaklyOnlyWhenEveryReferenceIsWeak) {
-  const std::string a = compile("a",
-                                "extern \"C\" int sometimes __attribute__((weak_import));"
-                                "extern \"C\" int always __attribute__((weak_import));"
-                                "EXPORT int entry() { return (&sometimes ? sometimes : 0) + always; }");
+  const std::string a =
+      compile("a",
+              "extern \"C\" int sometimes __attribute__((weak_import));"
+              "extern \"C\" int always __attribute__((weak_import));"
+              "int other();"
+              "EXPORT int entry() { return (&sometimes ? sometimes : 0) + always + other(); }");
   const std::string b = compile("b", "extern \"C\" int sometimes, always; int other() { return always; }");
   ASSERT_EQ("", link({a, b}, {"_sometimes", "_always"}).output);
   const Lines binds = lines(objdump({"--bind"}), "__DATA");
