@@ -20,7 +20,7 @@ class Reach {
   void from(const Location& location) {
     reach({location.object, location.section});
     while (!waiting_.empty()) {
-      const Atom atom = waiting_.back();
+      const AtomIndex atom = waiting_.back();
       waiting_.pop_back();
       follow(atom);
     }
@@ -29,16 +29,11 @@ class Reach {
   bool reached(uint32_t object, uint32_t section) const { return reached_.contains({object, section}); }
 
  private:
-  struct Atom {
-    uint32_t object, section;
-    auto operator<=>(const Atom&) const = default;
-  };
-
-  const InputSection& sectionOf(const Atom& atom) const {
+  const InputSection& sectionOf(const AtomIndex& atom) const {
     return objects_[atom.object].sections[atom.section];
   }
 
-  void noteFrame(const Atom& atom) {
+  void noteFrame(const AtomIndex& atom) {
     if (sectionOf(atom).name != "__eh_frame") return;
     for (const Fixup& fixup : sectionOf(atom).fixups) {
       if (fixup.offset != kFunctionField) continue;
@@ -48,7 +43,7 @@ class Reach {
     }
   }
 
-  void reach(const Atom& atom) {
+  void reach(const AtomIndex& atom) {
     if (reached_.insert(atom).second) waiting_.push_back(atom);
   }
 
@@ -56,7 +51,7 @@ class Reach {
     if (const auto location = symbols_.locate(object, place)) reach({location->object, location->section});
   }
 
-  void follow(const Atom& atom) {
+  void follow(const AtomIndex& atom) {
     const InputSection& section = sectionOf(atom);
     for (const Place& place : section.pointers) reach(atom.object, place);
     for (const Fixup& fixup : section.fixups) {
@@ -64,15 +59,15 @@ class Reach {
       if (fixup.kind == Fixup::kDifference) reach(atom.object, fixup.minus);
     }
     if (const auto frames = frames_.find(atom); frames != frames_.end()) {
-      for (const Atom& frame : frames->second) reach(frame);
+      for (const AtomIndex& frame : frames->second) reach(frame);
     }
   }
 
   const std::vector<Object>& objects_;
   const Symbols& symbols_;
-  std::map<Atom, std::vector<Atom>> frames_;  // of each function
-  std::set<Atom> reached_;
-  std::vector<Atom> waiting_;  // reached, and not yet followed
+  std::map<AtomIndex, std::vector<AtomIndex>> frames_;  // of each function
+  std::set<AtomIndex> reached_;
+  std::vector<AtomIndex> waiting_;  // reached, and not yet followed
 };
 
 }  // namespace

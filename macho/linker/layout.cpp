@@ -148,6 +148,7 @@ uint32_t Layout::stubAddress(uint32_t import) const {
 uint32_t Layout::addressOf(const Location& location) const {
   const Object& object = objects_[location.object];
   const InputSection& section = object.sections[location.section];
+  if (section.joined) return addressOf({section.joined->object, section.joined->section, location.offset});
   if (section.type == kNonLazyPointers) {
     const auto index = static_cast<uint32_t>(location.offset) / 4;
     if (index < section.pointers.size()) {

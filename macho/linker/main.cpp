@@ -9,6 +9,7 @@
 #include "macho/linker/error.h"
 #include "macho/linker/image.h"
 #include "macho/linker/imports.h"
+#include "macho/linker/join.h"
 #include "macho/linker/layout.h"
 #include "macho/linker/object.h"
 #include "macho/linker/options.h"
@@ -54,6 +55,7 @@ void link(const Options& options) {
   const std::vector<std::string> exportNames = sortedExportNames(options, symbols);
   dropUnreached(objects, symbols, exportNames);
   symbols.import(list);
+  joinEqualConstants(objects, symbols);
   Layout layout(objects, symbols, [&](size_t sections) { return headerSize(options, list, sections); });
   const LoadTimeWork work = relocate(objects, symbols, layout);
   std::vector<Export> exports;

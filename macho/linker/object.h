@@ -2,7 +2,9 @@
 // be filled in once addresses are known.
 #pragma once
 
+#include <compare>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,13 +31,20 @@ struct Fixup {
   int32_t addend;  // to be added to the result
 };
 
+// Which section, or atom, of which object.
+struct AtomIndex {
+  uint32_t object, section;
+  auto operator<=>(const AtomIndex&) const = default;
+};
+
 // A section of an object, or one atom of it (macho/linker/atoms.h).
 struct InputSection {
   std::string segment, name;
   uint32_t address = 0, size = 0, alignment = 1;  // as the object has them
   uint32_t type = 0;
-  bool dropped = false;        // nothing of it goes into the dylib
-  std::vector<uint8_t> bytes;  // empty for a zero-fill section
+  bool dropped = false;             // nothing of it goes into the dylib
+  std::optional<AtomIndex> joined;  // dropped, and this one, which is equal, stands in its place
+  std::vector<uint8_t> bytes;       // empty for a zero-fill section
   std::vector<Fixup> fixups;
   std::vector<Place> pointers;  // for a section of pointers: what each of its words points to
 
