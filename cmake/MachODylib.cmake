@@ -3,7 +3,7 @@ find_program(MACHO_CLANG NAMES clang++-14 clang++ REQUIRED)
 find_program(DSYMUTIL NAMES dsymutil-14 dsymutil REQUIRED)
 
 set(MACHO_COMPILE_FLAGS
-  -target i386-apple-macosx10.6 -std=c++17 -O2
+  -target i386-apple-macosx10.6 -std=c++17
   # Otherwise clang calls functions of later systems (memset_pattern16) on its own account.
   -ffreestanding
   -fvisibility=hidden -fvisibility-inlines-hidden -fno-threadsafe-statics -fno-stack-protector
@@ -22,6 +22,15 @@ function(from_build variable path)
   set(${variable} ${relative} PARENT_SCOPE)
 endfunction()
 
+# macho_optimisation(VARIABLE SOURCE): the flag for size or for speed, by PLUGIN_SMALL_SOURCES.
+function(macho_optimisation variable source)
+  set(flag -O2)
+  if(source IN_LIST PLUGIN_SMALL_SOURCES)
+    set(flag -Os)
+  endif()
+  set(${variable} ${flag} PARENT_SCOPE)
+endfunction()
+
 # macho_compile(SOURCE OBJECT DESCRIPTION flag...). Folders in the flags start from the build folder, too.
 function(macho_compile source object description)
   cmake_path(GET object PARENT_PATH folder)
@@ -29,8 +38,9 @@ function(macho_compile source object description)
   from_build(source_name ${source})
   from_build(object_name ${object})
   from_build(root ${CMAKE_SOURCE_DIR})
+  macho_optimisation(optimisation ${source})
   add_custom_command(OUTPUT ${object}
-    COMMAND ${MACHO_CLANG} ${ARGN} -fdebug-prefix-map=${root}=${CMAKE_SOURCE_DIR}
+    COMMAND ${MACHO_CLANG} ${optimisation} ${ARGN} -fdebug-prefix-map=${root}=${CMAKE_SOURCE_DIR}
             -MD -MF ${object_name}.d -MT ${object_name} -c ${source_name} -o ${object_name}
     WORKING_DIRECTORY ${CMAKE_BINARY_DIR}
     DEPENDS ${source}
