@@ -18,13 +18,14 @@ int twice(int value) {
 const char kJump[] = "\x11\x22\x33\x44", kAddress[] = "\x55\x66\x77\x00";
 const char kSource[] = R"(
   .text
-  .globl _entry, _address
+  .globl _entry, _address, _words
   .p2align 4
 _entry:
   .byte 0xE9, 0x11, 0x22, 0x33, 0x44        # jmp
 _address:
   .byte 0xB8, 0x55, 0x66, 0x77, 0x00, 0xC3  # mov $0x776655, %eax; ret
   .data
+_words:
   .long _twice, _entry                      # for streams of fixups to write over
   .subsections_via_symbols
 )";
@@ -32,7 +33,8 @@ _address:
 class TextRelocation : public toolbox::Workshop {
  protected:
   void SetUp() override {
-    const toolbox::Outcome linked = link({assemble("text", kSource)}, {"_twice"}, {"_entry", "_address"});
+    const toolbox::Outcome linked =
+        link({assemble("text", kSource)}, {"_twice"}, {"_entry", "_address", "_words"});
     ASSERT_EQ(0, linked.status) << linked.output;
     bytes_ = toolbox::readFile(path("test.dylib"));
     options_.lookup = [](const std::string& name) {
