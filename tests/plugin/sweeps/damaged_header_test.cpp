@@ -36,10 +36,10 @@ std::string contentsOf(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
-// In the long tier each bit of a byte by itself, too.
+// In the long tier some bits by themselves, too.
 std::vector<int> flippedBits() {
   if (!isLongTier()) return {0xFF};
-  return {0xFF, 1, 2, 4, 8, 16, 32, 64, 128};
+  return {0xFF, 1, 4, 128};
 }
 
 class DamagedHeader : public PluginTest {
