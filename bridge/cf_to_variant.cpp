@@ -11,6 +11,9 @@
 #include "strings.h"
 #include "wrappers.h"
 
+// Declared once more: the headers of the oldest system lack it, and those of newer ones take it for granted.
+extern "C" CFTypeID CTRunDelegateGetTypeID() WEAK_IMPORT_ATTRIBUTE;
+
 namespace {
 
 // How values of one type are converted.

@@ -4,5 +4,5 @@
 
 typedef const struct __CTRunDelegate* CTRunDelegateRef;
 
-// From macOS 10.7 on.
-CT_EXPORT CFTypeID CTRunDelegateGetTypeID(void) WEAK_IMPORT_ATTRIBUTE;
+// From macOS 10.7 on; but not declared weak.
+CT_EXPORT CFTypeID CTRunDelegateGetTypeID(void);
