@@ -1,5 +1,6 @@
 #include "macho/linker/fixup_reader.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "macho/format/eh_frame.h"
@@ -114,6 +115,7 @@ class FixupReader {
   // on the assumption that sections stay where they are.
   void addFrames(uint32_t index) {
     const FrameMap map = mapFrames(Bytes(section_->bytes.data(), section_->bytes.size()));
+    requireFrameFields(map);
     for (const auto* fields : {&map.functions, &map.languageData}) {
       for (const uint32_t offset : *fields) addFrameField(index, offset);
     }
@@ -122,6 +124,18 @@ class FixupReader {
     if (map.end % 4) throw FormatError("malformed: its __eh_frame is no whole number of words");
     section_->bytes.resize(map.end);
     section_->size = map.end;
+  }
+
+  // What follows relies on it: the rules are put in other words, and records are moved.
+  void requireFrameFields(const FrameMap& map) const {
+    for (const Fixup& fixup : section_->fixups) {
+      const auto has = [&](const std::vector<uint32_t>& fields) {
+        return std::find(fields.begin(), fields.end(), fixup.offset) != fields.end();
+      };
+      if (!has(map.functions) && !has(map.languageData) && !has(map.personalities)) {
+        throw FormatError("malformed: its __eh_frame has an address in an unusual place");
+      }
+    }
   }
 
   void addFrameField(uint32_t index, uint32_t offset) {

@@ -7,6 +7,7 @@
 #include "macho/linker/dead_strip.h"
 #include "macho/linker/debug_map.h"
 #include "macho/linker/error.h"
+#include "macho/linker/frames.h"
 #include "macho/linker/image.h"
 #include "macho/linker/imports.h"
 #include "macho/linker/join.h"
@@ -55,6 +56,7 @@ void link(const Options& options) {
   const std::vector<std::string> exportNames = sortedExportNames(options, symbols);
   dropUnreached(objects, symbols, exportNames);
   symbols.import(list);
+  shortenFrames(objects, symbols);
   joinEqualConstants(objects, symbols);
   Layout layout(objects, symbols, [&](size_t sections) { return headerSize(options, list, sections); });
   const LoadTimeWork work = relocate(objects, symbols, layout);
