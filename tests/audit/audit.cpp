@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <map>
 #include <set>
 #include <sstream>
@@ -42,12 +44,44 @@ struct Library {
 
 // One "Load command" of --private-headers: its fields by first word, sections apart.
 struct Headers {
+  struct Part {
+    std::string name;
+    size_t size;   // in the file
+    bool segment;  // or within one
+  };
+  std::vector<Part> parts;
   std::string file;  // "I386 DYLIB"
   std::vector<Library> libraries;
   std::set<std::string> sections;
   std::string minimumSystem;
   std::map<std::string, std::string> relocations;  // nextrel and nlocrel
 };
+
+// The line's part of the file, if it tells of one.
+void readPart(std::vector<Headers::Part>& parts, const std::string& command, const Words& line) {
+  const std::string &key = line[0], &value = line[1];
+  // What a table of __LINKEDIT counts, in bytes.
+  static const std::map<std::string, std::pair<const char*, size_t>> tables = {
+      {"rebase_size", {"rebases", 1}},
+      {"bind_size", {"binds", 1}},
+      {"weak_bind_size", {"weak binds", 1}},
+      {"lazy_bind_size", {"lazy binds", 1}},
+      {"export_size", {"exports", 1}},
+      {"nsyms", {"symbols", 12}},
+      {"nindirectsyms", {"indirect symbols", 4}},
+      {"strsize", {"strings", 1}}};
+  if (key == "cmd" && value == "LC_SEGMENT") parts.push_back({"", 0, true});
+  if (command == "LC_SEGMENT" && key == "sectname") parts.push_back({value, 0, false});
+  if (parts.empty()) return;
+  Headers::Part& part = parts.back();
+  if (key == "segname" && part.segment) part.name = value;
+  if (key == "filesize") part.size = std::stoul(value);
+  if (key == "size" && !part.segment) part.size = std::stoul(value, nullptr, 16);
+  if (key == "type" && value == "S_ZEROFILL") part.size = 0;
+  if (const auto table = tables.find(key); table != tables.end() && value != "0") {
+    parts.push_back({table->second.first, table->second.second * std::stoul(value), false});
+  }
+}
 
 Headers readHeaders(const std::string& dylib) {
   Headers headers;
@@ -62,6 +96,7 @@ Headers readHeaders(const std::string& dylib) {
         headers.libraries.push_back({command, "", "", ""});
     }
     if (key == "sectname") headers.sections.insert(value);
+    readPart(headers.parts, command, line);
     if (key == "nextrel" || key == "nlocrel") headers.relocations[key] = value;
     if (command == "LC_VERSION_MIN_MACOSX" && key == "version") headers.minimumSystem = value;
     if (command == "LC_ID_DYLIB" || !command.ends_with("_DYLIB")) continue;
@@ -131,6 +166,7 @@ class Audit {
     checkLibraries();
     checkImports();
     checkText();
+    checkSize();
     return findings_;
   }
 
@@ -204,6 +240,12 @@ class Audit {
     }
   }
 
+  void checkSize() {
+    const size_t size = std::filesystem::file_size(dylib_);
+    expect(size <= kLargestSize,
+           "it takes " + std::to_string(size) + " bytes, which is more than " + std::to_string(kLargestSize));
+  }
+
   std::string dylib_;
   Headers headers_;
   Wanted wanted_;
@@ -214,6 +256,21 @@ class Audit {
 
 std::vector<std::string> findings(const std::string& dylib, const std::string& importList) {
   return Audit(dylib, importList).run();
+}
+
+std::string sizeTable(const std::string& dylib) {
+  std::ostringstream table;
+  const auto addRow = [&](const std::string& name, size_t size) {
+    table << std::left << std::setw(22) << name << std::right << std::setw(7) << size << "\n";
+  };
+  size_t whole = 0;
+  for (const Headers::Part& part : readHeaders(dylib).parts) {
+    if (part.segment) whole += part.size;
+    if (part.size == 0) continue;
+    addRow((part.segment ? "" : "  ") + part.name, part.size);
+  }
+  addRow("of " + std::to_string(kLargestSize) + " at the most", whole);
+  return table.str();
 }
 
 }  // namespace audit

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <iostream>
 #include <iterator>
 
 #include "tests/support/main.h"
@@ -78,6 +79,37 @@ std::string replaced(std::string text, const std::string& old, const std::string
 
 TEST_F(Audit, FindsNothingWrongWithTheDylib) {
   EXPECT_EQ(Findings(), audit::findings(dylibPath, importsPath));
+}
+
+// The numbers of a row of the table, by its name with the blanks before it; 0 when there is none.
+size_t sizeIn(const std::string& table, const std::string& row) {
+  const size_t at = ("\n" + table).find("\n" + row + " ");
+  return at == std::string::npos ? 0 : std::stoul(table.substr(at + row.size()));
+}
+
+TEST_F(Audit, TellsWhereTheBytesAre) {
+  const std::string table = audit::sizeTable(dylibPath);
+  std::cout << table;
+  const size_t whole = contents(dylibPath).size();
+  EXPECT_EQ(whole, sizeIn(table, "__TEXT") + sizeIn(table, "__DATA") + sizeIn(table, "__LINKEDIT"));
+  EXPECT_EQ(whole, sizeIn(table, "of 98304 at the most"));
+  size_t linkedit = 0;
+  for (const char* part : {"rebases", "binds", "exports", "symbols", "indirect symbols", "strings"}) {
+    EXPECT_NE(0u, sizeIn(table, std::string("  ") + part)) << part;
+    linkedit += sizeIn(table, std::string("  ") + part);
+  }
+  EXPECT_EQ(sizeIn(table, "__LINKEDIT"), linkedit);
+  EXPECT_LT(whole / 4, sizeIn(table, "  __text"));
+  EXPECT_GT(whole, sizeIn(table, "  __text"));
+}
+
+TEST_F(Audit, FindsAFileThatIsTooLarge) {
+  std::string bytes = contents(dylibPath);
+  ASSERT_GE(audit::kLargestSize, bytes.size());
+  bytes.resize(audit::kLargestSize);
+  EXPECT_EQ(Findings(), ofDylib(bytes));
+  bytes += '\0';
+  EXPECT_EQ(Findings{"it takes 98305 bytes, which is more than 98304"}, ofDylib(bytes));
 }
 
 TEST_F(Audit, FindsAnotherKindOfFile) {
