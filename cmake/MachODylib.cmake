@@ -54,7 +54,7 @@ endfunction()
 #
 # Makes the target NAME, built with everything, which produces OUTPUT. The path is also its MACHO_DYLIB property. The
 # target NAME-debug, built on request, makes OUTPUT.debug for gdb. Its debug information comes from objects of their own:
-# with it clang makes the same code, but orders some variables otherwise and describes more frames.
+# with it clang makes the same code, but orders functions and variables otherwise and describes more frames.
 function(add_macho_dylib name)
   cmake_parse_arguments(PARSE_ARGV 1 dylib "" "IMPORTS;INSTALL_NAME;VERSION;OUTPUT"
     "SOURCES;EXPORTED;INCLUDE_DIRS;HEADERS_ISYSTEM")
