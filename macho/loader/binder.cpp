@@ -27,17 +27,23 @@ const std::map<std::string, std::string>& aliases() {
 
 }  // namespace
 
+void* findInProcess(const std::string& symbol, const LoadOptions& options) {
+  // A name without the underscore of C names stands for itself.
+  const std::string name = symbol.starts_with('_') ? symbol.substr(1) : symbol;
+  if (options.hidden.contains(name)) return nullptr;
+  if (options.lookup) {
+    if (void* found = options.lookup(name)) return found;
+  }
+  if (void* found = darwinFunction(name)) return found;
+  const auto alias = aliases().find(name);
+  return dlsym(RTLD_DEFAULT, (alias == aliases().end() ? name : alias->second).c_str());
+}
+
 void* Binder::address(const Bind& bind) {
   if (bind.library < kLowestOrdinal || bind.library > static_cast<int32_t>(dylib_.libraries.size())) {
     throw FormatError("malformed: it takes " + bind.symbol + " of a library that it doesn't name");
   }
-  void* found = nullptr;
-  if (bind.library == kSelfOrdinal) {
-    const auto own = findExport(dylib_.exports, bind.symbol.c_str());
-    if (own && *own < dylib_.memory.size) found = const_cast<uint8_t*>(base_ + *own);
-  } else {
-    found = find(bind.symbol);
-  }
+  void* const found = bind.library == kSelfOrdinal ? findOwn(bind.symbol) : find(bind.symbol);
   if (!found && !bind.weak) {
     throw MissingImport("it needs " + bind.symbol + " of " + libraryName(bind.library) +
                         ", which this process has not");
@@ -45,21 +51,17 @@ void* Binder::address(const Bind& bind) {
   return found;
 }
 
-void* Binder::find(const std::string& symbol) {
-  const auto [entry, isNew] = found_.emplace(symbol, nullptr);
-  // A name without the underscore of C names stands for itself.
-  if (isNew) entry->second = findInProcess(symbol.starts_with('_') ? symbol.substr(1) : symbol);
-  return entry->second;
+void* Binder::findOwn(const std::string& symbol) {
+  const auto own = findExport(dylib_.exports, symbol);
+  if (!own) return nullptr;
+  if (!own->reexported.empty()) return find(own->reexported);
+  return own->address < dylib_.memory.size ? const_cast<uint8_t*>(base_ + own->address) : nullptr;
 }
 
-void* Binder::findInProcess(const std::string& name) const {
-  if (options_.hidden.contains(name)) return nullptr;
-  if (options_.lookup) {
-    if (void* found = options_.lookup(name)) return found;
-  }
-  if (void* found = darwinFunction(name)) return found;
-  const auto alias = aliases().find(name);
-  return dlsym(RTLD_DEFAULT, (alias == aliases().end() ? name : alias->second).c_str());
+void* Binder::find(const std::string& symbol) {
+  const auto [entry, isNew] = found_.emplace(symbol, nullptr);
+  if (isNew) entry->second = findInProcess(symbol, options_);
+  return entry->second;
 }
 
 std::string Binder::libraryName(int32_t ordinal) const {

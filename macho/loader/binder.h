@@ -15,6 +15,9 @@ struct MissingImport : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// By its name in a file; null when the process has it not.
+void* findInProcess(const std::string& symbol, const LoadOptions& options);
+
 class Binder {
  public:
   // Both must outlive the binder. `base` is where the image lies, for what it imports of itself.
@@ -26,7 +29,7 @@ class Binder {
 
  private:
   void* find(const std::string& symbol);
-  void* findInProcess(const std::string& name) const;
+  void* findOwn(const std::string& symbol);
   std::string libraryName(int32_t ordinal) const;
 
   const DylibFile& dylib_;

@@ -20,23 +20,27 @@ std::optional<uint32_t> descend(Cursor& cursor, std::string& name) {
   return std::nullopt;
 }
 
-std::optional<uint32_t> address(Cursor cursor) {
+std::optional<FoundExport> terminal(Cursor cursor, const std::string& name) {
   const uint32_t flags = cursor.uleb();
-  if (flags & (kExportReexport | kExportStubAndResolver)) return std::nullopt;
-  if ((flags & kExportKindMask) == kExportAbsolute) return std::nullopt;
-  return cursor.uleb();
+  if (flags & kExportReexport) {
+    cursor.uleb();  // the library
+    const std::string theirs = cursor.text();
+    return FoundExport{0, theirs.empty() ? name : theirs};
+  }
+  if (flags & kExportStubAndResolver || (flags & kExportKindMask) == kExportAbsolute) return std::nullopt;
+  return FoundExport{cursor.uleb(), ""};
 }
 
 }  // namespace
 
-std::optional<uint32_t> findExport(Bytes trie, const char* name) {
+std::optional<FoundExport> findExport(Bytes trie, const std::string& name) {
   if (trie.size() == 0) return std::nullopt;
   std::string rest = name;
   std::optional<uint32_t> node = 0;
   while (node) {
     Cursor cursor(trie, *node);
     const uint32_t terminalSize = cursor.uleb();
-    if (rest.empty()) return terminalSize ? address(cursor) : std::nullopt;
+    if (rest.empty()) return terminalSize ? terminal(cursor, name) : std::nullopt;
     cursor.skip(terminalSize);
     node = descend(cursor, rest);
   }

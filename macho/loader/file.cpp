@@ -54,9 +54,11 @@ class Reader {
       case kIdDylib:
         dylib_.version = command.read<DylibCommand>(0).currentVersion;
         return;
+      case kReexportDylib:
+        dylib_.reexportsLibraries = true;
+        [[fallthrough]];
       case kLoadDylib:
       case kLoadWeakDylib:
-      case kReexportDylib:
       case kLazyLoadDylib:
       case kLoadUpwardDylib:
         dylib_.libraries.push_back(command.text(command.read<DylibCommand>(0).nameOffset));

@@ -19,9 +19,10 @@ struct DylibFile {
   std::optional<uint32_t> version;       // its own: two bytes, one and one
   Range memory;                          // from the lowest segment to the end of the highest
   std::vector<std::string> libraries;    // install names; ordinal 1 is the first
-  std::optional<Range> frames;           // the __eh_frame section
-  std::optional<Range> stubHelper;       // the code that has stubs bound at their first call
-  std::vector<Range> lazyPointers;       // where stubs go: into the helper, until they are bound
+  bool reexportsLibraries = false;
+  std::optional<Range> frames;      // the __eh_frame section
+  std::optional<Range> stubHelper;  // the code that has stubs bound at their first call
+  std::vector<Range> lazyPointers;  // where stubs go: into the helper, until they are bound
   Bytes rebases, binds, lazyBinds, exports;
 };
 

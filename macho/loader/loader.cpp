@@ -131,7 +131,9 @@ struct Image::Parts {
   explicit Parts(size_t size) : mapping(size) {}
 
   Mapping mapping;
+  LoadOptions options;
   std::vector<uint8_t> exports;
+  bool reexportsLibraries = false;
   std::optional<uint32_t> version;
   // After the mapping: gone before it.
   std::optional<Frames> frames;
@@ -160,9 +162,10 @@ size_t Image::size() const {
 
 void* Image::symbol(const char* exportedName) const {
   try {
-    const auto offset = findExport(Bytes(parts_->exports.data(), parts_->exports.size()), exportedName);
-    if (!offset || *offset >= size()) return nullptr;
-    return parts_->mapping.base() + *offset;
+    const auto found = findExport(Bytes(parts_->exports.data(), parts_->exports.size()), exportedName);
+    if (!found) return parts_->reexportsLibraries ? findInProcess(exportedName, parts_->options) : nullptr;
+    if (!found->reexported.empty()) return findInProcess(found->reexported, parts_->options);
+    return found->address < size() ? parts_->mapping.base() + found->address : nullptr;
   } catch (const FormatError&) {
     return nullptr;  // whatever a malformed trie meant to say, it is not an address
   }
@@ -182,6 +185,8 @@ Image loadContents(const std::string& path, std::span<const uint8_t> contents, c
     assembly.rebaseAll();
     assembly.bindAll(options);
     parts->exports.assign(dylib.exports.data(), dylib.exports.data() + dylib.exports.size());
+    parts->options = options;
+    parts->reexportsLibraries = dylib.reexportsLibraries;
     parts->version = dylib.version;
     if (dylib.frames) parts->frames.emplace(assembly.frames(), parts->mapping.bytes());
     assembly.protect();

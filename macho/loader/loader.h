@@ -36,7 +36,9 @@ class Image {
   Image& operator=(Image&&) noexcept;
   ~Image();
 
-  // The address of an export, by its name in the file ("_REALPluginMain"); null when it is not exported.
+  // The address of an export, by its name in the file ("_REALPluginMain"); null when it is not exported. What
+  // the dylib re-exports of other libraries is found as imports are; of a library that is re-exported whole
+  // that is anything that the process has.
   void* symbol(const char* exportedName) const;
   // The dylib's own version, as "1.2.3"; nothing where it doesn't tell.
   std::optional<std::string> version() const;

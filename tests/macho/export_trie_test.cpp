@@ -7,8 +7,15 @@
 
 namespace {
 
-std::optional<uint32_t> find(const std::vector<uint8_t>& trie, const char* name) {
+std::optional<macho::FoundExport> findWhole(const std::vector<uint8_t>& trie, const char* name) {
   return macho::findExport(macho::Bytes(trie.data(), trie.size()), name);
+}
+
+std::optional<uint32_t> find(const std::vector<uint8_t>& trie, const char* name) {
+  const auto found = findWhole(trie, name);
+  if (!found) return std::nullopt;
+  EXPECT_EQ("", found->reexported);
+  return found->address;
 }
 
 TEST(ExportTrie, FindsWhatItHolds) {
@@ -21,8 +28,13 @@ TEST(ExportTrie, FindsWhatItHolds) {
   for (const char* absent : {"", "_a", "_abc", "x"}) EXPECT_EQ(std::nullopt, find(trie, absent)) << absent;
 }
 
-TEST(ExportTrie, GivesNoAddressForReexportsResolversAndAbsolutes) {
-  for (const uint8_t flags : {0x08, 0x10, 0x02}) {
+TEST(ExportTrie, TellsWhatReexportsAreCalledElsewhere) {
+  EXPECT_EQ("a", findWhole({0, 1, 'a', 0, 5, 3, 0x08, 2, 0, 0}, "a")->reexported);
+  EXPECT_EQ("_b", findWhole({0, 1, 'a', 0, 5, 5, 0x08, 2, '_', 'b', 0, 0}, "a")->reexported);
+}
+
+TEST(ExportTrie, GivesNoAddressForResolversAndAbsolutes) {
+  for (const uint8_t flags : {0x10, 0x02}) {
     const std::vector<uint8_t> trie = {0, 1, 'a', 0, 5, 2, flags, 1, 0};
     EXPECT_EQ(std::nullopt, find(trie, "a")) << int{flags};
   }

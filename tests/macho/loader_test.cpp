@@ -195,6 +195,24 @@ TEST_F(Loader, KnowsTheNamesThatOnlyTheOtherSystemHas) {
   EXPECT_EQ(0, std::memcmp(text, "\0\0xt", 4));
 }
 
+TEST_F(Loader, HasTheFunctionsThatFillMemoryWithAPattern) {
+  const macho::Image image = macho::load(build(
+      R"(
+    extern "C" void memset_pattern4(void*, const void*, unsigned long);
+    extern "C" void memset_pattern8(void*, const void*, unsigned long);
+    extern "C" void memset_pattern16(void*, const void*, unsigned long);
+    EXPORT void entry(char* p, const char* pattern) {
+      memset_pattern4(p, pattern, 10);
+      memset_pattern8(p + 11, pattern, 19);
+      memset_pattern16(p + 31, pattern, 18);
+    }
+  )",
+      {"_memset_pattern4", "_memset_pattern8", "_memset_pattern16"}));
+  std::string memory(50, '.');
+  function<void(char*, const char*)>(image)(memory.data(), "abcdefghijklmnop");
+  EXPECT_EQ("abcdabcdab.abcdefghabcdefghabc.abcdefghijklmnopab.", memory);
+}
+
 // The access rights of the page at this address, as the kernel has them.
 std::string rights(const void* address) {
   std::ifstream maps("/proc/self/maps");

@@ -1,5 +1,6 @@
-// Addresses in instructions, which other linkers write: each is an operand that is set before the text's
-// pages become unwritable.
+// What other linkers write and ours doesn't: addresses in instructions, whose operands are set before the
+// text's pages become unwritable, and exports of what other libraries have. Dylibs of ours are patched to
+// have them.
 #include <cstring>
 
 #include "macho/format/format.h"
@@ -30,7 +31,7 @@ _words:
   .subsections_via_symbols
 )";
 
-class TextRelocation : public toolbox::Workshop {
+class PatchedDylib : public toolbox::Workshop {
  protected:
   void SetUp() override {
     const toolbox::Outcome linked =
@@ -49,17 +50,22 @@ class TextRelocation : public toolbox::Workshop {
     return {static_cast<char>(offset | 0x80), static_cast<char>(offset >> 7)};
   }
 
-  macho::DyldInfoCommand info() const {
-    macho::Header header;
-    std::memcpy(&header, bytes_.data(), sizeof header);
-    macho::DyldInfoCommand info;
-    size_t offset = sizeof header;
-    for (uint32_t i = 0; i < header.commandCount; ++i, offset += info.command.size) {
-      std::memcpy(&info, &bytes_[offset], sizeof info);
-      if (info.command.kind == macho::kDyldInfoOnly) return info;
+  // Where the first load command of this kind begins.
+  size_t commandOffset(uint32_t kind) const {
+    size_t offset = sizeof(macho::Header);
+    for (macho::Command command; offset + sizeof command <= bytes_.size(); offset += command.size) {
+      std::memcpy(&command, &bytes_[offset], sizeof command);
+      if (command.kind == kind) return offset;
+      if (command.size == 0) break;
     }
-    ADD_FAILURE() << "no dyld info";
-    return {};
+    ADD_FAILURE() << "no load command " << kind;
+    return 0;
+  }
+
+  macho::DyldInfoCommand info() const {
+    macho::DyldInfoCommand info;
+    std::memcpy(&info, &bytes_[commandOffset(macho::kDyldInfoOnly)], sizeof info);
+    return info;
   }
 
   // The offset and size are of the stream that is there, and long enough.
@@ -74,6 +80,9 @@ class TextRelocation : public toolbox::Workshop {
   std::string bytes_;
   macho::LoadOptions options_;
 };
+
+class TextRelocation : public PatchedDylib {};
+class Reexport : public PatchedDylib {};
 
 TEST_F(TextRelocation, OfAnAddressInTheImageMovesWithIt) {
   const uint32_t entry = bytes_.find(kJump) - 1;
@@ -107,6 +116,24 @@ TEST_F(TextRelocation, OfTextThatIsNeverWritableIsRefused) {
   const std::string file = write("patched.dylib", bytes_);
   EXPECT_EQ(file + ": an address is to be set in __TEXT, which is not writable; build or copy the file again",
             loadError(file, options_));
+}
+
+TEST_F(Reexport, OfALibraryIsWhatTheProcessHas) {
+  EXPECT_EQ(nullptr, load().symbol("_twice"));
+  const uint32_t kind = macho::kReexportDylib;
+  std::memcpy(&bytes_[commandOffset(macho::kLoadDylib)], &kind, sizeof kind);
+  const macho::Image image = load();
+  EXPECT_EQ(reinterpret_cast<void*>(&twice), image.symbol("_twice"));
+  EXPECT_EQ(nullptr, image.symbol("_nowhere"));
+  EXPECT_EQ(image.base(), static_cast<uint8_t*>(image.symbol("_entry")) - bytes_.find(kJump) + 1);
+}
+
+TEST_F(Reexport, OfASymbolMayHaveAnotherName) {
+  // The root's only edge leads to a re-export from library 1, there "_twice".
+  replaceStream(info().exportOffset, info().exportSize, std::string("\0\1_f\0\6\x09\x08\1_twice\0\0", 17));
+  const macho::Image image = load();
+  EXPECT_EQ(reinterpret_cast<void*>(&twice), image.symbol("_f"));
+  EXPECT_EQ(nullptr, image.symbol("_twice"));
 }
 
 }  // namespace
