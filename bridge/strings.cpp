@@ -49,6 +49,7 @@ Owned<REALstring> buildFromBuffer(CFStringRef text, char* buffer, CFIndex size) 
   return buildUTF8String(buffer);
 }
 
+// Apart, so that the usual way stays short.
 [[gnu::noinline]] Owned<REALstring> convertOnHeap(CFStringRef text, CFIndex length) {
   const int64_t size = int64_t{length} * kMaxUTF8BytesPerUnit;
   const auto buffer = allocateZeroed(size);
@@ -58,7 +59,7 @@ Owned<REALstring> buildFromBuffer(CFStringRef text, char* buffer, CFIndex size) 
 
 }  // namespace
 
-Owned<CFStringRef> convertWithoutCopy(REALstring string) {
+Owned<CFStringRef> convertOtherwise(REALstring string) {
   // The same host service once more on purpose, looked up on its own.
   auto text = adopt(REALGetStringCFString(string, false));
   if (text) return text;

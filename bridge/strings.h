@@ -9,17 +9,19 @@
 #include "host/owned.h"
 #include "host/services.h"
 
+// The rest of RBString2CFString: the ways after the host's first answer.
+Owned<CFStringRef> convertOtherwise(REALstring string);
+
 // A new CFString. Null for the null string, and for bytes that are not text in the string's encoding.
 //
 // Without the host's own conversion the text ends at its first zero byte, except in UTF-16.
-Owned<CFStringRef> convertWithoutCopy(REALstring string);  // where REALCopyStringCFString gives none
 inline Owned<CFStringRef> RBString2CFString(REALstring string) {
   if (!string) return {};
   if (rbversion >= 2012.0) {
     auto text = adopt(REALCopyStringCFString(string, false));
     if (text) return text;
   }
-  return convertWithoutCopy(string);
+  return convertOtherwise(string);
 }
 
 // A new host string in UTF-8. Null for null, for an empty CFString, and for one with unpaired surrogates.

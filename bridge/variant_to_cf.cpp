@@ -27,6 +27,7 @@ CFBooleanRef booleanOf(bool value) {
   return value ? kCFBooleanTrue : kCFBooleanFalse;
 }
 
+// Apart, so that the usual way stays short where textOf is inlined.
 [[gnu::noinline, gnu::cold]] Owned<CFTypeRef> emptyText() {
   return retain<CFTypeRef>(CFSTR(""));
 }
@@ -153,7 +154,7 @@ void copyEntry(REALobject dictionary, int32_t index, CFMutableDictionaryRef entr
 
 Owned<CFTypeRef> fromDictionary(REALobject dictionary) {
   int32_t count = 0;
-  if (!REALGetPropValueInt32(dictionary, "Count", &count)) count = 0;  // whatever was written
+  if (!REALGetPropValueInt32(dictionary, "Count", &count)) count = 0;  // it may have written something
   auto entries = adopt(CFDictionaryCreateMutable(kCFAllocatorDefault, count, &kCFTypeDictionaryKeyCallBacks,
                                                  &kCFTypeDictionaryValueCallBacks));
   if (!entries) return {};
@@ -179,7 +180,7 @@ Owned<CFTypeRef> fromWrapper(REALobject object, CFTypeRef (*retainValue)(CFTypeR
 // The family's classes; an object is compared with the rows in this order.
 constexpr struct {
   const char* className;
-  int fieldCount;  // of geometry
+  int fieldCount;  // of a rectangle, size or point; 0 for a wrapped reference
   CFTypeRef (*retain)(CFTypeRef value) = CFRetain;
 } kFamily[] = {
     {"CGRectZNK", 4},

@@ -16,18 +16,19 @@
 // Raises "OutOfMemoryException", with a null result, when the host reports that there is no memory.
 Owned<REALstring> REALBuildUnicodeString(const void* data, int64_t length, uint32_t encoding);
 
-// What it raises. While that is raised, nothing more is.
+// Raises that "OutOfMemoryException". Does nothing while one is being raised.
 [[gnu::noinline, gnu::cold]] void raiseOutOfMemory();
 
-// A new host string of bytes whose encoding is kept. Null when the host can't build it. It doesn't raise.
+// A new host string of bytes whose encoding is kept. Null when the host can't build it. What the host throws
+// passes through, std::bad_alloc too.
 inline Owned<REALstring> buildPlainString(const char* bytes, int32_t length, uint32_t encoding) {
   auto string = adopt(REALBuildString(bytes, length));
   if (string) REALSetStringEncoding(string.get(), encoding);
   return string;
 }
 
-// What REALBuildUnicodeString makes of text in UTF-8 that ends in a zero byte. It stands here because most
-// strings come this way.
+// REALBuildUnicodeString of a text in UTF-8 that ends in a zero byte, without the choice by encoding. Inline,
+// as most strings come this way.
 inline Owned<REALstring> buildUTF8String(const char* text) {
   const auto length = static_cast<int32_t>(strlen(text));  // negative from 2^31 on
   if (length <= 0) return {};

@@ -39,17 +39,16 @@ CFBundleRef loadCoreServices() {
 }
 
 template <typename Function>
-void lookUp(Function*& function, CFBundleRef bundle, CFStringRef name) {
-  function = reinterpret_cast<Function*>(CFBundleGetFunctionPointerForName(bundle, name));
+void lookUp(Function*& function, CFStringRef name) {
+  function = reinterpret_cast<Function*>(CFBundleGetFunctionPointerForName(CoreServicesFramework, name));
 }
 
 void loadSortFunctions() {
-  const CFBundleRef bundle = loadCoreServices();
-  CoreServicesFramework = bundle;
-  if (!bundle) return;
-  lookUp(myMDQueryGetSortOptionFlagsForAttribute, bundle, CFSTR("MDQueryGetSortOptionFlagsForAttribute"));
-  lookUp(myMDQuerySetSortOptionFlagsForAttribute, bundle, CFSTR("MDQuerySetSortOptionFlagsForAttribute"));
-  lookUp(myMDQuerySetSortOrder, bundle, CFSTR("MDQuerySetSortOrder"));
+  CoreServicesFramework = loadCoreServices();
+  if (!CoreServicesFramework) return;
+  lookUp(myMDQueryGetSortOptionFlagsForAttribute, CFSTR("MDQueryGetSortOptionFlagsForAttribute"));
+  lookUp(myMDQuerySetSortOptionFlagsForAttribute, CFSTR("MDQuerySetSortOptionFlagsForAttribute"));
+  lookUp(myMDQuerySetSortOrder, CFSTR("MDQuerySetSortOrder"));
 }
 
 }  // namespace

@@ -20,7 +20,9 @@ struct Ownership {
 
 // Null on a host without the service: the handle is not locked then, and must not be unlocked.
 template <typename Handle>
-[[gnu::noinline]] Handle lockWith(Entry<void(Handle)>& service, Handle handle) {
+[[gnu::noinline]]  // apart, so that the usual way stays short where it is inlined
+Handle
+lockWith(Entry<void(Handle)>& service, Handle handle) {
   const auto lock = service.function();
   if (lock) lock(handle);
   return lock ? handle : nullptr;
@@ -44,8 +46,10 @@ struct Ownership<char*> {
   static void release(char* block) { free(block); }
 };
 
-// An owner is returned in a register, as what it owns would be; without this, in memory that the caller
-// offers. Other compilers don't know it.
+// Clang passes and returns an owner in a register, as it would what is owned; otherwise it goes through
+// memory. An argument is then destroyed by the function that is called, not by the caller after it. So a
+// function that takes an Owned by value gives it back or hands it over itself: the order of releases is the
+// same with compilers that don't know the attribute.
 #ifdef __clang__
 #define RETURNED_IN_REGISTER [[clang::trivial_abi]]
 #else

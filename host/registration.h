@@ -10,6 +10,7 @@ void convertToOldLayout(REALclassDefinition* definition);
 // Registers a class with the host. The record and its tables must live as long as the process: the host keeps
 // pointers to them. For hosts of control version 9 the record is first rewritten, in place, to the older
 // layout. A host without the service leaves the class unregistered.
+// Inline, as start-up alone calls it.
 inline void MyREALRegisterClass(REALclassDefinition* definition) {
   definition->dataSize = (definition->dataSize + 15) / 16 * 16;
   if (CurrentREALControlVersion > 9) {

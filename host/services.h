@@ -15,11 +15,13 @@
 #include "records.h"
 #include "startup.h"
 
-// A host function that `find` looks up by its name on first use. Each cell does so for itself, also when two
-// have the same name.
+// One function of the host, called like a function. `find` looks it up by its name at the first call. Each
+// cell looks for itself, also where two have the same name.
 //
-// A call goes where the cell points, without a look: until the host's function is found that is `first`,
-// which looks for it. Declare a cell as `inline Entry<...> x{"name", first<x>()}`.
+// A cell always points at a function, so that a call needs no test before it: at first<cell>(), which looks
+// for the host's function, and at the host's once that is found. Declare a cell as
+// `inline Entry<...> x{"name", first<x>()}`, with its own name in both places: with another cell of the same
+// signature it compiles, too, and is wrong.
 template <typename Signature, void* (*find)(const char* name)>
 class ServiceCell;
 
@@ -38,13 +40,14 @@ class ServiceCell<Result(Arguments...), find> {
   // Null while the host lacks the function.
   Function* function() { return function_ != first_ ? function_ : lookUp(); }
 
-  // What a call is while the function isn't found.
+  // What a call does until the host's function is found: it looks for it, and calls it or returns the neutral
+  // value.
   Result callFirst(Arguments... arguments) {
     Function* const found = lookUp();
     return found ? found(arguments...) : Result();
   }
 
-  // Null, and nothing is kept, when the host lacks the function.
+  // Looks for the host's function, and keeps it. Null, and the cell stays as it is, while the host lacks it.
   Function* lookUp() {
     const auto found = reinterpret_cast<Function*>(find(name_));
     if (found) function_ = found;
@@ -57,7 +60,8 @@ class ServiceCell<Result(Arguments...), find> {
   Function* function_;
 };
 
-// callFirst() of a cell, as a plain function.
+// first<cell>(): cell.callFirst() as a plain function, whose address a cell can hold. callFirstOf is never
+// called; its type tells the result and the arguments.
 template <auto& cell, typename Call>
 struct FirstCall;
 
@@ -93,7 +97,7 @@ class ArrayInsert {
     if (const auto insert = procedure_(array)) insert(array, index, value);
   }
 
-  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }
+  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }  // for first<>()
 
  private:
   Entry<Procedure*(REALobject array)> procedure_;
@@ -112,7 +116,7 @@ class ArrayGet {
     return value;
   }
 
-  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }
+  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }  // for first<>()
 
  private:
   Entry<Procedure*(REALobject array)> procedure_;
@@ -130,7 +134,7 @@ class ArraySet {
     if (const auto set = procedure_(array)) set(array, value, index);
   }
 
-  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }
+  Procedure* callFirst(REALobject array) { return procedure_.callFirst(array); }  // for first<>()
 
  private:
   Entry<Procedure*(REALobject array)> procedure_;

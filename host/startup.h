@@ -6,7 +6,8 @@
 
 #include "records.h"
 
-// All of it is in this library, where compilers need no table of addresses to find it.
+// Hidden also where it is only declared, which -fvisibility=hidden doesn't do: otherwise compilers take its
+// address from a table.
 #pragma GCC visibility push(hidden)
 
 typedef void* Resolver(const char* name);

@@ -19,7 +19,8 @@ class VariantAccessor {
   Value callFirst(REALobject variant) {
     if (const auto read = read_.lookUp()) return read(variant);
     Value value = Value();
-    return readProperty_(variant, property_, &value) ? value : Value();
+    readProperty_(variant, property_, &value);
+    return value;
   }
 
  private:

@@ -31,6 +31,7 @@ REALobject rbMDQueryGetResultArray(REALobject self, int32_t limit) {
   const CFIndex total = MDQueryGetResultCount(query);
   const CFIndex count = limit > 0 && limit < total ? limit : total;
   for (CFIndex i = 0; i < count; ++i) {
+    // Each way has its own insertion: an owner that may be empty would cost each item a test.
     if (const MDItemRef item = resultAt(query, i)) {
       const auto object = newItem(item);
       REALInsertArrayValueObject(array.get(), i, object.get());

@@ -213,11 +213,13 @@ std::optional<std::vector<Row>> countRows() {
   const auto plugin = countIn(MEASURED_PLUGIN, callsOf());
   const auto twin = countIn(MEASURED_TWIN, callsOf());
   const auto dylib = countInDylibs();
-  if (!plugin || !twin || !dylib) return {};
+  const auto dylibTwin = countIn(TWIN_DYLIB, callsOf());
+  if (!plugin || !twin || !dylib || !dylibTwin) return {};
   std::vector<Row> rows;
   for (const Wanted& row : kRows) {
     const Count least = countOf(row, *twin);
-    rows.push_back({row.what, least.stubs, countOf(row, *plugin).all, least.all, countOf(row, *dylib).all});
+    rows.push_back({row.what, least.stubs, countOf(row, *plugin).all, least.all, countOf(row, *dylib).all,
+                    countOf(row, *dylibTwin).all});
   }
   return rows;
 }

@@ -14,9 +14,10 @@ struct Row {
   int plugin = 0;  // compiled by clang as ELF
   int twin = 0;
   int dylib = 0;
+  int dylibTwin = 0;
 
   double ratio() const { return static_cast<double>(plugin) / twin; }
-  double dylibRatio() const { return static_cast<double>(dylib) / twin; }
+  double dylibRatio() const { return static_cast<double>(dylib) / dylibTwin; }
 };
 
 // Counted by callgrind. Nothing where there is no valgrind, or where the driver fails.

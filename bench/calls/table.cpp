@@ -7,8 +7,8 @@
 namespace bench::calls {
 namespace {
 
-constexpr char kHeading[] = "| call | stubs | plug-in | twin | ratio | dylib | ratio |";
-constexpr char kRule[] = "|---|---|---|---|---|---|---|";
+constexpr char kHeading[] = "| call | stubs | plug-in | twin | ratio | dylib | its twin | ratio |";
+constexpr char kRule[] = "|---|---|---|---|---|---|---|---|";
 
 template <typename... Values>
 std::string formatted(const char* format, Values... values) {
@@ -39,8 +39,8 @@ Row rowOf(const std::string& line) {
   Row row;
   double ratio, dylibRatio;
   char what[100];
-  if (std::sscanf(line.c_str(), "| %99[^|]| %d | %d | %d | %lf | %d | %lf |", what, &row.stubs, &row.plugin,
-                  &row.twin, &ratio, &row.dylib, &dylibRatio) != 7) {
+  if (std::sscanf(line.c_str(), "| %99[^|]| %d | %d | %d | %lf | %d | %d | %lf |", what, &row.stubs,
+                  &row.plugin, &row.twin, &ratio, &row.dylib, &row.dylibTwin, &dylibRatio) != 8) {
     return {};
   }
   row.what = what;
@@ -53,11 +53,11 @@ Row rowOf(const std::string& line) {
 const char kDocument[] = DOCUMENT;
 
 std::string asText(const std::vector<Row>& rows) {
-  std::string text = formatted("%-38s %6s %8s %6s %6s %6s %6s\n", "call", "stubs", "plug-in", "twin", "ratio",
-                               "dylib", "ratio");
+  std::string text = formatted("%-38s %6s %8s %6s %6s %6s %9s %6s\n", "call", "stubs", "plug-in", "twin",
+                               "ratio", "dylib", "its twin", "ratio");
   for (const Row& row : rows) {
-    text += formatted("%-38s %6d %8d %6d %6.2f %6d %6.2f\n", row.what.c_str(), row.stubs, row.plugin,
-                      row.twin, row.ratio(), row.dylib, row.dylibRatio());
+    text += formatted("%-38s %6d %8d %6d %6.2f %6d %9d %6.2f\n", row.what.c_str(), row.stubs, row.plugin,
+                      row.twin, row.ratio(), row.dylib, row.dylibTwin, row.dylibRatio());
   }
   return text;
 }
@@ -65,8 +65,8 @@ std::string asText(const std::vector<Row>& rows) {
 std::string asMarkdown(const std::vector<Row>& rows) {
   std::string text = std::string(kHeading) + "\n" + kRule + "\n";
   for (const Row& row : rows) {
-    text += formatted("| %s | %d | %d | %d | %.2f | %d | %.2f |\n", row.what.c_str(), row.stubs, row.plugin,
-                      row.twin, row.ratio(), row.dylib, row.dylibRatio());
+    text += formatted("| %s | %d | %d | %d | %.2f | %d | %d | %.2f |\n", row.what.c_str(), row.stubs,
+                      row.plugin, row.twin, row.ratio(), row.dylib, row.dylibTwin, row.dylibRatio());
   }
   return text;
 }

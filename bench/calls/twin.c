@@ -7,8 +7,10 @@
  * What it keeps: the tests of what a call answered, where they decide which call comes next; the host's
  * version, which it announces; what a call told and a later one needs.
  *
+ * Conversions keep the test for null, too, as what they convert is mostly the answer of a call.
+ *
  * What it leaves out: the tests of what was there before the call (an instance without its item or query,
- * arguments that are nil, a host of another version, services that are missing), so it finds all services at
+ * methods' arguments that are nil, a host of another version, services that are missing), so it finds all services at
  * once and calls them without looking; the ways that no row takes; the references' owners, and all that is
  * done when the host throws.
  *
@@ -378,7 +380,7 @@ static void entryToCF(Object dictionary, int32_t index, Value entries) {
 
 static Value dictionaryToCF(Object dictionary) {
   int32_t count = 0;
-  getInteger(dictionary, "Count", &count);
+  if (!getInteger(dictionary, "Count", &count)) count = 0;
   const Value entries = CFDictionaryCreateMutable(kCFAllocatorDefault, count, kCFTypeDictionaryKeyCallBacks,
                                                   kCFTypeDictionaryValueCallBacks);
   if (!entries) return NULL;

@@ -44,16 +44,26 @@ CFTypeRef nestedDictionaries(int depth) {
   return tree;
 }
 
+// The plug-in's own, as the host would give it.
+void* handleOf(const host::Value& value) {
+  typedef void Get(void* array, int32_t index, void** out);
+  const host::Value array = host::objectArray({value});
+  const auto procedure = reinterpret_cast<Get* (*)(void*)>(host::resolve("RuntimeArrayDirectGetGetProc"));
+  void* handle = nullptr;
+  procedure(array.handle())(array.handle(), 0, &handle);
+  return handle;
+}
+
 void* nestedHostArrays(int depth) {
   host::Value tree = host::objectArray({host::Value(true)});
   for (int i = 1; i < depth; ++i) tree = host::objectArray({tree});
-  return host::Ref(tree.reference()).leak();
+  return handleOf(tree);
 }
 
 void* nestedHostDictionaries(int depth) {
   host::Value tree = host::dictionary({{"key", true}});
   for (int i = 1; i < depth; ++i) tree = host::dictionary({{"key", tree}});
-  return host::Ref(tree.reference()).leak();
+  return handleOf(tree);
 }
 
 void runOnSmallStack(std::function<void()> work) {
