@@ -172,6 +172,15 @@ TEST_P(Events, FinishHasNoArgumentsWhateverTheNotificationCarries) {
   EXPECT_EQ(0u, arguments_.size());
 }
 
+TEST_P(Events, FinishIsTheCallOfItsHandlerAloneWhateverTheNotificationCarries) {
+  const CFOwner info = items(kMDQueryUpdateAddedItems, 1);
+  const auto raise = [&] { post(kMDQueryDidFinishNotification, static_cast<CFDictionaryRef>(info.get())); };
+  raise();  // finds the services
+  EXPECT_EQ((Calls{"CFNotificationCenterGetLocalCenter", "CFNotificationCenterPostNotification",
+                   "CFStringCompare", "CFStringCompare", "GetEventInstance", "event Finish"}),
+            callsOf(raise));
+}
+
 TEST_P(Events, WithoutAHandlerMakeNoObjects) {
   host::setEventHandler(query_, "Progress", nullptr);
   const CFOwner info = items(kMDQueryUpdateAddedItems, 3);

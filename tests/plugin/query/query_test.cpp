@@ -1,6 +1,7 @@
 // The query object: construction, plain operations, the nil-reference guard, destruction.
 #include <CoreServices/CoreServices.h>
 
+#include <cmath>
 #include <functional>
 #include <map>
 
@@ -147,6 +148,12 @@ TEST_P(QueryConstructor, ReadsArraysDirectlyUpTo2013_9) {
   EXPECT_EQ(join({expected, kDestroy}), warmCallsOf([&] { GetParam().construct(parent); }));
 }
 
+TEST_P(QueryConstructor, FetchesTheElementsOfArraysOnAHostWhoseVersionIsNoNumber) {
+  start(settingsOf(std::nan("")));
+  const host::Value parent = host::construct("MDQueryZNK", kAnything);
+  EXPECT_EQ(join({GetParam().calls, kDestroy}), warmCallsOf([&] { GetParam().construct(parent); }));
+}
+
 TEST_P(QueryConstructor, ReadsStringsFromTheirLockedBuffersBefore2012) {
   start(host::oldHost(2011.04));
   const host::Value parent = host::construct("MDQueryZNK", kAnything);
@@ -165,6 +172,19 @@ TEST_P(QueryConstructor, LeavesTheInstanceWithoutAQueryWhenTheServiceMakesNone) 
   EXPECT_EQ(1, standin::failuresFired());
   EXPECT_EQ(0, handleOf(query));
   EXPECT_EQ(Exceptions(), host::takeExceptions());
+}
+
+TEST_P(QueryConstructor, LeavesNoQueryEitherWhereThereWasOneWhenTheServiceMakesNone) {
+  start();
+  const host::Value parent = host::construct("MDQueryZNK", kAnything);
+  const host::Value query = GetParam().construct(parent);
+  const int64_t first = handleOf(query);
+  ASSERT_NE(0, first);
+  host::callWith(query, "Constructor", GetParam().arguments(parent, "&&"));
+  EXPECT_EQ(0, handleOf(query));
+  EXPECT_EQ(Exceptions(), host::takeExceptions());
+  // The instance has forgotten its first query: it is put back, so that the destructor ends it.
+  host::set(query, "Handle", static_cast<int32_t>(first));
 }
 
 TEST_F(Query, ConstructorReleasesItsArraysBeforeTheQueryString) {
