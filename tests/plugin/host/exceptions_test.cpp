@@ -19,6 +19,27 @@ TEST_F(Raising, MakesTheMessageThenTheExceptionAndGivesBothBack) {
   EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
 }
 
+// The encodings of the texts that the plug-in set as properties.
+std::vector<uint32_t> setEncodings;
+bool setString(void* object, const char* name, void* string) {
+  typedef uint32_t EncodingOf(void* string);
+  setEncodings.push_back(reinterpret_cast<EncodingOf*>(host::resolve("REALGetStringEncoding"))(string));
+  return reinterpret_cast<decltype(&setString)>(host::resolve("REALSetPropValueString"))(object, name,
+                                                                                         string);
+}
+void* resolveNotingEncodings(const char* name) {
+  if (std::string_view(name) == "REALSetPropValueString") return reinterpret_cast<void*>(setString);
+  return host::resolve(name);
+}
+
+TEST_F(Raising, MarksTheMessageAsASCII) {
+  startWith(resolveNotingEncodings);
+  setEncodings.clear();
+  raise();
+  EXPECT_EQ(Exceptions{kNilQuery}, host::takeExceptions());
+  EXPECT_EQ(std::vector<uint32_t>{host::kEncodingAscii}, setEncodings);
+}
+
 TEST_F(Raising, AClassThatTheHostDoesNotKnowRaisesARuntimeExceptionOfTheSameMessage) {
   host::Settings settings;
   settings.unknownClasses = {"NilObjectException"};

@@ -135,6 +135,15 @@ TEST_F(Strings, OnANewHostWithoutConversionAreReadByTheirBytes) {
             callsFor(hosts(2012.0, {"REALGetStringCFString"})));
 }
 
+// No number is as old as 2011, nor as new as 2012.
+TEST_F(Strings, OnAHostWhoseVersionIsNoNumberAreAskedForOnceAndThenReadByTheirBytes) {
+  EXPECT_EQ((Calls{"resolve REALGetStringCFString", "resolve REALGetStringEncoding", "REALGetStringEncoding",
+                   "resolve PluginGetStringData", "PluginGetStringData", "CFStringCreateWithCString",
+                   "resolve PluginDisposeStringData", "PluginDisposeStringData", "HISearchWindowShow",
+                   "CFRelease"}),
+            callsFor(hosts(std::nan(""), {"REALGetStringCFString"})));
+}
+
 TEST_F(Strings, OnAnOldHostAreReadFromTheLockedBufferAndUnlocked) {
   EXPECT_EQ((Calls{"resolve REALGetStringCFString", "resolve REALGetStringEncoding", "REALGetStringEncoding",
                    "resolve REALLockString", "REALLockString", "CFStringCreateWithCString",
