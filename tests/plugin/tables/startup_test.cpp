@@ -110,6 +110,18 @@ TEST_F(StartUp, AHostThatTellsNoVersionGetsControlVersion9) {
   EXPECT_EQ(3u, host::registeredClasses().size());
 }
 
+TEST_F(StartUp, ASecondTimeInAHostThatTellsNoVersionKeepsTheFirstOne) {
+  start(version(2013.0));
+  host::stop();
+  host::Settings silent;
+  silent.hasVersion = false;
+  silent.inRuntime = false;  // the framework is kept from the first time
+  host::start(silent);
+  plugin()->main()(host::resolve);
+  EXPECT_EQ(11, host::announcedVersion());
+  EXPECT_EQ(3u, host::registeredClasses().size());
+}
+
 TEST_F(StartUp, WithoutAServiceForGlobalMethodsTheClassesAreRegisteredAllTheSame) {
   host::Settings settings;
   settings.hidden = {"PluginRegisterMethod"};
@@ -140,7 +152,7 @@ class FrameworkLoading : public PluginTest, public testing::WithParamInterface<F
 TEST_P(FrameworkLoading, ThatFailsLeavesNothingBehindAndStartUpGoesOn) {
   standin::failCall(GetParam().call, 1);
   const std::vector<standin::LedgerLine> before = standin::ledger();
-  const Calls calls = callsOf([&] { start(); });
+  const Calls calls = detailedCallsOf([&] { start(); });
   EXPECT_EQ(1, standin::failuresFired());
   const auto failed = std::find(calls.begin(), calls.end(), GetParam().call);
   ASSERT_NE(calls.end(), failed);
@@ -152,8 +164,9 @@ TEST_P(FrameworkLoading, ThatFailsLeavesNothingBehindAndStartUpGoesOn) {
 INSTANTIATE_TEST_SUITE_P(
     Steps, FrameworkLoading,
     testing::Values(FailedStep{"FSFindFolder", {}}, FailedStep{"CFURLCreateFromFSRef", {}},
-                    FailedStep{"CFURLCreateCopyAppendingPathComponent", {"CFRelease"}},
-                    FailedStep{"CFBundleCreate", {"CFRelease", "CFRelease"}},
-                    FailedStep{"CFBundleLoadExecutable", {"CFRelease", "CFRelease", "CFRelease"}}));
+                    FailedStep{"CFURLCreateCopyAppendingPathComponent", {"CFRelease CFURL"}},
+                    FailedStep{"CFBundleCreate", {"CFRelease CFURL", "CFRelease CFURL"}},
+                    FailedStep{"CFBundleLoadExecutable",
+                               {"CFRelease CFBundle", "CFRelease CFURL", "CFRelease CFURL"}}));
 
 }  // namespace
