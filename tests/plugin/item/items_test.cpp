@@ -30,7 +30,7 @@ std::vector<host::Value> rootFolder() {
 using ItemGuard = GuardTest;
 
 TEST_P(ItemGuard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
-  expectGuarded("MDItemZNK", kNilItem, {"MDItemC", "CFString"});
+  expectGuarded("MDItemZNK", kNilItem, {"MDItemC", "CFString", "CFURL", "FolderItem"});
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -66,6 +66,22 @@ TEST_F(Schema, ListsAllAttributes) {
   EXPECT_EQ(1, std::count(names.begin(), names.end(), "kMDItemFSName"));
 }
 
+TEST_F(Schema, ListsAllAttributesWithTheseCalls) {
+  start();
+  const CFOwner one = cfText("kMDItemOne");
+  const auto list = [&] {
+    standin::planAnswer("MDSchemaCopyAllAttributes", cfUnretainedArray({one.get()}).leak());
+    standin::startLog();
+    host::callShared("MDItemZNK", "AllAttributes");
+  };
+  list();  // finds the services
+  EXPECT_EQ((Calls{"RuntimeArrayCreateSingleDimBoundedArray", "MDSchemaCopyAllAttributes", "CFArrayGetCount",
+                   "CFArrayGetValueAtIndex", "CFStringGetLength", "CFStringGetCString", "REALBuildString",
+                   "REALSetStringEncoding", "RuntimeArrayDirectGetInsertProc", "array insert",
+                   "REALUnlockString", "CFRelease"}),
+            callsOf(list));
+}
+
 TEST_F(Schema, ThatGivesNothingListsAnEmptyArrayNotNil) {
   start();
   standin::failCall("MDSchemaCopyAllAttributes", 1);

@@ -1,9 +1,21 @@
 // Results as items, and the items' own properties.
 #include <CoreServices/CoreServices.h>
+#include <dlfcn.h>
+#include <unistd.h>
 
 #include "standin/coreservices/metadata/planned_answers.h"
 #include "tests/plugin/cf_values.h"
 #include "tests/plugin/fixture.h"
+
+// Whether each attribute of every item is its own key.
+static bool attributesAreTheirKeys = false;
+
+// Found by either binary before the platform's own, which does the work.
+CFTypeRef MDItemCopyAttribute(MDItemRef item, CFStringRef name) {
+  static const auto original =
+      reinterpret_cast<decltype(&MDItemCopyAttribute)>(dlsym(RTLD_NEXT, "MDItemCopyAttribute"));
+  return attributesAreTheirKeys ? CFRetain(name) : original(item, name);
+}
 
 namespace {
 
@@ -173,6 +185,26 @@ TEST_F(Items, TellTheirNamesPathAndSize) {
   EXPECT_EQ(tree_.at("f5"), host::get(item, "Path").text());
   EXPECT_EQ(5, host::get(item, "FSSize").integer());
   EXPECT_EQ(host::Kind::int64, host::get(item, "FSSize").kind());
+}
+
+// Of files the two names are the same.
+TEST_F(Items, TellTheAttributesOfTheirPropertiesNames) {
+  start();
+  const host::Value query = found();
+  const host::Value item = host::call(query, "ResultAtIndex", 5);
+  attributesAreTheirKeys = true;
+  const std::vector<std::string> told = {host::get(item, "DisplayName").text(),
+                                         host::get(item, "FSName").text(), host::get(item, "Path").text()};
+  attributesAreTheirKeys = false;
+  EXPECT_EQ((Texts{"kMDItemDisplayName", "kMDItemFSName", "kMDItemPath"}), told);
+}
+
+TEST_F(Items, TellSizesOfMoreThan32Bits) {
+  start();
+  const int64_t size = int64_t{5} << 30;
+  ASSERT_EQ(0, truncate(tree_.file("large").c_str(), size)) << "a file of 5 GB with nothing in it";
+  const host::Value query = this->query("kMDItemFSName == \"large\"");
+  EXPECT_EQ(size, host::get(host::call(query, "ResultAtIndex", 0), "FSSize").integer());
 }
 
 TEST_F(Items, HoldOneReferenceToTheirItem) {
