@@ -35,22 +35,32 @@ void unlockObject(void* object) {
   reinterpret_cast<void (*)(void*)>(host::resolve("REALUnlockObject"))(object);
 }
 
-// The getters by dictionary, and what the next call of a key getter is to do first.
+// The getters by dictionary, the dictionary whose getters the plug-in asked for last, and what the next call
+// of a key getter is to do first.
 std::map<void*, void*> getters, keyGetters;
+void* lastLoaded;
 std::function<void()> beforeKey;
 
+// The plug-in keeps the methods of one dictionary: it has no other's in its hands.
+void expectOwnMethods(void* dictionary) {
+  EXPECT_EQ(lastLoaded, dictionary) << "called by a method of another dictionary";
+}
+
 void* getKey(void* dictionary, int32_t index) {
+  expectOwnMethods(dictionary);
   if (const auto act = std::exchange(beforeKey, nullptr)) act();
   typedef void* Get(void* dictionary, int32_t index);
   return noted(reinterpret_cast<Get*>(keyGetters.at(dictionary))(dictionary, index), "key");
 }
 void* getValue(void* dictionary, void* key) {
+  expectOwnMethods(dictionary);
   typedef void* Get(void* dictionary, void* key);
   return noted(reinterpret_cast<Get*>(getters.at(dictionary))(dictionary, key), "value");
 }
 
 void* loadMethod(void* object, const char* declaration) {
   loaded.push_back(declaration);
+  if (strcmp(declaration, kGetter) == 0) lastLoaded = object;
   typedef void* Load(void* object, const char* declaration);
   void* const method = reinterpret_cast<Load*>(host::resolve("REALLoadObjectMethod"))(object, declaration);
   if (strcmp(declaration, kGetter) == 0) {
@@ -340,6 +350,18 @@ TEST_F(DictionariesToCF, AnEntryWhoseKeyCantBeHadIsLeftOut) {
   host::takeExceptions();  // of the host, that has no nil key
   EXPECT_EQ(2, count(result));
   EXPECT_EQ(nullptr, valueOf(result, CFSTR("b")));
+}
+
+TEST_F(DictionariesToCF, AnEntryWhoseKeyCantBeHadHasItsValueFetchedAllTheSame) {
+  start();
+  const Variant dictionary(host::dictionary({{"a", 1}, {"b", 2}}));
+  standin::failCall("Dictionary key", 1);
+  CFOwner result;
+  Calls calls = callsOf([&] { result = own(toCFAlone(dictionary)); });
+  host::takeExceptions();  // of the host, that has no nil key
+  std::erase_if(calls, [](const std::string& call) { return !call.starts_with("Dictionary "); });
+  EXPECT_EQ((Calls{"Dictionary key", "Dictionary get", "Dictionary key", "Dictionary get"}), calls);
+  EXPECT_EQ(1, count(result));
 }
 
 TEST_F(DictionariesToCF, AKeyThatCantBeConvertedIsNull) {
