@@ -10,11 +10,15 @@
 // What the platform tells of the root's parent: nothing, or that it is the root itself.
 static bool rootIsItsOwnParent = false;
 
+// What it was asked of files, in order.
+static std::vector<FSCatalogInfoBitmap> asked;
+
 // Found by either binary before the platform's own, which does the work.
 OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap which, FSCatalogInfo* info, HFSUniStr255* name,
                        FSSpecPtr fsSpec, FSRef* parent) {
   static const auto original =
       reinterpret_cast<decltype(&FSGetCatalogInfo)>(dlsym(RTLD_NEXT, "FSGetCatalogInfo"));
+  asked.push_back(which);
   const OSErr error = original(ref, which, info, name, fsSpec, parent);
   if (rootIsItsOwnParent && error == noErr && parent && info->nodeID == fsRtDirID) *parent = *ref;
   return error;
@@ -159,6 +163,29 @@ TEST_F(Files, TheRootOfAVolumeGoesTheOlderWayWhateverItsParentIsSaidToBe) {
   EXPECT_EQ(1, standin::callCount("FolderItemFromFSSpec"));
 }
 
+// The place of the file, its name, and whether its folder is there.
+TEST_F(Files, ToldOfAFileIsItsNodeAloneAndOfItsNameAndFolderNothingMore) {
+  start();
+  const CFOwner url = fileURL(touch("file.txt"));
+  asked.clear();
+  toVariant(url.get());
+  EXPECT_EQ((std::vector<FSCatalogInfoBitmap>{kFSCatInfoNodeID, kFSCatInfoNone, kFSCatInfoNone}), asked);
+}
+
+TEST_F(Files, AnAbsoluteURLIsReleasedBeforeItsTextBecomesAVariant) {
+  start();
+  const CFOwner url = stringURL("http://example.com/");
+  void* variant = nullptr;
+  const Calls calls = conversionCallsOf([&] { variant = toVariantAlone(url.get()); });
+  EXPECT_EQ("http://example.com/", fromPlugin(variant).text());
+  const auto absolute = std::find(calls.begin(), calls.end(), "CFURLCopyAbsoluteURL");
+  ASSERT_NE(calls.end(), absolute);
+  EXPECT_EQ((Calls{"CFURLCopyAbsoluteURL", "CFURLGetString", "CFStringGetLength", "CFStringGetCString",
+                   "REALBuildString", "REALSetStringEncoding", "CFRelease CFURL", "StringToVariant",
+                   "REALUnlockString"}),
+            Calls(absolute, calls.end()));
+}
+
 TEST_F(Files, AnExistingFilesFolderItemIsItsURL) {
   start();
   const std::string file = touch("file.txt");
@@ -169,6 +196,13 @@ TEST_F(Files, AnExistingFilesFolderItemIsItsURL) {
 TEST_F(Files, AMissingFilesFolderItemIsItsURLWithTheNameDecomposed) {
   start();
   EXPECT_EQ(path("cafe\xCC\x81.txt"), pathOf(toURL(host::folderItem(path("caf\xC3\xA9.txt")))));
+}
+
+TEST_F(Files, AMissingFilesURLIsNotThatOfAFolder) {
+  start();
+  const CFOwner url = toURL(host::folderItem(path("new.txt")));
+  ASSERT_TRUE(url);
+  EXPECT_EQ("file://" + path("new.txt"), textOf(CFURLGetString(static_cast<CFURLRef>(url.get()))));
 }
 
 TEST_F(Files, NamesOf255UnitsAreKeptAndLongerOnesAreCutTo255) {
@@ -299,6 +333,41 @@ TEST_F(Files, AParentWithAnEmptyNameGoesOnToTheOlderWay) {
   startWithFSSpecOfRoot();
   host::settings().leafNames = false;
   EXPECT_EQ("/", pathOf(toURL(host::folderItem(path("new.txt")))));
+}
+
+// A host that finds the folder of an item and writes no name.
+std::vector<uint8_t> nameBuffer;
+bool findFolderWithoutName(void* item, FSRef* ref, HFSUniStr255* name) {
+  if (!name) return false;
+  const auto bytes = reinterpret_cast<const uint8_t*>(name);
+  nameBuffer.assign(bytes, bytes + sizeof *name);
+  HFSUniStr255 own;
+  typedef bool Find(void* item, FSRef* ref, HFSUniStr255* name);
+  return reinterpret_cast<Find*>(host::resolve("REALFSRefFromFolderItem"))(item, ref, &own);
+}
+void* resolveWithoutName(const char* name) {
+  if (std::string_view(name) == "REALFSRefFromFolderItem") {
+    return reinterpret_cast<void*>(findFolderWithoutName);
+  }
+  return host::resolve(name);
+}
+
+// Leaves something else than zeros where the next functions have their variables.
+[[gnu::noinline]] void soilStack() {
+  volatile uint8_t bytes[16384];
+  for (volatile uint8_t& byte : bytes) byte = 0xA5;
+}
+
+TEST_F(Files, ANameThatTheHostLeavesUnwrittenIsEmptyAndGoesOnToTheOlderWay) {
+  host::Settings settings;
+  settings.itemFSSpecs = host::Settings::ItemFSSpecs::rootForAll;
+  startWith(resolveWithoutName, settings);
+  const host::Value item = host::folderItem(path("new.txt"));
+  nameBuffer.clear();
+  soilStack();
+  const CFOwner url = toURL(item);
+  EXPECT_EQ(std::vector<uint8_t>(sizeof(HFSUniStr255), 0), nameBuffer);
+  EXPECT_EQ("/", pathOf(url));
 }
 
 TEST_F(Files, AnExistingFilesItemWhoseURLCantBeMadeIsItsFoldersURLAndItsName) {
