@@ -1,15 +1,35 @@
 #include "tests/plugin/objects/fixture.h"
 
+#include <set>
+
 #include "host/startup.h"
 
 bool outOfMemory = false;
 std::vector<size_t> blocks;
 
-// This program is linked with --wrap=calloc.
+// What is freed before and after the tests is looked for here, too.
+static std::set<void*>& keptBlocks() {
+  static auto& kept = *new std::set<void*>;
+  return kept;
+}
+
+size_t blocksKept() {
+  return keptBlocks().size();
+}
+
+// This program is linked with --wrap for these two.
 extern "C" void* __real_calloc(size_t count, size_t size);
 extern "C" void* __wrap_calloc(size_t count, size_t size) {
   blocks.push_back(count * size);
-  return outOfMemory ? nullptr : __real_calloc(count, size);
+  void* const block = outOfMemory ? nullptr : __real_calloc(count, size);
+  if (block) keptBlocks().insert(block);
+  return block;
+}
+
+extern "C" void __real_free(void* block);
+extern "C" void __wrap_free(void* block) {
+  keptBlocks().erase(block);
+  __real_free(block);
 }
 
 // An old host's tables are kept for the life of the process on purpose, also when a test's own record goes.

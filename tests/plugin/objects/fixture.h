@@ -17,6 +17,7 @@ namespace host = standin::host;
 // The plug-in's own allocations.
 extern bool outOfMemory;            // whether they fail, until the test's end
 extern std::vector<size_t> blocks;  // their sizes in order
+size_t blocksKept();                // how many of them are not freed
 
 class ObjectsTest : public testing::Test {
  protected:

@@ -44,6 +44,23 @@ TEST_F(OutOfMemory, OfUTF32Of800BytesIsOfHalfAsMuchAnd4AndShorterTextTakesNone) 
   }
 }
 
+class Memory : public ObjectsTest {};
+
+TEST_F(Memory, OfLongTextsIsFreedOnceTheStringIsBuilt) {
+  start();
+  const size_t before = blocksKept();
+  const std::string bytes(4000, '\0');
+  blocks.clear();
+  const auto fromUTF32 = REALBuildUnicodeString(bytes.data(), 4000, kCFStringEncodingUTF32);
+  const auto text =
+      adopt(CFStringCreateWithCString(nullptr, std::string(1000, 'x').c_str(), kCFStringEncodingUTF8));
+  const auto fromCFString = CFString2RBString(text.get());
+  EXPECT_TRUE(fromUTF32);
+  EXPECT_TRUE(fromCFString);
+  EXPECT_EQ((std::vector<size_t>{2004, 6000}), blocks);
+  EXPECT_EQ(before, blocksKept());
+}
+
 TEST_F(OutOfMemory, DoesNotConcernAShortCFString) {
   start();
   const auto text =

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "bridge/folder_items.h"
 #include "host/startup.h"
 #include "query/query.h"
 #include "tests/plugin/objects/fixture.h"
@@ -33,7 +34,23 @@ std::vector<const void*> removals;
 std::vector<Creation> creations;
 std::vector<CFOptionFlags> executions;
 std::vector<CFIndex> maxCounts, indexes;
-std::vector<std::string> folderSearches, appended, lookedUp;
+std::vector<std::string> folderSearches, lookedUp;
+
+// An URL or a bundle that was made.
+struct Made {
+  CFAllocatorRef allocator;
+  const void* result;
+};
+std::vector<Made> fromReferences, appended, bundles;
+std::vector<std::string> names;  // that were appended
+std::vector<const void*> released;
+
+struct Collection {
+  CFAllocatorRef allocator;
+  CFIndex capacity;
+  std::vector<const void*> callBacks;
+};
+std::vector<Collection> arrays, dictionaries;
 
 CFIndex countOf(CFArrayRef array) {
   return array ? CFArrayGetCount(array) : -1;
@@ -101,12 +118,50 @@ OSErr __wrap_FSFindFolder(FSVolumeRefNum domain, OSType type, Boolean create, FS
   return __real_FSFindFolder(domain, type, create, ref);
 }
 
+CFURLRef __real_CFURLCreateFromFSRef(CFAllocatorRef, const FSRef*);
+CFURLRef __wrap_CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* ref) {
+  const CFURLRef url = __real_CFURLCreateFromFSRef(allocator, ref);
+  fromReferences.push_back({allocator, url});
+  return url;
+}
+
 CFURLRef __real_CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef, CFStringRef, Boolean);
-CFURLRef __wrap_CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
+CFURLRef __wrap_CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef folder,
                                                       CFStringRef name, Boolean isDirectory) {
-  EXPECT_EQ(kCFAllocatorSystemDefault, allocator);
-  appended.push_back(utf8(name) + (isDirectory ? "/" : ""));
-  return __real_CFURLCreateCopyAppendingPathComponent(allocator, url, name, isDirectory);
+  const CFURLRef url = __real_CFURLCreateCopyAppendingPathComponent(allocator, folder, name, isDirectory);
+  appended.push_back({allocator, url});
+  names.push_back(utf8(name) + (isDirectory ? "/" : ""));
+  return url;
+}
+
+CFBundleRef __real_CFBundleCreate(CFAllocatorRef, CFURLRef);
+CFBundleRef __wrap_CFBundleCreate(CFAllocatorRef allocator, CFURLRef url) {
+  const CFBundleRef bundle = __real_CFBundleCreate(allocator, url);
+  bundles.push_back({allocator, bundle});
+  return bundle;
+}
+
+void __real_CFRelease(CFTypeRef);
+void __wrap_CFRelease(CFTypeRef value) {
+  released.push_back(value);
+  __real_CFRelease(value);
+}
+
+CFMutableArrayRef __real_CFArrayCreateMutable(CFAllocatorRef, CFIndex, const CFArrayCallBacks*);
+CFMutableArrayRef __wrap_CFArrayCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
+                                              const CFArrayCallBacks* callBacks) {
+  arrays.push_back({allocator, capacity, {callBacks}});
+  return __real_CFArrayCreateMutable(allocator, capacity, callBacks);
+}
+
+CFMutableDictionaryRef __real_CFDictionaryCreateMutable(CFAllocatorRef, CFIndex,
+                                                        const CFDictionaryKeyCallBacks*,
+                                                        const CFDictionaryValueCallBacks*);
+CFMutableDictionaryRef __wrap_CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
+                                                        const CFDictionaryKeyCallBacks* keyCallBacks,
+                                                        const CFDictionaryValueCallBacks* valueCallBacks) {
+  dictionaries.push_back({allocator, capacity, {keyCallBacks, valueCallBacks}});
+  return __real_CFDictionaryCreateMutable(allocator, capacity, keyCallBacks, valueCallBacks);
 }
 
 void* __real_CFBundleGetFunctionPointerForName(CFBundleRef, CFStringRef);
@@ -136,7 +191,109 @@ class PlatformArguments : public testing::Test {
 TEST_F(PlatformArguments, OfTheFolderSearchAreTheFrameworksOfTheAppropriateDiskCreated) {
   startPlugin();
   EXPECT_EQ(std::vector<std::string>{"-32767 1718772077 1"}, folderSearches);
-  EXPECT_EQ(std::vector<std::string>{"CoreServices.framework"}, appended);  // not marked as a directory
+  EXPECT_EQ(std::vector<std::string>{"CoreServices.framework"}, names);  // not marked as a directory
+}
+
+TEST_F(PlatformArguments, OfTheFrameworksURLsAndBundleAreTheSystemsAllocator) {
+  startPlugin();
+  for (const auto* made : {&fromReferences, &appended, &bundles}) {
+    ASSERT_EQ(1u, made->size());
+    EXPECT_NE(nullptr, made->front().allocator);
+    EXPECT_EQ(kCFAllocatorSystemDefault, made->front().allocator);
+  }
+}
+
+TEST_F(PlatformArguments, OfTheReleasesAreTheAppendedURLThenTheFolders) {
+  startPlugin();
+  ASSERT_EQ(1u, appended.size());
+  ASSERT_EQ(1u, fromReferences.size());
+  EXPECT_EQ((std::vector<const void*>{appended[0].result, fromReferences[0].result}), released);
+}
+
+TEST_F(PlatformArguments, OfTheReleasesAreFirstTheBundleWhoseExecutableCantBeLoaded) {
+  standin::failCall("CFBundleLoadExecutable", 1);
+  startPlugin();
+  EXPECT_EQ(1, standin::failuresFired());
+  standin::clearFailures();
+  ASSERT_EQ(1u, bundles.size());
+  ASSERT_EQ(1u, appended.size());
+  ASSERT_EQ(1u, fromReferences.size());
+  EXPECT_EQ((std::vector<const void*>{bundles[0].result, appended[0].result, fromReferences[0].result}),
+            released);
+}
+
+TEST_F(PlatformArguments, OfAFolderItemsURLsAreTheDefaultAllocatorAndNoFolder) {
+  startPlugin();
+  fromReferences.clear();
+  appended.clear();
+  names.clear();
+  const host::Value item = host::folderItem("/no such file");
+  const auto url = CreateCFURLfromFolderItem(static_cast<REALobject>(item.handle()));
+  EXPECT_TRUE(url);
+  ASSERT_EQ(1u, fromReferences.size());
+  ASSERT_EQ(1u, appended.size());
+  EXPECT_EQ(kCFAllocatorDefault, fromReferences[0].allocator);
+  EXPECT_EQ(kCFAllocatorDefault, appended[0].allocator);
+  EXPECT_EQ(std::vector<std::string>{"no such file"}, names);
+}
+
+// Collections, by what they are made for
+
+std::vector<CFIndex> capacitiesOf(const std::vector<Collection>& collections) {
+  std::vector<CFIndex> capacities;
+  for (const Collection& made : collections) capacities.push_back(made.capacity);
+  return capacities;
+}
+
+// Of the default allocator, and keeping what is in them.
+void expectKeepingArrays() {
+  for (const Collection& made : arrays) {
+    EXPECT_EQ(kCFAllocatorDefault, made.allocator);
+    EXPECT_EQ(std::vector<const void*>{&kCFTypeArrayCallBacks}, made.callBacks);
+  }
+}
+
+TEST_F(PlatformArguments, OfANewScopeAre20PlacesWhateverItsSize) {
+  startPlugin();
+  const host::Value query = host::construct("MDQueryZNK", anything());
+  const host::Value folders = host::objectArray(std::vector<host::Value>(21, host::folderItem("/")));
+  host::call(query, "SetSearchScope", nullptr, nullptr);
+  host::call(query, "SetSearchScope", folders, host::stringArray({"kMDQueryScopeHome"}));
+  EXPECT_EQ((std::vector<CFIndex>{20, 20}), capacitiesOf(arrays));
+  expectKeepingArrays();
+}
+
+TEST_F(PlatformArguments, OfANewArrayOfStringsIsOnePlaceMoreThanItsElements) {
+  startPlugin();
+  host::construct("MDQueryZNK", anything(), host::stringArray({}), host::stringArray({"a", "b", "c", "d"}));
+  EXPECT_EQ((std::vector<CFIndex>{1, 5}), capacitiesOf(arrays));
+  expectKeepingArrays();
+}
+
+TEST_F(PlatformArguments, OfANewArrayOfValuesAreTheirNumber) {
+  startPlugin();
+  const host::Value query = host::construct("MDQueryZNK", anything());
+  for (const host::Value& value : {host::int32Array({}), host::int32Array({1, 2, 3}),
+                                   host::stringArray({"a"}), host::objectArray({1, host::Value()})}) {
+    host::call(query, "CountOfResultsWithAttributeValue", "kMDItemFSSize", value);
+  }
+  EXPECT_EQ((std::vector<CFIndex>{0, 3, 1, 2}), capacitiesOf(arrays));
+  expectKeepingArrays();
+}
+
+TEST_F(PlatformArguments, OfANewDictionaryAreTheNumberOfItsEntries) {
+  startPlugin();
+  const host::Value query = host::construct("MDQueryZNK", anything());
+  for (const host::Value& value :
+       {host::dictionary(), host::dictionary({{"a", 1}}), host::dictionary({{1, 2}, {2, 3}, {3, 4}})}) {
+    host::call(query, "CountOfResultsWithAttributeValue", "kMDItemFSSize", value);
+  }
+  EXPECT_EQ((std::vector<CFIndex>{0, 1, 3}), capacitiesOf(dictionaries));
+  for (const Collection& made : dictionaries) {
+    EXPECT_EQ(kCFAllocatorDefault, made.allocator);
+    EXPECT_EQ((std::vector<const void*>{&kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks}),
+              made.callBacks);
+  }
 }
 
 TEST_F(PlatformArguments, OfTheSortFunctionsAreTheirNamesInOrder) {

@@ -146,16 +146,51 @@ TEST_F(OldLayout, LinksEveryEventToItsCopyOfTwoWords) {
   }
 }
 
-TEST_F(Registration, LeavesMissingAndEmptyTablesNullWithTheirCounts) {
+// The words of a class record that lead to a table; its count stands behind each.
+const size_t kTables[] = {7, 9, 11, 18, 21, 23};
+
+// Six tables with two rows each.
+REALclassDefinition fullRecord(REALevent (&events)[2]) {
+  static const REALconstant kTwo[] = {{"one=1"}, {"two=2"}};
+  REALclassDefinition record = REALclassDefinition("Sample", 8, nullptr)
+                                   .with(kProperties)
+                                   .with(kMethods)
+                                   .with(events)
+                                   .with(kTwo)
+                                   .withShared(kMethods);
+  record.sharedProperties = kProperties;
+  record.sharedPropertyCount = 2;
+  return record;
+}
+
+TEST_F(Registration, LeavesAMissingTableNullWithItsCount) {
   CurrentREALControlVersion = 9;
-  Class sample;
-  sample.record.properties = nullptr;
-  sample.record.methodCount = 0;
-  MyREALRegisterClass(&sample.record);
-  EXPECT_EQ(0u, registered[7]);
-  EXPECT_EQ(2u, registered[8]);
-  EXPECT_EQ(0u, registered[9]);
-  EXPECT_EQ(0u, registered[10]);
+  for (const size_t missing : kTables) {
+    REALevent events[2] = {{"Opened()"}, {"Closed()"}};
+    REALclassDefinition record = fullRecord(events);
+    const uint32_t null = 0;
+    memcpy(reinterpret_cast<uint32_t*>(&record) + missing, &null, sizeof null);
+    MyREALRegisterClass(&record);
+    for (const size_t table : kTables) {
+      EXPECT_EQ(table == missing, registered[table] == 0) << table << " without " << missing;
+      EXPECT_EQ(2u, registered[table + 1]) << table << " without " << missing;
+    }
+  }
+}
+
+TEST_F(Registration, LeavesAnEmptyTableNullWithItsCount) {
+  CurrentREALControlVersion = 9;
+  for (const size_t empty : kTables) {
+    REALevent events[2] = {{"Opened()"}, {"Closed()"}};
+    REALclassDefinition record = fullRecord(events);
+    const uint32_t none = 0;
+    memcpy(reinterpret_cast<uint32_t*>(&record) + empty + 1, &none, sizeof none);
+    MyREALRegisterClass(&record);
+    for (const size_t table : kTables) {
+      EXPECT_EQ(table == empty, registered[table] == 0) << table << " with " << empty << " empty";
+      EXPECT_EQ(table == empty ? 0u : 2u, registered[table + 1]) << table << " with " << empty << " empty";
+    }
+  }
 }
 
 TEST_F(Registration, ConvertsSharedPropertiesAndSharedMethodsToo) {
