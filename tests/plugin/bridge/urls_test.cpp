@@ -343,7 +343,8 @@ bool findFolderWithoutName(void* item, FSRef* ref, HFSUniStr255* name) {
   nameBuffer.assign(bytes, bytes + sizeof *name);
   HFSUniStr255 own;
   typedef bool Find(void* item, FSRef* ref, HFSUniStr255* name);
-  return reinterpret_cast<Find*>(host::resolve("REALFSRefFromFolderItem"))(item, ref, &own);
+  return name->length == 0 &&  // a name of any other length would be read
+         reinterpret_cast<Find*>(host::resolve("REALFSRefFromFolderItem"))(item, ref, &own);
 }
 void* resolveWithoutName(const char* name) {
   if (std::string_view(name) == "REALFSRefFromFolderItem") {
