@@ -31,7 +31,8 @@ struct Command {
 inline constexpr uint32_t kMustUnderstand = 0x80000000;
 inline constexpr uint32_t kSegment = 0x1, kSymbolTable = 0x2, kDynamicSymbolTable = 0xB, kLoadDylib = 0xC,
                           kIdDylib = 0xD, kInitRoutine = 0x11, kLoadWeakDylib = 0x18 | kMustUnderstand,
-                          kUUID = 0x1B, kRunPath = 0x1C | kMustUnderstand, kReexportDylib = 0x1F | kMustUnderstand, kLazyLoadDylib = 0x20, kDyldInfo = 0x22,
+                          kUUID = 0x1B, kRunPath = 0x1C | kMustUnderstand,
+                          kReexportDylib = 0x1F | kMustUnderstand, kLazyLoadDylib = 0x20, kDyldInfo = 0x22,
                           kDyldInfoOnly = 0x22 | kMustUnderstand, kLoadUpwardDylib = 0x23 | kMustUnderstand,
                           kMinimumMacOS = 0x24;
 
@@ -51,9 +52,9 @@ struct SectionRecord {
   bool isZeroFilled() const;  // nothing of it is in the file
 };
 inline constexpr uint32_t kRegular = 0x0, kZeroFill = 0x1, kCStrings = 0x2, k4ByteLiterals = 0x3,
-                          k8ByteLiterals = 0x4, kNonLazyPointers = 0x6, kLazyPointers = 0x7, kStubs = 0x8, kInitFunctions = 0x9,
-                          kTermFunctions = 0xA, k16ByteLiterals = 0xE, kThreadLocalFirst = 0x11,
-                          kThreadLocalLast = 0x15;
+                          k8ByteLiterals = 0x4, kNonLazyPointers = 0x6, kLazyPointers = 0x7, kStubs = 0x8,
+                          kInitFunctions = 0x9, kTermFunctions = 0xA, k16ByteLiterals = 0xE,
+                          kThreadLocalFirst = 0x11, kThreadLocalLast = 0x15;
 inline constexpr uint32_t kPureInstructions = 0x80000000, kSomeInstructions = 0x400;
 inline constexpr uint32_t kLargeZeroFill = 0xC, kThreadLocalZeroFill = 0x12;
 
