@@ -15,7 +15,7 @@ if(SANITIZE)
   target_link_libraries(gtest_main INTERFACE gtest)
 else()
   # Compiling takes longer than running; a tenth of it is the compiler looking for memory to use again.
-  set(TEST_FLAGS -O0 "SHELL:--param ggc-min-expand=1000" "SHELL:--param ggc-min-heapsize=1000000")
+  set(TEST_FLAGS -O0 -g0 "SHELL:--param ggc-min-expand=1000" "SHELL:--param ggc-min-heapsize=1000000")
   # What most tests include takes longer to compile than the tests themselves.
   add_library(test-headers OBJECT ${CMAKE_SOURCE_DIR}/tests/support/headers.cpp)
   target_compile_options(test-headers PRIVATE ${TEST_FLAGS})
@@ -58,16 +58,17 @@ function(add_test_program name)
   target_link_libraries(${name} PRIVATE ${program_LIBRARIES})
 endfunction()
 
-# add_suites(NAME PROGRAM [argument...] [LEFT_OUT SUITE.TEST...])
+# add_suites(NAME PROGRAM [argument...] [LEFT_OUT SUITE.TEST...] [LONG SUITE...])
 #
 # Registers each suite of a test program, run with these arguments, as the test NAME.SUITE, without the tests left out.
+# The suites that are LONG are run in the long tier only.
 function(add_suites name program)
-  cmake_parse_arguments(PARSE_ARGV 2 suites "" "" "LEFT_OUT")
+  cmake_parse_arguments(PARSE_ARGV 2 suites "" "" "LEFT_OUT;LONG")
   list(JOIN suites_LEFT_OUT ":" left_out)
   set(file ${CMAKE_CURRENT_BINARY_DIR}/${name}.suites.cmake)
   add_custom_command(TARGET ${program} POST_BUILD
     COMMAND ${CMAKE_COMMAND} -DNAME=${name} -DPROGRAM=$<TARGET_FILE:${program}> "-DARGUMENTS=${suites_UNPARSED_ARGUMENTS}"
-      -DLEFT_OUT=${left_out} -DOUTPUT=${file}
+      -DLEFT_OUT=${left_out} "-DLONG=${suites_LONG}" -DOUTPUT=${file}
       -P ${CMAKE_SOURCE_DIR}/cmake/ListSuites.cmake
     BYPRODUCTS ${file}
     VERBATIM)

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "standin/coreservices/language/text_pattern.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/tier.h"
 
 namespace standin::metadata {
@@ -259,7 +260,7 @@ TextOptions optionsOf(unsigned bits) {
 }
 
 TEST(RandomTexts, AreReadAsPlainReadingReadsThem) {
-  const int rounds = isLongTier() ? 100000 : 3000;
+  const int rounds = isLongTier() ? 100000 : underAddressSanitizer() ? 1000 : 3000;
   Maker maker(20110305);
   int matched = 0;
   for (int round = 0; round < rounds; ++round) {
@@ -279,7 +280,7 @@ TEST(RandomTexts, AreReadAsPlainReadingReadsThem) {
 // What comes before is longer than what is looked at or composed at once.
 TEST(RandomTexts, AreReadTheSameAfterALongOne) {
   constexpr size_t kPiece = 64 << 10;
-  const int rounds = isLongTier() ? 5000 : 200;
+  const int rounds = isLongTier() ? 5000 : underAddressSanitizer() ? 70 : 200;
   Maker maker(20110306);
   int matched = 0;
   for (int round = 0; round < rounds; ++round) {

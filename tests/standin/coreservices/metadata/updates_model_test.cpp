@@ -5,6 +5,7 @@
 
 #include "tests/standin/coreservices/disk/random_operations.h"
 #include "tests/standin/coreservices/metadata/query_fixture.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/texts.h"
 #include "tests/support/tier.h"
 
@@ -87,6 +88,9 @@ TEST_P(UpdatesModel, HasThemAlsoWhereSomethingIsLeftOut) {
   followRandomOperations(400);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, UpdatesModel, testing::Range(1u, isLongTier() ? 61u : 7u));
+INSTANTIATE_TEST_SUITE_P(Seeds, UpdatesModel,
+                         testing::Range(1u, isLongTier()              ? 61u
+                                            : underAddressSanitizer() ? 4u
+                                                                      : 7u));
 
 }  // namespace

@@ -24,6 +24,7 @@
 #include "tests/standin/coreservices/store/samples.h"
 #include "tests/support/forked.h"
 #include "tests/support/ordinary_user.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/tier.h"
 
@@ -291,6 +292,7 @@ class DamagedStore : public Store {
   }
 
   static constexpr size_t kPage = 4096;
+  const size_t kStep = underAddressSanitizer() && !isLongTier() ? 3 * kPage : kPage;
   struct Files {
     std::string database, log;
   };
@@ -316,7 +318,7 @@ class DamagedStore : public Store {
 
 TEST_F(DamagedStore, AtAnyPageFindsWhatIsRightOrNothing) {
   uint64_t lost = 0;
-  for (size_t at = 0; at < whole_.size(); at += kPage) {
+  for (size_t at = 0; at < whole_.size(); at += kStep) {
     for (const auto& [how, bytes] : damaged(whole_, at, kPage)) {
       place(bytes);
       complaints.clear();
@@ -330,7 +332,7 @@ TEST_F(DamagedStore, AtAnyPageFindsWhatIsRightOrNothing) {
 }
 
 TEST_F(DamagedStore, AtAnyPageOfTheLogFindsWhatIsRightOrNothing) {
-  for (size_t at = 0; at < withLog_.log.size(); at += kPage) {
+  for (size_t at = 0; at < withLog_.log.size(); at += kStep) {
     for (const auto& [how, bytes] : damaged(withLog_.log, at, kPage)) {
       place(withLog_.database, bytes);
       expectRecovery(how + " in the log at " + std::to_string(at));
