@@ -15,7 +15,7 @@ int twice(int value) {
   return 2 * value;
 }
 
-// The placeholders of the operands, unlike anything else in the file.
+// The operands before they are set, unlike anything else in the file.
 const char kJump[] = "\x11\x22\x33\x44", kAddress[] = "\x55\x66\x77\x00";
 const char kSource[] = R"(
   .text
@@ -43,9 +43,9 @@ class PatchedDylib : public toolbox::Workshop {
     };
   }
 
-  // The placeholder's offset in __TEXT, which starts the file, as two bytes of a stream.
-  std::string place(const std::string& placeholder) const {
-    const size_t offset = bytes_.find(placeholder);
+  // The offset of an operand in __TEXT, which starts the file, as two bytes of a stream.
+  std::string place(const std::string& operand) const {
+    const size_t offset = bytes_.find(operand);
     EXPECT_GT(size_t{1} << 14, offset);
     return {static_cast<char>(offset | 0x80), static_cast<char>(offset >> 7)};
   }
