@@ -31,8 +31,8 @@ function(macho_optimisation variable source)
   set(${variable} ${flag} PARENT_SCOPE)
 endfunction()
 
-# macho_compile(SOURCE OBJECT DESCRIPTION flag...). Folders in the flags start from the build folder, too.
-function(macho_compile source object description)
+# clang_compile(SOURCE OBJECT DESCRIPTION flag...). Folders in the flags start from the build folder, too.
+function(clang_compile source object description)
   cmake_path(GET object PARENT_PATH folder)
   file(MAKE_DIRECTORY ${folder})
   from_build(source_name ${source})
@@ -45,7 +45,7 @@ function(macho_compile source object description)
     WORKING_DIRECTORY ${CMAKE_BINARY_DIR}
     DEPENDS ${source}
     DEPFILE ${object}.d
-    COMMENT "Compiling ${description} for i386 macOS"
+    COMMENT "Compiling ${description}"
     VERBATIM)
 endfunction()
 
@@ -82,8 +82,8 @@ function(add_macho_dylib name)
     cmake_path(ABSOLUTE_PATH source NORMALIZE)
     cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${CMAKE_SOURCE_DIR} OUTPUT_VARIABLE relative)
     string(REPLACE "../" "up/" relative ${relative})
-    macho_compile(${source} ${objects_folder}/${relative}.o "${relative}" ${flags})
-    macho_compile(${source} ${debug_folder}/${relative}.o "${relative} with debug information"
+    clang_compile(${source} ${objects_folder}/${relative}.o "${relative} for i386 macOS" ${flags})
+    clang_compile(${source} ${debug_folder}/${relative}.o "${relative} for i386 macOS, with debug information"
       ${flags} ${MACHO_DEBUG_FLAGS})
     # Relative, so that the debug map fits both folders.
     list(APPEND objects ${relative}.o)

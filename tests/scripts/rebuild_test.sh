@@ -15,7 +15,7 @@ cmake_minimum_required(VERSION 3.25)
 project(Sample LANGUAGES NONE)
 include("$root/cmake/MachODylib.cmake")
 from_build(here \${CMAKE_SOURCE_DIR})
-macho_compile(\${CMAKE_SOURCE_DIR}/folder/sample.cpp \${CMAKE_BINARY_DIR}/objects/sample.o sample
+clang_compile(\${CMAKE_SOURCE_DIR}/folder/sample.cpp \${CMAKE_BINARY_DIR}/objects/sample.o sample
   \${MACHO_COMPILE_FLAGS} -I\${here})
 add_custom_target(sample ALL DEPENDS \${CMAKE_BINARY_DIR}/objects/sample.o)
 END
