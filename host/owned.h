@@ -18,11 +18,10 @@ struct Ownership {
   static void release(Reference reference) { CFRelease(reference); }
 };
 
-// Null on a host without the service: the handle is not locked then, and must not be unlocked.
+// Null on a host without the service: the handle is not locked then, and must not be unlocked. Not inlined,
+// so that the usual way stays short where this isn't called.
 template <typename Handle>
-[[gnu::noinline]]  // apart, so that the usual way stays short where it is inlined
-Handle
-lockWith(Entry<void(Handle)>& service, Handle handle) {
+[[gnu::noinline]] Handle lockWith(Entry<void(Handle)>& service, Handle handle) {
   const auto lock = service.function();
   if (lock) lock(handle);
   return lock ? handle : nullptr;

@@ -113,7 +113,10 @@ FileContent* FileRecord::content() {
 }
 
 bool FileRecord::isRuledOut(Content content) {
-  return state_ == NotAsked && metadata::isRuledOut(content, namedType(), path());
+  if (state_ != NotAsked) return false;
+  std::optional<bool>& isRuledOut = ruledOut_[static_cast<size_t>(content)];
+  if (!isRuledOut) isRuledOut = metadata::isRuledOut(content, namedType(), path());
+  return *isRuledOut;
 }
 
 std::optional<Value> FileRecord::nodeCount() {

@@ -8,6 +8,7 @@
 
 #include <sys/stat.h>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -66,6 +67,7 @@ class FileRecord : public AttributeSource {
   std::string path_;
   struct statx info_;
   std::optional<const ContentType*> namedType_;  // what its name promises
+  std::array<std::optional<bool>, 2> ruledOut_;  // by Content
   std::unique_ptr<FileContent> content_;
   enum { NotAsked, Known, Gone, Unreachable } state_ = NotAsked;
   int error_ = 0;  // errno's, of what is unreachable

@@ -157,7 +157,7 @@ const ContentBytes& FileContent::bytes(Content content, std::string_view format)
 
 // The type takes a look at the file. What is in the store was put there by its type, and whatever changes
 // that changes the file's state, too; so where the name promises such a type, the store is looked at first.
-const ContentType* FileContent::promisedType() {
+const ContentType* FileContent::promisedType() const {
   return type_ ? *type_ : namedType_;
 }
 

@@ -53,7 +53,7 @@ class FileContent {
   void addExtendedAttribute(std::optional<std::string>& kept, const char* name, std::vector<Value>& values);
   bool tagValues(FileAttribute attribute, std::vector<Value>& values);
   const ContentBytes& bytes(Content content, std::string_view format);
-  const ContentType* promisedType();
+  const ContentType* promisedType() const;
   bool isInStore(Content content, std::string_view format);
 
   FileLocation file_;
