@@ -18,8 +18,8 @@ STANDIN_API void holdClock();
 STANDIN_API void advanceClock(double seconds);
 STANDIN_API void releaseClock();
 
-// By how much a clock that is held is ahead of the time that has passed since: 0 when it isn't, nor held. It
-// is for who goes by the system's time, too.
+// How far a held clock is ahead of the time that has passed since it was first held; 0 when it isn't ahead,
+// or isn't held. For whoever goes by the system's time, too.
 STANDIN_API double timeSkipped();
 
 // Waits until one of the descriptors is ready, which its `revents` then tell, or the clock shows `until`.
