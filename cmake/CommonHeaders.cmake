@@ -4,17 +4,9 @@
 set(COMMON_HEADERS <algorithm> <cstring> <functional> <map> <memory> <optional> <set> <string> <string_view>
   <unordered_map> <variant> <vector>)
 
-# With them GCC 12 forgets, where it has inlined the library's code, that it warns of none of that: its guesses at the
-# bounds of a string's memory show up, which are wrong. What is compiled without the headers has these warnings. (With the
-# sanitizers, at -O1, it doesn't guess.)
-if(NOT SANITIZE AND NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
-  set(COMMON_HEADERS_FLAGS -Wno-array-bounds -Wno-restrict -Wno-stringop-overflow -Wno-stringop-overread)
-endif()
-
 # compile_common_headers(TARGET): for itself, and for targets with the same options that reuse them.
 function(compile_common_headers target)
   set_target_properties(${target} PROPERTIES DEFINE_SYMBOL "")  # it would have to be the same for all of them
-  target_compile_options(${target} PRIVATE ${COMMON_HEADERS_FLAGS})
   target_precompile_headers(${target} PRIVATE ${COMMON_HEADERS})
 endfunction()
 
@@ -40,7 +32,7 @@ endfunction()
 # reuse_common_headers(OWNER TARGET...): those that OWNER, with the same options, compiles.
 function(reuse_common_headers owner)
   foreach(target IN LISTS ARGN)
-    target_compile_options(${target} PRIVATE ${COMMON_HEADERS_FLAGS})
+    target_compile_options(${target} PRIVATE -fvisibility=hidden)  # as OWNER's
     target_precompile_headers(${target} REUSE_FROM ${owner})
   endforeach()
 endfunction()

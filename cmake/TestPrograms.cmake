@@ -14,8 +14,8 @@ if(SANITIZE)
   endforeach()
   target_link_libraries(gtest_main INTERFACE gtest)
 else()
-  # Compiling takes longer than running; a tenth of it is the compiler looking for memory to use again.
-  set(TEST_FLAGS -O0 -g0 "SHELL:--param ggc-min-expand=1000" "SHELL:--param ggc-min-heapsize=1000000")
+  # Compiling takes longer than running.
+  set(TEST_FLAGS -O0 -g0)
   # What most tests include takes longer to compile than the tests themselves.
   add_library(test-headers OBJECT ${CMAKE_SOURCE_DIR}/tests/support/headers.cpp)
   target_compile_options(test-headers PRIVATE ${TEST_FLAGS})

@@ -1,13 +1,13 @@
 #include "macho/loader/debugger.h"
 
-// A debugger stops here and reads the arguments from the stack. The empty statements keep the compiler from
-// leaving out the calls, or from making one function of the two.
+// A debugger stops here and reads the arguments from the stack. The statements, empty but for a comment each, keep the
+// compiler from leaving out an argument or a call, and from making one function of the two.
 extern "C" {
-[[gnu::noipa]] void machoImageLoaded(const char*, uint32_t) {
-  asm volatile("");
+[[gnu::noinline]] void machoImageLoaded(const char* path, uint32_t slide) {
+  asm volatile("# loaded" : : "g"(path), "g"(slide));
 }
-[[gnu::noipa]] void machoImageUnloaded(const char*, uint32_t) {
-  asm volatile("");
+[[gnu::noinline]] void machoImageUnloaded(const char* path, uint32_t slide) {
+  asm volatile("# unloaded" : : "g"(path), "g"(slide));
 }
 }
 

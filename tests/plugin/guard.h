@@ -26,7 +26,8 @@ class GuardTest : public PluginTest, public testing::WithParamInterface<std::tup
   // Runs the operation on a new instance of that class. None of the calls that it leads to may have one of
   // these in its name.
   void expectGuarded(const char* className, const host::Exception& raised, const Texts& service) {
-    const auto& [row, unwinding] = GetParam();
+    const GuardCase& row = std::get<GuardCase>(GetParam());
+    const bool unwinding = std::get<bool>(GetParam());
     host::Settings settings;
     settings.raiseByUnwinding = unwinding;
     start(settings);

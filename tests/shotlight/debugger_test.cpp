@@ -63,7 +63,7 @@ TEST(Debugger, StopsInAMethodOfTheDylibAtItsSourceLine) {
   EXPECT_GT(line, expected.first);
   EXPECT_LT(line, expected.last);
 
-  EXPECT_TRUE(matches(result.output, ".*#[0-9]+ .*shotlight::find \\(\\) at .*find\\.cpp:.*"));
+  EXPECT_TRUE(matches(result.output, ".*#[0-9]+ .*find \\(\\) at .*find\\.cpp:.*"));
   EXPECT_TRUE(matches(result.output, ".*#[0-9]+ .*main \\(\\) at .*main\\.cpp:.*"));
 
   EXPECT_PRED_FORMAT2(testing::IsSubstring, "Breakpoint 2, ", result.output);

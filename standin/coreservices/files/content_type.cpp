@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <ranges>
 #include <string>
 #include <unordered_map>
 
@@ -318,8 +317,8 @@ void appendBackwards(const ContentType& type, std::vector<std::string_view>& tre
   if (std::ranges::find(tree, type.identifier) != tree.end()) return;
   std::vector<std::string_view> parents;
   forEachWord(type.conformsTo, [&](std::string_view parent) { parents.push_back(parent); });
-  for (const std::string_view parent : std::views::reverse(parents)) {
-    if (const ContentType* const known = contentTypeNamed(parent)) appendBackwards(*known, tree);
+  for (auto parent = parents.rbegin(); parent != parents.rend(); ++parent) {
+    if (const ContentType* const known = contentTypeNamed(*parent)) appendBackwards(*known, tree);
   }
   tree.push_back(type.identifier);
 }

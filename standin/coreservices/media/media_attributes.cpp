@@ -51,14 +51,14 @@ Value valueOf(size_t alternative, std::string_view bytes) {
 std::string encodeAttributes(const MediaAttributes& attributes) {
   std::string bytes;
   for (const auto& [attribute, owned] : attributes) {
-    const auto append = [&](const auto& value) {
+    const auto append = [&bytes, attribute = attribute, type = static_cast<uint8_t>(owned.index())](const auto& value) {
       const char* data = reinterpret_cast<const char*>(&value);
       size_t length = sizeof value;
       if constexpr (std::is_same_v<std::decay_t<decltype(value)>, std::string>) {
         data = value.data();
         length = value.size();
       }
-      const Header header{attribute, static_cast<uint8_t>(owned.index()), 0, static_cast<uint32_t>(length)};
+      const Header header{attribute, type, 0, static_cast<uint32_t>(length)};
       bytes.append(reinterpret_cast<const char*>(&header), sizeof header);
       bytes.append(data, length);
     };

@@ -27,8 +27,8 @@ class Faults : public PluginTest {
 class FaultsInUse : public Faults, public testing::WithParamInterface<std::tuple<double, Scenario>> {};
 
 TEST_P(FaultsInUse, AreSurvivedWithNeutralValues) {
-  const auto& [version, scenario] = GetParam();
-  start(settingsOf(version));
+  const Scenario scenario = std::get<Scenario>(GetParam());
+  start(settingsOf(std::get<double>(GetParam())));
   const Answers complete = second([&] { return play(scenario, tree_.path()); });
   allowLeftBehind("host array of 0");  // of the methods that make their array before they find no query
   size_t n = 1;

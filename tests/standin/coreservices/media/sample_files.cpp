@@ -105,8 +105,8 @@ std::string pdf() {
   const char* const objects[] = {
       "<</Type/Catalog/Pages 2 0 R/Lang(de)>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
       "<</Type/Page/Parent 2 0 R/MediaBox[0 0 612 792]>>",
-      "<</Title(A Title)/Author(Ann)/Subject(A Subject)/Keywords(one, two)/Creator(A Writer)"
-      "/Producer(A Producer)/CreationDate(D:20110305120000Z)>>"};
+      ("<</Title(A Title)/Author(Ann)/Subject(A Subject)/Keywords(one, two)/Creator(A Writer)"
+       "/Producer(A Producer)/CreationDate(D:20110305120000Z)>>")};
   std::string file = "%PDF-1.4\n", table = "xref\n0 5\n0000000000 65535 f \n";
   int number = 0;
   for (const char* const object : objects) {

@@ -102,10 +102,10 @@ TEST_F(Unseeing, DependsNeitherOnTheStoreNorOnTheOrder) {
       {u"!(kMDItemTitle == x) && kMDItemFSName != \"3*\"", files("2")},
   };
   const std::string store = scratch.at("store");
-  for (const auto& [query, expected] : rows) {
-    for (const auto& [before, unused] : rows) {
-      inCopy([&] { find(before); }, store);
-      inCopy([&] { EXPECT_EQ(unseenBy(query), expected); }, store);
+  for (const auto& row : rows) {
+    for (const auto& before : rows) {
+      inCopy([&] { find(before.first); }, store);
+      inCopy([&] { EXPECT_EQ(unseenBy(row.first), row.second); }, store);
       std::filesystem::remove_all(store);
     }
   }
