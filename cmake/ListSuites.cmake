@@ -1,6 +1,6 @@
 # Writes a file for CTest with one test for each suite of a GoogleTest program. NAME: the tests' prefix; PROGRAM, ARGUMENTS:
 # how the program is run; LEFT_OUT: the tests that are not, with colons between them; LONG: the suites that get the label
-# "long"; OUTPUT: the file.
+# "long", or "all"; EACH: one test for each of the program's instead; OUTPUT: the file.
 cmake_policy(SET CMP0057 NEW)  # IN_LIST
 if(LEFT_OUT)
   string(PREPEND LEFT_OUT "-")
@@ -16,10 +16,9 @@ foreach(line IN LISTS lines)
   if(line MATCHES "^([^ ]+)\\.$")
     set(suite ${CMAKE_MATCH_1})
     list(APPEND suites ${suite})
-    set(tests 0)
-  elseif(line MATCHES "^  ")
-    math(EXPR tests "${tests} + 1")
-    set(tests_of_${suite} ${tests})
+    set(tests_of_${suite} "")
+  elseif(line MATCHES "^  (.+)$")
+    list(APPEND tests_of_${suite} ${CMAKE_MATCH_1})
   endif()
 endforeach()
 if(NOT suites)
@@ -29,14 +28,26 @@ endif()
 list(TRANSFORM ARGUMENTS REPLACE "(.+)" "[==[\\1]==]" OUTPUT_VARIABLE quoted)
 list(JOIN quoted " " quoted)
 set(content "")
-foreach(suite IN LISTS suites)
+# add(NAME FILTER COST SUITE)
+function(add name filter cost suite)
   set(label "")
-  if(suite IN_LIST LONG)
+  if(suite IN_LIST LONG OR LONG STREQUAL "all")
     set(label " LABELS long")
   endif()
-  # The cost, by which CTest starts the longest first, is as many as there are tests, until a run has told better.
   string(APPEND content
-    "add_test([==[${NAME}.${suite}]==] [==[${PROGRAM}]==] ${quoted} [==[--gtest_filter=${suite}.*${LEFT_OUT}]==])\n"
-    "set_tests_properties([==[${NAME}.${suite}]==] PROPERTIES COST ${tests_of_${suite}}${label})\n")
+    "add_test([==[${NAME}.${name}]==] [==[${PROGRAM}]==] ${quoted} [==[--gtest_filter=${filter}${LEFT_OUT}]==])\n"
+    "set_tests_properties([==[${NAME}.${name}]==] PROPERTIES COST ${cost}${label})\n")
+  set(content "${content}" PARENT_SCOPE)
+endfunction()
+foreach(suite IN LISTS suites)
+  # The cost, by which CTest starts the longest first, is as many as there are tests, until a run has told better.
+  list(LENGTH tests_of_${suite} count)
+  if(NOT EACH)
+    add(${suite} ${suite}.* ${count} ${suite})
+    continue()
+  endif()
+  foreach(test IN LISTS tests_of_${suite})
+    add(${suite}.${test} ${suite}.${test} 1 ${suite})
+  endforeach()
 endforeach()
 file(WRITE ${OUTPUT} "${content}")

@@ -1,10 +1,8 @@
 #include "standin/corefoundation/runtime/object.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "standin/corefoundation/runtime/quarantine.h"
-#include "standin/gate/memory.h"
 
 namespace cf {
 namespace {
@@ -26,8 +24,7 @@ void destroy(Header* object, ClassEntry* entry, const char* call) {
 }  // namespace
 
 Header* allocateObject(CFTypeID type, size_t size) {
-  // Not by calloc, which takes none of the blocks that have just been given back.
-  Header* const object = static_cast<Header*>(standin::takeMemory([size] { return std::malloc(size); }));
+  Header* const object = static_cast<Header*>(takeObjectMemory(size));
   if (object == nullptr) return nullptr;
   std::memset(static_cast<void*>(object + 1), 0, size - sizeof(Header));
   ClassEntry* const entry = &classTable[type];

@@ -3,7 +3,7 @@
 
 namespace {
 
-using Misuse = LedgerTest;
+class MisuseStrictness : public LedgerTest {};
 
 CFStringRef freedString() {
   const CFStringRef string = makeString("short-lived").leak();
@@ -11,11 +11,11 @@ CFStringRef freedString() {
   return string;
 }
 
-TEST_F(Misuse, OverRelease) {
+TEST_F(MisuseStrictness, OverRelease) {
   EXPECT_DEATH(CFRelease(freedString()), "standin: CFRelease: a freed CFString at 0x");
 }
 
-TEST_F(Misuse, UseAfterFreeIsRecognisedThroughEveryKindOfCall) {
+TEST_F(MisuseStrictness, UseAfterFreeIsRecognisedThroughEveryKindOfCall) {
   EXPECT_DEATH(CFRetain(freedString()), "CFRetain: a freed CFString");
   EXPECT_DEATH(CFStringGetLength(freedString()), "CFStringGetLength: a freed CFString");
   EXPECT_DEATH(CFGetTypeID(freedString()), "CFGetTypeID: a freed CFString");
@@ -24,13 +24,13 @@ TEST_F(Misuse, UseAfterFreeIsRecognisedThroughEveryKindOfCall) {
   EXPECT_DEATH(CFStringCompare(CFSTR("a"), freedString(), 0), "CFStringCompare: a freed CFString");
 }
 
-TEST_F(Misuse, UseAfterFreeIsRecognisedWhileManyObjectsAreFreed) {
+TEST_F(MisuseStrictness, UseAfterFreeIsRecognisedWhileManyObjectsAreFreed) {
   const CFStringRef freed = freedString();
   for (int i = 0; i < 20000; ++i) makeInt(i + 100);
   EXPECT_DEATH(CFStringGetLength(freed), "a freed CFString");
 }
 
-TEST_F(Misuse, NullWhereThePlatformTraps) {
+TEST_F(MisuseStrictness, NullWhereThePlatformTraps) {
   EXPECT_DEATH(CFRelease(nullptr), "standin: CFRelease: null");
   EXPECT_DEATH(CFRetain(nullptr), "standin: CFRetain: null");
   EXPECT_DEATH(CFGetTypeID(nullptr), "standin: CFGetTypeID: null");
@@ -40,7 +40,7 @@ TEST_F(Misuse, NullWhereThePlatformTraps) {
   EXPECT_DEATH(CFStringCreateWithCString(nullptr, nullptr, kCFStringEncodingUTF8), "null text");
 }
 
-TEST_F(Misuse, AnObjectOfAnotherType) {
+TEST_F(MisuseStrictness, AnObjectOfAnotherType) {
   EXPECT_DEATH(CFStringGetLength(reinterpret_cast<CFStringRef>(kCFBooleanTrue)),
                "CFStringGetLength: a CFBoolean at 0x.* where a CFString is needed");
   EXPECT_DEATH(CFNumberGetType(reinterpret_cast<CFNumberRef>(CFSTR("7"))), "a CFString at 0x");
@@ -49,13 +49,13 @@ TEST_F(Misuse, AnObjectOfAnotherType) {
                "a CFNull at 0x");
 }
 
-TEST_F(Misuse, WhatIsNoObject) {
+TEST_F(MisuseStrictness, WhatIsNoObject) {
   const int words[4] = {};
   EXPECT_DEATH(CFRelease(words), "CFRelease: no object at 0x");
   EXPECT_DEATH(CFRelease(reinterpret_cast<const char*>(words) + 1), "CFRelease: no object at 0x");
 }
 
-TEST_F(Misuse, NullInACollectionOfObjects) {
+TEST_F(MisuseStrictness, NullInACollectionOfObjects) {
   const void* values[] = {nullptr};
   EXPECT_DEATH(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks), "CFArrayCreate: a null value");
   const Owned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
@@ -67,7 +67,7 @@ TEST_F(Misuse, NullInACollectionOfObjects) {
   EXPECT_DEATH(CFDictionaryGetValue(dictionary.get(), nullptr), "a null key");
 }
 
-TEST_F(Misuse, IndexesOutsideOfAnArray) {
+TEST_F(MisuseStrictness, IndexesOutsideOfAnArray) {
   const void* values[] = {kCFNull};
   const Owned<CFArrayRef> array(CFArrayCreate(nullptr, values, 1, &kCFTypeArrayCallBacks));
   EXPECT_DEATH(CFArrayGetValueAtIndex(array.get(), 1), "CFArrayGetValueAtIndex: index 1 in an array of 1");
@@ -75,14 +75,14 @@ TEST_F(Misuse, IndexesOutsideOfAnArray) {
   EXPECT_DEATH(CFArrayContainsValue(array.get(), {0, 2}, kCFNull), "range 0\\+2 in an array of 1");
 }
 
-TEST_F(Misuse, RangesOutsideOfAString) {
+TEST_F(MisuseStrictness, RangesOutsideOfAString) {
   UniChar unit;
   EXPECT_DEATH(CFStringGetCharacterAtIndex(CFSTR("abc"), 3), "outside of length 3");
   EXPECT_DEATH(CFStringGetCharacters(CFSTR("abc"), {3, 1}, &unit), "outside of length 3");
   EXPECT_DEATH(CFStringCreateWithSubstring(nullptr, CFSTR("abc"), {-1, 1}), "outside of length 3");
 }
 
-TEST_F(Misuse, ChangingWhatIsImmutable) {
+TEST_F(MisuseStrictness, ChangingWhatIsImmutable) {
   const auto string = makeString("text");
   EXPECT_DEATH(CFStringAppend(const_cast<CFMutableStringRef>(string.get()), string.get()),
                "the string is immutable");
@@ -95,19 +95,19 @@ TEST_F(Misuse, ChangingWhatIsImmutable) {
       "the dictionary is immutable");
 }
 
-TEST_F(Misuse, GrowingAStringBeyondItsMaximum) {
+TEST_F(MisuseStrictness, GrowingAStringBeyondItsMaximum) {
   const Owned<CFMutableStringRef> string(CFStringCreateMutable(nullptr, 3));
   CFStringAppend(string.get(), CFSTR("abc"));
   EXPECT_DEATH(CFStringAppend(string.get(), CFSTR("d")), "length 4 is above the string's maximum of 3");
 }
 
-TEST_F(Misuse, NumberTypesThatDontExist) {
+TEST_F(MisuseStrictness, NumberTypesThatDontExist) {
   int value = 0;
   EXPECT_DEATH(CFNumberCreate(nullptr, 17, &value), "number type 17 doesn't exist");
   EXPECT_DEATH(CFNumberCreate(nullptr, 0, &value), "number type 0 doesn't exist");
 }
 
-TEST_F(Misuse, ChangingADictionaryWhileAFunctionIsAppliedToIt) {
+TEST_F(MisuseStrictness, ChangingADictionaryWhileAFunctionIsAppliedToIt) {
   const Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
       nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
   CFDictionarySetValue(dictionary.get(), CFSTR("key"), CFSTR("value"));
@@ -117,7 +117,7 @@ TEST_F(Misuse, ChangingADictionaryWhileAFunctionIsAppliedToIt) {
   EXPECT_DEATH(CFDictionaryApplyFunction(dictionary.get(), adds, dictionary.get()), "changed the dictionary");
 }
 
-TEST_F(Misuse, AReleaseTooManyByACollectionNamesTheOuterCall) {
+TEST_F(MisuseStrictness, AReleaseTooManyByACollectionNamesTheOuterCall) {
   const Owned<CFMutableArrayRef> array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
   const CFStringRef string = makeString("given away twice").leak();
   CFArrayAppendValue(array.get(), string);

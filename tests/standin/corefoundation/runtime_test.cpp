@@ -129,13 +129,15 @@ TEST_F(Runtime, TheLedgerHasALineOfTheClassesName) {
   EXPECT_EQ(standin::ledgerLine("TestPair"), 0);
 }
 
-TEST_F(Runtime, UseAfterFreeNamesTheClass) {
+class RuntimeStrictness : public LedgerTest {};
+
+TEST_F(RuntimeStrictness, UseAfterFreeNamesTheClass) {
   Pair* const pair = makePair(1, 2);
   CFRelease(pair);
   EXPECT_DEATH(CFRelease(pair), "CFRelease: a freed TestPair at 0x");
 }
 
-TEST_F(Runtime, AFinalizerThatRetainsOrReleasesItsObjectIsCaught) {
+TEST_F(RuntimeStrictness, AFinalizerThatRetainsOrReleasesItsObjectIsCaught) {
   const CFTypeID clinging = _CFRuntimeRegisterClass(&kClingingClass);
   const CFTypeID eager = _CFRuntimeRegisterClass(&kEagerClass);
   EXPECT_DEATH(CFRelease(_CFRuntimeCreateInstance(nullptr, clinging, 0, nullptr)),
@@ -144,7 +146,7 @@ TEST_F(Runtime, AFinalizerThatRetainsOrReleasesItsObjectIsCaught) {
                "released while it is being freed");
 }
 
-TEST_F(Runtime, TypesThatWereNeverRegisteredMakeNoObjects) {
+TEST_F(RuntimeStrictness, TypesThatWereNeverRegisteredMakeNoObjects) {
   EXPECT_DEATH(_CFRuntimeCreateInstance(nullptr, 900, 0, nullptr), "type 900 was never registered");
 }
 
