@@ -41,7 +41,7 @@ make_project() {
 mkdir "$scratch/bin"
 program dpkg-query 'echo "ii "'
 program nproc 'echo 1'
-program cmake 'case "$*" in *ListSuites*) exit ;; esac
+program cmake 'case "$*" in *ListSuites* | *ListTests*) exit ;; esac
 echo "configured $2"
 mkdir -p "build/$2/bin"
 echo "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" >"build/$2/CMakeCache.txt"
@@ -51,7 +51,9 @@ case \"\$*\" in
 *letter*) echo no plug-in >&2; exit 2 ;;
 esac
 echo \"shotlight of $PWD in \$PWD: \$*\"" >"build/$2/bin/shotlight"
-chmod 755 "build/$2/bin/shotlight"
+sed "s/no plug-in/no Core Foundation/; s/shotlight of/checked in/" "build/$2/bin/shotlight" \
+  >"build/$2/bin/core-foundation-check"
+chmod 755 "build/$2/bin/shotlight" "build/$2/bin/core-foundation-check"
 : >"build/$2/build.ninja"'
 program ninja '[ -z "${NINJA_FAILS:-}" ] || { echo "the new failure"; exit 1; }
 [ -f "$2/build.ninja" ]'
@@ -110,8 +112,42 @@ for word in --plugin --plugin=; do
   try "test $word without a file" "$project/test" "$word"
   expect_status 2
   expect "name the plug-in's dylib"
-  expect "usage: ./test [--long] [--plugin FILE] [NAME...]"
+  expect "usage: ./test [--long] [--plugin FILE | --core-foundation LIBRARY] [NAME...]"
 done
+
+for option in "--core-foundation" "--core-foundation="; do
+  if [ "$option" = --core-foundation ]; then set -- "$option" "a library.so"; else set -- "${option}a library.so"; fi
+  echo >"a library.so"
+  try "test $option" "$project/test" "$@" Query
+  expect_status 0
+  expect "checked in $project in $project: $PWD/a library.so"
+  expect "testing over a library.so"
+  expect "tested in $project: --test-dir build/core-foundation"
+  expect "--tests-regex Query"
+  refuse "build/sanitize"
+  try "test $option without a library" "$project/test" "$option"
+  expect_status 2
+  expect "name an i386 Core Foundation"
+  expect "usage: ./test"
+done
+[ "$(readlink -f "$project/build/core-foundation/libOtherCoreFoundation.so")" = "$PWD/a library.so" ] ||
+  fail "the library that is tested"
+for file in nowhere.so .; do
+  try "test over $file" "$project/test" --core-foundation "$file"
+  expect_status 2
+  expect "$file: is no file that can be read; name an i386 Core Foundation"
+done
+try "test over no library" "$project/test" --core-foundation letter
+expect_status 2
+expect "no Core Foundation"
+refuse "tested in"
+try "test over a library that crashes" "$project/test" --core-foundation crashing
+expect_status 2
+expect "crashing: loading it ended by signal 11"
+refuse "tested in"
+try "test of a plug-in over a library" "$project/test" --core-foundation letter --plugin letter
+expect_status 2
+expect "choose different tests"
 
 for script in run test; do ln -s "../the project's own/$script" "$scratch/elsewhere/$script-link"; done
 ln -s run-link second-link
