@@ -1,32 +1,25 @@
 // What a Core Foundation may make once and keep for ever is made before anything counts.
 #include <CoreFoundation/CoreFoundation.h>
 
-#include "tests/foreign/passage.h"
+#include "tests/foreign/objects.h"
 
 namespace foreign {
 namespace {
 
-template <class Function>
-Function* behind(Function&, const char* name) {
-  return reinterpret_cast<Function*>(findOriginal(name));
-}
-#define BEHIND(function) behind(function, #function)
-
 void makeAndRelease(CFTypeRef object) {
-  static const auto release = BEHIND(CFRelease);
-  if (object) release(object);
+  if (object) CFRelease(object);
 }
 
+// After the library behind was initialised, and before whatever uses this one is.
 __attribute__((constructor)) void fillCaches() {
-  const auto makeNumber = BEHIND(CFNumberCreate);
   for (int32_t number = -16; number <= 256; ++number)
-    makeAndRelease(makeNumber(kCFAllocatorDefault, kCFNumberSInt32Type, &number));
-  makeAndRelease(BEHIND(CFStringCreateWithCString)(kCFAllocatorDefault, "", kCFStringEncodingUTF8));
-  makeAndRelease(BEHIND(CFDataCreate)(kCFAllocatorDefault, nullptr, 0));
-  makeAndRelease(BEHIND(CFArrayCreate)(kCFAllocatorDefault, nullptr, 0, &kCFTypeArrayCallBacks));
-  makeAndRelease(BEHIND(CFDictionaryCreate)(kCFAllocatorDefault, nullptr, nullptr, 0,
-                                            &kCFTypeDictionaryKeyCallBacks,
-                                            &kCFTypeDictionaryValueCallBacks));
+    makeAndRelease(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &number));
+  makeAndRelease(CFStringCreateWithCString(kCFAllocatorDefault, "", kCFStringEncodingUTF8));
+  makeAndRelease(CFDataCreate(kCFAllocatorDefault, nullptr, 0));
+  makeAndRelease(CFArrayCreate(kCFAllocatorDefault, nullptr, 0, &kCFTypeArrayCallBacks));
+  makeAndRelease(CFDictionaryCreate(kCFAllocatorDefault, nullptr, nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
+                                    &kCFTypeDictionaryValueCallBacks));
+  Behind::startCounting();
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // core-foundation-check LIBRARY: whether the tests can run over that library: it can be loaded here, has all
-// that the stand-in exports, and is none of the stand-ins. Says on standard error what is wrong; the status is
-// then 2.
+// that the stand-in exports, and is none of the stand-ins. Says on standard error what is wrong; the status
+// is then 2.
 #include <dlfcn.h>
 
 #include <cstdio>

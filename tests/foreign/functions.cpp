@@ -39,12 +39,14 @@ struct Applied {
 
 void applyToValue(const void* value, void* context) {
   const auto& applied = *static_cast<const Applied<CFArrayApplierFunction>*>(context);
+  const CalledBack calledBack;
   const OutsideCall outside;
   applied.function(value, applied.context);
 }
 
 void applyToPair(const void* key, const void* value, void* context) {
   const auto& applied = *static_cast<const Applied<CFDictionaryApplierFunction>*>(context);
+  const CalledBack calledBack;
   const OutsideCall outside;
   applied.function(key, value, applied.context);
 }
@@ -56,9 +58,11 @@ using standin::Gate;
 
 #include "foreign_functions.inc"
 
-// To the platform's compiler a constant string is data, not a call.
+// To the platform's compiler a constant string is data, not a call: nor is anything that is called for it.
 CFStringRef __CFStringMakeConstantString(const char* cStr) {
   static constinit foreign::Original<decltype(__CFStringMakeConstantString)> original;
+  const standin::Inside inside(__func__);
+  const foreign::Behind behind;
   return original.named(__func__)(cStr);
 }
 
@@ -66,6 +70,7 @@ CFStringRef __CFStringMakeConstantString(const char* cStr) {
 CFTypeRef CFRetain(CFTypeRef cf) {
   static constinit foreign::Original<decltype(CFRetain)> original;
   const Gate gate(__func__);
+  const foreign::Behind behind;
   return original.named(__func__)(cf);
 }
 
@@ -73,6 +78,7 @@ void CFRelease(CFTypeRef cf) {
   static constinit foreign::Original<decltype(CFRelease)> original;
   Gate gate(__func__);
   if (standin::gateState.watched) gate.detail(foreign::kindOf(cf));
+  const foreign::Behind behind;
   original.named(__func__)(cf);
 }
 
@@ -80,6 +86,7 @@ CFIndex CFArrayGetFirstIndexOfValue(CFArrayRef theArray, CFRange range, const vo
   static constinit foreign::Original<decltype(CFArrayGetFirstIndexOfValue)> original;
   const Gate gate(__func__);
   if (gate.fails()) return kCFNotFound;
+  const foreign::Behind behind;
   return original.named(__func__)(theArray, range, value);
 }
 
@@ -88,6 +95,7 @@ void CFArrayApplyFunction(CFArrayRef theArray, CFRange range, CFArrayApplierFunc
   const Gate gate(__func__);
   if (gate.fails()) return;
   foreign::Applied<CFArrayApplierFunction> applied = {applier, context};
+  const foreign::Behind behind;
   original.named(__func__)(theArray, range, foreign::applyToValue, &applied);
 }
 
@@ -96,6 +104,7 @@ void CFDictionaryApplyFunction(CFDictionaryRef theDict, CFDictionaryApplierFunct
   const Gate gate(__func__);
   if (gate.fails()) return;
   foreign::Applied<CFDictionaryApplierFunction> applied = {applier, context};
+  const foreign::Behind behind;
   original.named(__func__)(theDict, foreign::applyToPair, &applied);
 }
 

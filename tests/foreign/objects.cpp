@@ -44,7 +44,12 @@ struct Blocks {
   }
 };
 constinit Blocks noted{};
-constinit int creations = 0;  // that are under way
+constinit int creations = 0;  // that are under way, and count
+
+// How many gates were open when the library behind was last called, of the calls that are under way; kNoCall
+// without one. While libraries are initialised, what comes from outside is the library's own, too.
+constexpr int kNoCall = -1;
+constinit int depthBehind = 0;
 
 // The objects that count, by the block that each lies in.
 struct Counted {
@@ -123,16 +128,39 @@ const char* kindOf(CFTypeRef object) {
   return nameOf(typeOf.named("CFGetTypeID")(object));
 }
 
-Creation::Creation() : first_(noted.count) {
-  ++creations;
+Behind::Behind() : before_(depthBehind) {
+  depthBehind = standin::gateState.depth;
+}
+
+Behind::~Behind() {
+  depthBehind = before_;
+}
+
+void Behind::startCounting() {
+  depthBehind = kNoCall;
+}
+
+CalledBack::CalledBack() : before_(depthBehind) {
+  depthBehind = kNoCall;
+}
+
+CalledBack::~CalledBack() {
+  depthBehind = before_;
+}
+
+// The gate of this very call is open.
+Creation::Creation() : counts_(standin::gateState.depth - 1 != depthBehind), first_(noted.count) {
+  if (counts_) ++creations;
 }
 
 Creation::~Creation() {
+  if (!counts_) return;
   --creations;
   noted.count = first_;
 }
 
 void Creation::count(CFTypeRef object) const {
+  if (!counts_) return;
   const auto address = reinterpret_cast<uintptr_t>(object);
   // From the last one: a block may have been taken, given back and taken again.
   for (size_t i = noted.count; object && i-- > first_;) {

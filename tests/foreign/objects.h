@@ -4,8 +4,9 @@
 // An object is counted when a function that makes objects returns it and its memory was taken during that
 // call, and until that memory is given back, whoever released it last: an array that drops its elements does
 // that inside the library. So what such a function returns of what was there (an immutable string as its own
-// copy, a small number that the library keeps) counts as one object, or as none. Like the gate, it is used
-// from one thread at a time.
+// copy, a small number that the library keeps) counts as one object, or as none. What the library makes for
+// itself doesn't count, nor what is made while objects end. Like the gate, it is used from one thread at a
+// time.
 #pragma once
 
 #include <CoreFoundation/CFBase.h>
@@ -19,6 +20,34 @@ const char* kindOf(CFTypeRef object);
 // The name of a type that was registered; it must live as long as the process.
 void nameKind(CFTypeID type, const char* name);
 
+// For the time of a call of the library behind. The gate is open then; a call that comes with no other gate
+// opened in between is the library's own, or a finalizer's.
+class Behind {
+ public:
+  Behind();
+  ~Behind();
+  Behind(const Behind&) = delete;
+  Behind& operator=(const Behind&) = delete;
+
+  // What was made before this doesn't count: the library has initialised itself, and filled its caches.
+  static void startCounting();
+
+ private:
+  const int before_;
+};
+
+// For the time of a function that such a call was given: what that makes counts again.
+class CalledBack {
+ public:
+  CalledBack();
+  ~CalledBack();
+  CalledBack(const CalledBack&) = delete;
+  CalledBack& operator=(const CalledBack&) = delete;
+
+ private:
+  const int before_;
+};
+
 // For the time of a call that makes an object: notes the blocks of memory that are taken.
 class Creation {
  public:
@@ -27,10 +56,11 @@ class Creation {
   Creation(const Creation&) = delete;
   Creation& operator=(const Creation&) = delete;
 
-  // Counts the object if it is a new one. Null is none.
+  // Counts the object if it is a new one that somebody else than the library asked for. Null is none.
   void count(CFTypeRef object) const;
 
  private:
+  const bool counts_;
   const size_t first_;  // of the blocks that are noted
 };
 

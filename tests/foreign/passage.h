@@ -36,7 +36,9 @@ Result pass(Original<Result(Parameters...)>& original, const char* name,
             std::type_identity_t<Parameters>... arguments) {
   const standin::Gate gate(name);
   if (gate.fails()) return Result();
-  return original.named(name)(arguments...);
+  const auto function = original.named(name);
+  const Behind behind;
+  return function(arguments...);
 }
 
 // The same for a function whose result is the caller's.
@@ -47,7 +49,10 @@ Result create(Original<Result(Parameters...)>& original, const char* name,
   if (gate.fails()) return nullptr;
   const auto function = original.named(name);
   const Creation creation;
-  const Result object = function(arguments...);
+  const Result object = [&] {
+    const Behind behind;
+    return function(arguments...);
+  }();
   creation.count(object);
   return object;
 }

@@ -1,5 +1,6 @@
 // What a Core Foundation may do otherwise, and callers must not rely on.
 #include <CoreFoundation/CFData.h>
+#include <CoreFoundation/CFDate.h>
 #include <CoreFoundation/CFString.h>
 
 // A string's text can't be read where it lies.
@@ -11,12 +12,22 @@ const char* CFStringGetCStringPtr(CFStringRef, CFStringEncoding) {
   return nullptr;
 }
 
-// In data.cpp, under the name that it is compiled by here.
+// In data.cpp, under the names that they are compiled by here.
 CF_EXPORT CFDataRef MakeData(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length);
+CF_EXPORT CFIndex LengthOfData(CFDataRef data);
 
 // All empty data are one object, which is made once and kept.
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length) {
   if (length != 0 || allocator != kCFAllocatorDefault) return MakeData(allocator, bytes, length);
   static const CFDataRef empty = MakeData(kCFAllocatorDefault, nullptr, 0);
   return static_cast<CFDataRef>(CFRetain(empty));
+}
+
+// The library makes things of its own by its public functions, when it is loaded and when they are first
+// needed, and keeps them. It calls these functions as anybody does, through whatever stands before it.
+[[maybe_unused]] static const CFDateRef madeAtOnce = CFDateCreate(kCFAllocatorDefault, 0);
+
+CFIndex CFDataGetLength(CFDataRef data) {
+  [[maybe_unused]] static const CFDateRef madeWhenNeeded = CFDateCreate(kCFAllocatorDefault, 1);
+  return LengthOfData(data);
 }
