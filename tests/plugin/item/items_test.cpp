@@ -93,9 +93,7 @@ TEST_F(ItemMethods, ConstructorReleasesTheURLAfterTheItemIsMade) {
   const CFOwner first = own(itemOf(item));
   const host::Value folder = host::folderItem(tree_.at("f"));
   const Calls calls = callsOf([&] { host::call(item, "Constructor", folder); });
-  ASSERT_GE(calls.size(), 2u);
-  EXPECT_EQ("MDItemCreateWithURL", calls[calls.size() - 2]);
-  EXPECT_EQ("CFRelease", calls.back());
+  EXPECT_EQ((Calls{"MDItemCreateWithURL", "CFRelease"}), lastOf(calls, 2));
 }
 
 // GetAttribute
@@ -140,7 +138,7 @@ TEST_F(ItemMethods, GetAttributeReleasesTheValueThenTheKey) {
             callsOf([&] { host::call(item, "GetAttribute", "kMDItemFSSize"); }));
   standin::planAnswer("MDItemCopyAttribute", cfWitness().leak());
   const Calls calls = callsOf([&] { host::call(item, "GetAttribute", "key"); });
-  EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), Calls(calls.end() - 3, calls.end()));
+  EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), lastOf(calls, 3));
 }
 
 // GetAttributes
@@ -202,7 +200,7 @@ TEST_F(ItemMethods, GetAttributesIsNilWithoutTheServiceThatMakesInstances) {
   const auto asked = names();
   const Calls calls = callsOf([&] { EXPECT_TRUE(host::callWith(item, "GetAttributes", asked).isNil()); });
   EXPECT_EQ((Calls{"MDItemCopyAttributes", "resolve PluginNewInstance", "CFRelease", "CFRelease"}),
-            Calls(calls.end() - 4, calls.end()));
+            lastOf(calls, 4));
 }
 
 TEST_F(ItemMethods, GetAttributesReleasesTheDictionaryThenTheKeys) {
@@ -214,16 +212,15 @@ TEST_F(ItemMethods, GetAttributesReleasesTheDictionaryThenTheKeys) {
   EXPECT_EQ((Calls{"RuntimeUBound", "CFArrayCreateMutable", "RuntimeDirectReadStringArray",
                    "REALGetStringCFString", "CFArrayAppendValue", "CFRelease", "REALUnlockString",
                    "MDItemCopyAttributes", "PluginNewInstance", "CFDictionaryApplyFunction"}),
-            Calls(once.begin(), once.begin() + 10));
-  EXPECT_EQ((Calls{"REALUnlockObject", "REALUnlockObject", "CFRelease", "CFRelease"}),
-            Calls(once.end() - 4, once.end()));
+            firstOf(once, 10));
+  EXPECT_EQ((Calls{"REALUnlockObject", "REALUnlockObject", "CFRelease", "CFRelease"}), lastOf(once, 4));
   // The dictionary's end is seen by the end of a value that it alone holds.
   const CFOwner key = cfText("key");
   CFOwner witness = cfWitness();
   standin::planAnswer("MDItemCopyAttributes", cfDictionary({{key.get(), witness.get()}}).leak());
   witness = {};
   const Calls calls = callsOf([&] { host::callWith(item, "GetAttributes", asked); });
-  EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), Calls(calls.end() - 3, calls.end()));
+  EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), lastOf(calls, 3));
   EXPECT_EQ((Calls{"CFRelease CFDictionary", "CFRelease CFArray"}),
             lastOf(detailedCallsOf([&] { host::callWith(item, "GetAttributes", asked); }), 2));
 }

@@ -170,8 +170,7 @@ TEST_F(Schema, ReleasesTheMetaAttributesThenTheKey) {
     planMeta({{other.get(), witness.get()}});
     witness = {};
     const Calls calls = callsOf([&] { ask(method); });
-    EXPECT_EQ((Calls{"CFDictionaryGetValue", "CFRelease", "value finalized", "CFRelease"}),
-              Calls(calls.end() - 4, calls.end()))
+    EXPECT_EQ((Calls{"CFDictionaryGetValue", "CFRelease", "value finalized", "CFRelease"}), lastOf(calls, 4))
         << method;
   }
 }

@@ -266,7 +266,7 @@ TEST_F(TypedAttributes, OfAWrongTypeReleaseTheValueThenTheKeyAfterRaising) {
     host::Value answer;
     const Calls calls = callsOf([&] { answer = host::call(item, getter, "key"); });
     EXPECT_EQ((Calls{"REALUnlockObject", "REALUnlockString", "CFRelease", "value finalized", "CFRelease"}),
-              Calls(calls.end() - 5, calls.end()))
+              lastOf(calls, 5))
         << getter;
   }
   EXPECT_EQ(8u, host::takeExceptions().size());

@@ -144,7 +144,7 @@ TEST_F(Values, CopyIsReleasedBeforeTheName) {
   witness = {};
   standin::planAnswer(kValues, held);
   const Calls calls = callsOf([&] { host::call(query, "ValuesOfAttribute", "kMDItemFSSize"); });
-  EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), Calls(calls.end() - 3, calls.end()));
+  EXPECT_EQ((Calls{"CFRelease", "value finalized", "CFRelease"}), lastOf(calls, 3));
 }
 
 TEST_F(Values, AreCounted) {
@@ -173,8 +173,8 @@ TEST_F(Values, AreCountedAfterBothConversionsAndTheNameIsReleasedFirst) {
   const host::Value query = found();
   count(query, "kMDItemFSSize", true);
   const Calls calls = callsOf([&] { count(query, "kMDItemFSSize", true); });
-  EXPECT_EQ("REALGetStringCFString", calls.front());
-  EXPECT_EQ((Calls{kCount, "CFRelease", "CFRelease"}), Calls(calls.end() - 3, calls.end()));
+  EXPECT_EQ(Calls{"REALGetStringCFString"}, firstOf(calls, 1));
+  EXPECT_EQ((Calls{kCount, "CFRelease", "CFRelease"}), lastOf(calls, 3));
   EXPECT_EQ((Calls{"CFRelease CFString", "CFRelease CFBoolean"}),
             lastOf(detailedCallsOf([&] { count(query, "kMDItemFSSize", true); }), 2));
   // With only one of the two there is one to release, and no call between.
@@ -182,7 +182,7 @@ TEST_F(Values, AreCountedAfterBothConversionsAndTheNameIsReleasedFirst) {
        {std::pair<host::Value, host::Value>{host::Value::nullString(), true}, {"kMDItemFSSize", nullptr}}) {
     const Calls half = callsOf([&, &name = name, &value = value] { count(query, name, value); });
     EXPECT_EQ(1, std::count(half.begin(), half.end(), "CFRelease"));
-    EXPECT_EQ("CFRelease", half.back());
+    EXPECT_EQ(Calls{"CFRelease"}, lastOf(half, 1));
     EXPECT_EQ(0, std::count(half.begin(), half.end(), kCount));
   }
 }

@@ -76,7 +76,7 @@ TEST_P(LiveUpdates, AndGatheringHappenOnlyWhileTheRunLoopRuns) {
   runLoop();
   EXPECT_TRUE(host::call(query_, "IsGatheringComplete").boolean());
   EXPECT_EQ(1, count());
-  EXPECT_EQ("Finish", heard_.back());
+  EXPECT_EQ(Texts{"Finish"}, lastOf(heard_, 1));
   EXPECT_EQ(1, std::count(heard_.begin(), heard_.end(), "Finish"));
   heard_.clear();
   tree_.file("b.txt");
@@ -238,7 +238,7 @@ TEST_P(LiveUpdates, AndProgressComeInBatchesOfTheQuerysSize) {
     heard_.clear();
     host::call(query_, "Execute", 0);
     runLoop();
-    EXPECT_EQ("Finish", heard_.back());
+    EXPECT_EQ(Texts{"Finish"}, lastOf(heard_, 1));
     EXPECT_EQ(20, count());
     return std::count(heard_.begin(), heard_.end(), "Progress");
   };

@@ -81,13 +81,11 @@ TEST_F(SearchScope, WithStorageIsReadWithTheseCalls) {
   const auto act = [&] { host::call(query, "SetSearchScope", paths, options); };
   act();
   const Calls calls = callsOf(act);
-  EXPECT_EQ((Calls{"CFArrayCreateMutable", "RuntimeUBound", "REALLockObject"}),
-            Calls(calls.begin(), calls.begin() + 3));
-  const auto appended = std::find(calls.begin(), calls.end(), "CFArrayAppendValue");
+  EXPECT_EQ((Calls{"CFArrayCreateMutable", "RuntimeUBound", "REALLockObject"}), firstOf(calls, 3));
   EXPECT_EQ((Calls{"CFArrayAppendValue", "CFRelease", "REALUnlockObject", "RuntimeUBound", "REALLockString",
                    "REALGetStringCFString", "CFArrayAppendValue", "CFRelease", "REALUnlockString",
                    "MDQuerySetSearchScope", "CFRelease"}),
-            Calls(appended, calls.end()));
+            fromFirst("CFArrayAppendValue", calls));
 }
 
 TEST_F(SearchScope, WithoutStorageAsksForEachElementsProcedureAnew) {
@@ -99,12 +97,12 @@ TEST_F(SearchScope, WithoutStorageAsksForEachElementsProcedureAnew) {
   act();
   const Calls calls = callsOf(act);
   EXPECT_EQ((Calls{"CFArrayCreateMutable", "RuntimeUBound", "RuntimeArrayDirectGetGetProc", "array get"}),
-            Calls(calls.begin(), calls.begin() + 4));
+            firstOf(calls, 4));
   EXPECT_EQ(2, std::count(calls.begin(), calls.end(), "RuntimeArrayDirectGetGetProc"));
   EXPECT_EQ((Calls{"CFArrayAppendValue", "CFRelease", "REALUnlockObject", "RuntimeUBound",
                    "RuntimeDirectReadStringArray", "REALGetStringCFString", "CFArrayAppendValue", "CFRelease",
                    "REALUnlockString", "MDQuerySetSearchScope", "CFRelease"}),
-            Calls(calls.end() - 11, calls.end()));
+            lastOf(calls, 11));
 }
 
 TEST_F(SearchScope, WithoutTheBoundServiceIsTheFirstElements) {
