@@ -19,7 +19,7 @@ __attribute__((constructor)) void fillCaches() {
   makeAndRelease(CFArrayCreate(kCFAllocatorDefault, nullptr, 0, &kCFTypeArrayCallBacks));
   makeAndRelease(CFDictionaryCreate(kCFAllocatorDefault, nullptr, nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
                                     &kCFTypeDictionaryValueCallBacks));
-  Behind::startCounting();
+  depthBehind = kNoCall;  // what is made from now on counts
 }
 
 }  // namespace

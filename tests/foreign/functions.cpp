@@ -3,9 +3,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <dlfcn.h>
 
-#include <cstring>
-#include <optional>
-
 #include "standin/corefoundation/CFRuntime.h"
 #include "tests/foreign/passage.h"
 
@@ -19,36 +16,49 @@ void* findOriginal(const char* name) {
 
 namespace {
 
-// A function that was handed to a collection. If the outermost call is that of a stand-in library, the
-// function is that library's own, and its calls don't count.
-class OutsideCall {
+// A function that was handed to a collection, and what it runs in: its calls count, unless the outermost call
+// is that of a stand-in library, whose own function it then is. All of it lies with the call, and little of
+// that: a thousand levels of dictionaries fit in half a megabyte of stack, with all that calls from one to
+// the next.
+template <class Function>
+class Applied {
  public:
-  OutsideCall() {
-    if (std::strncmp(standin::currentCall(), "CF", 2) == 0) callout_.emplace();
+  Applied(Function function, void* context) : function_(function), context_(context) {}
+  // Also when an exception of the function's passes through the library.
+  ~Applied() { goBack(); }
+  Applied(const Applied&) = delete;
+  Applied& operator=(const Applied&) = delete;
+
+  template <class... Values>
+  void call(Values... values) {
+    if (isOutside()) standin::gateState.depth = 0;
+    depthBehind = kNoCall;
+    function_(values..., context_);
+    goBack();
   }
 
  private:
-  std::optional<standin::Callout> callout_;
-};
+  bool isOutside() const { return outermost_[0] == 'C' && outermost_[1] == 'F'; }
+  void goBack() const {
+    standin::gateState.depth = depth_;
+    standin::gateState.outermost = outermost_;
+    depthBehind = depth_;
+  }
 
-template <class Function>
-struct Applied {
-  Function function;
-  void* context;
+  const Function function_;
+  void* const context_;
+  const int depth_ = standin::gateState.depth;
+  const char* const outermost_ = standin::gateState.outermost;
 };
+typedef Applied<CFArrayApplierFunction> AppliedToValues;
+typedef Applied<CFDictionaryApplierFunction> AppliedToPairs;
 
-void applyToValue(const void* value, void* context) {
-  const auto& applied = *static_cast<const Applied<CFArrayApplierFunction>*>(context);
-  const CalledBack calledBack;
-  const OutsideCall outside;
-  applied.function(value, applied.context);
+void applyToValue(const void* value, void* applied) {
+  static_cast<AppliedToValues*>(applied)->call(value);
 }
 
-void applyToPair(const void* key, const void* value, void* context) {
-  const auto& applied = *static_cast<const Applied<CFDictionaryApplierFunction>*>(context);
-  const CalledBack calledBack;
-  const OutsideCall outside;
-  applied.function(key, value, applied.context);
+void applyToPair(const void* key, const void* value, void* applied) {
+  static_cast<AppliedToPairs*>(applied)->call(key, value);
 }
 
 }  // namespace
@@ -94,8 +104,8 @@ void CFArrayApplyFunction(CFArrayRef theArray, CFRange range, CFArrayApplierFunc
   static constinit foreign::Original<decltype(CFArrayApplyFunction)> original;
   const Gate gate(__func__);
   if (gate.fails()) return;
-  foreign::Applied<CFArrayApplierFunction> applied = {applier, context};
   const foreign::Behind behind;
+  foreign::AppliedToValues applied(applier, context);
   original.named(__func__)(theArray, range, foreign::applyToValue, &applied);
 }
 
@@ -103,8 +113,8 @@ void CFDictionaryApplyFunction(CFDictionaryRef theDict, CFDictionaryApplierFunct
   static constinit foreign::Original<decltype(CFDictionaryApplyFunction)> original;
   const Gate gate(__func__);
   if (gate.fails()) return;
-  foreign::Applied<CFDictionaryApplierFunction> applied = {applier, context};
   const foreign::Behind behind;
+  foreign::AppliedToPairs applied(applier, context);
   original.named(__func__)(theDict, foreign::applyToPair, &applied);
 }
 

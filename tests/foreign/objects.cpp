@@ -19,6 +19,9 @@ void __libc_free(void* block);
 }
 
 namespace foreign {
+
+constinit int depthBehind = 0;
+
 namespace {
 
 // Nothing here may use operator new, which comes back through here.
@@ -45,11 +48,6 @@ struct Blocks {
 };
 constinit Blocks noted{};
 constinit int creations = 0;  // that are under way, and count
-
-// How many gates were open when the library behind was last called, of the calls that are under way; kNoCall
-// without one. While libraries are initialised, what comes from outside is the library's own, too.
-constexpr int kNoCall = -1;
-constinit int depthBehind = 0;
 
 // The objects that count, by the block that each lies in.
 struct Counted {
@@ -126,26 +124,6 @@ void nameKind(CFTypeID type, const char* name) {
 const char* kindOf(CFTypeRef object) {
   static constinit Original<decltype(CFGetTypeID)> typeOf;
   return nameOf(typeOf.named("CFGetTypeID")(object));
-}
-
-Behind::Behind() : before_(depthBehind) {
-  depthBehind = standin::gateState.depth;
-}
-
-Behind::~Behind() {
-  depthBehind = before_;
-}
-
-void Behind::startCounting() {
-  depthBehind = kNoCall;
-}
-
-CalledBack::CalledBack() : before_(depthBehind) {
-  depthBehind = kNoCall;
-}
-
-CalledBack::~CalledBack() {
-  depthBehind = before_;
 }
 
 // The gate of this very call is open.

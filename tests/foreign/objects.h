@@ -13,6 +13,8 @@
 
 #include <cstddef>
 
+#include "standin/gate/gate.h"
+
 namespace foreign {
 
 // The type of an object as the ledger and detailed logs name it: "CFString".
@@ -20,29 +22,20 @@ const char* kindOf(CFTypeRef object);
 // The name of a type that was registered; it must live as long as the process.
 void nameKind(CFTypeID type, const char* name);
 
-// For the time of a call of the library behind. The gate is open then; a call that comes with no other gate
-// opened in between is the library's own, or a finalizer's.
+// How many gates were open when the library behind was last called, of the calls that are under way: a call
+// that comes with no other gate opened in between is the library's own, or a finalizer's. kNoCall without
+// one, and while a function runs that was handed to the library. While libraries are initialised it is 0:
+// what comes from outside is the library's own, too.
+extern int depthBehind;
+inline constexpr int kNoCall = -1;
+
+// For the time of a call of the library behind, with the gate open.
 class Behind {
  public:
-  Behind();
-  ~Behind();
+  Behind() : before_(depthBehind) { depthBehind = standin::gateState.depth; }
+  ~Behind() { depthBehind = before_; }
   Behind(const Behind&) = delete;
   Behind& operator=(const Behind&) = delete;
-
-  // What was made before this doesn't count: the library has initialised itself, and filled its caches.
-  static void startCounting();
-
- private:
-  const int before_;
-};
-
-// For the time of a function that such a call was given: what that makes counts again.
-class CalledBack {
- public:
-  CalledBack();
-  ~CalledBack();
-  CalledBack(const CalledBack&) = delete;
-  CalledBack& operator=(const CalledBack&) = delete;
 
  private:
   const int before_;
