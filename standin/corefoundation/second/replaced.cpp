@@ -12,9 +12,10 @@ const char* CFStringGetCStringPtr(CFStringRef, CFStringEncoding) {
   return nullptr;
 }
 
-// In data.cpp, under the names that they are compiled by here.
+// Under the names that they have here (renamed.cpp).
 CF_EXPORT CFDataRef MakeData(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length);
 CF_EXPORT CFIndex LengthOfData(CFDataRef data);
+CF_EXPORT CFStringRef ConstantString(const char* cStr);
 
 // All empty data are one object, which is made once and kept.
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length) {
@@ -30,4 +31,10 @@ CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex len
 CFIndex CFDataGetLength(CFDataRef data) {
   [[maybe_unused]] static const CFDateRef madeWhenNeeded = CFDateCreate(kCFAllocatorDefault, 1);
   return LengthOfData(data);
+}
+
+CFStringRef __CFStringMakeConstantString(const char* cStr) {
+  const CFStringRef string = ConstantString(cStr);
+  CFHash(string);  // as a table of constants would ask
+  return string;
 }
