@@ -23,7 +23,10 @@ Alternative plainValue(std::string_view bytes) {
   return value;
 }
 
+// What lies beyond all dates, or is no number, stays as it is.
 Date dateOf(ClockTime time) {
+  constexpr double kBeyondAllDates = 1e15;
+  if (!(std::abs(time.seconds) < kBeyondAllDates)) return {time.seconds};
   const double whole = std::floor(time.seconds);
   const int64_t shown = static_cast<int64_t>(whole) + kFrom1970To2001;
   return {static_cast<double>(timeOfClock(shown) - kFrom1970To2001) + (time.seconds - whole)};
@@ -50,19 +53,20 @@ Value valueOf(size_t alternative, std::string_view bytes) {
 
 std::string encodeAttributes(const MediaAttributes& attributes) {
   std::string bytes;
-  for (const auto& [attribute, owned] : attributes) {
-    const auto append = [&bytes, attribute = attribute, type = static_cast<uint8_t>(owned.index())](const auto& value) {
+  for (const auto& each : attributes) {
+    const auto append = [&](const auto& value) {
       const char* data = reinterpret_cast<const char*>(&value);
       size_t length = sizeof value;
       if constexpr (std::is_same_v<std::decay_t<decltype(value)>, std::string>) {
         data = value.data();
         length = value.size();
       }
-      const Header header{attribute, type, 0, static_cast<uint32_t>(length)};
+      const Header header{each.first, static_cast<uint8_t>(each.second.index()), 0,
+                          static_cast<uint32_t>(length)};
       bytes.append(reinterpret_cast<const char*>(&header), sizeof header);
       bytes.append(data, length);
     };
-    std::visit(append, owned);
+    std::visit(append, each.second);
   }
   return bytes;
 }

@@ -248,7 +248,8 @@ void year(const MediaTag& tag, Values& values) {
 void productOfTwo(const MediaTag& tag, Values& values) {
   long long first = 0, second = 0;
   if (std::sscanf(std::string(firstText(tag)).c_str(), "%lld %lld", &first, &second) == 2) {
-    values.emplace_back(int64_t{first * second});
+    int64_t product = 0;
+    if (!__builtin_mul_overflow(first, second, &product)) values.emplace_back(product);
   }
 }
 

@@ -3,7 +3,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 namespace standin::metadata {
@@ -14,18 +13,7 @@ constexpr size_t kAskedAhead = 8;
 // Starting a process takes as long as reading some files does.
 constexpr size_t kWorthAnotherProcess = 8;
 constexpr int kMostFailedStarts = 3;
-constexpr size_t kLongestAnswer = 64 << 20;
-constexpr size_t kLongestLine = 32;
 constexpr std::string_view kReady = "ready\n";
-
-struct AnswerWord {
-  std::string_view word;
-  ReaderAnswer::Kind kind;
-};
-constexpr AnswerWord kAnswerWords[] = {{"ok ", ReaderAnswer::Read},
-                                       {"part ", ReaderAnswer::Part},
-                                       {"error ", ReaderAnswer::Refused},
-                                       {"unreadable ", ReaderAnswer::Unreadable}};
 
 }  // namespace
 
@@ -94,23 +82,6 @@ bool ReaderPool::askMore(Reader& reader) {
   return true;
 }
 
-ReaderPool::Parsed ReaderPool::parse(std::string_view received, ReaderAnswer& answer, size_t& length) {
-  const size_t end = received.find('\n');
-  if (end == std::string_view::npos) return received.size() > kLongestLine ? Parsed::Nonsense : Parsed::More;
-  for (const AnswerWord& each : kAnswerWords) {
-    if (!received.starts_with(each.word)) continue;
-    size_t size = 0;
-    const char* const last = received.data() + end;
-    const auto parsed = std::from_chars(received.data() + each.word.size(), last, size);
-    if (parsed.ec != std::errc() || parsed.ptr != last || size > kLongestAnswer) return Parsed::Nonsense;
-    length = end + 1 + size;
-    if (received.size() < length) return Parsed::More;
-    answer = {each.kind, std::string(received.substr(end + 1, size))};
-    return Parsed::Answer;
-  }
-  return Parsed::Nonsense;
-}
-
 // False when the process failed, and is gone.
 bool ReaderPool::takeAnswers(Reader& reader) {
   const bool goesOn = reader.process->receive(reader.received);
@@ -126,8 +97,9 @@ bool ReaderPool::takeAnswers(Reader& reader) {
   while (reader.ready && used < reader.received.size()) {
     ReaderAnswer answer;
     size_t length = 0;
-    parsed = reader.asked.empty() ? Parsed::Nonsense
-                                  : parse(std::string_view(reader.received).substr(used), answer, length);
+    parsed = reader.asked.empty()
+                 ? Parsed::Nonsense
+                 : parseAnswer(std::string_view(reader.received).substr(used), answer, length);
     if (parsed != Parsed::Answer) break;
     used += length;
     taken.emplace_back(std::move(reader.asked.front()), std::move(answer));

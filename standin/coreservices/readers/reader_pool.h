@@ -21,19 +21,9 @@
 #include <vector>
 
 #include "standin/coreservices/readers/child_process.h"
+#include "standin/coreservices/readers/reader_answer.h"
 
 namespace standin::metadata {
-
-struct ReaderAnswer {
-  enum Kind {
-    Read,
-    Part,        // of what is in it
-    Refused,     // and it would be again, as long as the file stays as it is
-    Unreadable,  // perhaps for the moment only
-  };
-  Kind kind;
-  std::string bytes;  // what was read, or why nothing was
-};
 
 class ReaderPool {
  public:
@@ -97,8 +87,6 @@ class ReaderPool {
   bool askMore(Reader& reader);
   void forgetOthersProcesses();
   bool takeAnswers(Reader& reader);
-  enum class Parsed { Answer, More, Nonsense };
-  static Parsed parse(std::string_view received, ReaderAnswer& answer, size_t& length);
   void fail(Reader& reader, const std::string& how, bool ended);
   void giveUp(const std::string& why);
   std::string howToHave() const;
