@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <span>
 
 #include "macho/format/bytes.h"
 #include "macho/format/files.h"
@@ -176,7 +175,10 @@ std::string Object::nameOf(uint32_t section, uint32_t offset) const {
 }
 
 Object readObject(const std::string& path) {
-  const std::vector<uint8_t> contents = readWholeFile(path);
+  return readObjectContents(path, readWholeFile(path));
+}
+
+Object readObjectContents(const std::string& path, std::span<const uint8_t> contents) {
   try {
     return ObjectReader(path, Bytes(contents.data(), contents.size())).read();
   } catch (const FormatError& error) {

@@ -5,6 +5,7 @@
 #include <compare>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -71,5 +72,7 @@ struct Object {
 
 // Its sections are divided into atoms. Throws LinkError.
 Object readObject(const std::string& path);
+// The same for a file that was read already. `path` is what messages call it. A fuzzer calls this.
+Object readObjectContents(const std::string& path, std::span<const uint8_t> contents);
 
 }  // namespace macho
