@@ -12,6 +12,11 @@ if(SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+option(FUZZ "Build what libFuzzer calls, by clang; takes the sanitizers" OFF)
+if(FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
+endif()
+
 # A library that was built apart must be found beside its user, wherever the build folder is moved.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 

@@ -36,6 +36,7 @@ make_project() {
   cp "$root/run" "$root/test" "$1"
   cp "$root/cmake/packages.sh" "$1/cmake"
   cp "$root/.ci/run" "$1/.ci"
+  cp -R "$root/fuzz" "$1"
 }
 
 mkdir "$scratch/bin"
@@ -80,6 +81,29 @@ expect_status 0
 try "test in its folder" ./test plugin
 expect_status 0
 expect "tested in $project: --test-dir build/sanitize"
+refuse "build/fuzz"
+try "test of the slow tier" ./test --long plugin
+expect_status 0
+expect "tested in $project: --test-dir build/fuzz"
+
+for target in nothing ""; do
+  try "a fuzz target that is not there" fuzz/run "$target"
+  expect_status 2
+  expect "there is no target '$target'"
+  expect "targets: text_patterns queries"
+done
+try "a fuzz target for no time" fuzz/run --built queries tomorrow
+expect_status 2
+expect "tomorrow is neither a number of seconds nor a file"
+mkdir -p build/fuzz/bin
+printf '#!/bin/sh\necho "fuzzed: $*"\n: >build/fuzz/findings/queries/crash-1\nexit 77\n' >build/fuzz/bin/fuzz-queries
+chmod 755 build/fuzz/bin/fuzz-queries
+try "a finding" fuzz/run --built queries 5
+expect_status 77
+expect "-max_total_time=5"
+expect "build/fuzz/corpus/queries fuzz/seeds/queries"
+expect "repeat it with: fuzz/run queries $project/build/fuzz/findings/queries/crash-1"
+rm -rf build/fuzz
 
 # A file is named from where the command is given.
 cd "$scratch/elsewhere" || exit 2
