@@ -87,6 +87,18 @@ void moveField(uint8_t* field, const uint8_t* original, Bytes image) {
   std::memcpy(field, &distance, sizeof distance);
 }
 
+// The fields are where a function begins, by its distance, and how long it is. One that reached further would
+// stand for functions of other libraries, and the next exception would take them for it.
+void requireFunctionInside(const uint8_t* fields, Bytes image) {
+  uint32_t distance, length;
+  std::memcpy(&distance, fields, sizeof distance);
+  std::memcpy(&length, fields + sizeof distance, sizeof length);
+  const uint32_t begin = reinterpret_cast<uintptr_t>(fields) + distance;
+  if (length > image.size() - (begin - reinterpret_cast<uintptr_t>(image.data()))) {
+    throw FormatError("malformed: its __eh_frame has a function that ends outside of it");
+  }
+}
+
 }  // namespace
 
 Frames::Frames(Bytes frames, Bytes image) {
@@ -99,6 +111,7 @@ Frames::Frames(Bytes frames, Bytes image) {
   for (const auto* fields : {&map.functions, &map.languageData, &map.personalities}) {
     for (const uint32_t offset : *fields) moveField(bytes + offset, frames.data() + offset, image);
   }
+  for (const uint32_t offset : map.functions) requireFunctionInside(frames.data() + offset, image);
   for (const auto& range : map.instructions) {
     swapStackRegisters(bytes + range.offset, frames.slice(range.offset, range.size));
   }

@@ -185,6 +185,20 @@ TEST_F(HostileFile, WhoseRebasesReachOutOfItsData) {
                 "malformed: an address is to be set in a segment that is not there");
 }
 
+// Found by fuzz/macho_images: the unwinder took functions of other libraries for this one.
+TEST_F(HostileFile, WhoseFunctionEndsOutsideOfIt) {
+  const size_t common = bytes_.find("zPLR") - 9;
+  uint32_t size;
+  std::memcpy(&size, &bytes_[common], sizeof size);
+  const size_t function = common + sizeof size + size;
+  for (const uint32_t length : {8u << 20, 0xFFFFFFFFu}) {
+    constexpr size_t kLengthField = 12;
+    std::string bytes = bytes_;
+    std::memcpy(&bytes[function + kLengthField], &length, sizeof length);
+    expectRefused(bytes, "malformed: its __eh_frame has a function that ends outside of it");
+  }
+}
+
 // The plug-in as a Mac's linker writes it. All that it imports is taken to be here: it isn't run.
 class OtherLinkersFile : public HostileFile {
  protected:
