@@ -29,11 +29,12 @@ std::vector<uint8_t> readFile(const std::string& path) {
 // The image while it is put together: everything still writable.
 class Assembly {
  public:
-  Assembly(const DylibFile& dylib, Mapping& mapping) : dylib_(dylib), mapping_(mapping) {}
+  Assembly(Bytes file, const DylibFile& dylib, Mapping& mapping)
+      : file_(file), dylib_(dylib), mapping_(mapping) {}
 
-  void copySegments(Bytes file) {
+  void copySegments() {
     for (const SegmentCommand& segment : dylib_.segments) {
-      const Bytes contents = file.slice(segment.fileOffset, segment.fileSize);
+      const Bytes contents = file_.slice(segment.fileOffset, segment.fileSize);
       if (contents.size()) std::memcpy(at(segment), contents.data(), contents.size());
     }
   }
@@ -41,7 +42,7 @@ class Assembly {
   uint32_t slide() const { return reinterpret_cast<uintptr_t>(mapping_.base()) - dylib_.memory.address; }
 
   void rebaseAll() {
-    readRebases(dylib_.rebases, dylib_.memory.size, [&](FixupPlace place) {
+    readRebases(dylib_.rebases, mostFixups(), [&](FixupPlace place) {
       uint8_t* word = writableWord(place);
       uint32_t address;
       std::memcpy(&address, word, sizeof address);
@@ -62,8 +63,8 @@ class Assembly {
         address -= reinterpret_cast<uintptr_t>(word + sizeof address);
       std::memcpy(word, &address, sizeof address);
     };
-    readBinds(dylib_.binds, BindStream::kOrdinary, dylib_.memory.size, visit);
-    readBinds(dylib_.lazyBinds, BindStream::kLazy, dylib_.memory.size, visit);
+    readBinds(dylib_.binds, BindStream::kOrdinary, mostFixups(), visit);
+    readBinds(dylib_.lazyBinds, BindStream::kLazy, mostFixups(), visit);
     requireBoundStubs();
     // An exception that finds no frames ends the process.
     if (canCatch && !dylib_.frames) {
@@ -84,6 +85,10 @@ class Assembly {
   }
 
  private:
+  // Each has words of its own in the file. The memory can be a thousand times as large, and the same word
+  // could be set over and over.
+  uint32_t mostFixups() const { return static_cast<uint32_t>(file_.size()); }
+
   // Everything is bound now, so that what is missing is told before anything runs. A stub that still goes to
   // the helper would ask for the binder at its first call.
   void requireBoundStubs() const {
@@ -121,6 +126,7 @@ class Assembly {
     return at(segment) + place.offset;
   }
 
+  const Bytes file_;
   const DylibFile& dylib_;
   Mapping& mapping_;
 };
@@ -180,8 +186,8 @@ Image loadContents(const std::string& path, std::span<const uint8_t> contents, c
   try {
     const DylibFile dylib = readDylib(file);
     auto parts = std::make_unique<Image::Parts>(dylib.memory.size);
-    Assembly assembly(dylib, parts->mapping);
-    assembly.copySegments(file);
+    Assembly assembly(file, dylib, parts->mapping);
+    assembly.copySegments();
     assembly.rebaseAll();
     assembly.bindAll(options);
     parts->exports.assign(dylib.exports.data(), dylib.exports.data() + dylib.exports.size());

@@ -1,5 +1,7 @@
 // Damaged dylibs: each is refused with a reason, or loads; none brings the process down.
 #include <cstring>
+#include <string>
+#include <utility>
 
 #include "macho/format/format.h"
 #include "tests/macho/toolbox.h"
@@ -183,6 +185,23 @@ TEST_F(HostileFile, WhoseRebasesReachOutOfItsData) {
                 "malformed: an address is to be set outside of its segment");
   expectRefused(withRebases({0x11, 0x29, 0x00, 0x51, 0x00}),
                 "malformed: an address is to be set in a segment that is not there");
+}
+
+// The same word over and over: where memory was large, a small file took seconds.
+TEST_F(HostileFile, WhoseRebasesAreMoreThanItsBytes) {
+  macho::DyldInfoCommand info;
+  std::string bytes =
+      changed<macho::DyldInfoCommand>(macho::kDyldInfoOnly, [&](macho::DyldInfoCommand& found) {
+        found.rebaseSize += std::exchange(found.bindSize, 0);
+        info = found;
+      });
+  // 12,000 times the first word of __DATA, each time a word back.
+  std::string stream("\x11\x21\x00\x80\xE0\x5D\xFC\xFF\xFF\xFF\x0F", 11);
+  ASSERT_LE(stream.size(), info.rebaseSize);
+  ASSERT_GT(12000U, bytes.size());
+  stream.resize(info.rebaseSize);
+  bytes.replace(info.rebaseOffset, info.rebaseSize, stream);
+  expectRefused(bytes, "malformed: more rebases than the image has room for");
 }
 
 // Found by fuzz/macho_images: the unwinder took functions of other libraries for this one.
