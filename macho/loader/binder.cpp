@@ -52,6 +52,12 @@ void* Binder::address(const Bind& bind) {
 }
 
 void* Binder::findOwn(const std::string& symbol) {
+  const auto [entry, isNew] = foundOwn_.emplace(symbol, nullptr);
+  if (isNew) entry->second = lookUpOwn(symbol);
+  return entry->second;
+}
+
+void* Binder::lookUpOwn(const std::string& symbol) {
   const auto own = findExport(dylib_.exports, symbol);
   if (!own) return nullptr;
   if (!own->reexported.empty()) return find(own->reexported);

@@ -30,12 +30,14 @@ class Binder {
  private:
   void* find(const std::string& symbol);
   void* findOwn(const std::string& symbol);
+  void* lookUpOwn(const std::string& symbol);
   std::string libraryName(int32_t ordinal) const;
 
   const DylibFile& dylib_;
   const uint8_t* base_;
   const LoadOptions& options_;
-  std::unordered_map<std::string, void*> found_;
+  // Each name is looked for once: a few bytes can ask for it as often as the file has bytes.
+  std::unordered_map<std::string, void*> found_, foundOwn_;
 };
 
 }  // namespace macho
