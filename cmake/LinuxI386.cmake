@@ -6,13 +6,22 @@ add_link_options(-m32)
 # std::filesystem's status(), file_size() and copy_file() fail for files dated before 1901 or after 2038. Use stat().
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
+option(FUZZ "Build what libFuzzer calls, by clang; takes the sanitizers" OFF)
 option(SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 if(SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+  if(NOT FUZZ)
+    # Its objects of test code and of dylibs are used here; it is brought up to date first, also when only this build is
+    # asked for.
+    set(PLAIN_BUILD ${CMAKE_SOURCE_DIR}/build/default CACHE PATH "The default build")
+    if(NOT EXISTS ${PLAIN_BUILD}/build.ninja)
+      execute_process(COMMAND ${CMAKE_COMMAND} --preset default -B ${PLAIN_BUILD} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
+        COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+  endif()
 endif()
 
-option(FUZZ "Build what libFuzzer calls, by clang; takes the sanitizers" OFF)
 if(FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
 endif()

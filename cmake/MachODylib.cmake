@@ -53,7 +53,8 @@ endfunction()
 #                 [INCLUDE_DIRS folder...] [HEADERS_ISYSTEM folder...])
 #
 # Makes the target NAME, built with everything, which produces OUTPUT. The path is also its MACHO_DYLIB property. The
-# target NAME-debug, built on request, makes OUTPUT.debug for gdb. Its debug information comes from objects of their own:
+# linker is this build's; with the sanitizers the objects are the default build's, as they would be the same. The target
+# NAME-debug, built on request, makes OUTPUT.debug for gdb. Its debug information comes from objects of their own:
 # with it clang makes the same code, but orders functions and variables otherwise and describes more frames.
 function(add_macho_dylib name)
   cmake_parse_arguments(PARSE_ARGV 1 dylib "" "IMPORTS;INSTALL_NAME;VERSION;OUTPUT"
@@ -75,6 +76,9 @@ function(add_macho_dylib name)
   endforeach()
 
   set(objects_folder ${CMAKE_BINARY_DIR}/${name}.macho)
+  if(SANITIZE)
+    set(objects_folder ${PLAIN_BUILD}/${name}.macho)
+  endif()
   set(debug_folder ${CMAKE_BINARY_DIR}/${name}.macho-debug)
   set(objects "")
   set(debug_objects "")
@@ -82,7 +86,9 @@ function(add_macho_dylib name)
     cmake_path(ABSOLUTE_PATH source NORMALIZE)
     cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${CMAKE_SOURCE_DIR} OUTPUT_VARIABLE relative)
     string(REPLACE "../" "up/" relative ${relative})
-    clang_compile(${source} ${objects_folder}/${relative}.o "${relative} for i386 macOS" ${flags})
+    if(NOT SANITIZE)
+      clang_compile(${source} ${objects_folder}/${relative}.o "${relative} for i386 macOS" ${flags})
+    endif()
     clang_compile(${source} ${debug_folder}/${relative}.o "${relative} for i386 macOS, with debug information"
       ${flags} ${MACHO_DEBUG_FLAGS})
     # Relative, so that the debug map fits both folders.
@@ -95,6 +101,12 @@ function(add_macho_dylib name)
     list(APPEND exported -exported ${symbol})
   endforeach()
   list(TRANSFORM objects PREPEND ${objects_folder}/ OUTPUT_VARIABLE object_files)
+  if(SANITIZE)
+    set_property(GLOBAL APPEND PROPERTY PLAIN_OBJECTS ${object_files})
+  else()
+    add_custom_target(${name}-objects DEPENDS ${object_files})
+    set_property(GLOBAL APPEND PROPERTY PLAIN_TARGETS ${name}-objects)
+  endif()
   cmake_path(GET dylib_OUTPUT PARENT_PATH folder)
   file(MAKE_DIRECTORY ${folder})
   add_custom_command(OUTPUT ${dylib_OUTPUT}

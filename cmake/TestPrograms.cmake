@@ -2,12 +2,6 @@
 # linked from its objects: only what is tested is built twice.
 
 if(SANITIZE)
-  set(PLAIN_BUILD ${CMAKE_SOURCE_DIR}/build/default CACHE PATH "The default build, whose test code is used")
-  # It is brought up to date first, also when only this build is asked for.
-  if(NOT EXISTS ${PLAIN_BUILD}/build.ninja)
-    execute_process(COMMAND ${CMAKE_COMMAND} --preset default -B ${PLAIN_BUILD} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
-      COMMAND_ERROR_IS_FATAL ANY)
-  endif()
   foreach(library gtest gtest_main)
     add_library(${library} STATIC IMPORTED GLOBAL)
     set_target_properties(${library} PROPERTIES IMPORTED_LOCATION ${PLAIN_BUILD}/lib/lib${library}.a)
@@ -35,7 +29,7 @@ function(add_test_code name)
     list(TRANSFORM objects APPEND .o)
     add_library(${name} OBJECT IMPORTED GLOBAL)
     set_target_properties(${name} PROPERTIES IMPORTED_OBJECTS "${objects}")
-    set_property(GLOBAL APPEND PROPERTY TEST_OBJECTS ${objects})
+    set_property(GLOBAL APPEND PROPERTY PLAIN_OBJECTS ${objects})
   else()
     add_library(${name} OBJECT ${code_SOURCES})
     target_compile_options(${name} PRIVATE ${TEST_FLAGS})
@@ -43,7 +37,7 @@ function(add_test_code name)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${code_LIBRARIES} gtest)  # whose definitions are in the precompiled header
     target_precompile_headers(${name} REUSE_FROM test-headers)
-    set_property(GLOBAL APPEND PROPERTY TEST_CODE ${name})
+    set_property(GLOBAL APPEND PROPERTY PLAIN_TARGETS ${name})
   endif()
 endfunction()
 
@@ -61,7 +55,7 @@ endfunction()
 # add_suites(NAME PROGRAM [argument...] [LEFT_OUT SUITE.TEST...] [LONG SUITE...])
 #
 # Registers each suite of a test program, run with these arguments, as the test NAME.SUITE, without the tests left out.
-# The suites that are LONG are run in the long tier only.
+# The suites that are LONG, or "all", are run in the long tier only.
 function(add_suites name program)
   cmake_parse_arguments(PARSE_ARGV 2 suites "" "" "LEFT_OUT;LONG")
   list(JOIN suites_LEFT_OUT ":" left_out)
@@ -73,25 +67,29 @@ function(add_suites name program)
     BYPRODUCTS ${file}
     VERBATIM)
   # Until the program is built there is one test, which fails.
+  set(not_built "add_test(${name}.NOT_BUILT ${name}.NOT_BUILT)")
+  if(suites_LONG STREQUAL "all")
+    string(APPEND not_built "\n  set_tests_properties(${name}.NOT_BUILT PROPERTIES LABELS long)")
+  endif()
   file(GENERATE OUTPUT ${file}.include CONTENT
-    "if(EXISTS \"${file}\")\n  include(\"${file}\")\nelse()\n  add_test(${name}.NOT_BUILT ${name}.NOT_BUILT)\nendif()\n")
+    "if(EXISTS \"${file}\")\n  include(\"${file}\")\nelse()\n  ${not_built}\nendif()\n")
   set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${file}.include)
 endfunction()
 
 # Called once, after all test programs.
 function(finish_test_programs)
   if(SANITIZE)
-    get_property(objects GLOBAL PROPERTY TEST_OBJECTS)
+    get_property(objects GLOBAL PROPERTY PLAIN_OBJECTS)
     foreach(library gtest gtest_main)
       list(APPEND libraries ${PLAIN_BUILD}/lib/lib${library}.a)
     endforeach()
-    add_custom_target(test-code
-      COMMAND ${CMAKE_COMMAND} --build ${PLAIN_BUILD} --target test-code
+    add_custom_target(plain-objects
+      COMMAND ${CMAKE_COMMAND} --build ${PLAIN_BUILD} --target for-sanitizers
       BYPRODUCTS ${objects} ${libraries}
-      COMMENT "Bringing the test code of ${PLAIN_BUILD} up to date"
+      COMMENT "Bringing the objects of ${PLAIN_BUILD} up to date"
       VERBATIM)
   else()
-    get_property(code GLOBAL PROPERTY TEST_CODE)
-    add_custom_target(test-code DEPENDS ${code} gtest gtest_main)
+    get_property(targets GLOBAL PROPERTY PLAIN_TARGETS)
+    add_custom_target(for-sanitizers DEPENDS ${targets} gtest gtest_main)
   endif()
 endfunction()
