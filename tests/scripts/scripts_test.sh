@@ -113,6 +113,19 @@ for word in --plugin --plugin=; do
   expect "usage: ./test [--long] [--plugin FILE] [NAME...]"
 done
 
+# Nothing is installed or built for a wrong number.
+for numbers in x 0 -1 "5 x" "5 99999999999" "5 6 7"; do
+  # shellcheck disable=SC2086
+  try "test --mutants $numbers" "$project/test" --mutants $numbers
+  expect_status 2
+  expect "test: --mutants"
+  expect "       ./test --mutants [N [SEED]]"
+  refuse "building"
+done
+try "test --mutants with tests" "$project/test" Query --mutants
+expect_status 2
+expect "--mutants must be the first argument"
+
 for script in run test; do ln -s "../the project's own/$script" "$scratch/elsewhere/$script-link"; done
 ln -s run-link second-link
 try "run through a link" ./run-link keys
