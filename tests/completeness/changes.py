@@ -16,12 +16,18 @@ OPERATORS = {
 }
 # Names with a counterpart: an owner that keeps or hands over, a reference that is taken over or retained.
 COUNTERPARTS = {"get": "leak", "leak": "get", "adopt": "retain", "retain": "adopt", "true": "false", "false": "true"}
-# A pointer of any type that isn't null; declared in each source before everything else.
+# A pointer of any type that isn't null. PREFIX declares it, in each source before everything else.
 ANY_POINTER = "AnyPointer()"
-ANY_POINTER_HEADER = """struct AnyPointer {
+PREFIX = """struct AnyPointer {
   template <typename T>
   constexpr operator T*() const { return reinterpret_cast<T*>(64); }
 };
+#include <ApplicationServices/ApplicationServices.h>
+#include <Carbon/Carbon.h>
+#include <CoreServices/CoreServices.h>
+#include <new>
+#include <stdlib.h>
+#include <string.h>
 """
 
 LOOPS = (CursorKind.FOR_STMT, CursorKind.CXX_FOR_RANGE_STMT, CursorKind.WHILE_STMT)
@@ -345,8 +351,6 @@ class FileFinder:
         if not self.text[span[0] : span[1]].endswith(")"):
             return
         self.exchanged(arguments)
-        for argument, where in arguments:
-            self.nulled(argument, where)
 
     def exchanged(self, values):
         for (one, one_span), (other, other_span) in zip(values, values[1:]):
@@ -358,12 +362,6 @@ class FileFinder:
             swapped = (self.text[other_span[0] : other_span[1]] + self.text[one_span[1] : other_span[0]]
                        + self.text[one_span[0] : one_span[1]])
             self.add(one_span[0], other_span[1], swapped, "exchanged")
-
-    def nulled(self, value, span):
-        if not span or not plain_type(value) or self.text[span[0] : span[1]] == "nullptr":
-            return
-        if value.type.get_canonical().kind == TypeKind.POINTER and self.text[span[0]] not in '"':
-            self.add(*span, "nullptr", "null")
 
     def initialisers(self, cursor):
         values = [(child, self.span(child)) for child in cursor.get_children()]
@@ -385,12 +383,10 @@ class FileFinder:
             return
         if target.kind == CursorKind.ENUM_CONSTANT_DECL or re.match(r"k[A-Z]", name):
             kind = cursor.type.get_canonical().kind
-            if kind == TypeKind.POINTER:
+            if kind == TypeKind.POINTER and name != "kCFAllocatorDefault":  # is null
                 self.add(*span, "nullptr", "null")
             elif kind != TypeKind.RECORD:
                 self.add(*span, f"static_cast<decltype({name})>({name} + 1)", "constant")
-        elif target.kind == CursorKind.FUNCTION_DECL and not self.text.startswith("(", span[1]):
-            self.add(*span, "nullptr", "null")
 
 
 def plain_type(cursor):

@@ -20,7 +20,7 @@ TABLE = "tests/completeness/equivalent.txt"
 PATIENCE = 10
 GRACE = 10
 # How many suites are run one by one first; and in how many seconds a suite is quick.
-FIRST = 3
+FIRST = 6
 QUICK = 0.7
 
 NOTICED, SURVIVED, SAME_CODE, NOT_COMPILED = "noticed", "survived", "same code", "not compiled"
@@ -30,7 +30,7 @@ NOTICED, SURVIVED, SAME_CODE, NOT_COMPILED = "noticed", "survived", "same code",
 # noticed. The owners are passed as the other compiler does, which made the tests. What the sanitizers would say ends the
 # process; of a date that is infinite the seconds are whatever the processor makes of them.
 COMPILER = "clang++-14"
-FLAGS = ["-U__clang__"]
+FLAGS = ['-Dtrivial_abi=annotate("")']
 PLAIN = ["-O0", "-fsanitize=undefined", "-fsanitize-trap=undefined", "-fno-sanitize=function,vptr,float-cast-overflow"]
 OPTIMISED = ["-O2"]
 
@@ -44,17 +44,18 @@ class Compiler:
         self.sources = os.path.join(folder, "src")
         shutil.rmtree(folder, ignore_errors=True)
         plugin.copy_sources(build.root, self.sources)
-        self.any_pointer = os.path.join(self.sources, "any_pointer.h")
-        with open(self.any_pointer, "w", encoding="utf-8") as file:
-            file.write(changes.ANY_POINTER_HEADER)
+
+    def prefix_of(self, optimise):
+        """What all sources include of the platform, compiled once for all folders."""
+        return os.path.join(os.path.dirname(self.folder), "prefix", "optimised.pch" if optimise else "plain.pch")
 
     def object_of(self, name, optimise=False):
         return os.path.join(self.folder, "optimised" if optimise else "objects", name + ".o")
 
     def compile(self, name, optimise=False):
         """Whether it worked, and what the compiler says. Equal code becomes equal objects, in whichever folder."""
-        flags = [*FLAGS, *(OPTIMISED if optimise else PLAIN), "-include", self.any_pointer]
-        flags += [f"-ffile-prefix-map={self.sources}=."]
+        flags = [*FLAGS, *(OPTIMISED if optimise else PLAIN), f"-ffile-prefix-map={self.sources}=."]
+        flags += ["-include-pch", self.prefix_of(optimise)]
         return self.build.compile(name, self.sources, self.object_of(name, optimise), flags, COMPILER)
 
 
@@ -63,10 +64,24 @@ class Plain(Compiler):
 
     def __init__(self, build, folder):
         super().__init__(build, folder)
+        for optimise in (False, True):
+            self.compile_prefix(optimise)
         with concurrent.futures.ThreadPoolExecutor(plugin.processors()) as pool:
             list(pool.map(self.compile_or_fail, build.sources))
         self.objects = {name: self.object_of(name) for name in build.sources}
         self.included = {name: self.read_included(name) for name in build.sources}
+
+    def compile_prefix(self, optimise):
+        output = self.prefix_of(optimise)
+        os.makedirs(os.path.dirname(output), exist_ok=True)
+        source = os.path.join(os.path.dirname(output), "prefix.h")
+        with open(source, "w", encoding="utf-8") as file:
+            file.write(changes.PREFIX)
+        words = [word for word in self.build.commands[self.build.sources[0]] if re.match(r"-(D|I|std|m|f)", word)]
+        result = plugin.run([COMPILER, *words, *FLAGS, *(OPTIMISED if optimise else PLAIN), "-g0", "-x", "c++-header", source,
+                             "-o", output])
+        if result.returncode:
+            raise plugin.Failure(f"the platform's headers don't compile:\n{result.stdout}")
 
     def compile_or_fail(self, name, optimise=False):
         compiled, said = self.compile(name, optimise)
@@ -143,9 +158,24 @@ class Judges:
         self.suites = plugin.find_suites(build)
         self.lock = threading.Lock()
         self.noticed_by = collections.defaultdict(collections.Counter)
+        self.read_log(os.path.join(work, "log"))
         plain = Plain(build, os.path.join(work, "plain"))
-        self.workers = [Worker(plain, os.path.join(work, f"worker-{number}")) for number in range(plugin.processors())]
+        self.workers = [Worker(plain, os.path.join(work, f"worker-{number}")) for number in range(plugin.processors() + 1)]
         self.measure(self.workers[0].programs, plain)
+
+    def learn(self, file, suite):
+        for place in (file, os.path.dirname(file)):
+            self.noticed_by[place][suite] += 1
+
+    def read_log(self, path):
+        """What an earlier run has learnt."""
+        if not os.path.exists(path):
+            return
+        with open(path, encoding="utf-8") as log:
+            for line in log:
+                verdict, name, suite = line.rstrip("\n").split("\t")
+                if verdict == NOTICED:
+                    self.learn(name.split(" | ")[0], suite)
 
     def measure(self, programs, plain):
         if not programs.link_library(plain.objects) or not programs.link_objects_tests(plain.objects):
@@ -157,10 +187,11 @@ class Judges:
             suite.seconds = time.monotonic() - before
 
     def rounds_for(self, file):
-        """First the suites that noticed most changes of this file in a second, then all others that are quick, those of a
-        program in one process, and at last what takes long."""
+        """First the suites that noticed most changes of this file in a second, or of its folder, then all others that are
+        quick, those of a program in one process, and at last what takes long."""
+        folder = os.path.dirname(file)
         with self.lock:
-            noticed = self.noticed_by[file].copy()
+            noticed = {s.name: self.noticed_by[file][s.name] + self.noticed_by[folder][s.name] / 10 for s in self.suites}
         order = sorted(self.suites, key=lambda s: (-noticed[s.name] / (s.seconds + 0.02), s.seconds))
         first = [suite for suite in order[:FIRST] if noticed[suite.name]]
         others = [suite for suite in order if suite not in first]
@@ -182,7 +213,7 @@ class Judges:
                 with self.lock:
                     free.append(worker)
             with self.lock:
-                self.noticed_by[change.file][suite] += 1
+                self.learn(change.file, suite)
                 report(change, verdict, suite)
 
         with concurrent.futures.ThreadPoolExecutor(len(self.workers)) as pool:

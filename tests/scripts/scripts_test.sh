@@ -122,9 +122,14 @@ for numbers in x 0 -1 "5 x" "5 99999999999" "5 6 7"; do
   expect "       ./test --mutants [N [SEED]]"
   refuse "building"
 done
-try "test --mutants with tests" "$project/test" Query --mutants
+for option in --mutants --coverage; do
+  try "test $option with tests" "$project/test" Query $option
+  expect_status 2
+  expect "$option must be the first argument"
+done
+try "test --coverage with a test" "$project/test" --coverage Query
 expect_status 2
-expect "--mutants must be the first argument"
+expect "--coverage takes nothing else; 'Query' is too much"
 
 for script in run test; do ln -s "../the project's own/$script" "$scratch/elsewhere/$script-link"; done
 ln -s run-link second-link

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "bridge/strings.h"
+#include "host/startup.h"
 #include "tests/plugin/objects/fixture.h"
 
 namespace {
@@ -71,6 +72,13 @@ TEST_F(CFStrings, AZeroUnitEndsTheHostString) {
   EXPECT_EQ("one", stringOf(string.get()).bytes());
 }
 
+TEST_F(CFStrings, AZeroUnitAtTheStartMakesTheNullString) {
+  start();
+  for (const size_t length : {1u, 99u, 100u}) {
+    EXPECT_FALSE(CFString2RBString(cfString(std::u16string(length, u'\0')).get())) << length;
+  }
+}
+
 // Every way to an empty host string, which is a handle with no bytes.
 struct HostCase {
   const char* what;
@@ -105,6 +113,35 @@ INSTANTIATE_TEST_SUITE_P(Hosts, EmptyString,
                                                   without({}, {"REALGetStringCFString", "PluginGetStringData",
                                                                "PluginDisposeStringData"})},
                                          HostCase{"from an old host's buffer", host::oldHost()}));
+
+TEST_F(CFStrings, AreNullWhereTheHostTellsNoBytes) {
+  start(without({}, {"REALGetStringCFString", "PluginGetStringData", "StringGetCString"}));
+  for (const uint32_t encoding : {host::kEncodingUtf8, host::kEncodingUtf16}) {
+    EXPECT_FALSE(RBString2CFString(handle(host::Value::string("text", encoding))));
+  }
+}
+
+// An old host's string whose text is nowhere.
+int locked = 0;
+void lockString(REALstring) {
+  ++locked;
+}
+void unlockString(REALstring) {
+  --locked;
+}
+void* resolveLocks(const char* name) {
+  if (strcmp(name, "REALLockString") == 0) return reinterpret_cast<void*>(lockString);
+  if (strcmp(name, "REALUnlockString") == 0) return reinterpret_cast<void*>(unlockString);
+  return nullptr;
+}
+
+TEST_F(CFStrings, AreNullForAnOldStringWithoutABuffer) {
+  gResolver = resolveLocks;
+  rbversion = 2011.43;
+  uint32_t record[4] = {0, 0, 0, 7};
+  EXPECT_FALSE(RBString2CFString(reinterpret_cast<REALstring>(record)));
+  EXPECT_EQ(0, locked);
+}
 
 TEST_F(CFStrings, OfOddUTF16BytesLeaveOutTheLast) {
   start(without({}, {"REALGetStringCFString"}));

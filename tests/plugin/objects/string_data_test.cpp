@@ -114,6 +114,40 @@ TEST_F(StringData, IsFalseWithoutTheBytes) {
   EXPECT_FALSE(ScopedStringData(handle(string)).bytes());
 }
 
+char* noBytes(REALstring) {
+  return nullptr;
+}
+void* resolveWithoutBytes(const char* name) {
+  return strcmp(name, "StringGetCString") == 0 ? reinterpret_cast<void*>(noBytes) : host::resolve(name);
+}
+
+TEST_F(StringData, IsFalseWhenTheHostTellsNoBytes) {
+  startWithoutService();
+  gResolver = resolveWithoutBytes;
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  const size_t before = blocksKept();
+  REALstringData data = {};
+  EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
+  EXPECT_EQ(nullptr, data.data);
+  EXPECT_FALSE(ScopedStringData(handle(string)).bytes());
+  EXPECT_EQ(before, blocksKept());
+}
+
+TEST_F(StringData, OfACopyIsFreedOnce) {
+  startWithoutService();
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  const size_t before = blocksKept();
+  {
+    ScopedStringData data(handle(string));
+    EXPECT_EQ(before + 1, blocksKept());
+    data.reset();
+    EXPECT_EQ(before, blocksKept());
+    EXPECT_EQ(nullptr, data.bytes());
+    data.reset();
+  }
+  EXPECT_EQ(before, blocksKept());
+}
+
 TEST_F(StringData, IsFalseWithoutTheLength) {
   startWithoutService({"REALLoadGlobalMethod"});
   const auto string = host::Value::string("text", host::kEncodingUtf8);
