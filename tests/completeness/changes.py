@@ -61,6 +61,10 @@ class Source:
     def line_of(self, position):
         return self.text.count("\n", 0, position) + 1
 
+    def place_of(self, position):
+        """Line and column, from 1."""
+        return self.line_of(position), position - self.text.rfind("\n", 0, position)
+
     def line_text(self, position):
         start = self.text.rfind("\n", 0, position) + 1
         return one_line(self.text[start : self.text.index("\n", position)])

@@ -9,6 +9,7 @@ import json
 import os
 import shutil
 import sys
+import time
 
 import plugin
 
@@ -40,24 +41,40 @@ def compile_all(build, work):
     return objects
 
 
-def run_tests(build, work):
-    """The programs, and the file with what they counted."""
+def link_programs(build, work):
+    """The programs with counters."""
     programs = plugin.Programs(build, work)
     objects = compile_all(build, work)
     runtime = output_of([COMPILER, "-print-resource-dir"]).strip() + "/lib/linux/libclang_rt.profile-i386.a"
     flags = ["-u__llvm_profile_runtime", runtime]
     if not programs.link_library(objects, flags) or not programs.link_objects_tests(objects, flags):
         raise plugin.Failure(f"the plug-in can't be linked with {runtime}")
-    counts = os.path.join(work, "counts")
+    return programs
+
+
+def run_suites(programs, suites, folder):
+    """The file with what these suites counted; None where they left out all their tests."""
+    os.makedirs(folder)
     # Programs that are run again add to what is there; the counts of each binary have a file of their own.
-    os.environ["LLVM_PROFILE_FILE"] = os.path.join(counts, "%m.profraw")
-    for suite in plugin.find_suites(build):
+    os.environ["LLVM_PROFILE_FILE"] = os.path.join(folder, "%m.profraw")
+    for suite in suites:
+        before = time.monotonic()
         if not programs.passes(suite, SECONDS):
-            raise plugin.Failure(f"{suite.name} fails; {programs.output} has what it printed")
-    merged = os.path.join(work, "counts.profdata")
-    raw = [os.path.join(counts, name) for name in os.listdir(counts)]
+            raise plugin.Failure(f"{suite.name} fails as it is; {programs.output} has what it printed")
+        suite.seconds = time.monotonic() - before
+    del os.environ["LLVM_PROFILE_FILE"]
+    merged = os.path.join(folder, "counts.profdata")
+    raw = [os.path.join(folder, name) for name in os.listdir(folder) if name.endswith(".profraw")]
+    if not raw:
+        return None
     output_of(["llvm-profdata-14", "merge", "-o", merged, *raw])
-    return programs, merged
+    return merged
+
+
+def export(programs, counts, *options):
+    """What llvm-cov says of the counts."""
+    command = ["llvm-cov-14", "export", programs.library, "-object", programs.objects_tests, f"-instr-profile={counts}"]
+    return json.loads(output_of([*command, *options]))["data"][0]
 
 
 class Sources:
@@ -138,16 +155,16 @@ def main():
     work = os.path.realpath(arguments.work)
     shutil.rmtree(work, ignore_errors=True)
     os.makedirs(work)
-    programs, counts = run_tests(build, work)
-    what = [programs.library, "-object", programs.objects_tests, f"-instr-profile={counts}"]
+    programs = link_programs(build, work)
+    counts = run_suites(programs, plugin.find_suites(build), os.path.join(work, "counts"))
     folders = [os.path.join(build.root, folder) for folder in plugin.FOLDERS]
     html = os.path.join(work, "html")
-    output_of(["llvm-cov-14", "show", "-format=html", "-show-branches=count", f"-output-dir={html}", *what, *folders])
-    exported = json.loads(output_of(["llvm-cov-14", "export", *what]))["data"][0]
-    sources, code, branches = count(exported["functions"], build.root)
+    output_of(["llvm-cov-14", "show", "-format=html", "-show-branches=count", f"-output-dir={html}",
+               programs.library, "-object", programs.objects_tests, f"-instr-profile={counts}", *folders])
+    sources, code, branches = count(export(programs, counts)["functions"], build.root)
     rows = untaken(sources, code, branches)
 
-    summary = json.loads(output_of(["llvm-cov-14", "export", "-summary-only", *what, *folders]))["data"][0]["totals"]["lines"]
+    summary = export(programs, counts, "-summary-only", *folders)["totals"]["lines"]
     print_share("lines", summary["covered"], summary["count"])
     print_share("pieces of code", sum(times > 0 for times in code.values()), len(code))
     print_share("branches", sum((true > 0) + (false > 0) for true, false in branches.values()), 2 * len(branches))

@@ -13,6 +13,7 @@ import threading
 import time
 
 import changes
+import coverage
 import plugin
 
 TABLE = "tests/completeness/equivalent.txt"
@@ -64,22 +65,21 @@ class Plain(Compiler):
 
     def __init__(self, build, folder):
         super().__init__(build, folder)
+        source = self.prefix_of(False) + ".h"
+        os.makedirs(os.path.dirname(source), exist_ok=True)
+        with open(source, "w", encoding="utf-8") as file:
+            file.write(changes.PREFIX)
         for optimise in (False, True):
-            self.compile_prefix(optimise)
+            self.compile_prefix(source, optimise)
         with concurrent.futures.ThreadPoolExecutor(plugin.processors()) as pool:
             list(pool.map(self.compile_or_fail, build.sources))
         self.objects = {name: self.object_of(name) for name in build.sources}
         self.included = {name: self.read_included(name) for name in build.sources}
 
-    def compile_prefix(self, optimise):
-        output = self.prefix_of(optimise)
-        os.makedirs(os.path.dirname(output), exist_ok=True)
-        source = os.path.join(os.path.dirname(output), "prefix.h")
-        with open(source, "w", encoding="utf-8") as file:
-            file.write(changes.PREFIX)
+    def compile_prefix(self, source, optimise):
         words = [word for word in self.build.commands[self.build.sources[0]] if re.match(r"-(D|I|std|m|f)", word)]
         result = plugin.run([COMPILER, *words, *FLAGS, *(OPTIMISED if optimise else PLAIN), "-g0", "-x", "c++-header", source,
-                             "-o", output])
+                             "-o", self.prefix_of(optimise)])
         if result.returncode:
             raise plugin.Failure(f"the platform's headers don't compile:\n{result.stdout}")
 
@@ -151,10 +151,43 @@ class Worker:
         return compiled and filecmp.cmp(self.compiler.object_of(name, True), self.plain.optimised(name), shallow=False)
 
 
+class Reach:
+    """Which suites run which code: no other can notice a change there."""
+
+    def __init__(self, build, work, suites):
+        self.suites = suites
+        self.reached_by = collections.defaultdict(set)
+        self.pieces = collections.defaultdict(list)
+        shutil.rmtree(work, ignore_errors=True)
+        programs = coverage.link_programs(build, work)
+        for number, suite in enumerate(suites):
+            counts = coverage.run_suites(programs, [suite], os.path.join(work, "counts", str(number)))
+            if not counts:
+                continue
+            _, code, _ = coverage.count(coverage.export(programs, counts)["functions"], build.root)
+            for place, times in code.items():
+                if times:
+                    self.reached_by[place].add(suite.name)
+                elif place not in self.reached_by:
+                    self.reached_by[place] = set()
+        for place in self.reached_by:
+            self.pieces[place[0]].append(((place[1], place[2]), (place[3], place[4]), place))
+
+    def suites_for(self, file, place):
+        """Of a line and column. All, where there is no code but a table or a declaration."""
+        around = [piece for piece in self.pieces[file] if piece[0] <= place < piece[1]]
+        if not around:
+            return self.suites
+        start = max(piece[0] for piece in around)
+        names = set().union(*(self.reached_by[piece[2]] for piece in around if piece[0] == start))
+        return [suite for suite in self.suites if suite.name in names]
+
+
 class Judges:
     """All workers, and what they have learnt: which suites notice changes of which file."""
 
-    def __init__(self, build, work):
+    def __init__(self, build, work, sources):
+        self.sources = sources
         self.suites = plugin.find_suites(build)
         self.lock = threading.Lock()
         self.noticed_by = collections.defaultdict(collections.Counter)
@@ -162,6 +195,7 @@ class Judges:
         plain = Plain(build, os.path.join(work, "plain"))
         self.workers = [Worker(plain, os.path.join(work, f"worker-{number}")) for number in range(plugin.processors() + 1)]
         self.measure(self.workers[0].programs, plain)
+        self.reach = Reach(build, os.path.join(work, "reach"), self.suites)
 
     def learn(self, file, suite):
         for place in (file, os.path.dirname(file)):
@@ -186,13 +220,14 @@ class Judges:
                 raise plugin.Failure(f"{suite.name} fails without any change; run ./test first")
             suite.seconds = time.monotonic() - before
 
-    def rounds_for(self, file):
-        """First the suites that noticed most changes of this file in a second, or of its folder, then all others that are
-        quick, those of a program in one process, and at last what takes long."""
-        folder = os.path.dirname(file)
+    def rounds_for(self, change):
+        """Of the suites that run the code: first those that noticed most changes of this file in a second, or of its
+        folder, then all others that are quick, those of a program in one process, and at last what takes long."""
+        file, folder = change.file, os.path.dirname(change.file)
+        suites = self.reach.suites_for(file, self.sources[file].place_of(change.start))
         with self.lock:
-            noticed = {s.name: self.noticed_by[file][s.name] + self.noticed_by[folder][s.name] / 10 for s in self.suites}
-        order = sorted(self.suites, key=lambda s: (-noticed[s.name] / (s.seconds + 0.02), s.seconds))
+            noticed = {s.name: self.noticed_by[file][s.name] + self.noticed_by[folder][s.name] / 10 for s in suites}
+        order = sorted(suites, key=lambda s: (-noticed[s.name] / (s.seconds + 0.02), s.seconds))
         first = [suite for suite in order[:FIRST] if noticed[suite.name]]
         others = [suite for suite in order if suite not in first]
         quick = [suite for suite in others if suite.seconds < QUICK and not suite.takes_objects]
@@ -208,7 +243,7 @@ class Judges:
             with self.lock:
                 worker = free.pop()
             try:
-                verdict, suite = worker.judge(change, self.rounds_for(change.file))
+                verdict, suite = worker.judge(change, self.rounds_for(change))
             finally:
                 with self.lock:
                     free.append(worker)
@@ -292,7 +327,7 @@ def main():
         chosen = chosen[: arguments.sample]
         print(f"{len(chosen)} of {len(names)} changes, drawn with the seed {seed}", flush=True)
     work = os.path.realpath(arguments.work)
-    judges = Judges(build, work)
+    judges = Judges(build, work, sources)
     with open(os.path.join(work, "log"), "w", encoding="utf-8") as log:
         report = Report(names, sources, table, log)
         judges.judge_all(chosen, report.add)

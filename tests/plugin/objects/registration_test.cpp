@@ -219,6 +219,11 @@ TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {
   EXPECT_EQ(nullptr, FixProperties(kProperties, INT32_MAX));
 }
 
+TEST(BeforeStartUp, TheVersionsAreThoseOfAHostThatTellsNone) {
+  EXPECT_EQ(0.0, rbversion);
+  EXPECT_EQ(12, CurrentREALControlVersion);
+}
+
 // The words that the plug-in's own classes are made of.
 struct ClassCase {
   const REALclassDefinition* record;

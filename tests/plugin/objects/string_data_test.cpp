@@ -148,6 +148,33 @@ TEST_F(StringData, OfACopyIsFreedOnce) {
   EXPECT_EQ(before, blocksKept());
 }
 
+// A host that throws when the bytes come back.
+int givenBack = 0;
+void throwOnReturn(REALstringData*) {
+  ++givenBack;
+  throw 7;
+}
+void* resolveThrowing(const char* name) {
+  return strcmp(name, "PluginDisposeStringData") == 0 ? reinterpret_cast<void*>(throwOnReturn)
+                                                      : host::resolve(name);
+}
+
+TEST_F(StringData, GoesBackOnceAlsoToAHostThatThrows) {
+  startWithoutService();
+  gResolver = resolveThrowing;
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  char* bytes = nullptr;
+  EXPECT_THROW(
+      {
+        ScopedStringData data(handle(string));
+        bytes = const_cast<char*>(data.bytes());
+        data.reset();
+      },
+      int);
+  EXPECT_EQ(1, givenBack);
+  free(bytes);
+}
+
 TEST_F(StringData, IsFalseWithoutTheLength) {
   startWithoutService({"REALLoadGlobalMethod"});
   const auto string = host::Value::string("text", host::kEncodingUtf8);

@@ -122,8 +122,10 @@ TEST_P(Events, PassOverNullsAndLeaveNoHole) {
 TEST_P(Events, OfAListOfNullsAloneCarryAnEmptyArray) {
   const CFOwner items = cfUnretainedArray({nullptr, nullptr});
   const CFOwner info = cfDictionary({{kMDQueryUpdateAddedItems, items.get()}});
-  post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get()));
+  const Calls calls =
+      callsOf([&] { post(kMDQueryDidUpdateNotification, static_cast<CFDictionaryRef>(info.get())); });
   EXPECT_EQ((std::vector<size_t>{0, 0, 0}), sizes(arguments_));
+  EXPECT_EQ(0, std::count(calls.begin(), calls.end(), "PluginNewInstance"));
 }
 
 // The exception comes out where the notification was posted, and nothing stays behind.
