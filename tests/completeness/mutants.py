@@ -23,6 +23,8 @@ GRACE = 10
 # How many suites are run one by one first; and in how many seconds a suite is quick.
 FIRST = 6
 QUICK = 0.7
+# From how many changes on it pays to find out first which suites run which code.
+MANY = 100
 
 NOTICED, SURVIVED, SAME_CODE, NOT_COMPILED = "noticed", "survived", "same code", "not compiled"
 
@@ -174,19 +176,19 @@ class Reach:
             self.pieces[place[0]].append(((place[1], place[2]), (place[3], place[4]), place))
 
     def suites_for(self, file, place):
-        """Of a line and column. All, where there is no code but a table or a declaration."""
+        """Of a line and column. All, where there is no code but a table or a declaration, or what runs in the compiler."""
         around = [piece for piece in self.pieces[file] if piece[0] <= place < piece[1]]
         if not around:
             return self.suites
         start = max(piece[0] for piece in around)
         names = set().union(*(self.reached_by[piece[2]] for piece in around if piece[0] == start))
-        return [suite for suite in self.suites if suite.name in names]
+        return [suite for suite in self.suites if suite.name in names] or self.suites
 
 
 class Judges:
     """All workers, and what they have learnt: which suites notice changes of which file."""
 
-    def __init__(self, build, work, sources):
+    def __init__(self, build, work, sources, count):
         self.sources = sources
         self.suites = plugin.find_suites(build)
         self.lock = threading.Lock()
@@ -195,7 +197,7 @@ class Judges:
         plain = Plain(build, os.path.join(work, "plain"))
         self.workers = [Worker(plain, os.path.join(work, f"worker-{number}")) for number in range(plugin.processors() + 1)]
         self.measure(self.workers[0].programs, plain)
-        self.reach = Reach(build, os.path.join(work, "reach"), self.suites)
+        self.reach = Reach(build, os.path.join(work, "reach"), self.suites) if count >= MANY else None
 
     def learn(self, file, suite):
         for place in (file, os.path.dirname(file)):
@@ -224,7 +226,8 @@ class Judges:
         """Of the suites that run the code: first those that noticed most changes of this file in a second, or of its
         folder, then all others that are quick, those of a program in one process, and at last what takes long."""
         file, folder = change.file, os.path.dirname(change.file)
-        suites = self.reach.suites_for(file, self.sources[file].place_of(change.start))
+        place = self.sources[file].place_of(change.start)
+        suites = self.reach.suites_for(file, place) if self.reach else self.suites
         with self.lock:
             noticed = {s.name: self.noticed_by[file][s.name] + self.noticed_by[folder][s.name] / 10 for s in suites}
         order = sorted(suites, key=lambda s: (-noticed[s.name] / (s.seconds + 0.02), s.seconds))
@@ -327,7 +330,7 @@ def main():
         chosen = chosen[: arguments.sample]
         print(f"{len(chosen)} of {len(names)} changes, drawn with the seed {seed}", flush=True)
     work = os.path.realpath(arguments.work)
-    judges = Judges(build, work, sources)
+    judges = Judges(build, work, sources, len(chosen))
     with open(os.path.join(work, "log"), "w", encoding="utf-8") as log:
         report = Report(names, sources, table, log)
         judges.judge_all(chosen, report.add)
