@@ -331,8 +331,15 @@ class FileFinder:
                 continue
             if self.declared_names(one) & set(re.findall(r"\w+", self.text[other_start:end])):
                 continue
+            if not self.does(start, one_end) or not self.does(other_start, end):
+                continue
             swapped = self.text[other_start:end] + self.text[one_end:other_start] + self.text[start:one_end]
             self.add(start, end, swapped, "statements exchanged")
+
+    def does(self, start, end):
+        """Whether a statement calls something or leaves the function or loop. What only computes may as well come later."""
+        text = re.sub(r"static_cast<[^;()]*?>\(|sizeof\(", "", self.text[start:end])
+        return re.search(r"[\w>]\(|\b(return|continue|break)\b", text)
 
     def declared_names(self, cursor):
         if cursor.kind != CursorKind.DECL_STMT:
@@ -387,8 +394,9 @@ class FileFinder:
             return
         if target.kind == CursorKind.ENUM_CONSTANT_DECL or re.match(r"k[A-Z]", name):
             kind = cursor.type.get_canonical().kind
-            if kind == TypeKind.POINTER and name != "kCFAllocatorDefault":  # is null
-                self.add(*span, "nullptr", "null")
+            if kind == TypeKind.POINTER:
+                if name != "kCFAllocatorDefault":  # it is null
+                    self.add(*span, "nullptr", "null")
             elif kind != TypeKind.RECORD:
                 self.add(*span, f"static_cast<decltype({name})>({name} + 1)", "constant")
 

@@ -6,6 +6,15 @@
 #include "host/startup.h"
 #include "tests/plugin/objects/fixture.h"
 
+// What the platform is given to write a text to; this program is linked with --wrap for it.
+static std::vector<CFIndex> rooms;
+extern "C" Boolean __real_CFStringGetCString(CFStringRef, char*, CFIndex, CFStringEncoding);
+extern "C" Boolean __wrap_CFStringGetCString(CFStringRef text, char* buffer, CFIndex size,
+                                             CFStringEncoding encoding) {
+  rooms.push_back(size);
+  return __real_CFStringGetCString(text, buffer, size, encoding);
+}
+
 namespace {
 
 class CFStrings : public ObjectsTest {};
@@ -25,6 +34,16 @@ TEST_F(CFStrings, TheEmptyTextIsTheNullStringNotAnEmptyOne) {
   const auto text = cfString(u"");
   EXPECT_EQ(std::vector<std::string>{"CFStringGetLength"},
             callsOf([&] { EXPECT_FALSE(CFString2RBString(text.get())); }));
+}
+
+// The room that the platform is given: 600 bytes on the stack, or as much as the text may take on the heap.
+TEST_F(CFStrings, HaveRoomFor600BytesOr6AUnit) {
+  start();
+  for (const auto& [length, room] : {std::pair{1u, 600}, {99u, 600}, {100u, 600}, {101u, 606}, {1000u, 6000}}) {
+    rooms.clear();
+    CFString2RBString(cfString(std::u16string(length, u'x')).get());
+    EXPECT_EQ(std::vector<CFIndex>{room}, rooms) << length;
+  }
 }
 
 class Length : public CFStrings, public testing::WithParamInterface<size_t> {};

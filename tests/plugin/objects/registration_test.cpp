@@ -217,6 +217,10 @@ TEST_F(Registration, FixPropertiesOfNothingIsNull) {
 TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {
   EXPECT_EQ(nullptr, FixProperties(kProperties, 0x7FFFFFFF / 40 + 1));
   EXPECT_EQ(nullptr, FixProperties(kProperties, INT32_MAX));
+  blocks.clear();
+  EXPECT_EQ(nullptr, FixProperties(kProperties, 107374183));  // 2^32 + 24 bytes
+  EXPECT_EQ(nullptr, FixProperties(kProperties, 0x7FFFFFFF / 40 + 1));
+  EXPECT_EQ(std::vector<size_t>(), blocks);
 }
 
 TEST(BeforeStartUp, TheVersionsAreThoseOfAHostThatTellsNone) {

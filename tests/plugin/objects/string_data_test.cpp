@@ -133,6 +133,28 @@ TEST_F(StringData, IsFalseWhenTheHostTellsNoBytes) {
   EXPECT_EQ(before, blocksKept());
 }
 
+int32_t lessThanNothing(REALstring) {
+  return -1;
+}
+void* loadLessThanNothing(REALobject, const char*) {
+  return reinterpret_cast<void*>(lessThanNothing);
+}
+void* resolveNegativeLength(const char* name) {
+  return strcmp(name, "REALLoadGlobalMethod") == 0 ? reinterpret_cast<void*>(loadLessThanNothing)
+                                                   : host::resolve(name);
+}
+
+TEST_F(StringData, OfANegativeLengthCopiesNothing) {
+  startWithoutService();
+  gResolver = resolveNegativeLength;
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  REALstringData data = {};
+  EXPECT_TRUE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
+  EXPECT_EQ(-1, data.length);
+  EXPECT_EQ(0, memcmp(data.data, "\0\0\0", 3));
+  free(data.data);
+}
+
 TEST_F(StringData, OfACopyIsFreedOnce) {
   startWithoutService();
   const auto string = host::Value::string("text", host::kEncodingUtf8);
@@ -172,6 +194,14 @@ TEST_F(StringData, GoesBackOnceAlsoToAHostThatThrows) {
       },
       int);
   EXPECT_EQ(1, givenBack);
+  free(bytes);
+  EXPECT_THROW(
+      {
+        const ScopedStringData data(handle(string));
+        bytes = const_cast<char*>(data.bytes());
+      },
+      int);
+  EXPECT_EQ(2, givenBack);
   free(bytes);
 }
 
