@@ -22,12 +22,6 @@ PREFIX = """struct AnyPointer {
   template <typename T>
   constexpr operator T*() const { return reinterpret_cast<T*>(64); }
 };
-#include <ApplicationServices/ApplicationServices.h>
-#include <Carbon/Carbon.h>
-#include <CoreServices/CoreServices.h>
-#include <new>
-#include <stdlib.h>
-#include <string.h>
 """
 
 LOOPS = (CursorKind.FOR_STMT, CursorKind.CXX_FOR_RANGE_STMT, CursorKind.WHILE_STMT)
