@@ -39,7 +39,8 @@ TEST_F(CFStrings, TheEmptyTextIsTheNullStringNotAnEmptyOne) {
 // The room that the platform is given: 600 bytes on the stack, or as much as the text may take on the heap.
 TEST_F(CFStrings, HaveRoomFor600BytesOr6AUnit) {
   start();
-  for (const auto& [length, room] : {std::pair{1u, 600}, {99u, 600}, {100u, 600}, {101u, 606}, {1000u, 6000}}) {
+  for (const auto& [length, room] :
+       {std::pair{1u, 600}, {99u, 600}, {100u, 600}, {101u, 606}, {1000u, 6000}}) {
     rooms.clear();
     CFString2RBString(cfString(std::u16string(length, u'x')).get());
     EXPECT_EQ(std::vector<CFIndex>{room}, rooms) << length;
