@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "bridge/dictionary_methods.h"
 #include "host/startup.h"
 #include "tests/plugin/objects/fixture.h"
 
@@ -223,9 +224,17 @@ TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {
   EXPECT_EQ(std::vector<size_t>(), blocks);
 }
 
-TEST(BeforeStartUp, TheVersionsAreThoseOfAHostThatTellsNone) {
+TEST(BeforeStartUp, NothingIsKnownOfTheHostOrTheSystem) {
+  EXPECT_EQ(nullptr, gResolver);
   EXPECT_EQ(0.0, rbversion);
   EXPECT_EQ(12, CurrentREALControlVersion);
+  EXPECT_EQ(nullptr, myMDQueryGetSortOptionFlagsForAttribute);
+  EXPECT_EQ(nullptr, myMDQuerySetSortOptionFlagsForAttribute);
+  EXPECT_EQ(nullptr, myMDQuerySetSortOrder);
+  EXPECT_EQ(nullptr, LastDictionary);
+  EXPECT_EQ(nullptr, LastDictionarySetter);
+  EXPECT_EQ(nullptr, LastDictionaryGetter);
+  EXPECT_EQ(nullptr, LastDictionaryKeyGetter);
 }
 
 // The words that the plug-in's own classes are made of.
