@@ -172,6 +172,23 @@ refuse "tested in"
 try "test of a plug-in over a library" "$project/test" --core-foundation letter --plugin letter
 expect_status 2
 expect "choose different tests"
+# Nothing is installed or built for a wrong number.
+for numbers in x 0 -1 "5 x" "5 99999999999" "5 6 7"; do
+  # shellcheck disable=SC2086
+  try "test --mutants $numbers" "$project/test" --mutants $numbers
+  expect_status 2
+  expect "test: --mutants"
+  expect "       ./test --mutants [N [SEED]]"
+  refuse "building"
+done
+for option in --mutants --coverage; do
+  try "test $option with tests" "$project/test" Query $option
+  expect_status 2
+  expect "$option must be the first argument"
+done
+try "test --coverage with a test" "$project/test" --coverage Query
+expect_status 2
+expect "--coverage takes nothing else; 'Query' is too much"
 
 for script in run test; do ln -s "../the project's own/$script" "$scratch/elsewhere/$script-link"; done
 ln -s run-link second-link

@@ -88,6 +88,16 @@ TEST_F(Order, OfMemoryBlocksIsTheSizeThenThePointerBetweenLocks) {
             callsToCF(host::memoryBlock("bytes")));
 }
 
+TEST_F(Order, OfADateIsThePlatformsAnswerThenTheHostsObject) {
+  startOn(2014.1);
+  const CFOwner date(CFDateCreate(nullptr, 0));
+  Calls calls = conversionCallsOf([&] { toVariant(date.get()); });
+  std::erase_if(calls, [](const std::string& call) {
+    return call != "CFAbsoluteTimeGetGregorianDate" && call != "PluginNewInstance";
+  });
+  EXPECT_EQ((Calls{"CFAbsoluteTimeGetGregorianDate", "PluginNewInstance"}), calls);
+}
+
 TEST_F(Order, OfADictionarysEntryIsTheKeyThenTheValueReleasedTheOtherWayRound) {
   startOn(2014.1);
   const host::Value dictionary = host::dictionary({{"key", 7}});

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "bridge/strings.h"
 #include "tests/plugin/objects/fixture.h"
 
 namespace {
@@ -166,6 +167,16 @@ TEST_F(BuildString, WithoutMemoryRaisesOutOfMemoryException) {
   EXPECT_EQ("OutOfMemoryException", raised[0].className);
   EXPECT_EQ("", raised[0].message);  // no memory for the message either
   EXPECT_EQ(0, raised[0].errorNumber);
+}
+
+// The same for the text of the platform, which is built another way.
+TEST_F(BuildString, OfACFStringWithoutMemoryRaisesOutOfMemoryException) {
+  gResolver = resolveWithLittleMemory;
+  allocationsLeft = 0;
+  EXPECT_FALSE(CFString2RBString(CFSTR("text")));
+  const auto raised = host::takeExceptions();
+  ASSERT_EQ(1u, raised.size());
+  EXPECT_EQ("OutOfMemoryException", raised[0].className);
 }
 
 // The first string fails, and the message fits again.

@@ -3,7 +3,17 @@
 #include <cstring>
 
 #include "bridge/strings.h"
+#include "host/startup.h"
 #include "tests/plugin/objects/fixture.h"
+
+// What the platform is given to write a text to; this program is linked with --wrap for it.
+static std::vector<CFIndex> rooms;
+extern "C" Boolean __real_CFStringGetCString(CFStringRef, char*, CFIndex, CFStringEncoding);
+extern "C" Boolean __wrap_CFStringGetCString(CFStringRef text, char* buffer, CFIndex size,
+                                             CFStringEncoding encoding) {
+  rooms.push_back(size);
+  return __real_CFStringGetCString(text, buffer, size, encoding);
+}
 
 namespace {
 
@@ -24,6 +34,17 @@ TEST_F(CFStrings, TheEmptyTextIsTheNullStringNotAnEmptyOne) {
   const auto text = cfString(u"");
   EXPECT_EQ(std::vector<std::string>{"CFStringGetLength"},
             callsOf([&] { EXPECT_FALSE(CFString2RBString(text.get())); }));
+}
+
+// The room that the platform is given: 600 bytes on the stack, or as much as the text may take on the heap.
+TEST_F(CFStrings, HaveRoomFor600BytesOr6AUnit) {
+  start();
+  for (const auto& [length, room] :
+       {std::pair{1u, 600}, {99u, 600}, {100u, 600}, {101u, 606}, {1000u, 6000}}) {
+    rooms.clear();
+    CFString2RBString(cfString(std::u16string(length, u'x')).get());
+    EXPECT_EQ(std::vector<CFIndex>{room}, rooms) << length;
+  }
 }
 
 class Length : public CFStrings, public testing::WithParamInterface<size_t> {};
@@ -71,6 +92,13 @@ TEST_F(CFStrings, AZeroUnitEndsTheHostString) {
   EXPECT_EQ("one", stringOf(string.get()).bytes());
 }
 
+TEST_F(CFStrings, AZeroUnitAtTheStartMakesTheNullString) {
+  start();
+  for (const size_t length : {1u, 99u, 100u}) {
+    EXPECT_FALSE(CFString2RBString(cfString(std::u16string(length, u'\0')).get())) << length;
+  }
+}
+
 // Every way to an empty host string, which is a handle with no bytes.
 struct HostCase {
   const char* what;
@@ -105,6 +133,35 @@ INSTANTIATE_TEST_SUITE_P(Hosts, EmptyString,
                                                   without({}, {"REALGetStringCFString", "PluginGetStringData",
                                                                "PluginDisposeStringData"})},
                                          HostCase{"from an old host's buffer", host::oldHost()}));
+
+TEST_F(CFStrings, AreNullWhereTheHostTellsNoBytes) {
+  start(without({}, {"REALGetStringCFString", "PluginGetStringData", "StringGetCString"}));
+  for (const uint32_t encoding : {host::kEncodingUtf8, host::kEncodingUtf16}) {
+    EXPECT_FALSE(RBString2CFString(handle(host::Value::string("text", encoding))));
+  }
+}
+
+// An old host's string whose text is nowhere.
+int locked = 0;
+void lockString(REALstring) {
+  ++locked;
+}
+void unlockString(REALstring) {
+  --locked;
+}
+void* resolveLocks(const char* name) {
+  if (strcmp(name, "REALLockString") == 0) return reinterpret_cast<void*>(lockString);
+  if (strcmp(name, "REALUnlockString") == 0) return reinterpret_cast<void*>(unlockString);
+  return nullptr;
+}
+
+TEST_F(CFStrings, AreNullForAnOldStringWithoutABuffer) {
+  gResolver = resolveLocks;
+  rbversion = 2011.43;
+  uint32_t record[4] = {0, 0, 0, 7};
+  EXPECT_FALSE(RBString2CFString(reinterpret_cast<REALstring>(record)));
+  EXPECT_EQ(0, locked);
+}
 
 TEST_F(CFStrings, OfOddUTF16BytesLeaveOutTheLast) {
   start(without({}, {"REALGetStringCFString"}));

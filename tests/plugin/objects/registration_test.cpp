@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "bridge/dictionary_methods.h"
 #include "host/startup.h"
 #include "tests/plugin/objects/fixture.h"
 
@@ -217,6 +218,23 @@ TEST_F(Registration, FixPropertiesOfNothingIsNull) {
 TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {
   EXPECT_EQ(nullptr, FixProperties(kProperties, 0x7FFFFFFF / 40 + 1));
   EXPECT_EQ(nullptr, FixProperties(kProperties, INT32_MAX));
+  blocks.clear();
+  EXPECT_EQ(nullptr, FixProperties(kProperties, 107374183));  // 2^32 + 24 bytes
+  EXPECT_EQ(nullptr, FixProperties(kProperties, 0x7FFFFFFF / 40 + 1));
+  EXPECT_EQ(std::vector<size_t>(), blocks);
+}
+
+TEST(BeforeStartUp, NothingIsKnownOfTheHostOrTheSystem) {
+  EXPECT_EQ(nullptr, gResolver);
+  EXPECT_EQ(0.0, rbversion);
+  EXPECT_EQ(12, CurrentREALControlVersion);
+  EXPECT_EQ(nullptr, myMDQueryGetSortOptionFlagsForAttribute);
+  EXPECT_EQ(nullptr, myMDQuerySetSortOptionFlagsForAttribute);
+  EXPECT_EQ(nullptr, myMDQuerySetSortOrder);
+  EXPECT_EQ(nullptr, LastDictionary);
+  EXPECT_EQ(nullptr, LastDictionarySetter);
+  EXPECT_EQ(nullptr, LastDictionaryGetter);
+  EXPECT_EQ(nullptr, LastDictionaryKeyGetter);
 }
 
 // The words that the plug-in's own classes are made of.

@@ -161,4 +161,18 @@ TEST_F(Services, AnArrayServiceThatIsMissingYieldsTheNeutralElement) {
   EXPECT_EQ(8, asked["RuntimeArrayDirectGetGetProc"] + asked["RuntimeArrayDirectGetSetProc"]);
 }
 
+TEST_F(Services, ANullArrayHasNoElementsAndTakesNoneWithoutACall) {
+  EXPECT_EQ(0, REALGetArrayValueInt32(nullptr, 0));
+  EXPECT_EQ(0, REALGetArrayValueInt64(nullptr, 0));
+  EXPECT_EQ(0, REALGetArrayValueUInt8(nullptr, 0));
+  EXPECT_EQ(0.0f, REALGetArrayValueSingle(nullptr, 0));
+  EXPECT_EQ(0.0, REALGetArrayValueDouble(nullptr, 0));
+  EXPECT_EQ(nullptr, REALGetArrayValueString(nullptr, 0));
+  EXPECT_EQ(nullptr, REALGetArrayValueObject(nullptr, 0));
+  REALSetArrayValueObject(nullptr, nullptr, 0);
+  REALInsertArrayValueString(nullptr, 0, nullptr);
+  REALInsertArrayValueObject(nullptr, 0, nullptr);
+  EXPECT_TRUE(asked.empty());
+}
+
 }  // namespace

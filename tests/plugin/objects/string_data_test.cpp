@@ -114,6 +114,97 @@ TEST_F(StringData, IsFalseWithoutTheBytes) {
   EXPECT_FALSE(ScopedStringData(handle(string)).bytes());
 }
 
+char* noBytes(REALstring) {
+  return nullptr;
+}
+void* resolveWithoutBytes(const char* name) {
+  return strcmp(name, "StringGetCString") == 0 ? reinterpret_cast<void*>(noBytes) : host::resolve(name);
+}
+
+TEST_F(StringData, IsFalseWhenTheHostTellsNoBytes) {
+  startWithoutService();
+  gResolver = resolveWithoutBytes;
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  const size_t before = blocksKept();
+  REALstringData data = {};
+  EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
+  EXPECT_EQ(nullptr, data.data);
+  EXPECT_FALSE(ScopedStringData(handle(string)).bytes());
+  EXPECT_EQ(before, blocksKept());
+}
+
+int32_t lessThanNothing(REALstring) {
+  return -1;
+}
+void* loadLessThanNothing(REALobject, const char*) {
+  return reinterpret_cast<void*>(lessThanNothing);
+}
+void* resolveNegativeLength(const char* name) {
+  return strcmp(name, "REALLoadGlobalMethod") == 0 ? reinterpret_cast<void*>(loadLessThanNothing)
+                                                   : host::resolve(name);
+}
+
+TEST_F(StringData, OfANegativeLengthCopiesNothing) {
+  startWithoutService();
+  gResolver = resolveNegativeLength;
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  REALstringData data = {};
+  EXPECT_TRUE(REALGetStringData(handle(string), kCFStringEncodingUTF8, &data));
+  EXPECT_EQ(-1, data.length);
+  EXPECT_EQ(0, memcmp(data.data, "\0\0\0", 3));
+  free(data.data);
+}
+
+TEST_F(StringData, OfACopyIsFreedOnce) {
+  startWithoutService();
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  const size_t before = blocksKept();
+  {
+    ScopedStringData data(handle(string));
+    EXPECT_EQ(before + 1, blocksKept());
+    data.reset();
+    EXPECT_EQ(before, blocksKept());
+    EXPECT_EQ(nullptr, data.bytes());
+    data.reset();
+  }
+  EXPECT_EQ(before, blocksKept());
+}
+
+// A host that throws when the bytes come back.
+int givenBack = 0;
+void throwOnReturn(REALstringData*) {
+  ++givenBack;
+  throw 7;
+}
+void* resolveThrowing(const char* name) {
+  return strcmp(name, "PluginDisposeStringData") == 0 ? reinterpret_cast<void*>(throwOnReturn)
+                                                      : host::resolve(name);
+}
+
+TEST_F(StringData, GoesBackOnceAlsoToAHostThatThrows) {
+  startWithoutService();
+  gResolver = resolveThrowing;
+  const auto string = host::Value::string("text", host::kEncodingUtf8);
+  char* bytes = nullptr;
+  EXPECT_THROW(
+      {
+        ScopedStringData data(handle(string));
+        bytes = const_cast<char*>(data.bytes());
+        data.reset();
+      },
+      int);
+  EXPECT_EQ(1, givenBack);
+  free(bytes);
+  EXPECT_THROW(
+      {
+        const ScopedStringData data(handle(string));
+        bytes = const_cast<char*>(data.bytes());
+      },
+      int);
+  EXPECT_EQ(2, givenBack);
+  free(bytes);
+}
+
 TEST_F(StringData, IsFalseWithoutTheLength) {
   startWithoutService({"REALLoadGlobalMethod"});
   const auto string = host::Value::string("text", host::kEncodingUtf8);

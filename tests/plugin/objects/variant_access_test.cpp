@@ -88,12 +88,18 @@ class VariantFunctions : public Variants {};
 TEST_F(VariantFunctions, AreFoundOnceAndKept) {
   start();
   const auto number = variant(5);
-  GetVariantType(number.get());
-  GetVariantInt32(number.get());
-  EXPECT_EQ((std::vector<std::string>{"VarType", "VariantToInt32"}), callsOf([&] {
-              GetVariantType(number.get());
-              GetVariantInt32(number.get());
-            }));
+  const auto readAll = [&] {
+    GetVariantType(number.get());
+    GetVariantInt32(number.get());
+    GetVariantInt64(number.get());
+    GetVariantSingle(number.get());
+    GetVariantDouble(number.get());
+    const auto text = adopt(GetVariantString(number.get()));
+  };
+  readAll();
+  EXPECT_EQ((std::vector<std::string>{"VarType", "VariantToInt32", "VariantToInt64", "VariantToSingle",
+                                      "VariantToDouble", "VariantToString", "REALUnlockString"}),
+            callsOf(readAll));
 }
 
 }  // namespace

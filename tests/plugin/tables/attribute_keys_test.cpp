@@ -33,6 +33,18 @@ TEST_F(AttributeKeys, AnswerTheirOwnNames) {
   for (const char* key : kDeclaredKeys) EXPECT_EQ(key, host::callShared("MDItemZNK", key).text());
 }
 
+// The text is that of the platform's constant: it comes as every text of the platform does.
+TEST_F(AttributeKeys, AreThePlatformsConstantsButForTheDateAdded) {
+  start();
+  for (const char* key : kDeclaredKeys) {
+    host::Value name;
+    const Calls calls = callsOf([&] { name = host::callShared("MDItemZNK", key); });
+    const bool added = key == std::string("kMDItemDateAdded");
+    EXPECT_EQ(added ? host::kEncodingAscii : host::kEncodingUtf8, name.encoding()) << key;
+    EXPECT_EQ(added ? 0 : 1, std::count(calls.begin(), calls.end(), "CFStringGetCString")) << key;
+  }
+}
+
 TEST_F(AttributeKeys, AreBuiltAnewAtEveryCall) {
   start();
   const host::Value first = host::callShared("MDItemZNK", "kMDItemTitle");
