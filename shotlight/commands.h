@@ -18,6 +18,7 @@ int find(const Arguments& arguments);
 int attrs(const Arguments& arguments);
 int schema(const Arguments& arguments);
 int keys(const Arguments& arguments);
+int program(const Arguments& arguments);
 int store(const Arguments& arguments);
 int window(const Arguments& arguments);
 

@@ -13,6 +13,7 @@ usage: shotlight COMMAND ...
   attrs    all that is known about files
   schema   what the attributes are: name, type, description
   keys     the keys of all attributes
+  program  run a program of the host language
   store    what is kept of the contents of files
   window   open the system's search window
 
@@ -198,6 +199,35 @@ usage: shotlight keys
   --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
                   (default: the dylib that was built with this program)
   --help          print this text
+)";
+
+const char programHelp[] =
+    R"(shotlight program: runs a program of the host language.
+
+usage: shotlight program [--plugin FILE] [--no-store] FILE [ARGUMENT...]
+
+The statements outside of Sub, Function and Class are run in their order.
+args() As String holds the ARGUMENTs, the first at 0. The whole program is
+checked before any of it runs. Events come during App.DoEvents(milliseconds),
+and during Execute and Stop of a query.
+
+  --no-store      read what is in files anew, and keep nothing; see
+                  shotlight store --help
+  --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
+                  (default: the dylib that was built with this program)
+  --              what follows is no option, whatever it starts with
+  --help          print this text
+
+Options stand before FILE; what follows it is the program's. (Where --help is,
+too, -- stands before FILE.) Print writes one line to standard output. The exit
+status is 0, or what Quit says; 2 when the program has a mistake or nobody
+catches an exception: standard error then tells which, and where. Ctrl-C ends it
+with status 130.
+
+example:
+  shotlight program first-query.txt ~/Documents
+
+docs/host-programs.md lists what is taken of the language.
 )";
 
 const char storeHelp[] =

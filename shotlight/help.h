@@ -8,6 +8,7 @@ extern const char findHelp[];
 extern const char attrsHelp[];
 extern const char schemaHelp[];
 extern const char keysHelp[];
+extern const char programHelp[];
 extern const char storeHelp[];
 extern const char windowHelp[];
 

@@ -18,8 +18,9 @@ struct Command {
   int (*run)(const Arguments& arguments);
 };
 constexpr Command commands[] = {
-    {"find", findHelp, find}, {"attrs", attrsHelp, attrs}, {"schema", schemaHelp, schema},
-    {"keys", keysHelp, keys}, {"store", storeHelp, store}, {"window", windowHelp, window},
+    {"find", findHelp, find},       {"attrs", attrsHelp, attrs},       {"schema", schemaHelp, schema},
+    {"keys", keysHelp, keys},       {"program", programHelp, program}, {"store", storeHelp, store},
+    {"window", windowHelp, window},
 };
 
 const Command& commandNamed(const std::string& name) {

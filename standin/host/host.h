@@ -80,6 +80,9 @@ void start(Settings settings = {});
 // Ends the run. What is still alive is listed ("host object MDQueryZNK", one line each), taken out of the
 // ledger and never served again; references that the program still holds to it can be dropped safely.
 std::vector<std::string> stop();
+// For the end of a program: drops what host code still holds, be it in circles, but for what C++ holds. What is
+// alive afterwards, the plug-in holds.
+void releaseEverything();
 bool running();
 // May be changed while the host runs; entry points found earlier by the plug-in stay with it.
 Settings& settings();
@@ -160,6 +163,7 @@ Value get(const Value& object, std::string_view name);
 void set(const Value& object, std::string_view name, const Value& value);
 Value constant(std::string_view className, std::string_view name);
 bool isA(const Value& object, std::string_view className);
+std::string classNameOf(const Value& object);  // empty of what is no instance
 
 // The handler gets the event's declared arguments. A null handler detaches. It must not throw through the
 // plug-in: what it throws is kept, and thrown on by the call that led to it, or by rethrowHandlerError().

@@ -7,7 +7,7 @@
 
 namespace {
 
-const char* const kCommands[] = {"find", "attrs", "schema", "keys", "store", "window"};
+const char* const kCommands[] = {"find", "attrs", "schema", "keys", "program", "store", "window"};
 
 std::string helpOf(const std::string& command) {
   return run({.arguments = {command, "--help"}}).output;

@@ -13,10 +13,11 @@ void* GetEventInstance(ObjectHandle handle, uint32_t index) {
   const Gate gate(__func__);
   const auto* const object = asKind<HostObject>(objectThingAt(handle));
   if (!object) die(__func__, "the " + objectThingAt(handle).describe() + " has no events");
-  for (const Event& event : object->cls.events) {
+  const Class& cls = object->cls.withMembers();
+  for (const Event& event : cls.events) {
     if (event.index != index) continue;
     if (gate.fails() || !findHandler(handle, event)) return nullptr;
-    return handlerAddressFor(object->cls, event);
+    return handlerAddressFor(cls, event);
   }
   die(__func__, "the value " + std::to_string(index) +
                     " is not one that the host wrote into an event record of " + object->cls.name);

@@ -75,7 +75,7 @@ void* REALLoadObjectMethod(ObjectHandle handle, const char* declaration) {
   } catch (const DeclarationError& error) {
     die(__func__, error.what());
   }
-  for (const Method& method : object->cls.methods) {
+  for (const Method& method : object->cls.withMembers().methods) {
     if (sameSignature(method.declaration, wanted)) return method.function;
   }
   return nullptr;

@@ -104,8 +104,8 @@ Value constructWith(std::string_view className, std::span<const Value> arguments
 }
 
 Value callWith(const Value& object, std::string_view name, std::span<const Value> arguments) {
-  const HostObject& instance = instanceIn(object, name, "called on");
-  const Method& method = chooseOrThrow(instance.cls.methods, instance.cls.name, name, arguments);
+  const Class& cls = instanceIn(object, name, "called on").cls.withMembers();
+  const Method& method = chooseOrThrow(cls.methods, cls.name, name, arguments);
   // Held for the call, whatever the method does to the variable that host code has the object in.
   const Ref held = object.reference();
   return callMethod(method, {wordOf(held.get())}, arguments);

@@ -53,7 +53,8 @@ void runHandler(size_t wordCount, size_t index, const uint32_t* words) {
   const Gate gate(call);
   auto* const handle = static_cast<ObjectHandle>(addressIn(words[0]));
   const auto* const object = asKind<HostObject>(objectThingAt(handle));
-  if (!object || &object->cls != slot.cls) die(call, "the first argument is no " + slot.cls->name);
+  if (!object || !object->cls.isOrDerivesFrom(*slot.cls))
+    die(call, "the first argument is no " + slot.cls->name);
   const Handler* const attached = findHandler(handle, *slot.event);
   if (!attached) die(call, "this object has no handler for the event");
   const std::vector<Value> arguments = argumentsFrom(slot.event->declaration, words + 1, call);
@@ -114,17 +115,14 @@ void* handlerAddressFor(const Class& cls, const Event& event) {
 void setEventHandler(const Value& object, std::string_view name, Handler handler) {
   const HostObject& instance = instanceIn(object, "an event handler for");
   const ObjectHandle handle = object.reference().object();
-  for (const Event& event : instance.cls.events) {
-    if (!sameName(event.declaration.name, name)) continue;
-    if (handler) {
-      handlerAddressFor(instance.cls, event);
-      attachHandler(handle, event, std::move(handler));
-    } else {
-      detachHandler(handle, event);
-    }
-    return;
+  const Event* const event = findEvent(instance.cls, name);
+  if (!event) throw CallError(instance.cls.name + " has no event " + std::string(name));
+  if (handler) {
+    handlerAddressFor(instance.cls.withMembers(), *event);
+    attachHandler(handle, *event, std::move(handler));
+  } else {
+    detachHandler(handle, *event);
   }
-  throw CallError(instance.cls.name + " has no event " + std::string(name));
 }
 
 void rethrowHandlerError() {

@@ -6,7 +6,9 @@
 #include "standin/gate/gate.h"
 #include "standin/host/machine/memory.h"
 #include "standin/host/program/events.h"
+#include "standin/host/program/properties.h"
 #include "standin/host/state/runtime.h"
+#include "standin/host/things/event_handlers.h"
 #include "standin/host/things/handles.h"
 #include "standin/host/things/own_classes.h"
 
@@ -40,6 +42,12 @@ std::vector<std::string> stop() {
     left.emplace_back("host string data");
   endRuntime();
   return left;
+}
+
+void releaseEverything() {
+  forgetAllHandlers();
+  emptyProperties();
+  for (const Ref& each : everythingAlive()) each.thing()->empty();
 }
 
 std::optional<int32_t> announcedVersion() {

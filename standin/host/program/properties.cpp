@@ -4,13 +4,14 @@
 #include "standin/host/program/conversions.h"
 #include "standin/host/program/fit.h"
 #include "standin/host/program/plugin_calls.h"
+#include "standin/host/things/plain_values.h"
 
 namespace standin::host {
 namespace {
 
 // A method that stands for a property: one without parameters.
 const Method* computedProperty(const Class& cls, std::string_view name) {
-  for (const Method& method : cls.methods) {
+  for (const Method& method : cls.withMembers().methods) {
     const bool fits =
         method.declaration.parameters.empty() && method.declaration.result.kind != TypeKind::none;
     if (fits && sameName(method.declaration.name, name)) return &method;
@@ -48,6 +49,17 @@ void writeProperty(HostObject& object, const Property& property, const Value& va
                         property.name.c_str());
     case Property::Access::own:
       object.own[lower(property.name)] = value;
+  }
+}
+
+void emptyProperties() {
+  for (const Ref& each : everythingAlive()) {
+    auto* const object = asKind<HostObject>(*each.thing());
+    if (!object) continue;
+    for (const Property& property : object->cls.withMembers().properties) {
+      const bool holds = property.access == Property::Access::field && property.type.isHandle();
+      if (holds) writeProperty(*object, property, emptyValue(property.type));
+    }
   }
 }
 

@@ -12,7 +12,8 @@
 
 namespace standin::host {
 
-class HostObject;  // see things/; here only named
+class HostObject;     // see things/; here only named
+struct ProgramClass;  // see interpreter/; here only named
 enum class Side;
 
 // What "pluginObjectType" gives out: its address stands for the class; there is nothing to read in it.
@@ -69,6 +70,11 @@ struct Class {
   void* constructor = nullptr;
   void* destructor = nullptr;
 
+  // Of the classes of a program alone. They have no members here; where they have a class of the plug-in for
+  // a base, their instances have its data.
+  const ProgramClass* program = nullptr;
+  void (*beforeEnd)(HostObject& object) = nullptr;
+
   std::vector<Property> properties;
   std::vector<Method> methods;
   std::vector<Method> sharedMethods;
@@ -77,15 +83,20 @@ struct Class {
 
   bool isRegistered() const { return record != nullptr; }
   bool isOrDerivesFrom(const Class& other) const;
+  // The class itself, or the nearest one that a program's class is made of: that which has the members.
+  const Class& withMembers() const;
 };
 
 const Property* findProperty(const Class& cls, std::string_view name);
+const Event* findEvent(const Class& cls, std::string_view name);  // null where it has none
 
 class ClassTable {
  public:
   const Class* find(std::string_view name) const;
   const Class* find(const ClassReference* reference) const;
   void add(std::unique_ptr<Class> cls);
+  // Takes a class of a program out of the table. Objects that are left of it keep it.
+  void retire(std::string_view name);
   const std::vector<const Class*>& registered() const { return registered_; }
 
  private:
@@ -96,6 +107,7 @@ class ClassTable {
   };
   std::map<std::string, std::unique_ptr<Class>, Before> classes_;
   std::vector<const Class*> registered_;
+  std::vector<std::unique_ptr<Class>> retired_;
 };
 
 }  // namespace standin::host

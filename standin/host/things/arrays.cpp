@@ -78,6 +78,10 @@ void HostArray::noticeDirectWrite(int32_t index) {
   before = now;
 }
 
+void HostArray::empty() {
+  for (int32_t i = 0; holdsHandles() && i < count_; ++i) setHandle(i, nullptr);
+}
+
 void HostArray::end() {
   for (int32_t i = 0; holdsHandles() && i < count_; ++i) release(handleAt(i), Side::host);
   retireBlock(storage_, storageSize(), kStorageName);
@@ -119,6 +123,14 @@ void HostArray::insertEmpty(int32_t index) {
   std::memset(slot(index), 0, size);
   owned_.insert(owned_.begin() + index, nullptr);
   ++count_;
+}
+
+void HostArray::remove(int32_t index) {
+  if (holdsHandles()) setHandle(index, nullptr);
+  const size_t size = elementSize();
+  std::memmove(slot(index), slot(index) + size, static_cast<size_t>(count_ - index - 1) * size);
+  owned_.erase(owned_.begin() + index);
+  --count_;
 }
 
 template <class T>

@@ -21,6 +21,7 @@ class HostArray : public Counted {
   HostArray(ElementKind kind, int32_t count, Side owner);
   std::string describe() const override;
   BlockName blockName() const override { return {"array"}; }
+  void empty() override;
   void end() override;
   bool giveUp(const void* handle) override;
 
@@ -34,6 +35,7 @@ class HostArray : public Counted {
   void read(int32_t index, void* out) const;
   void write(int32_t index, const void* value);
   void insertEmpty(int32_t index);  // 0 to count()
+  void remove(int32_t index);
   Value valueAt(int32_t index);
 
   // A procedure may be called once after it was asked for.

@@ -111,6 +111,23 @@ std::optional<Value> HostDictionary::find(const Value& key) const {
   return entries_[found->second].second;
 }
 
+// What is released last may use this dictionary.
+bool HostDictionary::remove(const Value& key) {
+  const auto found = places_.find(folded(key));
+  if (found == places_.end()) return false;
+  const size_t index = found->second;
+  const Entry gone = entries_[index];
+  places_.erase(found);
+  entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
+  for (auto& [name, place] : places_) place -= place > index;
+  return true;
+}
+
+void HostDictionary::clear() {
+  places_.clear();
+  const std::vector<Entry> gone = std::exchange(entries_, {});
+}
+
 Value dictionary(const std::vector<Entry>& entries) {
   const Value made = newInstance("Dictionary");
   for (const auto& [key, value] : entries) dictionaryIn(made).set(key, value);

@@ -18,6 +18,9 @@ class HostDictionary : public HostObject {
 
   void set(const Value& key, const Value& value);
   std::optional<Value> find(const Value& key) const;
+  bool remove(const Value& key);  // false where it has no such key
+  void clear();
+  void empty() override { clear(); }
   const std::vector<Entry>& entries() const { return entries_; }
 
   // The methods that the plug-in loads. Each dictionary has one of several sets of them; dictionaries made

@@ -56,8 +56,15 @@ bool givenUpByHolder(Counted& thing) {
   return false;
 }
 
-void endThing(Counted& thing) {
-  thing.ending = true;
+// What ends with the thing can end more things, and so on; only so many of them within each other.
+constexpr size_t kMostEndsWithinEachOther = 100;
+size_t endsUnderway = 0;
+auto& waitingForTheirEnd = *new std::vector<Counted*>;
+
+void endNow(Counted& thing) {
+  thing.beforeEnd();
+  thing.ending = thing.hostReferences + thing.pluginReferences == 0;
+  if (!thing.ending) return;
   thing.end();
   if (thing.hostReferences + thing.pluginReferences != 0) {
     die(currentCall(),
@@ -68,6 +75,19 @@ void endThing(Counted& thing) {
   // Out of the table before it is destroyed: destroying it releases what it holds, which can end more things.
   alive.remove(thing);
   delete &thing;
+}
+
+void endThing(Counted& thing) {
+  thing.ending = true;
+  if (endsUnderway == kMostEndsWithinEachOther) return waitingForTheirEnd.push_back(&thing);
+  ++endsUnderway;
+  endNow(thing);
+  --endsUnderway;
+  while (endsUnderway == 0 && !waitingForTheirEnd.empty()) {
+    Counted& next = *waitingForTheirEnd.back();
+    waitingForTheirEnd.pop_back();
+    endThing(next);
+  }
 }
 
 }  // namespace
@@ -147,6 +167,12 @@ void giveToPlugin(void* handle) {
   Counted& thing = thingAt(handle);
   add(thing, Side::host, -1);
   add(thing, Side::plugin, 1);
+}
+
+std::vector<Ref> everythingAlive() {
+  std::vector<Ref> things;
+  for (Counted* const thing : alive.all()) things.push_back(Ref::share(*thing));
+  return things;
 }
 
 std::vector<std::string> abandonEverything() {

@@ -34,6 +34,10 @@ class Counted {
   bool isString() const { return kind_ == ThingKind::string; }
   virtual std::string describe() const = 0;  // "string", "object MDQueryZNK", "variant 5"
   virtual BlockName blockName() const = 0;   // what is told of the block once the thing is gone
+  // The last reference has gone. May make new ones; if they stay, the thing does.
+  virtual void beforeEnd() {}
+  // Drops what it holds of other things, as far as the host's side holds it.
+  virtual void empty() {}
   // The last reference has gone; the block is still in place.
   virtual void end() {}
   // For things whose storage the plug-in can write to: it may release an element first, and write another one
@@ -106,6 +110,8 @@ void takeFromPlugin(Counted& thing, const char* call);
 void takeFromPlugin(void* handle, const char* call);
 void giveToPlugin(void* handle);
 
+// References to all that is alive.
+std::vector<Ref> everythingAlive();
 // Takes all that is alive out of the ledger, and tells what it was; see host::stop().
 std::vector<std::string> abandonEverything();
 

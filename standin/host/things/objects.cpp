@@ -1,5 +1,7 @@
 #include "standin/host/things/objects.h"
 
+#include <algorithm>
+
 #include "standin/gate/gate.h"
 #include "standin/host/host.h"
 #include "standin/host/machine/machine_call.h"
@@ -14,7 +16,7 @@ namespace {
 constexpr uint32_t kObjectMark = 0x484F424A;  // 'HOBJ'
 
 size_t blockSize(const Class& cls) {
-  return cls.isRegistered() ? cls.dataOffset + cls.dataSize : kObjectHeadSize;
+  return std::max<size_t>(cls.dataOffset + cls.dataSize, kObjectHeadSize);
 }
 
 bool headIsIntact(const HostObject& object) {
@@ -51,6 +53,14 @@ HostObject::HostObject(const Class& classOfIt, Side owner, size_t blockSize)
 Value HostObject::ownProperty(const Property& property) const {
   const auto found = own.find(lower(property.name));
   return found == own.end() ? emptyValue(property.type) : found->second;
+}
+
+void HostObject::beforeEnd() {
+  if (cls.beforeEnd) cls.beforeEnd(*this);
+}
+
+void HostObject::empty() {
+  std::vector<Value> gone = std::move(fields);
 }
 
 void HostObject::end() {
@@ -109,6 +119,11 @@ bool isA(const Value& object, std::string_view className) {
   const HostObject* const instance = instanceOf(object);
   const Class* const cls = runtime().classes.find(className);
   return instance && cls && instance->cls.isOrDerivesFrom(*cls);
+}
+
+std::string classNameOf(const Value& object) {
+  const HostObject* const instance = instanceOf(object);
+  return instance ? instance->cls.name : "";
 }
 
 }  // namespace standin::host

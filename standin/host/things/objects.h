@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "standin/host/state/classes.h"
 #include "standin/host/things/handles.h"
@@ -27,6 +28,8 @@ class HostObject : public Counted {
   HostObject(const Class& cls, Side owner, size_t blockSize);
   std::string describe() const override { return blockName().text(); }
   BlockName blockName() const override { return {"object", cls.name.c_str()}; }
+  void beforeEnd() override;
+  void empty() override;
   void end() override;
 
   // A property that has no place in the block.
@@ -36,6 +39,7 @@ class HostObject : public Counted {
 
   const Class& cls;
   std::map<std::string, Value> own;  // properties of the host's own classes, by lower-case name
+  std::vector<Value> fields;         // properties of a program's classes, by number
 };
 
 // Ends the process when the handle is null, freed or a string's.

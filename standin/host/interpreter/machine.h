@@ -1,0 +1,100 @@
+// interpreter/: programs of the host language: what their names stand for, whether the types fit, and how
+// they run. They reach the plug-in through host.h alone. May include source/, program/ and what that may
+// include.
+//
+// What a running program consists of. A checked expression is a function that computes its value, a checked
+// statement one that does it: what could be decided before the program runs is decided then.
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "standin/host/interpreter/program.h"
+#include "standin/host/language/declarations.h"
+#include "standin/host/value.h"
+
+namespace standin::host {
+
+class Machine;
+
+// The variables of a call of a method.
+struct Frame {
+  Machine& machine;
+  Value self;  // nil outside of classes, and in shared methods
+  std::vector<Value> slots;
+  Value result = {};
+  int line = 0;
+};
+
+// What comes after a statement: the next one, or what is behind or at the end of a loop of that kind, or the
+// end of the method.
+enum class Flow { next, exitFor, exitDo, exitWhile, continueFor, continueDo, continueWhile, giveBack };
+
+using Code = std::function<Value(Frame&)>;
+using Store = std::function<void(Frame&, const Value&)>;
+using Action = std::function<Flow(Frame&)>;
+
+// What C++ throws for an exception of the program.
+struct Thrown {
+  Value exception;
+  std::vector<StackLine> stack = {};  // as far as it has come
+};
+// What an event handler didn't catch; nobody else may.
+struct Uncaught {
+  Thrown thrown;
+};
+struct Quit {
+  int status;
+};
+struct Interruption {};  // the surroundings want an end
+
+// Raises an exception of the host language.
+[[noreturn]] void raise(const char* className, const std::string& message = "");
+// Raises the first exception that the plug-in raised since the last time.
+void passOnExceptions();
+
+// A method of the program.
+struct Function {
+  std::string name;  // for stacks: "Watcher.Finish"
+  Declaration declaration = {};
+  size_t slots = 0;
+  Action body = {};
+};
+
+class Machine {
+ public:
+  explicit Machine(const Surroundings& surroundings);
+
+  // Each is called for every statement and every turn of a loop.
+  void step() {
+    if (++steps_ % kStepsBetweenQuestions == 0) askWhetherToGoOn();
+    throwPending();
+  }
+  void throwPending() {
+    if (pending_) std::rethrow_exception(std::exchange(pending_, nullptr));
+  }
+  void askWhetherToGoOn();
+  // Calls it with the values of its parameters, of their types.
+  Value invoke(const Function& function, const Value& self, std::vector<Value> arguments);
+  // For calls that come from the host: what they throw comes out at the program's next step.
+  void invokeLater(const Function& function, const Value& self) noexcept;
+  // From now on invokeLater does nothing.
+  void close() { closed_ = true; }
+
+  const Surroundings& surroundings;
+  std::vector<Value> globals;
+
+ private:
+  static constexpr size_t kStepsBetweenQuestions = 1000;
+
+  const char* const stackLimit_;
+  size_t steps_ = 0;
+  std::exception_ptr pending_;
+  bool closed_ = false;
+};
+
+}  // namespace standin::host
