@@ -154,7 +154,7 @@ Code Checker::coerced(Checked value, const Type& type) const {
     if (isNumber(type) && isText(value.type)) hint = "; Val makes a number of a text";
     if (isObject(value.type) && isObject(type))
       hint = "; where it is one all the same, write " + shown(type) + "(...)";
-    fail(value.place, "expected a " + shown(type) + ", not a " + shown(value.type) + hint);
+    fail(value.place, "expected " + aValueOf(type) + ", not " + aValueOf(value.type) + hint);
   }
   const bool fits =
       sameType(value.type, type) || isVariant(type) || (isReference(type) && !isVariant(value.type));
@@ -240,6 +240,7 @@ const Named* Checker::variableNamed(std::string_view name) const {
 std::optional<Checker::Members> Checker::callables(std::string_view name, Place place) const {
   Members members;
   if (self_) members.candidates = membersNamed(*self_->info, name);
+  leaveOutPrivate(members.candidates);
   if (!members.candidates.empty()) {
     if (hasObject_) members.object = self(place);
     return members;
@@ -276,7 +277,7 @@ Checked Checker::nameOf(const Expression& expression, const Written& written) {
     if (written.empty()) return value;
     if (written.size() > 1 || !value.type.array)
       fail(expression.place, name + " is no array of one dimension, and no method");
-    return indexed(std::move(value), *written.front());
+    return indexed(std::move(value), checkExpression(*written.front()));
   }
   if (auto members = callables(name, expression.place))
     return callOrIndex(std::move(*members), name, written, expression.place);
@@ -311,12 +312,12 @@ Checked Checker::argumentsOf(const Expression& expression) {
   Checked array = checkExpression(callee);
   if (!array.type.array || written.size() != 1)
     fail(callee.place, "expected the name of a method or an array before (");
-  return indexed(std::move(array), *written.front());
+  return indexed(std::move(array), checkExpression(*written.front()));
 }
 
-Checked Checker::indexed(Checked array, const Expression& index) {
+Checked Checker::indexed(Checked array, Checked index) const {
   const Type element = elementOf(array.type);
-  Code position = checkedAs(index, kInteger);
+  Code position = coerced(std::move(index), kInteger);
   return {element,
           [array = std::move(array.code), position = std::move(position), element](Frame& frame) {
             const Value elements = array(frame);
@@ -348,8 +349,8 @@ Checked Checker::arrayOf(const Written& elements, Place place) {
 
 Checked Checker::unary(const Expression& expression) {
   Checked operand = checkExpression(*expression.operands.front());
-  const Type type = operand.type;
   const bool negates = expression.text == "Not";
+  const Type type = isReal(operand.type) ? kDouble : operand.type;
   const bool fits = isVariant(type) || (negates ? isTruth(type) || isWhole(type) : isNumber(type));
   if (!fits) fail(expression.place, expression.text + " takes no " + shown(type));
   if (expression.text == "+") return operand;
@@ -426,7 +427,7 @@ Checked Checker::cast(const Expression& expression, const Type& type, Place plac
   Checked value = checkExpression(expression);
   if (!isObject(type) || isVariant(value.type)) return {type, coerced(std::move(value), type), place};
   if (!distance(value.type, type) && !distance(type, value.type))
-    fail(place, "a " + shown(value.type) + " is never a " + shown(type));
+    fail(place, aValueOf(value.type) + " is never " + aValueOf(type));
   Code code = [code = std::move(value.code), type](Frame& frame) {
     Value object = code(frame);
     if (!object.isNil() && !sameName(type.className, "Object") && !host::isA(object, type.className))
@@ -468,13 +469,17 @@ Checked Checker::newObject(const Expression& expression) {
 
 // --- Members and calls ---
 
+void Checker::leaveOutPrivate(Candidates& candidates) const {
+  std::erase_if(candidates, [this](const Callable* each) {
+    return each->onlyIn && (!self_ || self_->info != each->onlyIn);
+  });
+}
+
 Checker::Members Checker::membersOfClass(const ClassInfo& cls, const Expression& member,
                                          std::optional<Checked> object) const {
   Members members{membersNamed(cls, member.text), std::move(object)};
   const bool isKnown = !members.candidates.empty();
-  std::erase_if(members.candidates, [this](const Callable* each) {
-    return each->onlyIn && (!self_ || self_->info != each->onlyIn);
-  });
+  leaveOutPrivate(members.candidates);
   if (!members.candidates.empty()) return members;
   if (isKnown) fail(member.place, member.text + " is private to " + cls.name);
   std::vector<std::string> known;
@@ -505,8 +510,7 @@ Checker::Members Checker::membersOfValue(Checked object, const Expression& membe
   } else if (const ClassInfo* const cls = parts_.classes.find(shown(object.type))) {
     return membersOfClass(*cls, member, std::move(object));
   }
-  if (members.candidates.empty())
-    fail(member.place, "a " + shown(object.type) + " has no member " + member.text);
+  if (members.candidates.empty()) fail(member.place, aValueOf(object.type) + " has no member " + member.text);
   members.object = std::move(object);
   return members;
 }
@@ -566,7 +570,7 @@ Checked Checker::callOrIndex(Members members, const std::string& name, const Wri
     return called(*found, std::move(members), std::move(arguments), place);
   const Callable* const whole = written.size() == 1 ? choose(members, {}, false) : nullptr;
   if (whole && whole->declaration.result.array)
-    return indexed(called(*whole, std::move(members), {}, place), *written[0]);
+    return indexed(called(*whole, std::move(members), {}, place), std::move(arguments.back()));
   failNoFit(members, name, arguments, place);
 }
 
@@ -670,7 +674,7 @@ Target Checker::target(const Expression& expression, const Checked& value) {
   for (const Callable* const each : members ? members->candidates : Candidates{}) {
     if (each->set) settable += (settable.empty() ? "; it takes " : ", ") + shown(each->assigned);
   }
-  fail(expression.place, "a " + shown(value.type) + " can't be assigned here" + settable);
+  fail(expression.place, aValueOf(value.type) + " can't be assigned here" + settable);
 }
 
 }  // namespace standin::host

@@ -185,7 +185,7 @@ Code Checker::checkConstant(const Expression& expression, Type& type) {
 
 Action Checker::redim(const Statement& each) {
   Checked array = checkExpression(*each.expressions[0]);
-  if (!array.type.array) fail(each.place, "Redim takes an array, not a " + shown(array.type));
+  if (!array.type.array) fail(each.place, "Redim takes an array, not " + aValueOf(array.type));
   return [array = std::move(array.code), bound = checkedAs(*each.expressions[1], kInteger)](Frame& frame) {
     resize(array(frame), bound(frame).integer());
     return Flow::next;
@@ -250,7 +250,7 @@ const Named& Checker::loopVariable(const Statement& each, const Type& type) {
   if (each.type.name.empty()) {
     if (const Named* const known = variableNamed(each.name); known && !known->constant) {
       if (!sameType(known->type, type) && !(isNumber(known->type) && isNumber(type)))
-        fail(each.place, each.name + " is a " + shown(known->type) + ", not a " + shown(type));
+        fail(each.place, each.name + " is " + aValueOf(known->type) + ", not " + aValueOf(type));
       return *known;
     }
     fail(each.place, "expected a type: For " +
@@ -264,11 +264,12 @@ const Named& Checker::loopVariable(const Statement& each, const Type& type) {
 
 Action Checker::forTo(const Statement& each) {
   const size_t names = locals_.size();
-  Code from = checkedAs(*each.expressions[0], kVariant);
-  const Named variable = loopVariable(each, checkExpression(*each.expressions[0]).type);
+  Checked first = checkExpression(*each.expressions[0]);
+  const Named variable = loopVariable(each, first.type);
   if (!isNumber(variable.type))
-    fail(each.place, "a For loop counts with numbers, not with a " + shown(variable.type));
+    fail(each.place, "a For loop counts with numbers, not with " + aValueOf(variable.type));
   const Type type = variable.type, wide = isReal(type) ? kDouble : Type{TypeKind::int64, "", false};
+  Code from = coerced(std::move(first), type);
   Code to = checkedAs(*each.expressions[1], wide);
   Code step = each.expressions.size() > 2 ? checkedAs(*each.expressions[2], wide)
                                           : [one = converted(1, wide)](Frame&) { return one; };
@@ -284,7 +285,7 @@ Action Checker::forTo(const Statement& each) {
   };
   return [=, from = std::move(from), to = std::move(to), step = std::move(step), body = std::move(body),
           downwards = each.downwards](Frame& frame) {
-    for (place(frame) = converted(from(frame), type);;) {
+    for (place(frame) = from(frame);;) {
       Value width = step(frame);
       const bool falls =
           downwards != computed(Operator::less, wide.kind, width, converted(0, wide)).boolean();
@@ -303,7 +304,7 @@ Action Checker::forTo(const Statement& each) {
 Action Checker::forEach(const Statement& each) {
   const size_t names = locals_.size();
   Checked array = checkExpression(*each.expressions[0]);
-  if (!array.type.array) fail(array.place, "For Each takes an array, not a " + shown(array.type));
+  if (!array.type.array) fail(array.place, "For Each takes an array, not " + aValueOf(array.type));
   const Type element = elementOf(array.type);
   const Named variable = loopVariable(each, element);
   Checked current{element, [slot = slots_](Frame& frame) { return frame.slots[slot]; }, each.place};
@@ -362,7 +363,7 @@ Action Checker::leave(const Statement& each) {
 Action Checker::giveBack(const Statement& each) {
   const Type& result = function_->declaration.result;
   if (each.expressions.empty()) {
-    if (!isNone(result)) fail(each.place, "expected a " + shown(result) + " after Return");
+    if (!isNone(result)) fail(each.place, "expected " + aValueOf(result) + " after Return");
     return [](Frame&) { return Flow::giveBack; };
   }
   if (isNone(result)) fail(each.place, "a Sub gives nothing back; write Return alone, or make it a Function");

@@ -2,7 +2,6 @@
 // of its expressions and statements. Everything throws SourceError, whose text names what would fit.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -81,10 +80,11 @@ class Checker {
   Checked newObject(const Expression& expression);
   Checked cast(const Expression& value, const Type& type, Place place);
   Checked arrayOf(const Written& elements, Place place);
-  Checked indexed(Checked array, const Expression& index);
+  Checked indexed(Checked array, Checked index) const;
   Checked self(Place place) const;
 
   const Named* variableNamed(std::string_view name) const;
+  void leaveOutPrivate(Candidates& candidates) const;
   std::optional<Members> callables(std::string_view name, Place place) const;
   Members membersOf(const Expression& member);
   Members membersOfClass(const ClassInfo& cls, const Expression& member, std::optional<Checked> object) const;

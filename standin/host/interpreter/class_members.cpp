@@ -83,7 +83,7 @@ sys_days dayOf(const DateFields& fields) {
   const auto year =
       static_cast<int>(std::clamp<int64_t>(months >= 0 ? months / 12 : -((11 - months) / 12), -9999, 9999));
   const auto month = static_cast<unsigned>((months % 12 + 12) % 12 + 1);
-  return sys_days(std::chrono::year(year) / static_cast<int>(month) / 1) + days(fields.day - 1);
+  return sys_days(std::chrono::year(year) / static_cast<int>(month) / 1) + days(int64_t{fields.day} - 1);
 }
 
 sys_days firstDay() {
@@ -451,26 +451,62 @@ constexpr NativeMember kMembers[] = {
      describeException},
 };
 
-// --- Arrays, of elements of any type: the type's name stands where Element does ---
+// --- Arrays ---
 
-Value upperBound(Call& call) {
+Value upperBound(Call& call, const Type&) {
   return arrayIn(call.self).count() - 1;
 }
 
-Value append(Call& call) {
+Value append(Call& call, const Type&) {
   insertElement(call.self, arrayIn(call.self).count(), call.arguments[0]);
   return {};
 }
 
-Value insert(Call& call) {
+Value insert(Call& call, const Type&) {
   insertElement(call.self, wholeAt(call, 0), call.arguments[1]);
   return {};
 }
 
-constexpr NativeMember kArrayMembers[] = {
-    {"", "Ubound As Integer", upperBound},
-    {"", "Append(value As Element)", append},
-    {"", "Insert(index As Integer, value As Element)", insert},
+Value removeAt(Call& call, const Type& element) {
+  return removeElement(call.self, wholeAt(call, 0), element);
+}
+
+Value pop(Call& call, const Type& element) {
+  return removeElement(call.self, int64_t{arrayIn(call.self).count()} - 1, element);
+}
+
+Value indexOf(Call& call, const Type& element) {
+  for (int32_t i = 0; i < arrayIn(call.self).count(); ++i) {
+    if (computedOfVariants(Operator::equal, elementAt(call.self, i, element), call.arguments[0]).boolean())
+      return i;
+  }
+  return -1;
+}
+
+Value sort(Call& call, const Type&) {
+  arrayIn(call.self);
+  std::vector<Value> sorted = elements(call.self);
+  std::stable_sort(sorted.begin(), sorted.end(), [](const Value& one, const Value& other) {
+    return computedOfVariants(Operator::less, one, other).boolean();
+  });
+  for (size_t i = 0; i < sorted.size(); ++i) setElement(call.self, static_cast<int64_t>(i), sorted[i]);
+  return {};
+}
+
+// Of an array of any type, which stands where Element does.
+struct ArrayMember {
+  const char* declaration;
+  Value (*run)(Call& call, const Type& element);
+  bool needsOrder = false;  // only where elements are texts or numbers
+};
+constexpr ArrayMember kArrayMembers[] = {
+    {"Ubound As Integer", upperBound},
+    {"Append(value As Element)", append},
+    {"Insert(index As Integer, value As Element)", insert},
+    {"Remove(index As Integer) As Element", removeAt},
+    {"Pop As Element", pop},
+    {"IndexOf(value As Element) As Integer", indexOf},
+    {"Sort()", sort, true},
 };
 
 }  // namespace
@@ -503,41 +539,16 @@ std::vector<Callable> nativeMembersOf(std::string_view className) {
 
 std::vector<Callable> arrayMembers(const Type& element) {
   std::vector<Callable> members;
-  for (const NativeMember& row : kArrayMembers) {
-    members.push_back(callableOf(row));
-    for (Parameter& parameter : members.back().declaration.parameters) {
-      if (parameter.type.className == "Element") parameter.type = element;
-    }
-  }
-  const auto add = [&](const char* declaration, const Type& result, std::function<Value(Call&)> run) {
-    Callable callable{parseMethod(declaration), declaration, std::move(run)};
-    callable.declaration.result = result;
-    for (Parameter& parameter : callable.declaration.parameters) {
-      if (parameter.type.className == "Element") parameter.type = element;
-    }
-    members.push_back(std::move(callable));
-  };
-  add("Remove(index As Integer)", element,
-      [element](Call& call) { return removeElement(call.self, wholeAt(call, 0), element); });
-  add("Pop", element, [element](Call& call) {
-    return removeElement(call.self, int64_t{arrayIn(call.self).count()} - 1, element);
-  });
-  add("IndexOf(value As Element)", kInteger, [element](Call& call) -> Value {
-    for (int32_t i = 0; i < arrayIn(call.self).count(); ++i) {
-      const Value each = elementAt(call.self, i, element);
-      if (computedOfVariants(Operator::equal, each, call.arguments[0]).boolean()) return i;
-    }
-    return -1;
-  });
-  if (isText(element) || isNumber(element)) {
-    add("Sort", {}, [element](Call& call) {
-      std::vector<Value> sorted = elements(call.self.isNil() ? (arrayIn(call.self), call.self) : call.self);
-      std::stable_sort(sorted.begin(), sorted.end(), [](const Value& one, const Value& other) {
-        return computedOfVariants(Operator::less, one, other).boolean();
-      });
-      for (size_t i = 0; i < sorted.size(); ++i) setElement(call.self, static_cast<int64_t>(i), sorted[i]);
-      return Value();
-    });
+  for (const ArrayMember& row : kArrayMembers) {
+    if (row.needsOrder && !isText(element) && !isNumber(element)) continue;
+    Declaration declaration = parseMethod(row.declaration);
+    const auto fill = [&element](Type& type) {
+      if (type.className == "Element") type = element;
+    };
+    fill(declaration.result);
+    for (Parameter& parameter : declaration.parameters) fill(parameter.type);
+    members.push_back({std::move(declaration), row.declaration,
+                       [row, element](Call& call) { return row.run(call, element); }});
   }
   return members;
 }

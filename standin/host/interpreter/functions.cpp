@@ -228,26 +228,16 @@ Value val(Call& call) {
   return converted(call.arguments[0], kDouble);
 }
 
-Value based(const Call& call, unsigned bits, uint64_t number) {
-  std::string digits;
-  do digits.insert(digits.begin(), "0123456789ABCDEF"[number & ((1u << bits) - 1)]);
-  while (number >>= bits);
-  return call.arguments.empty() ? Value() : Value(digits);
-}
-
-uint64_t unsignedAt(const Call& call) {
-  const int64_t number = wholeAt(call, 0);
-  return number < 0 && number >= INT32_MIN ? static_cast<uint32_t>(number) : static_cast<uint64_t>(number);
-}
-
-Value hex(Call& call) {
-  return based(call, 4, unsignedAt(call));
-}
-Value oct(Call& call) {
-  return based(call, 3, unsignedAt(call));
-}
-Value bin(Call& call) {
-  return based(call, 1, unsignedAt(call));
+// The digits of so many bits each. A negative Integer has 32 bits.
+template <unsigned bits>
+Value digits(Call& call) {
+  const int64_t whole = wholeAt(call, 0);
+  uint64_t rest =
+      whole < 0 && whole >= INT32_MIN ? static_cast<uint32_t>(whole) : static_cast<uint64_t>(whole);
+  std::string text;
+  do text.insert(text.begin(), "0123456789ABCDEF"[rest & ((1u << bits) - 1)]);
+  while (rest >>= bits);
+  return text;
 }
 
 // A format's sections are for positive numbers, negative ones and zero; without its own section a negative
@@ -428,9 +418,9 @@ constexpr NativeMember kFunctions[] = {
     {"", "Format(number As Double, format As String) As String", format},
     {"", "Val(text As String) As Double", val},
     {"", "CDbl(text As String) As Double", val},
-    {"", "Hex(number As Int64) As String", hex},
-    {"", "Oct(number As Int64) As String", oct},
-    {"", "Bin(number As Int64) As String", bin},
+    {"", "Hex(number As Int64) As String", digits<4>},
+    {"", "Oct(number As Int64) As String", digits<3>},
+    {"", "Bin(number As Int64) As String", digits<1>},
     {"", "Abs(number As Double) As Double", real<std::fabs>},
     {"", "Ceil(number As Double) As Double", real<std::ceil>},
     {"", "Floor(number As Double) As Double", real<std::floor>},

@@ -24,7 +24,7 @@ bool isDate(const Value& value) {
 }
 
 [[noreturn]] void mismatch(const Value& value, const Type& type) {
-  raise("TypeMismatchException", "expected a " + shown(type) + ", not " + value.describe());
+  raise("TypeMismatchException", "expected " + aValueOf(type) + ", not " + value.describe());
 }
 
 double numberIn(const Value& value, const Type& wanted) {
@@ -217,6 +217,12 @@ std::string shown(const Type& type) {
   if (isNone(type)) return "value of no type";
   if (type.kind == TypeKind::object && type.className.empty()) return "Nil";
   return describe(type);
+}
+
+std::string aValueOf(const Type& type) {
+  const std::string name = shown(type);
+  if (sameType(type, {TypeKind::object, "", false})) return name;
+  return (std::string("AEIO").find(name.front()) == std::string::npos ? "a " : "an ") + name;
 }
 
 Type elementOf(const Type& array) {

@@ -39,7 +39,8 @@ inline bool isNumber(const Type& type) {
   return isWhole(type) || isReal(type);
 }
 bool sameType(const Type& one, const Type& other);
-std::string shown(const Type& type);  // "Nil" and "a value of no type" beside those of declarations
+std::string shown(const Type& type);     // "Nil" and "a value of no type" beside those of declarations
+std::string aValueOf(const Type& type);  // "a Date", "an Integer"
 // The type of an array's elements.
 Type elementOf(const Type& array);
 

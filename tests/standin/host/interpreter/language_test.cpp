@@ -12,6 +12,8 @@ TEST_P(Language, DoesWhatTheRowSays) {
 }
 
 const Row kExpressions[] = {
+    {"TheOppositeOfASingleIsADouble", "Dim s As Single = 0.5\nDim t As Single = -s\nPrint t\nPrint -s\n",
+     "-0.5\n-0.5\n"},
     {"Precedence",
      "Print 1 + 2 * 3 - 8 / 2\nPrint (1 + 2) * 3\nPrint -2 ^ 2\nPrint 7 Mod 4 + 1\nPrint 7 \\ 2\n",
      "3\n9\n-4\n4\n3\n"},
@@ -312,6 +314,13 @@ const Row kClasses[] = {
      "Function\nEnd Class\nDim a As Animal = New Dog\nPrint a.Say\nPrint a IsA Dog\nPrint Dog(a).Sound\nDim "
      "b As New Animal\nPrint b.Say\nPrint b IsA Dog\n",
      "says woof?\nTrue\nwoof?\nsays ?\nFalse\n"},
+    {"PrivateMembersAreForTheirClassAlone",
+     "Class A\nPrivate Dim n As Integer = 1\nPrivate Function F() As String\nReturn \"a\"\nEnd "
+     "Function\nFunction Both() As String\nReturn F + Str(n)\nEnd Function\nEnd Class\n"
+     "Class B Inherits A\nFunction F() As String\nReturn \"b\"\nEnd Function\nFunction N() As "
+     "Integer\nReturn 2\nEnd Function\nEnd Class\n"
+     "Dim b1 As New B\nPrint b1.Both + b1.F + Str(b1.N)\n",
+     "a1b2\n"},
     {"ConstructorsAreInherited",
      "Class A\nDim n As Integer\nSub Constructor(n0 As Integer)\nn = n0\nEnd Sub\nEnd Class\nClass B "
      "Inherits A\nEnd Class\nClass C Inherits A\nSub Constructor()\nSuper.Constructor(8)\nEnd Sub\nEnd "

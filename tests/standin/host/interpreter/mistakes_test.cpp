@@ -19,7 +19,7 @@ const Row kMistakes[] = {
     {"TypeThatIsNotTaken", "Dim a As Byte\n",
      "2:10: Byte is not taken; of whole numbers there are Integer, Int32, UInt32 and Int64\n"},
     {"WrongType", "Dim s As String = 5\n",
-     "2:19: expected a String, not a Integer; Str makes a text of a number\n"},
+     "2:19: expected a String, not an Integer; Str makes a text of a number\n"},
     {"WrongArgument", "Print Left(5, 1)\n",
      "2:7: Left(Integer, Integer) fits none of: Left(text As String, count As Integer) As String\n"},
     {"MissingArgument", "Sub Add(a As Integer, b As Integer)\nEnd Sub\nAdd 1\n",
@@ -29,7 +29,7 @@ const Row kMistakes[] = {
     {"ObjectsHaveNoText", "Print New Date\n",
      "2:1: Print(Date) fits none of: Print(text As String); Print(number As Int64); Print(number As Single); "
      "Print(number As Double); Print(truth As Boolean); Print(colour As Color)\n"},
-    {"ConditionThatIsNone", "If 1 Then Print 1\n", "2:4: expected a Boolean, not a Integer\n"},
+    {"ConditionThatIsNone", "If 1 Then Print 1\n", "2:4: expected a Boolean, not an Integer\n"},
     {"MissingEnd", "If True Then\nPrint 1\n",
      "4:1: expected End If for the If of line 2, not the end of the program\n"},
     {"WrongEnd", "While True\nNext\n", "3:1: expected Wend for the While of line 2, not 'Next'\n"},
@@ -50,12 +50,12 @@ const Row kMistakes[] = {
     {"ConstantIsSet", "Const kA = 1\nkA = 2\n", "3:1: kA is a constant\n"},
     {"ConstantIsNone", "Dim n As Integer\nConst kA = n\n",
      "3:12: expected a value that is known before the program runs\n"},
-    {"ReadOnlyIsSet", "Dim d As New Dictionary\nd.Count = 3\n", "3:3: a Integer can't be assigned here\n"},
+    {"ReadOnlyIsSet", "Dim d As New Dictionary\nd.Count = 3\n", "3:3: an Integer can't be assigned here\n"},
     {"ExitWithoutLoop", "Exit For\n", "2:1: there is no For loop around this\n"},
     {"ReturnInASub", "Sub S()\nReturn 1\nEnd Sub\n",
      "3:1: a Sub gives nothing back; write Return alone, or make it a Function\n"},
     {"ReturnOfNothing", "Function F() As Integer\nReturn\nEnd Function\n",
-     "3:1: expected a Integer after Return\n"},
+     "3:1: expected an Integer after Return\n"},
     {"SubHasNoValue", "Sub S()\nEnd Sub\nPrint S\n",
      "4:1: Print(value of no type) fits none of: Print(text As String); Print(number As Int64); Print(number "
      "As Single); Print(number As Double); Print(truth As Boolean); Print(colour As Color)\n"},
@@ -103,6 +103,14 @@ TEST_F(Limits, OfNestingAreMistakesAndNoOverflow) {
   EXPECT_NE(outputOf(repeated("If True Then\n", 100000)).find("nests more than 200 deep"), std::string::npos);
   EXPECT_NE(outputOf("Print a" + repeated(".a", 100000)).find("nests more than 200 deep"), std::string::npos);
   EXPECT_NE(outputOf(repeated("If True Then ", 100000)).find("nests more than 200 deep"), std::string::npos);
+}
+
+// What is checked again at each level would never be done.
+TEST_F(Limits, OfTimeAreNoMatterWhereCallsNest) {
+  const std::string calls = repeated("F(", 150) + "1" + repeated(")", 150);
+  EXPECT_EQ(outputOf("Function F() As Integer()\nReturn Array(1, 0)\nEnd Function\nPrint " + calls +
+                     "\nDim a() As Integer = F\na(" + calls + ") = " + calls + "\n"),
+            "1\n");
 }
 
 TEST_F(Limits, AProgramThatNeverEndsIsInterrupted) {

@@ -60,6 +60,11 @@ const Row kRows[] = {
      "ThingZNK\nAddHandler t.Done, AddressOf Bad\n"
      "Try\nt.Fire 1, 0\nCatch\nPrint \"caught\"\nEnd Try\n",
      "NilObjectException: Count of an object that is Nil\n  Bad:3\n  an event:0\n  the program:8\n"},
+    {"AHandlerMayQuit",
+     "Sub Done(sender As ThingZNK)\nQuit 4\nEnd Sub\nDim t As New ThingZNK\nAddHandler t.Done, AddressOf "
+     "Done\nt.Fire 1, 0\n"
+     "Print \"no\"\n",
+     "status 4\n"},
     {"AnObjectEndsWithItsLastReferenceAndItsPropertiesWithIt",
      "Class Holder\nInherits ThingZNK\nDim other As Holder\nDim name As String\nSub Destructor()\nPrint "
      "\"end of \" + name + Str(Handle <> 0)\nEnd Sub\nEnd Class\n"
@@ -76,7 +81,7 @@ const Row kRows[] = {
      "ThingZNK\nt.Tag = t\nDim o As New Own\no.me1 = o\nDim p As New Own\np.Tag = o\no.Tag = p\n",
      ""},
     {"AReferenceOfThePlugInsIsNotWritten", "Dim t As New ThingZNK\nt.Handle = 5\n",
-     "2:3: a Integer can't be assigned here\n"},
+     "2:3: an Integer can't be assigned here\n"},
     {"AnEventMustHaveItsParameters",
      "Class Own\nInherits ThingZNK\nEvent Changed(count As Integer)\nEnd Event\nEnd Class\n",
      "3:1: expected Event Changed(Items As ThingZNK(), count As Integer)\n"},
