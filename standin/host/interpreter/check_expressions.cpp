@@ -12,10 +12,6 @@ namespace {
 
 using ExpressionKind = Expression::Kind;
 
-[[noreturn]] void fail(Place place, const std::string& what) {
-  throw SourceError(place, what);
-}
-
 const std::pair<const char*, Operator> kOperators[] = {
     {"+", Operator::add},          {"-", Operator::subtract},     {"*", Operator::multiply},
     {"/", Operator::divide},       {"\\", Operator::divideWhole}, {"Mod", Operator::modulo},

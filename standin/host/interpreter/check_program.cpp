@@ -10,10 +10,6 @@
 namespace standin::host {
 namespace {
 
-[[noreturn]] void fail(Place place, const std::string& what) {
-  throw SourceError(place, what);
-}
-
 // Declares everything, then checks the bodies.
 class ProgramChecker {
  public:

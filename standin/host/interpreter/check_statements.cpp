@@ -14,10 +14,6 @@ namespace {
 using StatementKind = Statement::Kind;
 using ExpressionKind = Expression::Kind;
 
-[[noreturn]] void fail(Place place, const std::string& what) {
-  throw SourceError(place, what);
-}
-
 struct LoopKind {
   const char* word;
   Flow exit, next;

@@ -12,6 +12,10 @@
 
 namespace standin::host {
 
+[[noreturn]] inline void fail(Place place, const std::string& what) {
+  throw SourceError(place, what);
+}
+
 struct Checked {
   Type type;
   Code code;

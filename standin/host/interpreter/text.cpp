@@ -11,10 +11,10 @@
 namespace standin::host {
 namespace {
 
-constexpr size_t kMostBytes = 64 << 20;
+constexpr size_t kMostBytes = 32 << 20;
 
 const std::string& checked(const std::string& bytes) {
-  if (bytes.size() > kMostBytes) raise("OutOfMemoryException", "a text of more than 64 MB");
+  if (bytes.size() > kMostBytes) raise("OutOfMemoryException", "a text of more than 32 MB");
   return bytes;
 }
 

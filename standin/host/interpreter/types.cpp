@@ -1,10 +1,13 @@
 #include "standin/host/interpreter/types.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "standin/host/host.h"
 #include "standin/host/interpreter/class_members.h"
@@ -171,26 +174,18 @@ Value ofObjects(Operator op, const Value& one, const Value& other) {
         "objects can't be computed with: " + one.describe() + ", " + other.describe());
 }
 
+// The kind in which a value is computed with; nothing for references.
 std::optional<TypeKind> kindOf(const Value& value) {
-  switch (value.kind()) {
-    case Kind::boolean:
-      return TypeKind::boolean;
-    case Kind::int32:
-      return TypeKind::int32;
-    case Kind::uint32:
-      return TypeKind::uint32;
-    case Kind::int64:
-      return TypeKind::int64;
-    case Kind::single:
-    case Kind::number:
-      return TypeKind::number;
-    case Kind::color:
-      return TypeKind::color;
-    case Kind::string:
-      return TypeKind::string;
-    default:
-      return {};
-  }
+  constexpr std::optional<TypeKind> kKinds[] = {{},
+                                                TypeKind::boolean,
+                                                TypeKind::int32,
+                                                TypeKind::uint32,
+                                                TypeKind::int64,
+                                                TypeKind::number,
+                                                TypeKind::number,
+                                                TypeKind::color,
+                                                TypeKind::string};
+  return value.kind() < Kind::object ? kKinds[static_cast<int>(value.kind())] : std::nullopt;
 }
 
 bool isNumberKind(TypeKind kind) {
@@ -233,31 +228,16 @@ Type elementOf(const Type& array) {
 
 Value firstValue(const Type& type) {
   if (!type.array) return emptyValue(type);
-  ElementKind kind = ElementKind::object;
-  switch (type.kind) {
-    case TypeKind::boolean:
-      kind = ElementKind::boolean;
-      break;
-    case TypeKind::int32:
-      kind = ElementKind::int32;
-      break;
-    case TypeKind::uint32:  // the host has no arrays of them: their numbers fit
-    case TypeKind::color:
-    case TypeKind::int64:
-      kind = ElementKind::int64;
-      break;
-    case TypeKind::single:
-      kind = ElementKind::single;
-      break;
-    case TypeKind::number:
-      kind = ElementKind::number;
-      break;
-    case TypeKind::string:
-      kind = ElementKind::string;
-      break;
-    default:
-      if (sameName(type.className, "Date")) kind = ElementKind::date;
-  }
+  // The host has no arrays of UInt32 and Color: their numbers fit into those of Int64.
+  constexpr std::pair<TypeKind, ElementKind> kKinds[] = {
+      {TypeKind::boolean, ElementKind::boolean}, {TypeKind::int32, ElementKind::int32},
+      {TypeKind::uint32, ElementKind::int64},    {TypeKind::int64, ElementKind::int64},
+      {TypeKind::single, ElementKind::single},   {TypeKind::number, ElementKind::number},
+      {TypeKind::color, ElementKind::int64},     {TypeKind::string, ElementKind::string}};
+  const auto* const row = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                       [&type](const auto& each) { return each.first == type.kind; });
+  const ElementKind other = sameName(type.className, "Date") ? ElementKind::date : ElementKind::object;
+  const ElementKind kind = row == std::end(kKinds) ? other : row->second;
   return Value::object(Ref::adopt(newArray(kind, 0, Side::host)));
 }
 

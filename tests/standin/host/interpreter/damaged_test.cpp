@@ -143,7 +143,7 @@ void spoil(std::string& program, std::mt19937& random) {
 
 TEST_F(Damaged, ProgramsEndAndLeaveNothing) {
   std::mt19937 random(20140131);
-  const int count = isLongTier() ? 100000 : 1500;
+  const int count = isLongTier() ? 100000 : 600;
   int ran = 0;
   for (int i = 0; i < count; ++i) {
     std::string program = kDeclarations + block(random, 0) + block(random, 0);

@@ -283,7 +283,7 @@ const Row kExceptions[] = {
     {"TooMuchMemory",
      "Dim s As String = \"0123456789abcdef\"\nTry\nWhile True\ns = s + s\nWend\nCatch e As "
      "OutOfMemoryException\nPrint e.Message\nEnd Try\nDim a() As Integer\nRedim a(2000000000)\n",
-     "a text of more than 64 MB\nOutOfMemoryException: an array of more than 10 million elements\n  the "
+     "a text of more than 32 MB\nOutOfMemoryException: an array of more than 10 million elements\n  the "
      "program:10\n"},
 };
 INSTANTIATE_TEST_SUITE_P(Exceptions, Language, testing::ValuesIn(kExceptions),
