@@ -1,15 +1,10 @@
 // The entry points of variants, and what each kind of value is when it is read as another.
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <limits>
-
+#include "standin/host/things/variants.h"
 #include "standin/gate/gate.h"
 #include "standin/host/entry/entry_points.h"
 #include "standin/host/language/encodings.h"
 #include "standin/host/things/objects.h"
 #include "standin/host/things/strings.h"
-#include "standin/host/things/variants.h"
 
 namespace standin::host {
 namespace {
@@ -20,51 +15,6 @@ const Value& contentOf(const Gate& gate, ObjectHandle handle) {
   static const Value nothing;
   const auto* const variant = asKind<HostVariant>(objectThingAt(handle));
   return variant && !gate.fails() ? variant->value : nothing;
-}
-
-double asNumber(const Value& value) {
-  switch (value.kind()) {
-    case Kind::single:
-    case Kind::number:
-      return value.number();
-    case Kind::string:
-      return std::strtod(value.text().c_str(), nullptr);
-    case Kind::nil:
-      return 0;
-    default:
-      return static_cast<double>(value.integer());
-  }
-}
-
-int64_t asWhole(const Value& value) {
-  if (value.kind() == Kind::string) return std::strtoll(value.text().c_str(), nullptr, 10);
-  if (value.kind() != Kind::single && value.kind() != Kind::number) {
-    return value.kind() == Kind::nil ? 0 : value.integer();
-  }
-  const double number = value.number();
-  constexpr double kLimit = 9223372036854775808.0;  // 2^63
-  if (std::isnan(number)) return 0;
-  if (number >= kLimit) return std::numeric_limits<int64_t>::max();
-  return number < -kLimit ? std::numeric_limits<int64_t>::min() : static_cast<int64_t>(number);
-}
-
-std::string asText(const Value& value) {
-  char text[40];
-  switch (value.kind()) {
-    case Kind::nil:
-      return {};
-    case Kind::boolean:
-      return value.boolean() ? "True" : "False";
-    case Kind::color:
-      std::snprintf(text, sizeof text, "&h%08X", static_cast<unsigned>(value.integer()));
-      return text;
-    case Kind::single:
-    case Kind::number:
-      std::snprintf(text, sizeof text, value.kind() == Kind::single ? "%.7g" : "%.15g", value.number());
-      return text;
-    default:
-      return std::to_string(value.integer());
-  }
 }
 
 ObjectHandle newVariant(const Gate& gate, Value value) {

@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <iterator>
-#include <limits>
 #include <type_traits>
 #include <utility>
 
@@ -23,46 +20,18 @@ namespace {
 constexpr int64_t kMostElements = 10'000'000;
 
 bool isDate(const Value& value) {
-  return value.kind() == Kind::object && !value.isNil() && isDate(thingOf(value.reference()));
+  return value.kind() == Kind::object && isDate(thingOf(value.reference()));
 }
 
 [[noreturn]] void mismatch(const Value& value, const Type& type) {
   raise("TypeMismatchException", "expected " + aValueOf(type) + ", not " + value.describe());
 }
 
-double numberIn(const Value& value, const Type& wanted) {
-  switch (value.kind()) {
-    case Kind::nil:
-      return 0;
-    case Kind::string:
-      return std::strtod(utf8Of(value).c_str(), nullptr);
-    case Kind::object:
-      if (isDate(value)) return totalSeconds(value);
-      mismatch(value, wanted);
-    case Kind::array:
-      mismatch(value, wanted);
-    case Kind::single:
-    case Kind::number:
-      return value.number();
-    default:
-      return static_cast<double>(value.integer());
-  }
-}
-
-// Outside of 64 bits: the nearest whole number. Not a number: 0.
-int64_t wholePart(double number) {
-  constexpr double kLimit = 9223372036854775808.0;  // 2^63
-  if (std::isnan(number)) return 0;
-  if (number >= kLimit) return std::numeric_limits<int64_t>::max();
-  return number < -kLimit ? std::numeric_limits<int64_t>::min() : static_cast<int64_t>(number);
-}
-
-int64_t wholeIn(const Value& value, const Type& wanted) {
-  const bool whole =
-      (value.kind() >= Kind::boolean && value.kind() <= Kind::int64) || value.kind() == Kind::color;
-  if (whole) return value.integer();
-  if (value.kind() == Kind::string) return std::strtoll(utf8Of(value).c_str(), nullptr, 10);
-  return wholePart(numberIn(value, wanted));
+// The value as one that is no object: a date counts as its seconds. Raises a TypeMismatchException.
+Value plain(const Value& value, const Type& wanted) {
+  if (isDate(value)) return totalSeconds(value);
+  if (value.kind() >= Kind::object) mismatch(value, wanted);
+  return value.kind() == Kind::string ? textOfBytes(utf8Of(value)) : value;
 }
 
 Value wholeOf(TypeKind kind, int64_t whole) {
@@ -80,8 +49,7 @@ Value wholeOf(TypeKind kind, int64_t whole) {
 
 bool truthIn(const Value& value) {
   if (value.kind() == Kind::string) return sameName(utf8Of(value), "true");
-  if (value.kind() == Kind::object || value.kind() == Kind::array) mismatch(value, kBoolean);
-  return numberIn(value, kBoolean) != 0;
+  return asNumber(plain(value, kBoolean)) != 0;
 }
 
 // --- Operators ---
@@ -152,7 +120,7 @@ Value ofReals(Operator op, double a, double b) {
     case Operator::power:
       return std::pow(a, b);
     default:
-      return ofWholes(op, wholePart(a), wholePart(b));
+      return ofWholes(op, asWhole(a), asWhole(b));
   }
 }
 
@@ -253,41 +221,22 @@ Value converted(const Value& value, const Type& type) {
     case TypeKind::boolean:
       return truthIn(value);
     case TypeKind::single:
-      return static_cast<float>(numberIn(value, type));
+      return static_cast<float>(asNumber(plain(value, type)));
     case TypeKind::number:
-      return numberIn(value, type);
+      return asNumber(plain(value, type));
     case TypeKind::variant:
     case TypeKind::none:
       return value;
     default:
-      return wholeOf(type.kind, wholeIn(value, type));
+      return wholeOf(type.kind, asWhole(plain(value, type)));
   }
 }
 
 Value shownValue(const Value& value) {
-  char text[40];
-  switch (value.kind()) {
-    case Kind::nil:
-      return Value::nullString();
-    case Kind::string:
-      return value;
-    case Kind::boolean:
-      return value.boolean() ? "True" : "False";
-    case Kind::color:
-      std::snprintf(text, sizeof text, "&h%08X", static_cast<unsigned>(value.integer()));
-      return text;
-    case Kind::single:
-    case Kind::number:
-      std::snprintf(text, sizeof text, value.kind() == Kind::single ? "%.7g" : "%.15g", value.number());
-      return text;
-    case Kind::object:
-      if (isDate(value)) return sqlDateTime(value);
-      [[fallthrough]];
-    case Kind::array:
-      mismatch(value, kString);
-    default:
-      return std::to_string(value.integer());
-  }
+  if (value.kind() == Kind::string) return value;
+  if (isDate(value)) return sqlDateTime(value);
+  if (value.kind() >= Kind::object) mismatch(value, kString);
+  return asText(value);
 }
 
 // --- Arrays ---

@@ -1,5 +1,8 @@
 #include "standin/host/things/variants.h"
 
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -70,6 +73,51 @@ int32_t codeOf(Kind kind) {
 }
 
 }  // namespace
+
+double asNumber(const Value& value) {
+  switch (value.kind()) {
+    case Kind::single:
+    case Kind::number:
+      return value.number();
+    case Kind::string:
+      return std::strtod(value.text().c_str(), nullptr);
+    case Kind::nil:
+      return 0;
+    default:
+      return static_cast<double>(value.integer());
+  }
+}
+
+int64_t asWhole(const Value& value) {
+  if (value.kind() == Kind::string) return std::strtoll(value.text().c_str(), nullptr, 10);
+  if (value.kind() != Kind::single && value.kind() != Kind::number) {
+    return value.kind() == Kind::nil ? 0 : value.integer();
+  }
+  const double number = value.number();
+  constexpr double kLimit = 9223372036854775808.0;  // 2^63
+  if (std::isnan(number)) return 0;
+  if (number >= kLimit) return std::numeric_limits<int64_t>::max();
+  return number < -kLimit ? std::numeric_limits<int64_t>::min() : static_cast<int64_t>(number);
+}
+
+std::string asText(const Value& value) {
+  char text[40];
+  switch (value.kind()) {
+    case Kind::nil:
+      return {};
+    case Kind::boolean:
+      return value.boolean() ? "True" : "False";
+    case Kind::color:
+      std::snprintf(text, sizeof text, "&h%08X", static_cast<unsigned>(value.integer()));
+      return text;
+    case Kind::single:
+    case Kind::number:
+      std::snprintf(text, sizeof text, value.kind() == Kind::single ? "%.7g" : "%.15g", value.number());
+      return text;
+    default:
+      return std::to_string(value.integer());
+  }
+}
 
 HostVariant::HostVariant(Value content, Side owner, std::optional<int32_t> reportedCode)
     : Counted(kThing, kObjectHeadSize, owner), value(std::move(content)), code(reportedCode) {

@@ -26,6 +26,12 @@ class HostVariant : public Counted {
 Ref boxed(const Value& value);
 // The same for the plug-in, with a reference of its side.
 ObjectHandle handOver(const Value& value);
+// What a value is when it is read as another kind: a text by what it begins with, nil as 0 and as nothing. An
+// object is none of these, and throws CallError.
+double asNumber(const Value& value);
+// Outside of 64 bits the nearest whole number, 0 for what is no number.
+int64_t asWhole(const Value& value);
+std::string asText(const Value& value);
 // The code by which variants tell what they hold.
 int32_t variantType(const Counted& thing);
 
