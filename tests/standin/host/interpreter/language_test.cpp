@@ -2,6 +2,7 @@
 #include "standin/host/host.h"
 #include "tests/standin/host/fake_plugin.h"
 #include "tests/standin/host/interpreter/run_program.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -175,6 +176,10 @@ const Row kTexts[] = {
      "Print Abs(-2)\nPrint Ceil(1.2)\nPrint Floor(-1.2)\nPrint Round(2.5)\nPrint Sqrt(9)\nPrint Max(1, "
      "2)\nPrint Min(1, 2)\nPrint Pow(2, 10)\nPrint Sin(0) + Cos(0)\n",
      "2\n2\n-2\n3\n3\n2\n1\n1024\n1\n"},
+    {"MoreMathematics",
+     "Print Exp(0)\nPrint Log(1)\nPrint Tan(0)\nPrint ATan(0)\nPrint Microseconds > 0\nPrint CType(2.9, "
+     "Integer)\n",
+     "1\n0\n0\n0\nTrue\n2\n"},
 };
 INSTANTIATE_TEST_SUITE_P(Texts, Language, testing::ValuesIn(kTexts), testing::PrintToStringParamName());
 
@@ -213,6 +218,27 @@ const Row kValues[] = {
      "v = 2.5\nPrint v * 2\nPrint v > 2\nPrint v.DoubleValue\nv = Array(1)\nPrint v.Type\nDim a() As Integer "
      "= v\nPrint a(0)\n",
      "True\n2\n6\n5!\nTrue\n24\n12\nTrue\n5\nTrue\n2.5\n4098\n1\n"},
+    {"VariantsAsEveryKind",
+     "Dim v As Variant = 65.7\nPrint v.Int32Value\nPrint v.Int64Value\nPrint v.UInt32Value\nPrint "
+     "v.SingleValue\n"
+     "Print v.BooleanValue\nv = &c000041\nPrint v.ColorValue\nv = New Date(2000)\nPrint "
+     "v.DateValue.Year\nPrint v.ObjectValue Is v\n"
+     "Print v.DoubleValue = v.DateValue.TotalSeconds\nPrint VarType(v) = Variant.TypeDate\nPrint "
+     "VarType(Nil)\nv = \"1.5x\"\nPrint v.DoubleValue\n"
+     "Print v.BooleanValue\nDim b As Boolean = Variant(\"TRUE\")\nPrint b\nPrint Variant.TypeNil + "
+     "Variant.TypeInteger + Variant.TypeLong + "
+     "Variant.TypeSingle + Variant.TypeDouble + Variant.TypeObject + Variant.TypeBoolean + "
+     "Variant.TypeColor\nTry\nPrint v.ObjectValue Is Nil\n"
+     "Catch e As TypeMismatchException\nPrint e.Message\nEnd Try\n",
+     "65\n65\n65\n65.7\nTrue\n&h00000041\n2000\nTrue\nTrue\nTrue\n0\n1.5\nFalse\nTrue\n50\nexpected an "
+     "object, not \"1.5x\"\n"},
+    {"VariantsAreComputedWithByWhatIsInThem",
+     "Dim a As Variant = 5, b As Variant = \"x\"\nPrint a + 2.5\nPrint b + \"y\"\nPrint a = b\nPrint a <> "
+     "b\nPrint b = \"X\"\nPrint -a\nPrint a \\ 2\n"
+     "Print a / 2\nPrint a Mod 3\nDim t As Variant = True\nPrint t And False\nPrint Not t\nPrint a > 4 And "
+     "t\nTry\nPrint a < b\nCatch e As "
+     "TypeMismatchException\nPrint e.Message\nEnd Try\n",
+     "7.5\nxy\nFalse\nTrue\nTrue\n-5\n2\n2.5\n2\nFalse\nFalse\nTrue\n5 and \"x\" don't fit each other\n"},
     {"VariantsAreCheckedWhenTheyAreUsed",
      "Dim v As Variant = New Dictionary\nTry\nDim d As Date = v\nCatch e As TypeMismatchException\nPrint "
      "\"no date\"\nEnd Try\nTry\nPrint v\nCatch e As TypeMismatchException\nPrint \"no text\"\nEnd Try\n"
@@ -356,5 +382,30 @@ const Row kClasses[] = {
      "done\n"},
 };
 INSTANTIATE_TEST_SUITE_P(Classes, Language, testing::ValuesIn(kClasses), testing::PrintToStringParamName());
+
+class FilesOfPrograms : public fake::HostTest {};
+
+TEST_F(FilesOfPrograms, TellOfFiles) {
+  const ScratchFolder scratch;
+  scratch.file("folder/b.txt", "12345");
+  scratch.folder("folder/a");
+  standin::host::Surroundings surroundings;
+  surroundings.arguments = {scratch.at("folder")};
+  EXPECT_EQ(
+      outputOf(
+          "Dim f As FolderItem = GetFolderItem(args(0))\nPrint f.Name\nPrint f.NativePath = args(0)\nPrint "
+          "f.Exists\nPrint f.Directory\n"
+          "Print f.Count\nPrint f.Item(1).Name\nPrint f.Item(2).Length\nDim b As FolderItem = "
+          "f.Child(\"b.txt\")\nPrint b.Length\nPrint b.Directory\n"
+          "Print b.Parent.NativePath = f.NativePath\nPrint b.ModificationDate.Year > 2020\nPrint "
+          "f.Child(\"none\").Exists\n"
+          "Print f.Child(\"none\").ModificationDate Is Nil\nPrint f.Child(\"none\").Length\nPrint f.Length\n"
+          "Dim c As New FolderItem(args(0) + \"/b.txt\")\nPrint c.Exists\nPrint GetFolderItem(\"/\").Parent "
+          "Is Nil\nPrint GetFolderItem(\"\") Is Nil\n"
+          "Print GetFolderItem(\"x\").Parent.Exists\nPrint f.Item(3).Name\n",
+          surroundings),
+      "folder\nTrue\nTrue\nTrue\n2\na\n5\n5\nFalse\nTrue\nTrue\nFalse\nTrue\n0\n0\nTrue\nTrue\nTrue\nTrue\n"
+      "OutOfBoundsException: no item 3; there are 2\n  the program:23\n");
+}
 
 }  // namespace
