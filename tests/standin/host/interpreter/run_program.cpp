@@ -1,5 +1,7 @@
 #include "tests/standin/host/interpreter/run_program.h"
 
+#include <fstream>
+
 using namespace standin::host;
 
 std::string outputOf(const std::string& program, Surroundings surroundings) {
@@ -19,4 +21,23 @@ std::string outputOf(const std::string& program, Surroundings surroundings) {
               error.what() + '\n';
   }
   return output;
+}
+
+std::vector<Case> casesIn(const std::string& file) {
+  std::vector<Case> cases;
+  std::ifstream stream(std::string(PROGRAMS) + '/' + file + ".txt");
+  bool isOutput = false;
+  for (std::string line; std::getline(stream, line);) {
+    if (line.starts_with("=== ")) {
+      // The empty line above belongs to nobody.
+      if (!cases.empty()) cases.back().output.pop_back();
+      cases.push_back({line.substr(4), {}, {}});
+      isOutput = false;
+    } else if (line == "--- prints") {
+      isOutput = true;
+    } else {
+      (isOutput ? cases.back().output : cases.back().program) += line + '\n';
+    }
+  }
+  return cases;
 }

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <vector>
 
 #include "standin/host/interpreter/program.h"
 
@@ -11,11 +13,14 @@
 // mistake, "CLASS: MESSAGE" and the lines of the stack for an exception, "status 3", or "interrupted".
 std::string outputOf(const std::string& program, standin::host::Surroundings surroundings = {});
 
-struct Row {
-  const char* name;
-  const char* program;
-  const char* output;
+// The programs of a file in programs/: each with its name, "=== NAME", above it, and behind "--- prints" what
+// comes of it.
+struct Case {
+  std::string name;
+  std::string program;
+  std::string output;
 };
-inline std::ostream& operator<<(std::ostream& out, const Row& row) {
-  return out << row.name;
+inline std::ostream& operator<<(std::ostream& out, const Case& each) {
+  return out << each.name;
 }
+std::vector<Case> casesIn(const std::string& file);
