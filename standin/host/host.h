@@ -15,7 +15,7 @@
 //
 // This header is the contract; it includes language/ alone. It is carried out by the rooms around it, of
 // which each may include those before it, and none those behind it: machine/, language/, state/, things/,
-// program/, entry/.
+// program/, entry/. Above it stand source/ and interpreter/: programs of the host language.
 #pragma once
 
 #include <array>

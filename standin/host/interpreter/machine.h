@@ -1,6 +1,6 @@
 // interpreter/: programs of the host language: what their names stand for, whether the types fit, and how
 // they run. They reach the plug-in through host.h alone. May include source/, program/ and what that may
-// include.
+// include, and standin/system/paths.h.
 //
 // What a running program consists of. A checked expression is a function that computes its value, a checked
 // statement one that does it: what could be decided before the program runs is decided then.

@@ -59,7 +59,7 @@ struct Branch {
 
 struct Statement {
   enum class Kind {
-    dim,         // name, type, maybe expression 0: its value; isNew: arguments of a constructor; upper bound
+    dim,         // name, type; maybe expression 0, its value, or (hasBound) the upper bound of an array
     constant,    // name, expression 0
     redim,       // expression 0 (the array), 1 (the upper bound)
     assign,      // expression 0 becomes 1
@@ -86,7 +86,7 @@ struct Statement {
   Block last = {};
   bool downwards = false;  // of forTo
   bool isWhile = false;    // of a loop: While and Wend, not Do and Loop
-  bool hasBound = false;   // of dim: the expression is the upper bound of an array
+  bool hasBound = false;   // of dim
 };
 
 struct MethodText {
