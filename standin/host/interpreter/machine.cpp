@@ -65,11 +65,14 @@ Value Machine::invoke(const Function& function, const Value& self, std::vector<V
 
 void Machine::invokeLater(const Function& function, const Value& self) noexcept {
   if (closed_) return;
+  const std::exception_ptr before = std::exchange(pending_, nullptr);
   try {
     invoke(function, self, {});
+    throwPending();
   } catch (...) {
-    if (!pending_) pending_ = std::current_exception();
+    pending_ = std::current_exception();
   }
+  if (before) pending_ = before;
 }
 
 }  // namespace standin::host

@@ -20,11 +20,22 @@ Outcome failed(const Thrown& thrown) {
   return outcome;
 }
 
-Outcome finished(Machine& machine, const Function& main) {
+int statusOf(Machine& machine, const Function& main) {
   try {
     machine.invoke(main, {}, {});
+    return 0;
+  } catch (const Quit& quit) {
+    return quit.status;
+  }
+}
+
+// What global variables hold ends with the program, while destructors may still use them, and fail.
+Outcome finished(Machine& machine, const ProgramParts& parts) {
+  try {
+    const int status = statusOf(machine, parts.main);
+    for (size_t i = 0; i < parts.globals.size(); ++i) machine.globals[i] = firstValue(parts.globals[i]);
     machine.throwPending();
-    return {};
+    return {Outcome::Kind::ended, status};
   } catch (const Thrown& thrown) {
     machine.close();
     return failed(thrown);
@@ -34,7 +45,6 @@ Outcome finished(Machine& machine, const Function& main) {
   } catch (const Quit& quit) {
     return {Outcome::Kind::ended, quit.status};
   } catch (const Interruption&) {
-    machine.close();
     return {Outcome::Kind::interrupted};
   }
 }
@@ -54,10 +64,11 @@ Outcome Program::run(const Surroundings& surroundings) {
   openClasses(classes, machine);
   for (const Type& type : parts_->globals) machine.globals.push_back(firstValue(type));
   machine.globals.front() = stringArray(surroundings.arguments);
-  Outcome outcome = finished(machine, parts_->main);
-  // What global variables hold ends as in a program that ends; what holds itself in circles has no end there.
-  machine.globals.assign(machine.globals.size(), Value());
+  Outcome outcome = finished(machine, *parts_);
+  // What is left never ends in the language: what holds itself in circles, and all that a program held that
+  // failed or was interrupted.
   machine.close();
+  machine.globals.assign(machine.globals.size(), Value());
   releaseEverything();
   closeClasses(classes);
   return outcome;
