@@ -4,6 +4,7 @@
 
 #include "tests/standin/host/fake_plugin.h"
 #include "tests/standin/host/interpreter/run_program.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/tier.h"
 
 namespace {
@@ -143,7 +144,7 @@ void spoil(std::string& program, std::mt19937& random) {
 
 TEST_F(Damaged, ProgramsEndAndLeaveNothing) {
   std::mt19937 random(20140131);
-  const int count = isLongTier() ? 100000 : 600;
+  const int count = isLongTier() ? 20000 : underAddressSanitizer() ? 150 : 600;
   int ran = 0;
   for (int i = 0; i < count; ++i) {
     std::string program = kDeclarations + block(random, 0) + block(random, 0);
