@@ -45,6 +45,8 @@ int32_t method(REALobject) {
 const REALproperty kProperties[] = {REALproperty::field("Handle", "Integer", 4),
                                     REALproperty::field("Tag", "Variant", 8)};
 const REALmethodDefinition kMethods[] = {{method, "First as integer"}, {method, "Second as integer"}};
+const REALmethodDefinition kThreeMethods[] = {
+    {method, "First as integer"}, {method, "Second as integer"}, {method, "Third as integer"}};
 const REALconstant kConstants[] = {{"one=1"}, {"two=2"}, {"three=3"}};
 
 struct Class {
@@ -137,6 +139,30 @@ TEST_F(OldLayout, DropsTheLastTwoWordsOfEveryConstant) {
   for (size_t i = 0; i < 3; ++i) {
     EXPECT_EQ(words(&kConstants[i], 3), words(static_cast<const uint32_t*>(table(18)) + i * 3, 3));
   }
+}
+
+TEST_F(OldLayout, ReachesNoRowBehindATable) {
+  REALevent events[] = {{"Opened()"}, {"Closed()"}, {"Behind()"}};
+  REALclassDefinition record = REALclassDefinition("Sample", 8, nullptr).with(events);
+  record.eventCount = 2;
+  MyREALRegisterClass(&record);
+  EXPECT_NE(0u, events[1].systemUse);
+  EXPECT_EQ(0u, events[2].systemUse);
+}
+
+TEST_F(OldLayout, IsOneBlockForEachTableInTheRecordsOrder) {
+  REALevent events[] = {{"Opened()"}};
+  REALclassDefinition record = REALclassDefinition("Sample", 8, nullptr)
+                                   .with(kProperties)
+                                   .with(kMethods)
+                                   .with(events)
+                                   .with(kConstants);
+  record = record.withShared(kThreeMethods);
+  record.sharedProperties = kProperties;
+  record.sharedPropertyCount = 1;
+  blocks.clear();
+  MyREALRegisterClass(&record);
+  EXPECT_EQ((std::vector<size_t>{2 * 40, 2 * 16, 1 * 8, 3 * 12, 1 * 40, 3 * 16}), blocks);
 }
 
 TEST_F(OldLayout, LinksEveryEventToItsCopyOfTwoWords) {
