@@ -250,6 +250,16 @@ TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {
   EXPECT_EQ(std::vector<size_t>(), blocks);
 }
 
+TEST(ClassRecords, WithoutTablesAreZeroBeyondNameSizeAndFlags) {
+  const REALclassDefinition record("Sample", 8, nullptr);
+  Words expected(29);
+  expected[0] = 12;
+  expected[1] = word(record.name);
+  expected[3] = 8;
+  expected[20] = 4;
+  EXPECT_EQ(expected, words(&record, 29));
+}
+
 TEST(BeforeStartUp, NothingIsKnownOfTheHostOrTheSystem) {
   EXPECT_EQ(nullptr, gResolver);
   EXPECT_EQ(0.0, rbversion);
@@ -290,6 +300,10 @@ TEST(ClassRecords, HaveTheirCountsFlagsAndSizes) {
     EXPECT_EQ(row.constants, row.record->constantCount);
     EXPECT_EQ(0, row.record->sharedPropertyCount);
     EXPECT_EQ(row.sharedMethods, row.record->sharedMethodCount);
+    EXPECT_EQ(0u, row.record->dataOffset);
+    EXPECT_EQ(nullptr, row.record->eventInstances);
+    EXPECT_EQ(nullptr, row.record->interfaces);
+    EXPECT_EQ((Words(2, 0)), words(row.record->unused, 2));
     EXPECT_EQ((Words(4, 0)), words(row.record->newer, 4));
     for (int32_t i = 0; i < row.record->propertyCount; ++i) EXPECT_EQ(6u, row.record->properties[i].flags);
     for (int32_t i = 0; i < row.record->methodCount; ++i) {
