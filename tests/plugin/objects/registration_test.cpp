@@ -5,6 +5,7 @@
 
 #include "bridge/dictionary_methods.h"
 #include "host/startup.h"
+#include "query/query.h"
 #include "tests/plugin/objects/fixture.h"
 
 namespace {
@@ -248,6 +249,10 @@ TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {
   EXPECT_EQ(nullptr, FixProperties(kProperties, 107374183));  // 2^32 + 24 bytes
   EXPECT_EQ(nullptr, FixProperties(kProperties, 0x7FFFFFFF / 40 + 1));
   EXPECT_EQ(std::vector<size_t>(), blocks);
+}
+
+TEST(ClassRecords, HaveEventsThatNoHostHasWrittenTo) {
+  for (const REALevent& event : MDQueryEvents) EXPECT_EQ(0u, event.systemUse);
 }
 
 TEST(ClassRecords, WithoutTablesAreZeroBeyondNameSizeAndFlags) {
