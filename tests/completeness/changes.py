@@ -182,10 +182,12 @@ class FileFinder:
         return start.offset, end.offset
 
     def node(self, cursor):
+        if cursor.kind == CursorKind.STATIC_ASSERT:
+            return
         for child in cursor.get_children():
             self.node(child)
         span = self.span(cursor)
-        if not span or cursor.kind == CursorKind.STATIC_ASSERT or self.in_directive(span[0]):
+        if not span or self.in_directive(span[0]):
             return
         kind = cursor.kind
         if kind == CursorKind.BINARY_OPERATOR:
@@ -314,7 +316,7 @@ class FileFinder:
         parts = []
         for child in cursor.get_children():
             span = self.span(child)
-            if span:
+            if span and not self.text.startswith("static_assert", span[0]):
                 parts.append((child, span[0], self.end_of(span)))
         for child, start, end in parts:
             if self.can_be_deleted(child, start, end, parts[-1][2]):

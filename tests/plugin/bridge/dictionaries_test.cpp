@@ -173,6 +173,8 @@ TEST_F(DictionariesToVariant, APairWithoutKeyOrDictionaryIsNotStored) {
   addPair(nullptr, kCFBooleanTrue, dictionary);
   addPair(kCFBooleanTrue, kCFBooleanTrue, host::Value());
   EXPECT_EQ(0u, host::entries(dictionary).size());
+  EXPECT_EQ(Calls(), callsOf([&] { addPair(nullptr, kCFBooleanTrue, dictionary); }))
+      << "nothing is converted";
 }
 
 TEST_F(DictionariesToVariant, ADictionaryWithoutASetterStaysEmpty) {

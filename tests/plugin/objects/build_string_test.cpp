@@ -71,6 +71,13 @@ INSTANTIATE_TEST_SUITE_P(Encodings, PlainPath,
                              EncodingCase{"caf\xC3\xA9", 0x08000100, 0x08000100},
                              EncodingCase{"plain", 0x0600, 0x0600}, EncodingCase{"plain", 0x0201, 0x0201}));
 
+TEST_F(BuildString, OfPlainTextIsASCIIWhateverLiesAroundIt) {
+  const std::string around = "\x80plain\x80";
+  const auto string = REALBuildUnicodeString(around.data() + 1, 5, kCFStringEncodingMacRoman);
+  EXPECT_EQ("plain", stringOf(string.get()).bytes());
+  EXPECT_EQ(host::kEncodingAscii, stringOf(string.get()).encoding());
+}
+
 TEST_F(BuildString, InUTF8IsOneStringAndItsEncoding) {
   EXPECT_EQ(
       (std::vector<std::string>{"resolve REALBuildString", "REALBuildString", "resolve REALSetStringEncoding",

@@ -61,6 +61,18 @@ TEST_F(Memory, OfLongTextsIsFreedOnceTheStringIsBuilt) {
   EXPECT_EQ(before, blocksKept());
 }
 
+TEST_F(Memory, IsNotAskedForWithoutASizeOrFrom2To31BytesOn) {
+  blocks.clear();
+  for (const int64_t size : {int64_t{0}, int64_t{-1}, INT64_MIN, int64_t{1} << 31, (int64_t{1} << 32) + 8}) {
+    EXPECT_FALSE(allocateZeroed(size)) << size;
+  }
+  EXPECT_EQ(std::vector<size_t>(), blocks);
+  const auto one = allocateZeroed(1);
+  ASSERT_TRUE(one);
+  EXPECT_EQ(0, *one.get());
+  EXPECT_EQ(std::vector<size_t>{1}, blocks);
+}
+
 TEST_F(OutOfMemory, DoesNotConcernAShortCFString) {
   start();
   const auto text =

@@ -5,6 +5,7 @@
 
 #include "bridge/dictionary_methods.h"
 #include "host/startup.h"
+#include "query/query.h"
 #include "tests/plugin/objects/fixture.h"
 
 namespace {
@@ -45,6 +46,8 @@ int32_t method(REALobject) {
 const REALproperty kProperties[] = {REALproperty::field("Handle", "Integer", 4),
                                     REALproperty::field("Tag", "Variant", 8)};
 const REALmethodDefinition kMethods[] = {{method, "First as integer"}, {method, "Second as integer"}};
+const REALmethodDefinition kThreeMethods[] = {
+    {method, "First as integer"}, {method, "Second as integer"}, {method, "Third as integer"}};
 const REALconstant kConstants[] = {{"one=1"}, {"two=2"}, {"three=3"}};
 
 struct Class {
@@ -139,6 +142,30 @@ TEST_F(OldLayout, DropsTheLastTwoWordsOfEveryConstant) {
   }
 }
 
+TEST_F(OldLayout, ReachesNoRowBehindATable) {
+  REALevent events[] = {{"Opened()"}, {"Closed()"}, {"Behind()"}};
+  REALclassDefinition record = REALclassDefinition("Sample", 8, nullptr).with(events);
+  record.eventCount = 2;
+  MyREALRegisterClass(&record);
+  EXPECT_NE(0u, events[1].systemUse);
+  EXPECT_EQ(0u, events[2].systemUse);
+}
+
+TEST_F(OldLayout, IsOneBlockForEachTableInTheRecordsOrder) {
+  REALevent events[] = {{"Opened()"}};
+  REALclassDefinition record = REALclassDefinition("Sample", 8, nullptr)
+                                   .with(kProperties)
+                                   .with(kMethods)
+                                   .with(events)
+                                   .with(kConstants);
+  record = record.withShared(kThreeMethods);
+  record.sharedProperties = kProperties;
+  record.sharedPropertyCount = 1;
+  blocks.clear();
+  MyREALRegisterClass(&record);
+  EXPECT_EQ((std::vector<size_t>{2 * 40, 2 * 16, 1 * 8, 3 * 12, 1 * 40, 3 * 16}), blocks);
+}
+
 TEST_F(OldLayout, LinksEveryEventToItsCopyOfTwoWords) {
   const auto copies = static_cast<const uint32_t*>(table(11));
   for (size_t i = 0; i < 2; ++i) {
@@ -224,6 +251,20 @@ TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {
   EXPECT_EQ(std::vector<size_t>(), blocks);
 }
 
+TEST(ClassRecords, HaveEventsThatNoHostHasWrittenTo) {
+  for (const REALevent& event : MDQueryEvents) EXPECT_EQ(0u, event.systemUse);
+}
+
+TEST(ClassRecords, WithoutTablesAreZeroBeyondNameSizeAndFlags) {
+  const REALclassDefinition record("Sample", 8, nullptr);
+  Words expected(29);
+  expected[0] = 12;
+  expected[1] = word(record.name);
+  expected[3] = 8;
+  expected[20] = 4;
+  EXPECT_EQ(expected, words(&record, 29));
+}
+
 TEST(BeforeStartUp, NothingIsKnownOfTheHostOrTheSystem) {
   EXPECT_EQ(nullptr, gResolver);
   EXPECT_EQ(0.0, rbversion);
@@ -264,6 +305,10 @@ TEST(ClassRecords, HaveTheirCountsFlagsAndSizes) {
     EXPECT_EQ(row.constants, row.record->constantCount);
     EXPECT_EQ(0, row.record->sharedPropertyCount);
     EXPECT_EQ(row.sharedMethods, row.record->sharedMethodCount);
+    EXPECT_EQ(0u, row.record->dataOffset);
+    EXPECT_EQ(nullptr, row.record->eventInstances);
+    EXPECT_EQ(nullptr, row.record->interfaces);
+    EXPECT_EQ((Words(2, 0)), words(row.record->unused, 2));
     EXPECT_EQ((Words(4, 0)), words(row.record->newer, 4));
     for (int32_t i = 0; i < row.record->propertyCount; ++i) EXPECT_EQ(6u, row.record->properties[i].flags);
     for (int32_t i = 0; i < row.record->methodCount; ++i) {

@@ -183,12 +183,13 @@ TEST_P(Events, FinishIsTheCallOfItsHandlerAloneWhateverTheNotificationCarries) {
             callsOf(raise));
 }
 
-TEST_P(Events, WithoutAHandlerMakeNoObjects) {
+TEST_P(Events, WithoutAHandlerLookUpNothingAndMakeNoObjects) {
   host::setEventHandler(query_, "Progress", nullptr);
   const CFOwner info = items(kMDQueryUpdateAddedItems, 3);
   standin::countCalls();
   post(kMDQueryProgressNotification, static_cast<CFDictionaryRef>(info.get()));
   EXPECT_EQ(Texts(), heard_);
+  EXPECT_EQ(0, standin::callCount("CFDictionaryGetValue"));
   EXPECT_EQ(0, standin::callCount("PluginNewInstance"));
   EXPECT_EQ(0, standin::callCount("RuntimeArrayCreateSingleDimBoundedArray"));
   post(kMDQueryDidFinishNotification);
