@@ -52,7 +52,7 @@ case \"\$*\" in
 *letter*) echo no plug-in >&2; exit 2 ;;
 esac
 echo \"shotlight of $PWD in \$PWD: \$*\"" >"build/$2/bin/shotlight"
-sed "s/no plug-in/no Core Foundation/; s/shotlight of/checked in/" "build/$2/bin/shotlight" \
+sed "s/no plug-in/no Core Foundation/; s/shotlight of/with \$LD_LIBRARY_PATH checked in/" "build/$2/bin/shotlight" \
   >"build/$2/bin/core-foundation-check"
 chmod 755 "build/$2/bin/shotlight" "build/$2/bin/core-foundation-check"
 : >"build/$2/build.ninja"'
@@ -156,6 +156,11 @@ for option in "--core-foundation" "--core-foundation="; do
 done
 [ "$(readlink -f "$project/build/core-foundation/libOtherCoreFoundation.so")" = "$PWD/a library.so" ] ||
   fail "the library that is tested"
+mkdir "$scratch/beside it"
+ln -s "$PWD/a library.so" "$scratch/beside it/link.so"
+try "test over a library behind a link" "$project/test" --core-foundation "$scratch/beside it/link.so"
+expect_status 0
+expect "with $scratch/beside it:$PWD checked in"
 for file in nowhere.so .; do
   try "test over $file" "$project/test" --core-foundation "$file"
   expect_status 2
