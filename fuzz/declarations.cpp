@@ -2,9 +2,10 @@
 // otherwise as they should be, and in some that aren't.
 //
 // The input: a byte for the control version, a word for the size of the instance data, the class's name, and
-// then members, each ended by a line feed. The first letter says which kind: m method, a method with a
-// setter, s shared method, e event, p property (its type, a blank, its name), c constant, g global method.
-// Capitals stand for records with a word in them that belongs to nothing, which is the second letter.
+// then members, each ended by a line feed. The first letter says which kind: "m" is a method, "a" one with a
+// setter, "s" a shared method, "e" an event, "p" a property (its type, a blank, its name), "c" a constant,
+// "g" a global method. A capital stands for a record with a word in it that belongs to nothing, which is the
+// second letter.
 #include <array>
 #include <cctype>
 #include <cstdint>

@@ -86,7 +86,7 @@ try "test of the slow tier" ./test --long plugin
 expect_status 0
 expect "tested in $project: --test-dir build/fuzz"
 
-for target in nothing ""; do
+for target in nothing pack ""; do
   try "a fuzz target that is not there" fuzz/run "$target"
   expect_status 2
   expect "there is no target '$target'"
