@@ -84,11 +84,15 @@ class Plain(Compiler):
 
     def read_included(self, name):
         with open(self.objects[name] + ".d", encoding="utf-8") as file:
-            words = file.read().replace("\\\n", " ").split()
+            words = re.findall(r"(?:\\.|\S)+", file.read().replace("\\\n", " "))  # "\ " is a blank in a name
+        words = [re.sub(r"\\(.)", r"\1", word) for word in words]
         return {os.path.relpath(os.path.realpath(word), os.path.realpath(self.sources)) for word in words}
 
     def users_of(self, file):
-        return [name for name in self.build.sources if file in self.included[name]]
+        users = [name for name in self.build.sources if file in self.included[name]]
+        if not users:  # no change of it would make any difference
+            raise plugin.Failure(f"the compiler names no source that includes {file}")
+        return users
 
 
 class Worker:
