@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "bridge/folder_items.h"
 #include "host/startup.h"
@@ -44,6 +45,7 @@ struct Made {
 std::vector<Made> fromReferences, appended, bundles;
 std::vector<std::string> names;  // that were appended
 std::vector<const void*> released;
+bool nextLengthIsNegative = false;  // as no string of the platform has one
 
 struct Collection {
   CFAllocatorRef allocator;
@@ -147,6 +149,11 @@ void __wrap_CFRelease(CFTypeRef value) {
   __real_CFRelease(value);
 }
 
+CFIndex __real_CFStringGetLength(CFStringRef);
+CFIndex __wrap_CFStringGetLength(CFStringRef text) {
+  return std::exchange(nextLengthIsNegative, false) ? -1 : __real_CFStringGetLength(text);
+}
+
 CFMutableArrayRef __real_CFArrayCreateMutable(CFAllocatorRef, CFIndex, const CFArrayCallBacks*);
 CFMutableArrayRef __wrap_CFArrayCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
                                               const CFArrayCallBacks* callBacks) {
@@ -235,6 +242,18 @@ TEST_F(PlatformArguments, OfAFolderItemsURLsAreTheDefaultAllocatorAndNoFolder) {
   EXPECT_EQ(kCFAllocatorDefault, fromReferences[0].allocator);
   EXPECT_EQ(kCFAllocatorDefault, appended[0].allocator);
   EXPECT_EQ(std::vector<std::string>{"no such file"}, names);
+}
+
+// Of a text, no more characters may be asked for than it has: that ends the process.
+TEST_F(PlatformArguments, OfAMissingFilesNameOfNegativeLengthAreNoCharacters) {
+  startPlugin();
+  const host::Value missing = host::folderItem("/no such file");
+  const auto url = CreateCFURLfromFolderItem(objectHandle(missing));
+  ASSERT_TRUE(url);
+  nextLengthIsNegative = true;
+  const auto calls = callsOf([&] { EXPECT_TRUE(CFURL2RBVariant(url.get())); });
+  EXPECT_EQ(1, std::count(calls.begin(), calls.end(), "CFStringGetCharacters"));
+  EXPECT_FALSE(nextLengthIsNegative);
 }
 
 // Collections, by what they are made for
