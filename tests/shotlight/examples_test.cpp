@@ -85,6 +85,14 @@ TEST_F(Examples, HaveWhatTheyPrintBesideThem) {
   EXPECT_FALSE(namesWith(".txt").empty());
 }
 
+TEST_F(Examples, AreListed) {
+  std::set<std::string> listed;
+  for (const std::string& line : lines(textOf(programs_ / "README"))) {
+    if (line.starts_with("  ")) listed.insert(line.substr(2, line.find(' ', 2) - 2));
+  }
+  EXPECT_EQ(listed, namesWith(".txt"));
+}
+
 TEST_F(Examples, PrintWhatIsBesideThem) {
   const std::vector<std::string> plugins =
       underAddressSanitizer() ? std::vector{files.dylib} : std::vector{files.dylib, files.elf};
