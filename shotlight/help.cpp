@@ -227,7 +227,8 @@ with status 130.
 example:
   shotlight program first-query.txt ~/Documents
 
-docs/host-programs.md lists what is taken of the language.
+docs/host-programs.md lists what is taken of the language; examples/programs has
+programs to copy from.
 )";
 
 const char storeHelp[] =

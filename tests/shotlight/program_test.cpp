@@ -2,9 +2,6 @@
 // host.
 #include <signal.h>
 
-#include <chrono>
-#include <filesystem>
-
 #include "tests/shotlight/run.h"
 
 namespace {
@@ -177,26 +174,6 @@ TEST_F(Program, IsNamedByErrors) {
               "program '/there/is/none': No such file or directory; name a file with a program in it");
   expectError(run({.arguments = {"program", scratch_.path()}}),
               "program '" + scratch_.path() + "': Is a directory; name a file with a program in it");
-}
-
-struct Example {
-  const char* file;
-  std::string output;
-};
-
-TEST_F(Program, OfTheExamplesDoesWhatItSays) {
-  const std::string folder = std::filesystem::path(files.library).parent_path() / "programs";
-  const Example examples[] = {
-      {"first-query.txt", "a.txt: 1,200 bytes\n1 found\n"},
-      {"progress.txt", "Progress: there are results\nFinish: 1 files are larger than 1000 bytes\n"},
-      {"invalid-query.txt", "Handle = 0\nMDQuery Reference is nil\n"}};
-  scratch_.file("folder/a.txt", std::string(1200, 'x'));
-  for (const auto& [name, output] : examples) {
-    const Result result = run({.arguments = {"program", folder + '/' + name, scratch_.at("folder")}});
-    EXPECT_EQ(result.output, output) << name << result;
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors, "");
-  }
 }
 
 }  // namespace
