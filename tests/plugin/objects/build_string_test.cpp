@@ -186,6 +186,14 @@ TEST_F(BuildString, OfACFStringWithoutMemoryRaisesOutOfMemoryException) {
   EXPECT_EQ("OutOfMemoryException", raised[0].className);
 }
 
+// As C text it ends before its first character.
+TEST_F(BuildString, OfACFStringThatStartsWithAZeroCharacterIsNullAndNotAskedFor) {
+  const UniChar units[] = {0, 'a'};
+  const auto text = adopt(CFStringCreateWithCharacters(kCFAllocatorDefault, units, 2));
+  EXPECT_EQ((Calls{"CFStringGetLength", "CFStringGetCString"}),
+            callsOf([&] { EXPECT_FALSE(CFString2RBString(text.get())); }));
+}
+
 // The first string fails, and the message fits again.
 REALstring buildAllButTheFirst(const char* bytes, int32_t length) {
   if (allocationsLeft++ == 0) throw std::bad_alloc();

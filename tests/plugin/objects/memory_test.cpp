@@ -6,6 +6,7 @@
 #include "host/registration.h"
 #include "host/startup.h"
 #include "host/string_data.h"
+#include "query/query.h"
 #include "tests/plugin/objects/fixture.h"
 
 namespace {
@@ -133,6 +134,9 @@ TEST_F(OutOfMemory, LeavesTheEventsOfAnOldClassWithoutHandlers) {
   outOfMemory = true;
   MyREALRegisterClass(&record);
   EXPECT_EQ(nullptr, REALGetEventInstance(nullptr, &events[0]));
+  record = MDQueryClass;
+  MyREALRegisterClass(&record);
+  for (const REALevent& event : MDQueryEvents) EXPECT_EQ(nullptr, REALGetEventInstance(nullptr, &event));
 }
 
 }  // namespace
