@@ -29,7 +29,7 @@ of the plug-in has none.
 
 examples:
   shotlight find 'kMDItemFSName == "*.txt"c'
-  shotlight attrs ~/Documents/NOTES.TXT
+  shotlight attrs /etc/passwd
   shotlight schema kMDItemTitle
 
 Results go to standard output; counts, times, progress and errors to standard

@@ -1,0 +1,111 @@
+// What the documents for people who write host code show is so: each program in them, run in a copy of
+// examples/library on either binary, prints what stands below it.
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "tests/shotlight/documented_programs.h"
+#include "tests/shotlight/run.h"
+#include "tests/support/sanitizers.h"
+
+namespace {
+
+std::string contentOf(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  EXPECT_TRUE(stream.is_open()) << file;
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string mistakeIn(const std::string& document) {
+  try {
+    programsOf(document);
+  } catch (const DocumentError& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+// The dylib is not instrumented: the build without sanitizers runs it.
+Texts plugins() {
+  return underAddressSanitizer() ? Texts{files.elf} : Texts{files.dylib, files.elf};
+}
+
+class Documents : public testing::TestWithParam<const char*> {
+ protected:
+  // What readers put into the store is read once for all programs.
+  Launch launchOf(const std::string& plugin, const std::string& text, const std::string& folder) const {
+    return {.arguments = {"program", "--plugin", plugin, scratch_.file("program", text)},
+            .folder = folder,
+            .environment = {"XDG_CACHE_HOME=" + scratch_.folder("cache")}};
+  }
+
+  std::string copyOfLibrary(const std::string& name) const {
+    const std::string folder = scratch_.at(name);
+    std::filesystem::remove_all(folder);
+    std::filesystem::copy(files.library, folder, std::filesystem::copy_options::recursive);
+    return folder;
+  }
+
+  // The command is given when the program has printed its first line.
+  Result runWith(const std::string& command, const Launch& launch) const {
+    Running program(launch);
+    EXPECT_TRUE(program.waitUntil([](const std::string& output) { return !output.empty(); }));
+    EXPECT_EQ(std::system(("cd '" + launch.folder + "' && " + command).c_str()), 0) << command;
+    return program.finish();
+  }
+
+  const ScratchFolder scratch_;
+};
+
+TEST_P(Documents, ShowProgramsWithWhatTheyPrint) {
+  const std::string document =
+      std::filesystem::path(files.library).parent_path().parent_path() / "docs" / GetParam();
+  const auto programs = programsOf(contentOf(document));
+  EXPECT_GT(programs.size(), 20U);
+  for (const std::string& plugin : plugins()) {
+    const std::string unchanged = copyOfLibrary("unchanged");
+    for (const DocumentedProgram& program : programs) {
+      const std::string command = commandIn(program.text);
+      const std::string folder = command.empty() ? unchanged : copyOfLibrary("changed");
+      const Launch launch = launchOf(plugin, program.text, folder);
+      const Result result = command.empty() ? run(launch) : runWith(command, launch);
+      EXPECT_EQ(result.output, program.output) << document << ':' << program.line << ", " << plugin;
+      EXPECT_EQ(result.errors, "") << document << ':' << program.line << ", " << plugin;
+      EXPECT_EQ(result.status, 0) << document << ':' << program.line << ", " << plugin;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(, Documents, testing::Values("guide.md", "reference.md"), [](const auto& info) {
+  const std::string name = info.param;
+  return name.substr(0, name.find('.'));
+});
+
+TEST(DocumentsCheck, TakesProgramsAndTheirOutputs) {
+  const auto programs =
+      programsOf("a\n```\n+--+\n```\n```basic\nPrint 1\n\nPrint 2\n```\n\n```text\n1\n2\n```\nb\n");
+  ASSERT_EQ(programs.size(), 1U);
+  EXPECT_EQ(programs[0].line, 5);
+  EXPECT_EQ(programs[0].text, "Print 1\n\nPrint 2\n");
+  EXPECT_EQ(programs[0].output, "1\n2\n");
+}
+
+TEST(DocumentsCheck, LeavesNoBlockOut) {
+  const std::string program = "```basic\nPrint 1\n```\n", output = "```text\n1\n```\n";
+  EXPECT_EQ(mistakeIn(program + output), "none");
+  EXPECT_EQ(mistakeIn(program), "line 1: no output follows this program");
+  EXPECT_EQ(mistakeIn(program + "prints\n" + output), "line 1: no output follows this program");
+  EXPECT_EQ(mistakeIn("\n" + program + program + output), "line 2: no output follows this program");
+  EXPECT_EQ(mistakeIn(output), "line 1: nobody runs a block of text here");
+  EXPECT_EQ(mistakeIn("```sh\nls\n```\n"), "line 1: nobody runs a block of sh here");
+  EXPECT_EQ(mistakeIn("so:\n\n    Print 1\n"), "line 3: a block that is only indented isn't run");
+  EXPECT_EQ(mistakeIn("```basic\nPrint 1\n"), "line 1: this block doesn't end");
+}
+
+TEST(DocumentsCheck, FindsTheCommandForTheMeanwhile) {
+  EXPECT_EQ(commandIn("Print 1\n// meanwhile: rm 'a b'; ls\nPrint 2\n"), "rm 'a b'; ls");
+  EXPECT_EQ(commandIn("Print 1\n"), "");
+}
+
+}  // namespace
