@@ -17,6 +17,8 @@ import coverage
 import plugin
 
 TABLE = "tests/completeness/equivalent.txt"
+# What share of all changes must be noticed, however many are explained.
+LEAST = 0.98
 # A change that makes tests take this many times as long, and this many seconds more, has made them hang.
 PATIENCE = 10
 GRACE = 3
@@ -281,13 +283,17 @@ class Report:
         line = self.sources[change.file].line_of(change.start)
         print(f"{change.file}:{line}: no test notices ({change.kind}): {name.split(' | ', 2)[2]}", flush=True)
 
+    def share(self):
+        """The part of the changes that was noticed, of those that compile and alter the code."""
+        return self.counts[NOTICED] / ((self.counts[NOTICED] + self.counts[SURVIVED]) or 1)
+
     def end(self, minutes):
         counts = self.counts
         compiled = counts[NOTICED] + counts[SURVIVED]
         print(f"{sum(counts.values())} changes in {minutes:.0f} minutes: {counts[NOT_COMPILED]} don't compile,"
               f" {counts[SAME_CODE]} become the same code")
         if compiled:
-            print(f"{compiled} others: {counts[NOTICED]} noticed ({100 * counts[NOTICED] / compiled:.1f} %),"
+            print(f"{compiled} others: {counts[NOTICED]} noticed ({100 * self.share():.1f} %),"
                   f" {len(self.explained)} explained by {TABLE}, {len(self.survivors)} not noticed")
         if self.survivors:
             print(f"rows for {TABLE}, where they alter nothing:", *sorted(self.survivors), sep="\n")
@@ -325,10 +331,14 @@ def main():
         report = Report(names, sources, table, log)
         judges.judge_all(chosen, report.add)
     report.end((time.monotonic() - started) / 60)
-    needless = set(table) - report.explained if len(chosen) == len(names) else set()
+    whole = len(chosen) == len(names)
+    needless = set(table) - report.explained if whole else set()
     if needless:
         print(f"{TABLE} explains what is noticed or becomes the same code:", *sorted(needless), sep="\n")
-    return 1 if report.survivors or needless else 0
+    few = whole and report.share() < LEAST
+    if few:
+        print(f"less than {LEAST:.0%} are noticed: that many can't be explained away")
+    return 1 if report.survivors or needless or few else 0
 
 
 if __name__ == "__main__":

@@ -12,9 +12,19 @@ void makeAndRelease(CFTypeRef object) {
 
 // After the library behind was initialised, and before whatever uses this one is.
 __attribute__((constructor)) void fillCaches() {
-  for (int32_t number = -16; number <= 256; ++number)
-    makeAndRelease(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &number));
+  // Little-endian: the low bytes of a number are the number in a smaller type.
+  for (int64_t number = -16; number <= 256; ++number)
+    for (const CFNumberType type :
+         {kCFNumberSInt8Type, kCFNumberSInt16Type, kCFNumberSInt32Type, kCFNumberSInt64Type})
+      makeAndRelease(CFNumberCreate(kCFAllocatorDefault, type, &number));
   makeAndRelease(CFStringCreateWithCString(kCFAllocatorDefault, "", kCFStringEncodingUTF8));
+  // Their converters, with what isn't ASCII.
+  for (const CFStringEncoding encoding : {kCFStringEncodingMacRoman, kCFStringEncodingISOLatin1,
+                                          kCFStringEncodingWindowsLatin1, kCFStringEncodingNextStepLatin}) {
+    constexpr UInt8 kLetter = 0xE9;
+    makeAndRelease(CFStringCreateWithBytes(kCFAllocatorDefault, &kLetter, 1, encoding, false));
+  }
+  makeAndRelease(CFUUIDCreate(kCFAllocatorDefault));  // and the set of all, where there is one
   makeAndRelease(CFDataCreate(kCFAllocatorDefault, nullptr, 0));
   makeAndRelease(CFArrayCreate(kCFAllocatorDefault, nullptr, 0, &kCFTypeArrayCallBacks));
   makeAndRelease(CFDictionaryCreate(kCFAllocatorDefault, nullptr, nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
