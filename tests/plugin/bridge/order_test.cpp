@@ -140,6 +140,20 @@ TEST_F(Order, OfStoringAnElementIsItsLockBeforeTheUnlockOfTheFormerOne) {
   EXPECT_TRUE(host::elements(array)[0].boolean());
 }
 
+TEST_F(Order, OfStoringAnElementByTheHostHasNoLock) {
+  startListening(2014.1);
+  toVariant(cfArray({kCFBooleanTrue}).get());
+  EXPECT_EQ(0, std::count(noted.begin(), noted.end(), "element locked"));
+}
+
+TEST_F(Order, OfAnArrayThatCantBeMadeEndsThere) {
+  startOn(2014.1);
+  standin::failCall("RuntimeArrayCreateSingleDimBoundedArray", 1);
+  const CFOwner values = cfArray({kCFBooleanTrue});
+  const Calls calls = conversionCallsOf([&] { EXPECT_TRUE(toVariant(values.get()).isNil()); });
+  EXPECT_EQ(0, std::count(calls.begin(), calls.end(), "BooleanToVariant"));
+}
+
 TEST_F(Order, OfTheTestsOfAnObjectIsThatOfTheTable) {
   startListening(2014.1);
   const Variant object(host::newInstance("MDItemZNK"));

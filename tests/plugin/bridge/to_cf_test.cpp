@@ -218,6 +218,7 @@ std::string bytesOf(const CFOwner& data) {
 TEST_F(ToCF, MemoryBlocksAreCopiedAsData) {
   start();
   EXPECT_EQ(std::string("a\0b", 3), bytesOf(toCF(host::memoryBlock(std::string_view("a\0b", 3)))));
+  EXPECT_EQ("a", bytesOf(toCF(host::memoryBlock("a"))));
   EXPECT_EQ("", bytesOf(toCF(host::memoryBlock(""))));
 }
 

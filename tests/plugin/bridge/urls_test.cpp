@@ -196,6 +196,13 @@ TEST_F(Files, AMissingFilesFolderItemIsItsURLWithTheNameDecomposed) {
   EXPECT_EQ(path("cafe\xCC\x81.txt"), pathOf(toURL(host::folderItem(path("caf\xC3\xA9.txt")))));
 }
 
+// One character that only looks like two letters is another name.
+TEST_F(Files, AMissingFilesNameKeepsItsLigatures) {
+  start();
+  EXPECT_EQ(path("\xEF\xAC\x81le.txt"), pathOf(toURL(host::folderItem(path("\xEF\xAC\x81le.txt")))));
+  EXPECT_EQ(path("\xEF\xAC\x81le.txt"), host::path(toVariant(fileURL(path("\xEF\xAC\x81le.txt")).get())));
+}
+
 TEST_F(Files, AMissingFilesURLIsNotThatOfAFolder) {
   start();
   const CFOwner url = toURL(host::folderItem(path("new.txt")));

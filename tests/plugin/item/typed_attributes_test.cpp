@@ -84,8 +84,10 @@ TEST_P(ValueType, IsAcceptedByItsOwnGetterAndRaisesFromTheOthersWithTheirNeutral
   start();
   const host::Value item = this->item();
   for (const char* getter : kGetters) {
+    standin::countCalls();
     const host::Value answer = answerFor(item, getter, GetParam().make());
     const auto raised = host::takeExceptions();
+    EXPECT_EQ(static_cast<long>(raised.size()), standin::callCount("PluginNewInstance"));
     if (isAcceptedBy(getter)) {
       EXPECT_EQ(Exceptions(), raised) << getter;
     } else {

@@ -21,4 +21,13 @@ TEST_F(CallBack, IgnoresOtherNotifications) {
             callsOf([&] { MyCallBack(nullptr, observer.handle(), CFSTR("another"), nullptr, nullptr); }));
 }
 
+TEST_F(CallBack, TellsNamesApartByTheCaseOfTheirLetters) {
+  start();
+  const host::Value observer = host::stringArray({});
+  EXPECT_EQ(std::vector<std::string>(3, "CFStringCompare"), callsOf([&] {
+              MyCallBack(nullptr, observer.handle(), CFSTR("KMDQUERYDIDFINISHNOTIFICATION"), nullptr,
+                         nullptr);
+            }));
+}
+
 }  // namespace

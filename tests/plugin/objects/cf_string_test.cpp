@@ -8,10 +8,15 @@
 
 // What the platform is given to write a text to; this program is linked with --wrap for it.
 static std::vector<CFIndex> rooms;
+static bool filled = false;  // with text up to the last byte, and no zero behind it
 extern "C" Boolean __real_CFStringGetCString(CFStringRef, char*, CFIndex, CFStringEncoding);
 extern "C" Boolean __wrap_CFStringGetCString(CFStringRef text, char* buffer, CFIndex size,
                                              CFStringEncoding encoding) {
   rooms.push_back(size);
+  if (filled) {
+    memset(buffer, 'x', static_cast<size_t>(size));
+    return true;
+  }
   return __real_CFStringGetCString(text, buffer, size, encoding);
 }
 
@@ -45,6 +50,14 @@ TEST_F(CFStrings, HaveRoomFor600BytesOr6AUnit) {
     CFString2RBString(cfString(std::u16string(length, u'x')).get());
     EXPECT_EQ(std::vector<CFIndex>{room}, rooms) << length;
   }
+}
+
+TEST_F(CFStrings, EndAlsoWhereThePlatformFillsTheRoom) {
+  start();
+  filled = true;
+  const auto string = CFString2RBString(CFSTR("text"));
+  filled = false;
+  EXPECT_EQ(std::string(600, 'x'), stringOf(string.get()).bytes());
 }
 
 class Length : public CFStrings, public testing::WithParamInterface<size_t> {};
@@ -95,7 +108,9 @@ TEST_F(CFStrings, AZeroUnitEndsTheHostString) {
 TEST_F(CFStrings, AZeroUnitAtTheStartMakesTheNullString) {
   start();
   for (const size_t length : {1u, 99u, 100u}) {
-    EXPECT_FALSE(CFString2RBString(cfString(std::u16string(length, u'\0')).get())) << length;
+    const auto text = cfString(std::u16string(length, u'\0'));
+    EXPECT_EQ((Calls{"CFStringGetLength", "CFStringGetCString"}),
+              callsOf([&] { EXPECT_FALSE(CFString2RBString(text.get())); }));
   }
 }
 

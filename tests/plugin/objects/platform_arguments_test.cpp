@@ -1,5 +1,6 @@
 // What the platform is given, argument by argument: this program is linked with --wrap for the functions
 // below, so that they are seen on their way.
+#include <ApplicationServices/ApplicationServices.h>
 #include <CoreServices/CoreServices.h>
 
 #include <dlfcn.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "bridge/cf_to_variant.h"
 #include "bridge/folder_items.h"
 #include "host/startup.h"
 #include "query/query.h"
@@ -54,6 +56,9 @@ struct Collection {
 };
 std::vector<Collection> arrays, dictionaries;
 
+std::vector<CFNumberType> numberTypes;
+std::vector<std::vector<CGFloat>> colors;
+
 CFIndex countOf(CFArrayRef array) {
   return array ? CFArrayGetCount(array) : -1;
 }
@@ -97,6 +102,18 @@ MDQueryRef __wrap_MDQueryCreateSubset(CFAllocatorRef allocator, MDQueryRef paren
   EXPECT_EQ(kCFAllocatorDefault, allocator);
   creations.push_back({parent, countOf(lists), countOf(sorting)});
   return __real_MDQueryCreateSubset(allocator, parent, text, lists, sorting);
+}
+
+Boolean __real_CFNumberGetValue(CFNumberRef, CFNumberType, void*);
+Boolean __wrap_CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
+  numberTypes.push_back(type);
+  return __real_CFNumberGetValue(number, type, value);
+}
+
+CGColorRef __real_CGColorCreateGenericRGB(CGFloat, CGFloat, CGFloat, CGFloat);
+CGColorRef __wrap_CGColorCreateGenericRGB(CGFloat red, CGFloat green, CGFloat blue, CGFloat alpha) {
+  colors.push_back({red, green, blue, alpha});
+  return __real_CGColorCreateGenericRGB(red, green, blue, alpha);
 }
 
 Boolean __wrap_MDQueryExecute(MDQueryRef, CFOptionFlags flags) {
@@ -406,6 +423,39 @@ TEST_F(PlatformArguments, OfSetMaxCountAndResultAtIndexAreTheNumbersUnchecked) {
   }
   EXPECT_EQ((std::vector<CFIndex>{0, 1, -1, INT32_MAX, INT32_MIN}), maxCounts);
   EXPECT_EQ(maxCounts, indexes);
+}
+
+TEST_F(PlatformArguments, OfANumberIsTheTypeThatItIsReadAs) {
+  startPlugin();
+  const auto typesOf = [](CFNumberType type, const void* value) {
+    const auto number = adopt(CFNumberCreate(nullptr, type, value));
+    numberTypes.clear();
+    GetCFTypeAsVariant(number.get());
+    return numberTypes;
+  };
+  const int32_t narrow = 7;
+  const int64_t wide = int64_t{7} << 40;
+  const double real = 0.5;
+  EXPECT_EQ(std::vector<CFNumberType>{kCFNumberLongType}, typesOf(kCFNumberSInt32Type, &narrow));
+  EXPECT_EQ(std::vector<CFNumberType>{kCFNumberLongLongType}, typesOf(kCFNumberSInt64Type, &wide));
+  EXPECT_EQ(std::vector<CFNumberType>{kCFNumberDoubleType}, typesOf(kCFNumberFloat64Type, &real));
+}
+
+TEST_F(PlatformArguments, OfTheNumberOfATypeInTheSchemaIsAnInt) {
+  startPlugin();
+  const host::Value key("kMDItemFSSize");
+  numberTypes.clear();
+  EXPECT_EQ("Number", host::callShared("MDItemZNK", "AttributeType", key).text());
+  EXPECT_EQ(std::vector<CFNumberType>{kCFNumberIntType}, numberTypes);
+}
+
+TEST_F(PlatformArguments, OfAColorAreItsComponentsAndAnAlphaOf1) {
+  startPlugin();
+  const host::Value query = host::construct("MDQueryZNK", anything());
+  colors.clear();
+  host::call(query, "CountOfResultsWithAttributeValue", "kMDItemFSSize", host::Value::color(0x7F3366CC));
+  ASSERT_EQ(1u, colors.size());
+  EXPECT_EQ((std::vector<CGFloat>{0x33 / 255.0f, 0x66 / 255.0f, 0xCC / 255.0f, 1}), colors[0]);
 }
 
 }  // namespace

@@ -306,13 +306,28 @@ TEST(ClassRecords, HaveTheirCountsFlagsAndSizes) {
     EXPECT_EQ(0, row.record->sharedPropertyCount);
     EXPECT_EQ(row.sharedMethods, row.record->sharedMethodCount);
     EXPECT_EQ(0u, row.record->dataOffset);
+    EXPECT_EQ(row.properties == 0, row.record->properties == nullptr);
+    EXPECT_EQ(row.methods == 0, row.record->methods == nullptr);
+    EXPECT_EQ(row.events == 0, row.record->events == nullptr);
+    EXPECT_EQ(row.constants == 0, row.record->constants == nullptr);
+    EXPECT_EQ(row.sharedMethods == 0, row.record->sharedMethods == nullptr);
+    EXPECT_EQ(nullptr, row.record->sharedProperties);
     EXPECT_EQ(nullptr, row.record->eventInstances);
     EXPECT_EQ(nullptr, row.record->interfaces);
     EXPECT_EQ((Words(2, 0)), words(row.record->unused, 2));
     EXPECT_EQ((Words(4, 0)), words(row.record->newer, 4));
-    for (int32_t i = 0; i < row.record->propertyCount; ++i) EXPECT_EQ(6u, row.record->properties[i].flags);
+    for (int32_t i = 0; i < row.record->propertyCount; ++i) {
+      const REALproperty& property = row.record->properties[i];
+      EXPECT_EQ(6u, property.flags);
+      EXPECT_EQ(nullptr, property.group);
+      EXPECT_EQ((Words(5, 0)), words(property.unused, 5));  // and the newer ones
+      if (property.setter.hostAccess == HostAccess::kNone) {
+        EXPECT_EQ(0u, property.parameter);
+      }
+    }
     for (int32_t i = 0; i < row.record->methodCount; ++i) {
       EXPECT_EQ(4u, row.record->methods[i].flags);
+      EXPECT_EQ((Words(2, 0)), words(row.record->methods[i].newer, 2));
       const bool computed = strstr(row.record->methods[i].declaration, "BatchingParameters");
       EXPECT_EQ(computed, row.record->methods[i].setter != nullptr);
     }

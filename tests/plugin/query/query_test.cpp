@@ -281,7 +281,7 @@ TEST_F(Query, SubsetTakesNoLockOnItsParent) {
 using Guard = GuardTest;
 
 TEST_P(Guard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
-  expectGuarded("MDQueryZNK", kNilQuery, {"MDQuery"});
+  expectGuarded("MDQueryZNK", kNilQuery, {"MDQuery", "CFString", "VarType", "FolderItem"});
 }
 
 std::vector<host::Value> none() {
