@@ -276,6 +276,14 @@ TEST_F(Files, AnExistingFilesNameIsAsItIs) {
   }
 }
 
+TEST_F(Files, AFileInAMissingFolderIsNotAskedForItsName) {
+  start();
+  const CFOwner url = fileURL(path("missing/new.txt"));
+  const Calls calls = callsOf([&] { toVariant(url.get()); });
+  EXPECT_EQ(1, std::count(calls.begin(), calls.end(), "CFURLCreateCopyDeletingLastPathComponent"));
+  EXPECT_EQ(0, std::count(calls.begin(), calls.end(), "CFURLCopyLastPathComponent"));
+}
+
 TEST_F(Files, AFolderItemInAMissingFolderIsNull) {
   start();
   EXPECT_EQ("(null)", pathOf(toURL(host::folderItem(path("missing/new.txt")))));

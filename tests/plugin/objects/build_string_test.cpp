@@ -40,6 +40,23 @@ TEST_F(BuildString, OfLengthsBelow1AndFrom2To31OnIsNullWithoutACall) {
   }
 }
 
+// A host that only notes how long the string would be.
+int32_t lengthAsked = 0;
+REALstring noteLength(const char*, int32_t length) {
+  lengthAsked = length;
+  return nullptr;
+}
+void* resolveNotingLength(const char* name) {
+  return strcmp(name, "REALBuildString") == 0 ? reinterpret_cast<void*>(noteLength) : host::resolve(name);
+}
+
+TEST_F(BuildString, OfTheGreatestLengthIsTheHostsToBuild) {
+  gResolver = resolveNotingLength;
+  const char byte = 'x';
+  EXPECT_FALSE(REALBuildUnicodeString(&byte, INT32_MAX, kCFStringEncodingUTF8));
+  EXPECT_EQ(INT32_MAX, lengthAsked);
+}
+
 struct EncodingCase {
   std::string bytes;
   uint32_t given;

@@ -68,6 +68,11 @@ TEST_F(Memory, IsNotAskedForWithoutASizeOrFrom2To31BytesOn) {
     EXPECT_FALSE(allocateZeroed(size)) << size;
   }
   EXPECT_EQ(std::vector<size_t>(), blocks);
+  outOfMemory = true;
+  EXPECT_FALSE(allocateZeroed(INT32_MAX));
+  outOfMemory = false;
+  EXPECT_EQ(std::vector<size_t>{INT32_MAX}, blocks);
+  blocks.clear();
   const auto one = allocateZeroed(1);
   ASSERT_TRUE(one);
   EXPECT_EQ(0, *one.get());

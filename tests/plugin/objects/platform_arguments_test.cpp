@@ -78,6 +78,9 @@ void __real_CFNotificationCenterAddObserver(CFNotificationCenterRef, const void*
 void __wrap_CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void* observer,
                                             CFNotificationCallback callBack, CFStringRef name,
                                             const void* object, CFNotificationSuspensionBehavior behavior) {
+  const auto instance = static_cast<REALobject>(const_cast<void*>(observer));
+  EXPECT_EQ(object, queryData(instance)->query)
+      << "the instance has its query from the first notification on";
   observations.push_back({center, observer, callBack, name, object, behavior});
   __real_CFNotificationCenterAddObserver(center, observer, callBack, name, object, behavior);
 }

@@ -236,10 +236,12 @@ TEST_F(Registration, ConvertsSharedPropertiesAndSharedMethodsToo) {
 }
 
 TEST_F(Registration, FixPropertiesOfNothingIsNull) {
+  blocks.clear();
   EXPECT_EQ(nullptr, FixProperties(nullptr, 2));
   EXPECT_EQ(nullptr, FixProperties(kProperties, 0));
   EXPECT_EQ(nullptr, FixProperties(kProperties, -1));
   EXPECT_EQ(nullptr, FixProperties(kProperties, INT32_MIN));
+  EXPECT_EQ(std::vector<size_t>(), blocks);
 }
 
 TEST_F(Registration, FixPropertiesDoesNotAllocate2To31BytesOrMore) {

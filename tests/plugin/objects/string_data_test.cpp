@@ -217,7 +217,9 @@ TEST_F(StringData, IsFalseWhenItCantBeConverted) {
   startWithoutService({"REALConvertString"});
   const auto string = host::Value::string("text", host::kEncodingUtf8);
   REALstringData data = {};
-  EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingWindowsLatin1, &data));
+  const Calls calls = callsOf(
+      [&] { EXPECT_FALSE(REALGetStringData(handle(string), kCFStringEncodingWindowsLatin1, &data)); });
+  EXPECT_EQ(0, std::count(calls.begin(), calls.end(), "LenB"));
 }
 
 TEST_F(StringData, GoesBackToTheHostWhereItCameFromTheHost) {

@@ -281,7 +281,7 @@ TEST_F(Query, SubsetTakesNoLockOnItsParent) {
 using Guard = GuardTest;
 
 TEST_P(Guard, RaisesAndAnswersTheNeutralValueWithoutCallingTheService) {
-  expectGuarded("MDQueryZNK", kNilQuery, {"MDQuery", "CFString", "VarType", "FolderItem"});
+  expectGuarded("MDQueryZNK", kNilQuery, {"MDQuery", "CFString", "CFArray", "VarType", "FolderItem"});
 }
 
 std::vector<host::Value> none() {
@@ -298,6 +298,9 @@ std::vector<host::Value> twoNils() {
 }
 std::vector<host::Value> name() {
   return {host::Value("kMDItemFSName")};
+}
+std::vector<host::Value> names() {
+  return {host::stringArray({"kMDItemFSName"})};
 }
 std::vector<host::Value> nameAndNumber() {
   return {host::Value("kMDItemFSName"), host::Value(1u)};
@@ -326,7 +329,7 @@ INSTANTIATE_TEST_SUITE_P(
                         GuardCase{"SetSearchScope", twoNils, GuardCase::kNone},
                         GuardCase{"GetSortOptionFlagsForAttribute", name, GuardCase::kZero},
                         GuardCase{"SetSortOptionFlagsForAttribute", nameAndNumber, GuardCase::kFalse},
-                        GuardCase{"SetSortOrder", nil, GuardCase::kFalse}),
+                        GuardCase{"SetSortOrder", names, GuardCase::kFalse}),
         testing::Bool()));
 
 // Every plain operation is one call to the service.

@@ -142,7 +142,9 @@ TEST_F(SearchScope, ThatCantBeMadeIsNotSet) {
   const host::Value query = this->query();
   standin::takeSearchScope();
   standin::failCall("CFArrayCreateMutable", 1);
-  host::call(query, "SetSearchScope", nullptr, host::stringArray({"x"}));
+  standin::countCalls();
+  host::call(query, "SetSearchScope", host::objectArray({folder("one")}), host::stringArray({"x"}));
+  EXPECT_EQ(0, standin::callCount("RuntimeUBound"));
   EXPECT_EQ(0, standin::takeSearchScope().set);
 }
 
