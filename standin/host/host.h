@@ -80,8 +80,8 @@ void start(Settings settings = {});
 // Ends the run. What is still alive is listed ("host object MDQueryZNK", one line each), taken out of the
 // ledger and never served again; references that the program still holds to it can be dropped safely.
 std::vector<std::string> stop();
-// For the end of a program: drops what host code still holds, be it in circles, but for what C++ holds. What is
-// alive afterwards, the plug-in holds.
+// For the end of a program: drops what host code still holds, be it in circles, but for what C++ holds. What
+// is alive afterwards, the plug-in holds.
 void releaseEverything();
 bool running();
 // May be changed while the host runs; entry points found earlier by the plug-in stay with it.
