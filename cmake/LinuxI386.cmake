@@ -11,7 +11,9 @@ option(SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 if(SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
-  if(NOT FUZZ)
+  if(FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
+  else()
     # Its objects of test code and of dylibs are used here; it is brought up to date first, also when only this build is
     # asked for.
     set(PLAIN_BUILD ${CMAKE_SOURCE_DIR}/build/default CACHE PATH "The default build")
@@ -20,10 +22,6 @@ if(SANITIZE)
         COMMAND_ERROR_IS_FATAL ANY)
     endif()
   endif()
-endif()
-
-if(FUZZ)
-  add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
 endif()
 
 # A library that was built apart must be found beside its user, wherever the build folder is moved.
