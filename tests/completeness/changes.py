@@ -25,6 +25,8 @@ PREFIX = """struct AnyPointer {
 """
 
 LOOPS = (CursorKind.FOR_STMT, CursorKind.CXX_FOR_RANGE_STMT, CursorKind.WHILE_STMT)
+# Of what is replaced, and by what, in the name of a change.
+LONGEST = 100
 NEUTRAL = ("{}", "nullptr", "0", "false")
 
 
@@ -405,6 +407,10 @@ def plain_type(cursor):
     return canonical.spelling.replace("const ", "").replace(" const", "").strip() or None
 
 
+def shortened(text):
+    return text if len(text) <= LONGEST else text[: LONGEST - 3] + "..."
+
+
 def described(sources, changes):
     """What each change is called, by its file, the text of its line and what is put in place of what; the same change,
     made twice in lines of the same text, is told apart by a number."""
@@ -412,8 +418,8 @@ def described(sources, changes):
     names = {}
     for change in sorted(changes, key=lambda c: (c.file, c.start, c.end, c.new)):
         source = sources[change.file]
-        old = one_line(source.text[change.start : change.end])
-        new = one_line(change.new)
+        old = shortened(one_line(source.text[change.start : change.end]))
+        new = shortened(one_line(change.new))
         name = f"{change.file} | {source.line_text(change.start)} | {old} -> {new}"
         counts[name] = counts.get(name, 0) + 1
         names[change] = name if counts[name] == 1 else f"{name} #{counts[name]}"

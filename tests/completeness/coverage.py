@@ -14,9 +14,7 @@ import time
 import plugin
 
 TABLE = "tests/completeness/untaken.txt"
-COMPILER = "clang++-14"
-# Owners are passed as by the compiler that made the tests.
-FLAGS = ['-Dtrivial_abi=annotate("")', "-O0", "-fprofile-instr-generate", "-fcoverage-mapping"]
+FLAGS = ["-O0", "-fprofile-instr-generate", "-fcoverage-mapping"]
 SECONDS = 1200
 CODE = 0  # of the kinds of regions
 
@@ -32,7 +30,7 @@ def compile_all(build, work):
     objects = {name: os.path.join(work, "objects", name + ".o") for name in build.sources}
 
     def compile_one(name):
-        compiled, said = build.compile(name, build.root, objects[name], FLAGS, COMPILER)
+        compiled, said = build.compile(name, build.root, objects[name], FLAGS)
         if not compiled:
             raise plugin.Failure(f"{name} doesn't compile:\n{said}")
 
@@ -45,7 +43,7 @@ def link_programs(build, work):
     """The programs with counters."""
     programs = plugin.Programs(build, work)
     objects = compile_all(build, work)
-    runtime = output_of([COMPILER, "-print-resource-dir"]).strip() + "/lib/linux/libclang_rt.profile-i386.a"
+    runtime = output_of([build.compiler, "-print-resource-dir"]).strip() + "/lib/linux/libclang_rt.profile-i386.a"
     flags = ["-u__llvm_profile_runtime", runtime]
     if not programs.link_library(objects, flags) or not programs.link_objects_tests(objects, flags):
         raise plugin.Failure(f"the plug-in can't be linked with {runtime}")

@@ -31,11 +31,8 @@ MANY = 100
 NOTICED, SURVIVED, SAME_CODE, NOT_COMPILED = "noticed", "survived", "same code", "not compiled"
 
 
-# The compiler of the dylib, which forgets a returned value when something that is given back throws: who relies on it is
-# noticed. The owners are passed as the other compiler does, which made the tests. What the sanitizers would say ends the
-# process; of a date that is infinite the seconds are whatever the processor makes of them.
-COMPILER = "clang++-14"
-FLAGS = ['-Dtrivial_abi=annotate("")']
+# What the sanitizers would say ends the process; of a date that is infinite the seconds are whatever the processor makes of
+# them.
 PLAIN = ["-O0", "-fsanitize=undefined", "-fsanitize-trap=undefined", "-fno-sanitize=function,vptr,float-cast-overflow"]
 OPTIMISED = ["-O2"]
 
@@ -58,9 +55,8 @@ class Compiler:
 
     def compile(self, name, optimise=False):
         """Whether it worked, and what the compiler says. Equal code becomes equal objects, in whichever folder."""
-        flags = [*FLAGS, *(OPTIMISED if optimise else PLAIN), f"-ffile-prefix-map={self.sources}=."]
-        flags += ["-include", self.prefix]
-        return self.build.compile(name, self.sources, self.object_of(name, optimise), flags, COMPILER)
+        flags = [*(OPTIMISED if optimise else PLAIN), f"-ffile-prefix-map={self.sources}=.", "-include", self.prefix]
+        return self.build.compile(name, self.sources, self.object_of(name, optimise), flags)
 
 
 class Plain(Compiler):
@@ -196,14 +192,14 @@ class Judges:
             self.noticed_by[place][suite] += 1
 
     def read_log(self, path):
-        """What an earlier run has learnt."""
+        """What an earlier run has learnt, which may have ended in the middle of a line."""
         if not os.path.exists(path):
             return
-        with open(path, encoding="utf-8") as log:
+        with open(path, encoding="utf-8", errors="replace") as log:
             for line in log:
-                verdict, name, suite = line.rstrip("\n").split("\t")
-                if verdict == NOTICED:
-                    self.learn(name.split(" | ")[0], suite)
+                words = line.rstrip("\n").split("\t")
+                if words[0] == NOTICED and len(words) == 3:
+                    self.learn(words[1].split(" | ")[0], words[2])
 
     def measure(self, programs, plain):
         if not programs.link_library(plain.objects) or not programs.link_objects_tests(plain.objects):

@@ -43,6 +43,7 @@ class Build:
         self.sources = list(self.commands)
         if not self.sources:
             raise Failure(f"{folder} compiles no source of the plug-in")
+        self.compiler = next(word for word in self.commands[self.sources[0]] if not word.endswith("ccache"))
         # The conversions are exported besides, so that all test programs but one take the same library.
         self.library_command = self.link_command("lib/libBridgeModule.so")
         self.objects_tests_command = self.link_command("bin/objects-tests")
@@ -55,7 +56,7 @@ class Build:
                 return words
         raise Failure(f"ninja doesn't tell how {target} is linked in {self.folder}")
 
-    def compile(self, name, sources, output, flags, compiler=None):
+    def compile(self, name, sources, output, flags):
         """Compiles a file of copied sources. Beside the object is the list of what it includes. Whether it worked, and what
         the compiler says."""
         words = self.commands[name]
@@ -63,8 +64,6 @@ class Build:
         words = words[:at] + words[at + 2 :]
         words = [w for w in words if not re.fullmatch(r"-c|-O.|-g.|-W.*|.*\bccache", w) and w != os.path.join(self.root, name)]
         words = [f"-I{sources}" if word == f"-I{self.root}" else word for word in words]
-        if compiler:
-            words[0] = compiler
         words += ["-w", "-g0", *flags, "-MMD", "-MF", output + ".d", "-o", output, "-c", os.path.join(sources, name)]
         os.makedirs(os.path.dirname(output), exist_ok=True)
         result = run(words, cwd=self.folder)

@@ -117,6 +117,13 @@ TEST_F(Order, OfAnArrayOfObjectsIsLockConvertAppendUnlock) {
             callsToCF(host::objectArray({7})));
 }
 
+TEST_F(Order, OfAnArrayOfNumbersIsConvertAppend) {
+  startOn(2013.9);
+  EXPECT_EQ((Calls{"VarType", "RuntimeUBound", "CFArrayCreateMutable", "CFNumberCreate", "CFArrayAppendValue",
+                   "CFRelease CFNumber"}),
+            callsToCF(host::int32Array({7})));
+}
+
 TEST_F(Order, OfAnArrayOfDatesIsLockConvertAppendUnlock) {
   startOn(2013.9);
   EXPECT_EQ((Calls{"VarType", "RuntimeUBound", "CFArrayCreateMutable", "REALLockObject",

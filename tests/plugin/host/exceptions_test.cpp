@@ -194,6 +194,21 @@ TEST_P(PassingThrough, AnExceptionOfAServiceComesOutAsItWasThrownAndEverythingIs
 INSTANTIATE_TEST_SUITE_P(Services, PassingThrough, testing::ValuesIn(swept(passingServices())));
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(PassingThrough);
 
+TEST_F(ThrowingService, LeavesNoArrayBehindWhereTheKeyIsConvertedAfterTheArrayIsMade) {
+  start();
+  const host::Value query = host::construct("MDQueryZNK", "kMDItemFSName == \"f1\"");
+  ASSERT_TRUE(host::call(query, "Execute", 1).boolean());
+  const host::Value item = host::call(query, "ResultAtIndex", 0);
+  const std::pair<const host::Value&, const char*> calls[] = {{query, "ValuesOfAttribute"},
+                                                              {item, "AttributeStringArray"}};
+  for (const auto& [object, method] : calls) {
+    const auto before = standin::ledger();
+    standin::throwFromCall("REALGetStringCFString", 1);
+    EXPECT_THROW(host::call(object, method, "kMDItemFSName"), standin::PlannedException) << method;
+    EXPECT_EQ(before, standin::ledger()) << method;
+  }
+}
+
 // A service that gives back, and then throws, once.
 struct Thrown {};
 std::string throwingName;

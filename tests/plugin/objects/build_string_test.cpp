@@ -118,6 +118,16 @@ TEST_F(BuildString, FromUTF16BuildsMarksConvertsAndReleasesTheTemporaryString) {
   EXPECT_EQ(1u, host::stop().size());  // the result, which this test let go
 }
 
+// The temporary string stays with the plug-in then; the result doesn't.
+TEST_F(BuildString, FromUTF16GivesTheResultBackWhereReleasingTheTemporaryStringThrows) {
+  const Calls calls = callsOf([] {
+    standin::throwFromCall("REALUnlockString", 1);
+    EXPECT_THROW(build(utf16(u"text"), kCFStringEncodingUnicode), standin::PlannedException);
+  });
+  EXPECT_EQ(2, std::count(calls.begin(), calls.end(), "REALUnlockString"));
+  EXPECT_EQ(1u, host::stop().size());
+}
+
 TEST_F(BuildString, FromUTF32IsStoredAsUTF8) {
   const auto string = build(utf32({'a', 0xE9, 0x6771}), kCFStringEncodingUTF32);
   EXPECT_EQ("a\xC3\xA9\xE6\x9D\xB1", stringOf(string.get()).bytes());
