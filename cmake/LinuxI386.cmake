@@ -6,14 +6,23 @@ add_link_options(-m32)
 # std::filesystem's status(), file_size() and copy_file() fail for files dated before 1901 or after 2038. Use stat().
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
-option(FUZZ "Build what libFuzzer calls, by clang; takes the sanitizers" OFF)
-option(SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(FUZZ "Build what libFuzzer calls; takes the sanitizers" OFF)
+option(SANITIZE "Build with clang's address and undefined-behaviour sanitizers" OFF)
 if(SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  # The host and the loader call functions whose types are known at run time only; and the type of an object that the C++
+  # library made is not always found.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize=function,vptr -fno-sanitize-recover=all
+    -fno-omit-frame-pointer)
+  add_compile_definitions(ADDRESS_SANITIZER)
   add_link_options(-fsanitize=address,undefined)
   if(FUZZ)
-    add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
+    add_compile_options(-fsanitize=fuzzer-no-link)
   else()
+    # Libraries that were linked apart, the plug-in among them, share what watches them with the programs.
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -m32 -print-file-name=libclang_rt.asan-i386.so
+      OUTPUT_VARIABLE runtime OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    cmake_path(GET runtime PARENT_PATH runtime)
+    add_link_options(-shared-libasan LINKER:-rpath,${runtime})
     # Its objects of test code and of dylibs are used here; it is brought up to date first, also when only this build is
     # asked for.
     set(PLAIN_BUILD ${CMAKE_SOURCE_DIR}/build/default CACHE PATH "The default build")

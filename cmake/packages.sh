@@ -1,6 +1,6 @@
 # Sourced by ./run and ./test: brings a Debian 12 machine to where the project builds.
 
-required_packages="cmake ninja-build g++-multilib clang-14 clang-tidy-14 llvm-14 googletest findutils
+required_packages="cmake ninja-build g++-multilib clang-14 clang-tidy-14 libclang-rt-14-dev llvm-14 googletest findutils
   libicu-dev libicu72:i386 libsqlite3-dev libsqlite3-0:i386 libarchive-dev libxml2-dev poppler-utils
   nlohmann-json3-dev libimage-exiftool-perl libarchive-zip-perl"
 

@@ -48,14 +48,11 @@ struct Ownership<char*> {
 // Clang passes and returns an owner in a register, as it would what is owned; otherwise it goes through
 // memory. An argument is then destroyed by the function that is called, not by the caller after it. So a
 // function that takes an Owned by value gives it back or hands it over itself: the order of releases is the
-// same with compilers that don't know the attribute. Where objects of several compilers are linked, it is
-// defined to be nothing for all of them.
-#ifndef RETURNED_IN_REGISTER
-#ifdef __clang__
+// same with compilers that don't know the attribute.
+#if __has_cpp_attribute(clang::trivial_abi)
 #define RETURNED_IN_REGISTER [[clang::trivial_abi]]
 #else
 #define RETURNED_IN_REGISTER
-#endif
 #endif
 
 template <typename Reference>

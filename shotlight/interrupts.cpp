@@ -18,7 +18,7 @@
 namespace shotlight {
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef ADDRESS_SANITIZER
 constexpr suseconds_t kGrace = 999'999;  // microseconds; everything takes longer there
 #else
 constexpr suseconds_t kGrace = 250'000;

@@ -76,7 +76,7 @@ std::string answerTo(const Question& question) {
 
 // The sanitizers need far more address space than they use.
 void limitMemory() {
-#if !defined(__SANITIZE_ADDRESS__)
+#ifndef ADDRESS_SANITIZER
   rlimit limit{};
   ::getrlimit(RLIMIT_AS, &limit);
   limit.rlim_cur = std::min<rlim_t>(kMostMemory, limit.rlim_max);

@@ -11,7 +11,7 @@
 #include "standin/gate/gate.h"
 #include "standin/gate/memory.h"
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef ADDRESS_SANITIZER
 #include <sanitizer/asan_interface.h>
 #else
 #define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
