@@ -229,7 +229,7 @@ example:
   shotlight program first-query.txt ~/Documents
 
 docs/host-programs.md lists what is taken of the language; examples/programs has
-programs to copy from.
+programs to copy from. Both are in share/doc/shotlight when it is installed.
 )";
 
 const char storeHelp[] =
