@@ -24,8 +24,9 @@ Every command takes
   --help          print the command's help
 An option's value may also be joined to it: --limit=10.
 
---version prints the versions of this program and of the plug-in. An ELF library
-of the plug-in has none.
+--version prints the versions of this program and of the plug-in, and which
+commit the program was built from, if that is known. An ELF library of the
+plug-in has no version.
 
 examples:
   shotlight find 'kMDItemFSName == "*.txt"c'
@@ -228,7 +229,7 @@ example:
   shotlight program first-query.txt ~/Documents
 
 docs/host-programs.md lists what is taken of the language; examples/programs has
-programs to copy from.
+programs to copy from. Both are in share/doc/shotlight when it is installed.
 )";
 
 const char storeHelp[] =

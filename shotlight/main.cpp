@@ -7,6 +7,7 @@
 #include "shotlight/memory.h"
 #include "shotlight/output.h"
 #include "shotlight/session.h"
+#include "shotlight/version.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ int printVersion(const Arguments& arguments) {
   std::string plugin;
   if (const Arguments rest = takeOptions("", arguments, {nameOption("--plugin", plugin)}); !rest.empty())
     throw UsageError("--version takes no '" + rest.front() + "'; leave it out");
-  print("shotlight " PROJECT_VERSION "\n");
+  print(std::string("shotlight ") + programVersion + '\n');
   const Session session(plugin);
   print("SpotlightZNK " + session.pluginVersion().value_or("(its file tells no version)") + '\n');
   finishOutput();

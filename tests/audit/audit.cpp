@@ -1,154 +1,18 @@
 #include "tests/audit/audit.h"
 
-#include <sys/wait.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iomanip>
 #include <map>
 #include <set>
 #include <sstream>
-#include <stdexcept>
+
+#include "tests/audit/objdump.h"
 
 namespace audit {
 namespace {
 
-typedef std::vector<std::string> Words;
-
-// The lines of llvm-objdump's answer, each split at its spaces.
-std::vector<Words> dump(const std::string& option, const std::string& file) {
-  const std::string command = LLVM_OBJDUMP " --macho " + option + " '" + file + "' 2>&1";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) throw std::runtime_error(command + ": can't be started");
-  std::string output;
-  char buffer[4096];
-  while (const size_t count = fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, count);
-  const int status = pclose(pipe);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw std::runtime_error(command + ": " + output);
-  std::vector<Words> lines;
-  std::istringstream stream(output);
-  for (std::string line; std::getline(stream, line);) {
-    std::istringstream words(line);
-    lines.emplace_back();
-    for (std::string word; words >> word;) lines.back().push_back(word);
-  }
-  return lines;
-}
-
-struct Library {
-  std::string command;  // LC_LOAD_DYLIB or LC_LOAD_WEAK_DYLIB
-  std::string name, current, compatibility;
-};
-
-// One "Load command" of --private-headers: its fields by first word, sections apart.
-struct Headers {
-  struct Part {
-    std::string name;
-    size_t size;   // in the file
-    bool segment;  // or within one
-  };
-  std::vector<Part> parts;
-  std::string file;  // "I386 DYLIB"
-  std::vector<Library> libraries;
-  std::set<std::string> sections;
-  std::string minimumSystem;
-  std::map<std::string, std::string> relocations;  // nextrel and nlocrel
-};
-
-// The line's part of the file, if it tells of one.
-void readPart(std::vector<Headers::Part>& parts, const std::string& command, const Words& line) {
-  const std::string &key = line[0], &value = line[1];
-  // What a table of __LINKEDIT counts, in bytes.
-  static const std::map<std::string, std::pair<const char*, size_t>> tables = {
-      {"rebase_size", {"rebases", 1}},
-      {"bind_size", {"binds", 1}},
-      {"weak_bind_size", {"weak binds", 1}},
-      {"lazy_bind_size", {"lazy binds", 1}},
-      {"export_size", {"exports", 1}},
-      {"nsyms", {"symbols", 12}},
-      {"nindirectsyms", {"indirect symbols", 4}},
-      {"strsize", {"strings", 1}}};
-  if (key == "cmd" && value == "LC_SEGMENT") parts.push_back({"", 0, true});
-  if (command == "LC_SEGMENT" && key == "sectname") parts.push_back({value, 0, false});
-  if (parts.empty()) return;
-  Headers::Part& part = parts.back();
-  if (key == "segname" && part.segment) part.name = value;
-  if (key == "filesize") part.size = std::stoul(value);
-  if (key == "size" && !part.segment) part.size = std::stoul(value, nullptr, 16);
-  if (key == "type" && value == "S_ZEROFILL") part.size = 0;
-  if (const auto table = tables.find(key); table != tables.end() && value != "0") {
-    parts.push_back({table->second.first, table->second.second * std::stoul(value), false});
-  }
-}
-
-Headers readHeaders(const std::string& dylib) {
-  Headers headers;
-  std::string command;
-  for (const Words& line : dump("--private-headers", dylib)) {
-    if (line.size() < 2) continue;
-    const std::string &key = line[0], &value = line[1];
-    if (key == "MH_MAGIC" && line.size() > 4) headers.file = line[1] + " " + line[4];
-    if (key == "cmd") {
-      command = value;
-      if (command.ends_with("_DYLIB") && command != "LC_ID_DYLIB")
-        headers.libraries.push_back({command, "", "", ""});
-    }
-    if (key == "sectname") headers.sections.insert(value);
-    readPart(headers.parts, command, line);
-    if (key == "nextrel" || key == "nlocrel") headers.relocations[key] = value;
-    if (command == "LC_VERSION_MIN_MACOSX" && key == "version") headers.minimumSystem = value;
-    if (command == "LC_ID_DYLIB" || !command.ends_with("_DYLIB")) continue;
-    if (key == "name") headers.libraries.back().name = value;
-    if (key == "current" && line.size() > 2) headers.libraries.back().current = line[2];
-    if (key == "compatibility" && line.size() > 2) headers.libraries.back().compatibility = line[2];
-  }
-  return headers;
-}
-
-std::string baseName(const std::string& path) {
-  return path.substr(path.rfind('/') + 1);
-}
-
-// As llvm-objdump writes a library in its tables: "libstdc++.6.dylib" as "libstdc++".
-std::string shortName(const std::string& installName) {
-  const std::string base = baseName(installName);
-  return base.substr(0, base.find('.'));
-}
-
-std::string fullVersion(std::string version) {
-  while (std::count(version.begin(), version.end(), '.') < 2) version += ".0";
-  return version;
-}
-
-// The list kept with the sources: "NAME CURRENT COMPATIBILITY COMMAND" of each library, "LIBRARY SYMBOL" of
-// each import.
-struct Wanted {
-  std::vector<std::string> libraries;
-  std::set<std::string> imports;
-};
-
-Wanted readWanted(const std::string& path) {
-  std::ifstream stream(path);
-  if (!stream) throw std::runtime_error(path + ": can't be read");
-  Wanted wanted;
-  std::string library;
-  for (std::string line; std::getline(stream, line);) {
-    std::istringstream words(line.substr(0, line.find('#')));
-    std::string first, current, compatibility, weak;
-    if (!(words >> first)) continue;
-    if (first != "library") {
-      wanted.imports.insert(library + " " + first);
-      continue;
-    }
-    words >> library >> current >> compatibility >> weak;
-    wanted.libraries.push_back(library + " " + fullVersion(current) + " " + fullVersion(compatibility) + " " +
-                               (weak == "weak" ? "LC_LOAD_WEAK_DYLIB" : "LC_LOAD_DYLIB"));
-    library = shortName(library);
-  }
-  return wanted;
-}
+constexpr uint64_t kPage = 4096;  // bytes
 
 bool isMetadataConstant(const std::string& symbol) {
   return symbol.starts_with("_kMDItem") || symbol.starts_with("_kMDQuery") ||
@@ -157,15 +21,17 @@ bool isMetadataConstant(const std::string& symbol) {
 
 class Audit {
  public:
-  Audit(const std::string& dylib, const std::string& importList)
-      : dylib_(dylib), headers_(readHeaders(dylib)), wanted_(readWanted(importList)) {}
+  Audit(const std::string& dylib, const Lists& lists)
+      : dylib_(dylib), image_(imageOf(dylib)), wanted_(wantedOf(lists)), introduced_(introducedIn(lists)) {}
 
   std::vector<std::string> run() {
     checkKind();
+    checkInitialisers();
     checkExports();
     checkLibraries();
     checkImports();
     checkText();
+    checkAlignment();
     checkSize();
     return findings_;
   }
@@ -176,18 +42,23 @@ class Audit {
   }
 
   void checkKind() {
-    expect(headers_.file == "I386 DYLIB", "it is not an i386 dylib but " + headers_.file);
-    expect(headers_.minimumSystem == "10.6", "its minimum system is not 10.6 but " + headers_.minimumSystem);
-    for (const char* section : {"__mod_init_func", "__mod_term_func", "__StaticInit"}) {
-      expect(!headers_.sections.contains(section), std::string("it has the section ") + section);
+    expect(image_.kind == "I386 DYLIB", "it is not an i386 dylib but " + image_.kind);
+    expect(image_.minimumSystem == "10.6", "its minimum system is not 10.6 but " + image_.minimumSystem);
+  }
+
+  void checkInitialisers() {
+    for (const Segment& segment : image_.segments) {
+      for (const Section& section : segment.sections) {
+        expect(!section.hasInitialisers(), "it has the section " + section.name);
+      }
+    }
+    for (const std::string& command : image_.commands) {
+      expect(!command.starts_with("LC_ROUTINES"), "it has an initialiser (" + command + ")");
     }
   }
 
   void checkExports() {
-    std::set<std::string> exports;
-    for (const Words& line : dump("--exports-trie", dylib_)) {
-      if (line.size() > 1 && line[0].starts_with("0x")) exports.insert(line[1]);
-    }
+    std::set<std::string> exports = image_.exports;
     expect(exports.contains("_REALPluginMain"), "it does not export _REALPluginMain");
     exports.erase("_REALPluginMain");
     for (const std::string& other : exports) expect(false, "it exports " + other);
@@ -196,7 +67,7 @@ class Audit {
   void checkLibraries() {
     std::vector<std::string> libraries;
     bool weakCoreServices = false;
-    for (const Library& library : headers_.libraries) {
+    for (const Library& library : image_.libraries) {
       libraries.push_back(library.name + " " + library.current + " " + library.compatibility + " " +
                           library.command);
       weakCoreServices = weakCoreServices || (baseName(library.name) == "CoreServices" &&
@@ -210,15 +81,12 @@ class Audit {
     }
   }
 
-  // A row of the table: segment, section, address, "pointer", addend, library, symbol, "(weak_import)" or
-  // nothing.
   void checkImports() {
     std::set<std::string> imports;
-    for (const Words& row : dump("--bind", dylib_)) {
-      if (row.size() < 7 || !row[0].starts_with("__")) continue;
-      imports.insert(row[5] + " " + row[6]);
-      const bool weak = row.size() > 7 && row[7] == "(weak_import)";
-      expect(weak || !isMetadataConstant(row[6]), row[6] + " is not a weak import");
+    for (const Import& import : image_.imports) {
+      imports.insert(import.library + " " + import.symbol);
+      expect(import.weak || !isMetadataConstant(import.symbol), import.symbol + " is not a weak import");
+      checkVersion(import);
     }
     for (const std::string& import : imports) {
       expect(wanted_.imports.contains(import), "it imports " + import + ", which is not listed");
@@ -228,16 +96,43 @@ class Audit {
     }
   }
 
+  // dyld loads nothing that lacks a strong import.
+  void checkVersion(const Import& import) {
+    const auto row = introduced_.find(import.symbol);
+    if (row == introduced_.end()) return;
+    expect(import.weak || !isLater(row->second, image_.minimumSystem),
+           import.symbol + " is first in macOS " + row->second + ", and not a weak import");
+  }
+
   void checkText() {
-    for (const char* table : {"--rebase", "--bind", "--weak-bind", "--lazy-bind"}) {
-      for (const Words& row : dump(table, dylib_)) {
-        if (row.size() < 3) continue;
-        expect(row[0] != "__TEXT", "at load time its text changes at " + row[2] + " (" + table + ")");
-      }
+    std::map<std::string, std::vector<std::string>> addresses;
+    for (const Fixup& fixup : image_.fixups) {
+      if (fixup.segment == "__TEXT") addresses[fixup.table].push_back(fixup.address);
     }
-    for (const char* kind : {"nextrel", "nlocrel"}) {
-      expect(headers_.relocations[kind] == "0", std::string("it has relocations of the old kind: ") + kind);
+    for (const auto& [table, changed] : addresses) {
+      const std::string others =
+          changed.size() > 1 ? ", and " + std::to_string(changed.size() - 1) + " more" : "";
+      expect(false, "at load time its text changes at " + changed.front() + others + " (" + table + ")");
     }
+    for (const auto& [kind, count] : image_.relocations) {
+      expect(count == 0, "it has relocations of the old kind: " + kind);
+    }
+  }
+
+  void checkAlignment() {
+    for (const Segment& segment : image_.segments) {
+      expect(segment.address % kPage == 0 && segment.fileOffset % kPage == 0,
+             "the segment " + segment.name + " does not begin with a page");
+      for (const Section& section : segment.sections) checkAlignment(segment, section);
+    }
+  }
+
+  void checkAlignment(const Segment& segment, const Section& section) {
+    const bool isAligned =
+        section.alignment < 32 && section.address % (uint64_t{1} << section.alignment) == 0;
+    expect(isAligned, "the section " + section.name + " is not where its alignment wants it");
+    const bool isMapped = section.offset - segment.fileOffset == section.address - segment.address;
+    expect(!section.isInFile() || isMapped, "the section " + section.name + " is elsewhere in the file");
   }
 
   void checkSize() {
@@ -247,30 +142,35 @@ class Audit {
   }
 
   std::string dylib_;
-  Headers headers_;
+  Image image_;
   Wanted wanted_;
+  Versions introduced_;
   std::vector<std::string> findings_;
 };
 
 }  // namespace
 
-std::vector<std::string> findings(const std::string& dylib, const std::string& importList) {
-  return Audit(dylib, importList).run();
+std::vector<std::string> findings(const std::string& dylib, const Lists& lists) {
+  return Audit(dylib, lists).run();
 }
 
 std::string sizeTable(const std::string& dylib) {
-  std::ostringstream table;
-  const auto addRow = [&](const std::string& name, size_t size) {
-    table << std::left << std::setw(22) << name << std::right << std::setw(7) << size << "\n";
+  std::ostringstream rows;
+  const auto addRow = [&](const std::string& name, uint64_t size) {
+    if (size > 0) rows << std::left << std::setw(22) << name << std::right << std::setw(7) << size << "\n";
   };
-  size_t whole = 0;
-  for (const Headers::Part& part : readHeaders(dylib).parts) {
-    if (part.segment) whole += part.size;
-    if (part.size == 0) continue;
-    addRow((part.segment ? "" : "  ") + part.name, part.size);
+  const Image image = imageOf(dylib);
+  uint64_t whole = 0;
+  for (const Segment& segment : image.segments) {
+    whole += segment.fileSize;
+    addRow(segment.name, segment.fileSize);
+    for (const Section& section : segment.sections) {
+      if (section.isInFile()) addRow("  " + section.name, section.size);
+    }
   }
+  for (const Table& table : image.tables) addRow("  " + table.name, table.size);  // of the last segment
   addRow("of " + std::to_string(kLargestSize) + " at the most", whole);
-  return table.str();
+  return rows.str();
 }
 
 }  // namespace audit

@@ -6,14 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "tests/audit/lists.h"
+
 namespace audit {
 
 // What is wrong with the dylib, a sentence each; empty when it is as it should be: an i386 dylib for
-// macOS 10.6 that exports _REALPluginMain alone, has no static initialiser, changes nothing in its text at
-// load time, loads CoreServices weakly with every metadata constant a weak import, imports what the list says
-// and no more, and takes no more than kLargestSize. Throws std::runtime_error when one of the files can't be
-// read.
-std::vector<std::string> findings(const std::string& dylib, const std::string& importList);
+// macOS 10.6 that exports _REALPluginMain alone, has no static initialiser, has its segments and sections
+// where their alignment wants them, changes nothing in its text at load time, loads CoreServices weakly with
+// every metadata constant a weak import, imports what the list says and no more, nothing strongly that its
+// minimum system lacks, and takes no more than kLargestSize. Throws std::runtime_error when one of the files
+// can't be read.
+std::vector<std::string> findings(const std::string& dylib, const Lists& lists);
 
 inline constexpr size_t kLargestSize = 96 * 1024;  // in bytes, of the file
 
