@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -32,6 +33,16 @@ std::string contentOf(std::FILE* file) {
   return content;
 }
 
+size_t linesIn(std::FILE* file) {
+  size_t lines = 0;
+  char buffer[64 * 1024];
+  std::rewind(file);
+  while (const size_t count = std::fread(buffer, 1, sizeof buffer, file)) {
+    lines += static_cast<size_t>(std::count(buffer, buffer + count, '\n'));
+  }
+  return lines;
+}
+
 }  // namespace
 
 Usage run(const std::vector<std::string>& command) {
@@ -52,6 +63,7 @@ Usage run(const std::vector<std::string>& command) {
     if (WIFEXITED(status)) usage.status = WEXITSTATUS(status);
     usage.seconds = secondsOf(resources.ru_utime) + secondsOf(resources.ru_stime);
     usage.megabytes = static_cast<double>(resources.ru_maxrss) / 1024;
+    usage.lines = linesIn(output);
     usage.errors = contentOf(errors);
   }
   std::fclose(output);

@@ -110,6 +110,19 @@ class Pages(unittest.TestCase):
             self.assertEqual(0o644, other.stat().st_mode & 0o777)
         self.assertEqual(len(list(here.iterdir())), len(list(there.iterdir())))
 
+    def test_contents_lead_to_headings(self):
+        self.make(self.folder, "reference", "keys")
+        text = (self.folder / "reference.html").read_text("utf-8")
+        self.assertIn('<a href="#mdqueryznkresultcount">ResultCount</a>', text)
+        self.assertIn('<h3 id="mdqueryznkresultcount">', text)
+        self.assertNotIn("<details>", (self.folder / "keys.html").read_text("utf-8"))  # it has one heading
+
+    def test_pictures_lie_beside_the_page(self):
+        self.make(self.folder, "index", "guide")
+        self.assertEqual(["run.svg", "speed.svg"], [path.name for path in sorted(self.folder.glob("*.svg"))])
+        self.assertIn("run.svg", pages_in(self.folder)["index.html"].needed)
+        self.assertEqual([], mistakes_in(self.folder))
+
     def test_commands_stand_out(self):
         self.make(self.folder, "using")
         text = (self.folder / "using.html").read_text("utf-8")
