@@ -86,7 +86,7 @@ void compareMedia(int files) {
   const Command ours = {SHOTLIGHT, "find", "kMDItemISOSpeed > 400", "--in", folder};
   const Command exiftool = {"exiftool", "-q", "-q", "-r", "-if", "$ISO > 400", "-p", "$Directory/$FileName",
                             folder};
-  compare("photos, songs and documents by ISO speed", files,
+  compare("files by ISO speed", files,
           {{"shotlight find 'kMDItemISOSpeed > 400'", ours, {}},
            {"the same, again", ours, {}},
            {"exiftool -if '$ISO > 400'", exiftool, {}},

@@ -18,7 +18,6 @@ COLUMNS = 84  # of the terminal
 CELL, LINE = 9, 21  # of a character; usual monospaced fonts of 15 pixels have that advance
 BASELINE = 14  # from the top of a line to where its letters stand
 MARGIN = 20
-WIDTH = COLUMNS * CELL + 2 * MARGIN
 
 # What is typed, as it is shown; "./run" is shotlight.
 COMMANDS = [
@@ -37,7 +36,7 @@ RUN_TEXT = (
 STYLE = """
   .page { fill: #fbfbfc; stroke: #d1d9e0; }
   text { fill: #1f2328; font: 15px ui-monospace, "SFMono-Regular", Menlo, Consolas, "DejaVu Sans Mono", monospace; }
-  .title { font: 600 16px system-ui, sans-serif; }
+  .title { font: 600 15px system-ui, sans-serif; }
   .note { font: 14px system-ui, sans-serif; }
   .prompt, .note { fill: #636c76; }
   .typed { font-weight: bold; }
@@ -57,15 +56,15 @@ STYLE = """
 """
 
 
-def svg(height, title, description, elements):
+def svg(width, height, title, description, elements):
     return "\n".join(
         [
-            f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}" viewBox="0 0 {WIDTH} {height}"'
+            f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" viewBox="0 0 {width} {height}"'
             ' role="img" aria-labelledby="title description">',
             f'<title id="title">{escape(title)}</title>',
             f'<desc id="description">{escape(description)}</desc>',
             f"<style>{STYLE}</style>",
-            f'<rect class="page" x="0.5" y="0.5" width="{WIDTH - 1}" height="{height - 1}" rx="8"/>',
+            f'<rect class="page" x="0.5" y="0.5" width="{width - 1}" height="{height - 1}" rx="8"/>',
             *elements,
             "</svg>\n",
         ]
@@ -157,13 +156,13 @@ def draw_run(root, shotlight):
             y += LINE // 2
         elements.append(row(y, spans))
         y += LINE
-    return svg(y - BASELINE + MARGIN, "A run of shotlight", RUN_TEXT, elements)
+    return svg(COLUMNS * CELL + 2 * MARGIN, y - BASELINE + MARGIN, "A run of shotlight", RUN_TEXT, elements)
 
 
 # Speed
 
-LABEL = 39 * CELL  # the width of what stands before the bars
-BARS = 330  # of the longest one
+BARS = 400  # the width of the longest one
+FIGURE = 8 * CELL  # that of what stands behind it
 
 
 def charts_in(text):
@@ -210,16 +209,17 @@ def draw_speed(figures):
         name = ""
         for text, seconds in bars:
             name = name if text.startswith("the same") else text.split()[0]
-            y += LINE + 5
             width = BARS * float(seconds) / longest
             ours = " ours" if name == "shotlight" else ""
-            elements.append(row(y, [("", text)]))
-            elements.append(f'<rect class="bar{ours}" x="{MARGIN + LABEL}" y="{y - 13}" width="{width:.2f}" height="17"/>')
-            elements.append(row(y, [("", shown(seconds) + " s")], x=MARGIN + LABEL + round(width) + CELL))
+            elements.append(row(y + LINE + 4, [("", text)]))
+            y += 2 * LINE + 4
+            elements.append(f'<rect class="bar{ours}" x="{MARGIN}" y="{y - BASELINE}" width="{width:.2f}" height="17"/>')
+            elements.append(row(y, [("", shown(seconds) + " s")], x=MARGIN + round(width) + CELL))
         y += 2 * LINE
     note = f"median of {settings['rounds']} rounds, on {settings['processors']} processors"
     elements.append(f'<text class="note" x="{MARGIN}" y="{y - 7}">{note}</text>')
-    return svg(y + MARGIN - 3, "How long commands take", described(settings, charts), elements)
+    width = BARS + FIGURE + 2 * MARGIN
+    return svg(width, y + MARGIN - 3, "How long commands take", described(settings, charts), elements)
 
 
 def describe_in(readme, texts):
