@@ -19,13 +19,25 @@ typedef std::vector<std::string> Words;
   throw std::runtime_error(file + ": " + what);
 }
 
-// llvm-objdump also ends well where it read nothing.
+constexpr const char* kSeveral = "holds several files; take out the one for i386 with lipo -thin i386";
+
+// Of a file that holds one for each processor: FAT_MAGIC and FAT_MAGIC_64.
+bool isUniversal(std::istream& stream) {
+  char magic[4] = {};
+  stream.read(magic, sizeof magic);
+  const std::string_view text(magic, sizeof magic);
+  return text == "\xCA\xFE\xBA\xBE" || text == "\xCA\xFE\xBA\xBF";
+}
+
+// llvm-objdump also ends well where it read nothing, and reads one of several files.
 void checkReadable(const std::string& file) {
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
   if (!std::filesystem::exists(status)) fail(file, "there is no such file; name a dylib");
   if (!std::filesystem::is_regular_file(status)) fail(file, "is no file; name a dylib");
-  if (!std::ifstream(file)) fail(file, "can't be read; allow it, or name another file");
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) fail(file, "can't be read; allow it, or name another file");
+  if (isUniversal(stream)) fail(file, kSeveral);
 }
 
 // One word of the shell, whatever is in it; never an option.
@@ -86,7 +98,7 @@ class Reader {
     readFixup(words);
   }
 
-  // How many headers there were: several in a file for several processors, none in what is no Mach-O file.
+  // How many headers there were: several in an archive, none in what is no Mach-O file.
   size_t headers() const { return headers_; }
   const Image& image() const { return image_; }
 
@@ -210,8 +222,7 @@ Image imageOf(const std::string& file) {
   Reader reader;
   for (const std::string& line : dump(file)) reader.read(line);
   if (reader.headers() == 0) fail(file, "is no Mach-O file; name a dylib");
-  if (reader.headers() > 1)
-    fail(file, "holds files for several processors; take one out with lipo -thin i386");
+  if (reader.headers() > 1) fail(file, kSeveral);
   return reader.image();
 }
 

@@ -127,7 +127,9 @@ class Report {
 
   void writeFindings() {
     if (findings_.empty()) page_.line("Audit: all is as it should be");
-    if (!findings_.empty()) page_.line("Audit: " + std::to_string(findings_.size()) + " findings");
+    if (!findings_.empty())
+      page_.line("Audit: " + std::to_string(findings_.size()) +
+                 (findings_.size() == 1 ? " finding" : " findings"));
     for (const std::string& finding : findings_) page_.line("  " + finding);
   }
 

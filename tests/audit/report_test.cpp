@@ -137,7 +137,8 @@ TEST_F(Report, TellsWhatIsWrong) {
   std::memcpy(&bytes[name], "__mod_init_func\0", 16);
   const Printed printed = runAudit("--report " + scratch_.file("altered.dylib", bytes));
   EXPECT_EQ(1, printed.status);
-  EXPECT_NE(std::string::npos, printed.text.find("\n  it has the section __mod_init_func\n"));
+  EXPECT_NE(std::string::npos,
+            printed.text.find("\nAudit: 1 finding\n  it has the section __mod_init_func\n"));
   EXPECT_NE(std::string::npos, printed.text.find("\nInitialisers: __mod_init_func\n"));
 }
 
@@ -158,6 +159,9 @@ TEST_F(Report, IsOfDylibsOnly) {
   expectError("--report " + scratch_.at("none"),
               scratch_.at("none") + ": there is no such file; name a dylib");
   expectError("--report " + scratch_.path(), scratch_.path() + ": is no file; name a dylib");
+  const std::string universal = scratch_.file("universal", std::string("\xCA\xFE\xBA\xBE\0\0\0\1", 8));
+  expectError("--report " + universal,
+              universal + ": holds several files; take out the one for i386 with lipo -thin i386");
   const std::string cut = scratch_.file("cut", contents(files.dylib).substr(0, 5000));
   const Printed printed = runAudit("--report " + cut);
   EXPECT_EQ(2, printed.status);
