@@ -94,7 +94,8 @@ def row(y, spans, x=MARGIN):
 
 
 def run_on_terminal(command, root, cache):
-    """The bytes that a terminal of that width is given."""
+    """What a terminal of that width is given, and behind it what goes to standard error: on a terminal, that would tell
+    how far a search is that takes long."""
     terminal, inside = pty.openpty()
     fcntl.ioctl(inside, termios.TIOCSWINSZ, struct.pack("HHHH", 24, COLUMNS, 0, 0))
     settings = termios.tcgetattr(inside)
@@ -102,22 +103,26 @@ def run_on_terminal(command, root, cache):
     termios.tcsetattr(inside, termios.TCSANOW, settings)
     environment = {"PATH": os.environ["PATH"], "TERM": "xterm", "LS_COLORS": LS_COLORS, "XDG_CACHE_HOME": cache}
     environment |= {"LC_ALL": "C.UTF-8", "TZ": "UTC", "HOME": cache}
-    process = subprocess.Popen(
-        ["sh", "-c", command], cwd=root, env=environment, stdin=subprocess.DEVNULL, stdout=inside, stderr=inside
-    )
-    os.close(inside)
-    output = b""
-    while True:
-        try:
-            some = os.read(terminal, 65536)
-        except OSError:  # the end of a terminal
-            break
-        if not some:
-            break
-        output += some
-    os.close(terminal)
-    if process.wait() != 0:
-        sys.exit(f"draw.py: {command} ended with {process.returncode}:\n{output.decode()}")
+    with tempfile.TemporaryFile() as errors:
+        process = subprocess.Popen(
+            ["sh", "-c", command], cwd=root, env=environment, stdin=subprocess.DEVNULL, stdout=inside, stderr=errors
+        )
+        os.close(inside)
+        output = b""
+        while True:
+            try:
+                some = os.read(terminal, 65536)
+            except OSError:  # the end of a terminal
+                break
+            if not some:
+                break
+            output += some
+        os.close(terminal)
+        status = process.wait()
+        errors.seek(0)
+        output += errors.read()
+    if status != 0:
+        sys.exit(f"draw.py: {command} ended with {status}:\n{output.decode()}")
     return output.decode()
 
 
@@ -141,7 +146,9 @@ def draw_run(root, shotlight):
             first, *more = command.split("\n")
             rows.append([("prompt", "$ "), ("typed", first)])
             rows += [[("typed", line)] for line in more]
-            output = run_on_terminal(command.replace("./run", f"'{shotlight}'", 1), root, cache)
+            runnable = command.replace("./run", f"'{shotlight}'", 1)
+            run_on_terminal(runnable, root, cache)  # reads what is in files; a table that takes long comes in parts
+            output = run_on_terminal(runnable, root, cache)
             rows += [spans_of(line) for line in output.splitlines()]
     for kind in {kind for spans in rows for kind, _ in spans if kind.startswith("sgr-")}:
         if f".{kind} " not in STYLE:
