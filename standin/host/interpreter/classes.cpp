@@ -33,7 +33,12 @@ const std::string& nameOf(const Call& call) {
 }
 
 Value callMethod(Call& call) {
-  return used([&] { return callWith(call.self, nameOf(call), call.arguments); });
+  try {
+    return used([&] { return callWith(call.self, nameOf(call), call.arguments); });
+  } catch (const Thrown&) {
+    call.machine.raisedForArrays += call.callable.declaration.result.array;
+    throw;
+  }
 }
 Value callShared(Call& call) {
   return used([&] { return callSharedWith(call.callable.owner, nameOf(call), call.arguments); });

@@ -88,6 +88,7 @@ class Machine {
 
   const Surroundings& surroundings;
   std::vector<Value> globals;
+  size_t raisedForArrays = 0;  // how often the plug-in raised an exception instead of giving an array
 
  private:
   static constexpr size_t kStepsBetweenQuestions = 1000;

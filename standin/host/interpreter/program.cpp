@@ -36,6 +36,18 @@ Outcome finished(Machine& machine, const ProgramParts& parts) {
   }
 }
 
+// A member of the plug-in that gives an array makes it before it looks whether it can: when it raises, the
+// empty array stays in its hands, and nobody could give it back.
+void takeBackArrays(size_t most) {
+  for (const Ref& each : everythingAlive()) {
+    const auto* const array = asKind<HostArray>(*each.thing());
+    const bool isForgotten = array && array->count() == 0 && array->hostReferences == 1;  // that of `each`
+    if (!isForgotten || array->pluginReferences != 1 || most == 0) continue;
+    --most;
+    release(*each.thing(), Side::plugin);
+  }
+}
+
 }  // namespace
 
 Program::Program(std::string_view source) : parts_(std::make_unique<ProgramParts>()) {
@@ -56,6 +68,7 @@ Outcome Program::run(const Surroundings& surroundings) {
   machine.close();
   machine.globals.assign(machine.globals.size(), Value());
   releaseEverything();
+  takeBackArrays(machine.raisedForArrays);
   closeClasses(parts_->programClasses);
   return outcome;
 }
