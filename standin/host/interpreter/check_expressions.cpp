@@ -84,7 +84,7 @@ class ExpressionChecker {
         const bool isColor = expression.kind == ExpressionKind::color;
         const Value value =
             valueOf(expression.literal, isColor ? Type{TypeKind::color, "", false} : kNilType);
-        return {typeOf(value), [value](Frame&) { return value; }, place};
+        return {typeOf(value), place, [value](Frame&) { return value; }};
       }
       case ExpressionKind::me:
         return me(place);
@@ -230,13 +230,13 @@ class ExpressionChecker {
   };
 
   Checked variable(const Named& named, Place place) const {
-    if (named.constant) return {named.type, named.constant, place};
-    return {named.type, [slot = named.slot](Frame& frame) { return slot.in(frame); }, place};
+    if (named.constant) return {named.type, place, named.constant};
+    return {named.type, place, [slot = named.slot](Frame& frame) { return slot.in(frame); }};
   }
 
   Checked me(Place place) const {
     if (!scope_.self) fail(place, "there is no object here: this is no method of a class");
-    return {{TypeKind::object, scope_.self->name, false}, [](Frame& frame) { return frame.self; }, place};
+    return {{TypeKind::object, scope_.self->name, false}, place, [](Frame& frame) { return frame.self; }};
   }
 
   std::optional<Members> callables(std::string_view name, Place place) const {
@@ -310,12 +310,11 @@ class ExpressionChecker {
   Checked indexed(Checked array, Checked index) const {
     const Type element = elementOf(array.type);
     return {
-        element,
+        element, array.place,
         [array = std::move(array.code), index = coerced(std::move(index), kInteger), element](Frame& frame) {
           const Value elements = array(frame);
           return elementAt(elements, index(frame).integer(), element);
-        },
-        array.place};
+        }};
   }
 
   Checked arrayOf(Written elements, Place place) {
@@ -327,13 +326,11 @@ class ExpressionChecker {
     std::vector<Code> codes;
     for (Checked& each : checked) codes.push_back(coerced(std::move(each), type));
     type.array = true;
-    return {type,
-            [codes = std::move(codes), type](Frame& frame) {
+    return {type, place, [codes = std::move(codes), type](Frame& frame) {
               const Value array = firstValue(type);
               for (const Code& code : codes) insertElement(array, arrayIn(array).count(), code(frame));
               return array;
-            },
-            place};
+            }};
   }
 
   Checked negation(const Expression& expression) {
@@ -346,7 +343,7 @@ class ExpressionChecker {
       if (value.kind() == Kind::boolean) return Value(!value.boolean());
       return computed(differs, value, converted(-1, typeOf(value)));
     };
-    return {operand.type, std::move(code), expression.place};
+    return {operand.type, expression.place, std::move(code)};
   }
 
   Checked binary(const Expression& expression) {
@@ -354,19 +351,18 @@ class ExpressionChecker {
     const auto mayRefer = [](const Type& type) { return isReference(type) || is(TypeKind::variant, type); };
     const bool isIs = expression.text == "Is";
     if (isIs && mayRefer(left.type) && mayRefer(right.type)) {
-      return {kBoolean,
+      return {kBoolean, expression.place,
               [one = std::move(left.code), other = std::move(right.code)](Frame& frame) -> Value {
                 const Value a = one(frame);
                 return a.handle() == other(frame).handle();
-              },
-              expression.place};
+              }};
     }
     const Operator& op = operatorNamed(isIs ? "=" : expression.text);
     const bool adds = expression.text == "+", decides = expression.text == "Or";
     // What is in a variant becomes text where text is added.
     for (auto [one, other] : {std::pair(&left, &right), std::pair(&right, &left)}) {
       if (adds && is(TypeKind::string, one->type) && is(TypeKind::variant, other->type))
-        *other = {kString, coerced(std::move(*other), kString), other->place};
+        *other = {kString, other->place, coerced(std::move(*other), kString)};
     }
     const auto type = isIs ? std::nullopt : resultOf(op, left.type, right.type);
     if (!type) {
@@ -376,19 +372,17 @@ class ExpressionChecker {
     }
     if (is(TypeKind::boolean, left.type) && is(TypeKind::boolean, right.type) &&
         (decides || expression.text == "And")) {
-      return {*type,
+      return {*type, expression.place,
               [decides, one = std::move(left.code), other = std::move(right.code)](Frame& frame) {
                 const Value a = one(frame);
                 return a.boolean() == decides ? a : other(frame);
-              },
-              expression.place};
+              }};
     }
-    return {*type,
+    return {*type, expression.place,
             [&op, one = std::move(left.code), other = std::move(right.code)](Frame& frame) {
               const Value a = one(frame);
               return computed(op, a, other(frame));
-            },
-            expression.place};
+            }};
   }
 
   Checked isA(const Expression& expression) {
@@ -396,18 +390,16 @@ class ExpressionChecker {
     const Type type = resolved(parts_, expression.type);
     const bool mayBe = is(TypeKind::object, operand.type) || is(TypeKind::variant, operand.type);
     if (!is(TypeKind::object, type) || !mayBe) fail(expression.place, "IsA takes an object and a class");
-    return {kBoolean,
-            [code = std::move(operand.code), type](Frame& frame) -> Value {
+    return {kBoolean, expression.place, [code = std::move(operand.code), type](Frame& frame) -> Value {
               const Value object = code(frame);
               return !object.isNil() && host::distance(object, type).has_value();
-            },
-            expression.place};
+            }};
   }
 
   Checked cast(const Expression& expression, const Type& type, Place place) {
     Checked value = check(expression);
     if (!is(TypeKind::object, type) || is(TypeKind::variant, value.type))
-      return {type, coerced(std::move(value), type), place};
+      return {type, place, coerced(std::move(value), type)};
     if (!distance(parts_, value.type, type) && !distance(parts_, type, value.type))
       fail(place, aValueOf(value.type) + " is never " + aValueOf(type));
     Code code = [code = std::move(value.code), type](Frame& frame) {
@@ -416,7 +408,7 @@ class ExpressionChecker {
         raise("IllegalCastException", object.describe() + " is no " + type.className);
       return object;
     };
-    return {type, std::move(code), place};
+    return {type, place, std::move(code)};
   }
 
   Checked newObject(const Expression& expression) {
@@ -433,14 +425,13 @@ class ExpressionChecker {
     const Callable* const constructor = choose(members, arguments);
     if (!constructor && needsOne) failNoFit(members, "Constructor", arguments, expression.place);
     if (!constructor)
-      return {type, [cls](Frame& frame) { return bareInstance(*cls, frame.machine); }, expression.place};
-    return {type,
+      return {type, expression.place, [cls](Frame& frame) { return bareInstance(*cls, frame.machine); }};
+    return {type, expression.place,
             [cls, constructor, codes = argumentCodes(*constructor, std::move(arguments))](Frame& frame) {
               Value object = bareInstance(*cls, frame.machine);
               perform(*constructor, constructor->run, frame, object, codes);
               return object;
-            },
-            expression.place};
+            }};
   }
 
   // --- Members and calls ---
@@ -556,12 +547,11 @@ class ExpressionChecker {
 
   Checked called(const Callable& callable, const Members& members, Arguments arguments, Place place) const {
     const Native run = members.isSuper && callable.function ? invokeDirectly : callable.run;
-    return {callable.declaration.result,
+    return {callable.declaration.result, place,
             [&callable, run, object = objectOf(callable, members, place),
              codes = argumentCodes(callable, std::move(arguments))](Frame& frame) {
               return perform(callable, run, frame, object(frame), codes);
-            },
-            place};
+            }};
   }
 
   Scope& scope_;
@@ -654,7 +644,7 @@ Checked checkConstant(Scope& scope, const Statement& declared) {
   Checked value = checkExpression(scope, expression);
   if (declared.type.type.kind == TypeKind::none) return value;
   const Type type = resolved(scope.parts, declared.type);
-  return {type, coerced(scope, std::move(value), type), expression.place};
+  return {type, expression.place, coerced(scope, std::move(value), type)};
 }
 
 Action checkAssignment(Scope& scope, const Statement& statement) {

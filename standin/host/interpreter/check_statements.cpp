@@ -58,12 +58,11 @@ class BodyChecker {
   Action statement(const Statement& each) {
     using Check = Action (BodyChecker::*)(const Statement&);
     // By the statements' kinds.
-    static constexpr Check kChecks[] = {&BodyChecker::dim,      &BodyChecker::constant, &BodyChecker::redim,
-                                        &BodyChecker::assign,   &BodyChecker::call,     &BodyChecker::ifElse,
-                                        &BodyChecker::select,   &BodyChecker::forTo,    &BodyChecker::forEach,
-                                        &BodyChecker::loop,     &BodyChecker::leave,    &BodyChecker::leave,
-                                        &BodyChecker::giveBack, &BodyChecker::tryCatch, &BodyChecker::raise,
-                                        &BodyChecker::handler,  &BodyChecker::handler};
+    static constexpr Check kChecks[] = {
+        &BodyChecker::dim,      &BodyChecker::constant, &BodyChecker::assign, &BodyChecker::call,
+        &BodyChecker::ifElse,   &BodyChecker::select,   &BodyChecker::forTo,  &BodyChecker::forEach,
+        &BodyChecker::loop,     &BodyChecker::leave,    &BodyChecker::leave,  &BodyChecker::giveBack,
+        &BodyChecker::tryCatch, &BodyChecker::handler,  &BodyChecker::handler};
     return (this->*kChecks[static_cast<int>(each.kind)])(each);
   }
 
@@ -105,16 +104,6 @@ class BodyChecker {
     Checked value = checkConstant(scope_, declared);
     declareHere({declared.name, value.type, {}, std::move(value.code)}, declared.place);
     return [](Frame&) { return Flow{}; };
-  }
-
-  Action redim(const Statement& each) {
-    Checked array = checkExpression(scope_, each.expressions[0]);
-    if (!array.type.array) fail(each.place, "Redim takes an array, not " + aValueOf(array.type));
-    return [array = std::move(array.code),
-            bound = checkedAs(scope_, each.expressions[1], kInteger)](Frame& frame) {
-      resize(array(frame), bound(frame).integer());
-      return Flow{};
-    };
   }
 
   Action assign(const Statement& each) { return checkAssignment(scope_, each); }
@@ -238,7 +227,7 @@ class BodyChecker {
     const Type element = elementOf(array.type);
     const Named variable = loopVariable(each, element);
     const size_t slot = slots_++;
-    Code value = coerced(scope_, {element, [slot](Frame& frame) { return frame.slots[slot]; }, each.place},
+    Code value = coerced(scope_, {element, each.place, [slot](Frame& frame) { return frame.slots[slot]; }},
                          variable.type);
     Turns turns = turnsOf(each, "For");
     scope_.locals.resize(names);
@@ -339,15 +328,6 @@ class BodyChecker {
       if (const Flow after = last(frame); after.kind != Flow::next) return after;
       if (thrown) throw std::move(*thrown);
       return flow;
-    };
-  }
-
-  Action raise(const Statement& each) {
-    return [code = checkedAs(scope_, each.expressions[0], {TypeKind::object, "RuntimeException", false})](
-               Frame& frame) -> Flow {
-      const Value exception = code(frame);
-      if (exception.isNil()) host::raise("NilObjectException", "Raise of Nil");
-      throw Thrown{exception};
     };
   }
 

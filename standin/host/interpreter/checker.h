@@ -29,8 +29,8 @@ void check(ProgramParts& parts);
 
 struct Checked {
   Type type;
-  Code code;
   Place place;
+  Code code;
 };
 
 // Where a variable is.

@@ -198,6 +198,11 @@ Value print(Call& call) {
   return {};
 }
 
+Value raiseException(Call& call) {
+  if (call.arguments[0].isNil()) raise("NilObjectException", "Raise of Nil");
+  throw Thrown{call.arguments[0]};
+}
+
 Value getFolderItem(Call& call) {
   const std::string path = utf8Of(call.arguments[0]);
   if (path.empty() || path.find('\0') != std::string::npos) return {};
@@ -213,6 +218,7 @@ Value getFolderItem(Call& call) {
 constexpr NativeMember kFunctions[] = {
     {"", "Print(value As Variant)", print},
     {"", "Quit(status As Integer = 0)", [](Call& c) -> Value { throw Quit{static_cast<int>(c.whole(0))}; }},
+    {"", "Raise(exception As RuntimeException)", raiseException},
     {"", "GetFolderItem(path As String) As FolderItem", getFolderItem},
     {"", "Len(text As String) As Integer",
      [](Call& c) -> Value { return static_cast<int32_t>(characters(c, 0).size()); }},

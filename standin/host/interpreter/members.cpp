@@ -209,6 +209,7 @@ constexpr NativeMember kMembers[] = {
      [](Call& c) { return insertElement(c.self, c.whole(0), c.arguments[1]), Value(); }},
     {"()", "Remove(index As Integer) As Element", removeAt},
     {"()", "IndexOf(value As Element) As Integer", indexOf},
+    {"()", "Redim(upperBound As Integer)", [](Call& c) { return resize(c.self, c.whole(0)), Value(); }},
     {"()", "Sort()", sort},
     {"Color", "Red As Integer", part<16>},
     {"Color", "Green As Integer", part<8>},

@@ -274,7 +274,7 @@ class Parser {
     static constexpr Row kRows[] = {
         {"Dim", StatementKind::dim, &Parser::variable},
         {"Const", StatementKind::constant, &Parser::constant},
-        {"Redim", StatementKind::redim, &Parser::redim},
+        {"Redim", StatementKind::call, &Parser::redim},
         {"Call", StatementKind::call, &Parser::call},
         {"If", StatementKind::ifElse, &Parser::ifElse},
         {"Select", StatementKind::select, &Parser::select},
@@ -285,7 +285,7 @@ class Parser {
         {"Continue", StatementKind::next, &Parser::leave},
         {"Return", StatementKind::giveBack, &Parser::giveBack},
         {"Try", StatementKind::tryCatch, &Parser::tryCatch},
-        {"Raise", StatementKind::raise, &Parser::raise},
+        {"Raise", StatementKind::call, &Parser::raise},
         {"AddHandler", StatementKind::addHandler, &Parser::handler},
         {"RemoveHandler", StatementKind::removeHandler, &Parser::handler},
     };
@@ -345,11 +345,18 @@ class Parser {
     parsed.expressions.push_back(expression());
   }
 
+  // As if they were written as calls: "Redim a(9)" as a.Redim(9), "Raise e" as Raise(e).
   void redim(Statement& parsed) {
     Expression array = postfix();
     if (array.kind != ExpressionKind::arguments || array.operands.size() != 2)
       throw SourceError(array.place, "expected an array and its upper bound in brackets");
-    parsed.expressions = std::move(array.operands);
+    array.operands[0] = made(ExpressionKind::member, array.place, "Redim", std::move(array.operands[0]));
+    parsed.expressions.push_back(made(std::move(array)));
+  }
+
+  void raise(Statement& parsed) {
+    const Expression function = made(ExpressionKind::name, parsed.place, "Raise");
+    parsed.expressions.push_back(made(ExpressionKind::arguments, parsed.place, "", function, expression()));
   }
 
   void call(Statement& parsed) { parsed.expressions.push_back(postfix()); }
@@ -503,8 +510,6 @@ class Parser {
   void giveBack(Statement& parsed) {
     if (!atLineEnd() && !now().is("Else")) parsed.expressions.push_back(expression());
   }
-
-  void raise(Statement& parsed) { parsed.expressions.push_back(expression()); }
 
   void tryCatch(Statement& parsed) {
     body(added(parsed, parsed.place).body);

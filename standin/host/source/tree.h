@@ -71,7 +71,6 @@ struct Statement {
   enum class Kind {
     dim,         // name, type; maybe expression 0, its value, or (hasBound) the upper bound of an array
     constant,    // name, maybe type, expression 0
-    redim,       // expression 0 (the array), 1 (the upper bound)
     assign,      // expression 0 becomes 1
     call,        // expression 0
     ifElse,      // branches
@@ -83,7 +82,6 @@ struct Statement {
     next,        // name: what is continued
     giveBack,    // Return: maybe expression 0
     tryCatch,    // branch 0, those of Catch, and that of Finally
-    raise,       // expression 0
     addHandler,  // expression 0 (the event), 1 (the method)
     removeHandler
   };
