@@ -66,9 +66,10 @@ class BodyChecker {
     return (this->*kChecks[static_cast<int>(each.kind)])(each);
   }
 
-  // A variable has the next slot.
+  // A variable has the next slot. That of a Catch may have no name.
   const Named& declare(Named named, Place place) {
-    if (findName(scope_.locals, named.name)) fail(place, named.name + " is declared already");
+    const bool isKnown = !named.name.empty() && findName(scope_.locals, named.name);
+    if (isKnown) fail(place, named.name + " is declared already");
     if (!named.constant) named.slot.number = slots_++;
     scope_.locals.push_back(std::move(named));
     return scope_.locals.back();

@@ -25,6 +25,14 @@ namespace {
 
 constexpr int64_t kMostElements = 10'000'000;
 
+// Of a reference that of objects.
+TypeKind kindOf(const Value& value) {
+  constexpr TypeKind kKinds[] = {TypeKind::object, TypeKind::boolean, TypeKind::int32,  TypeKind::uint32,
+                                 TypeKind::int64,  TypeKind::single,  TypeKind::number, TypeKind::color,
+                                 TypeKind::string, TypeKind::object,  TypeKind::object};
+  return kKinds[static_cast<int>(value.kind())];
+}
+
 [[noreturn]] void mismatch(const Value& value, const Type& type) {
   raise("TypeMismatchException", "expected " + aValueOf(type) + ", not " + value.describe());
 }
@@ -149,10 +157,7 @@ Type elementOf(const Type& array) {
 }
 
 Type typeOf(const Value& value) {
-  constexpr TypeKind kKinds[] = {TypeKind::object, TypeKind::boolean, TypeKind::int32,  TypeKind::uint32,
-                                 TypeKind::int64,  TypeKind::single,  TypeKind::number, TypeKind::color,
-                                 TypeKind::string, TypeKind::object,  TypeKind::object};
-  return {kKinds[static_cast<int>(value.kind())], "", false};
+  return {kindOf(value), "", false};
 }
 
 Value firstValue(const Type& type) {
@@ -215,7 +220,7 @@ std::optional<Type> resultOf(const Operator& op, const Type& one, const Type& ot
 }
 
 Value computed(const Operator& op, const Value& one, const Value& other) {
-  const auto kind = commonKind(typeOf(one).kind, typeOf(other).kind);
+  const auto kind = commonKind(kindOf(one), kindOf(other));
   const bool dates = isDate(one) && isDate(other) && op.holds;
   if (kind && (op.takes(*kind) || dates)) {
     if (op.holds) return op.holds(order(*kind, one, other));

@@ -24,8 +24,9 @@ struct BinaryOperator {
   int precedence;
 };
 constexpr BinaryOperator kBinaryOperators[] = {
-    {"Or", 1}, {"Xor", 1}, {"And", 2}, {"=", 3}, {"<>", 3}, {"<", 3}, {">", 3},  {"<=", 3},
-    {">=", 3}, {"Is", 3},  {"+", 4},   {"-", 4}, {"*", 5},  {"/", 5}, {"\\", 5}, {"Mod", 5}};
+    {"Or", 1}, {"Xor", 1}, {"And", 2}, {"=", 3}, {"<>", 3}, {"<", 3},  {">", 3},   {"<=", 3}, {">=", 3},
+    {"Is", 3}, {"+", 4},   {"-", 4},   {"*", 5}, {"/", 5},  {"\\", 5}, {"Mod", 5}, {"^", 7}};
+constexpr int kSignPrecedence = 6;  // of Not, - and + in front of a value
 
 // Words that end a block of statements: whoever began it sees whether it is the right one.
 const char* const kBlockEnds[] = {"End",     "Else", "ElseIf", "Case", "Catch",
@@ -141,7 +142,7 @@ class Parser {
 
   Expression binary(int leastPrecedence) {
     const Nesting nesting(*this);
-    Expression left = unary();
+    Expression left = operand();
     for (;;) {
       const auto* const found = std::find_if(std::begin(kBinaryOperators), std::end(kBinaryOperators),
                                              [this](const auto& each) { return now().is(each.text); });
@@ -152,29 +153,14 @@ class Parser {
     }
   }
 
-  Expression unary() {
-    if (!atOneOf(std::array{"Not", "-", "+"})) return power();
-    const Nesting nesting(*this);
-    const Token& sign = take();
-    if (sign.text == "Not") return made(ExpressionKind::negation, sign.place, sign.text, unary());
-    return fromZero(sign, unary());
-  }
-
   // A sign in front of a number adds it to 0, or takes it away.
-  static Expression fromZero(const Token& sign, Expression number) {
-    return made(ExpressionKind::binary, sign.place, sign.text, literal(sign.place, int64_t{0}),
-                std::move(number));
-  }
-
-  Expression power() {
-    Expression left = postfix();
-    while (now().is("^")) {
-      const Place place = take().place;
-      const Token& sign = now();
-      Expression right = takeIf("-") ? fromZero(sign, postfix()) : postfix();
-      left = made(ExpressionKind::binary, place, "^", std::move(left), std::move(right));
-    }
-    return left;
+  Expression operand() {
+    if (!atOneOf(std::array{"Not", "-", "+"})) return postfix();
+    const Token& sign = take();
+    Expression value = binary(kSignPrecedence);
+    if (sign.text == "Not") return made(ExpressionKind::negation, sign.place, sign.text, std::move(value));
+    Expression zero = literal(sign.place, int64_t{0});
+    return made(ExpressionKind::binary, sign.place, sign.text, std::move(zero), std::move(value));
   }
 
   Expression postfix() {
