@@ -17,32 +17,20 @@ using ExpressionKind = Expression::Kind;
 
 // --- Names ---
 
-// How many letters must be added, left out or changed to make one name the other.
-size_t distanceOf(const std::string& one, const std::string& other) {
-  std::vector<size_t> row(other.size() + 1);
-  for (size_t i = 0; i < row.size(); ++i) row[i] = i;
-  for (size_t i = 1; i <= one.size(); ++i) {
-    size_t diagonal = std::exchange(row[0], i);
-    for (size_t j = 1; j < row.size(); ++j) {
-      const size_t changed = diagonal + (one[i - 1] != other[j - 1]);
-      diagonal = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, changed});
-    }
-  }
-  return row.back();
+// Whether the names differ in two letters at the most, which stand together.
+bool isNear(const std::string& one, const std::string& other) {
+  const size_t shorter = std::min(one.size(), other.size()), longer = std::max(one.size(), other.size());
+  size_t same = 0, atEnd = 0;
+  while (same < shorter && one[same] == other[same]) ++same;
+  while (same + atEnd < shorter && one[one.size() - 1 - atEnd] == other[other.size() - 1 - atEnd]) ++atEnd;
+  return same + atEnd >= (shorter + 1) / 2 && same + atEnd + 2 >= longer;
 }
 
-// The name that is probably meant: "; did you mean NAME?", or nothing.
+// A name that is probably meant: "; did you mean NAME?", or nothing.
 std::string suggestion(const std::string& name, const std::vector<std::string>& known) {
-  const std::string* nearest = nullptr;
-  size_t least = name.size() / 3 + 2;
-  for (const std::string& each : known) {
-    const size_t distance = distanceOf(lower(name), lower(each));
-    if (distance >= least) continue;
-    least = distance;
-    nearest = &each;
-  }
-  return nearest ? "; did you mean " + *nearest + "?" : "";
+  const auto found = std::find_if(known.begin(), known.end(),
+                                  [&](const std::string& each) { return isNear(lower(each), lower(name)); });
+  return found == known.end() ? "" : "; did you mean " + *found + "?";
 }
 
 void addNames(std::vector<std::string>& known, const std::deque<Callable>& callables) {

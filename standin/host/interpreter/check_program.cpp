@@ -23,7 +23,7 @@ Value invokeMethod(Call& call) {
 Value dispatch(Call& call) {
   for (const ProgramClass* cls = instanceOf(call).cls.program;; cls = cls->base) {
     for (const Callable& each : cls->members) {
-      if (each.function && sameSignature(each.declaration, call.callable.declaration))
+      if (each.run == dispatch && sameSignature(each.declaration, call.callable.declaration))
         return call.machine.invoke(*each.function, call.self, std::move(call.arguments));
     }
   }
@@ -98,20 +98,19 @@ class ProgramChecker {
     Declaration declaration{method.name, {}, {}};
     bool preset = false;
     Scope outside{parts_, globals_, nullptr};
-    for (const MethodText::Parameter& each : method.parameters) {
-      const Type type = resolved(parts_, each.type);
-      if (each.preset) {
-        Expression literal{Expression::Kind::literal, each.place};
-        literal.literal = *each.preset;
-        checkedAs(outside, literal, type);
+    for (const Statement& each : method.parameters) {
+      Parameter parameter{each.name, resolved(parts_, each.type), false, {}};
+      if (!each.expressions.empty()) {
+        checkedAs(outside, each.expressions[0], parameter.type);
+        parameter.preset = each.expressions[0].literal;
       } else if (preset) {
         fail(each.place, each.name + " lacks a default value, but one before it has one");
       }
-      preset = each.preset.has_value();
+      preset = parameter.preset.has_value();
       for (const Parameter& other : declaration.parameters) {
         if (sameName(other.name, each.name)) fail(each.place, each.name + " is declared already");
       }
-      declaration.parameters.push_back({each.name, type, false, each.preset});
+      declaration.parameters.push_back(std::move(parameter));
     }
     if (method.result.type.kind != TypeKind::none) declaration.result = resolved(parts_, method.result);
     return declaration;

@@ -553,20 +553,17 @@ class Parser {
     endLine();
   }
 
-  MethodText::Parameter parameter() {
+  Statement parameter() {
     for (const char* const each : {"ByRef", "ParamArray", "Extends", "Assigns"}) {
       if (atName(each)) throw SourceError(now().place, "'" + now().text + "' is not taken");
     }
     if (atName("Optional") || atName("ByVal")) take();
     Statement declared{StatementKind::dim, now().place};
     variable(declared);
-    MethodText::Parameter parsed{declared.name, declared.type, {}, declared.place};
-    if (declared.expressions.empty()) return parsed;
-    const Expression& preset = declared.expressions[0];
-    if (declared.hasBound || preset.kind != ExpressionKind::literal)
-      throw SourceError(preset.place, "expected a literal as the default value");
-    parsed.preset = preset.literal;
-    return parsed;
+    const bool isPreset = !declared.hasBound && !declared.expressions.empty();
+    if (declared.hasBound || (isPreset && declared.expressions[0].kind != ExpressionKind::literal))
+      throw SourceError(declared.expressions[0].place, "expected a literal as the default value");
+    return declared;
   }
 
   ClassText classText() {
@@ -620,7 +617,7 @@ class Parser {
     if (parsed.role == Role::getter) {
       parsed.result = property.type;
     } else {
-      parsed.parameters.push_back({"value", property.type});
+      parsed.parameters.push_back({StatementKind::dim, property.place, "value", property.type});
     }
     bodyOf(parsed, what);
     return parsed;

@@ -4,7 +4,6 @@
 // A program as its text has it.
 #pragma once
 
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -96,17 +95,11 @@ struct Statement {
 };
 
 struct MethodText {
-  struct Parameter {
-    std::string name;
-    TypeName type;
-    std::optional<Literal> preset = {};
-    Place place = {};
-  };
   // The accessors of a computed property are methods of its name.
   enum class Role { method, event, getter, setter };
   Place place;
   std::string name = {};
-  std::vector<Parameter> parameters = {};
+  Block parameters = {};  // as Dim declares variables; expression 0 is the default value
   TypeName result = {};
   Block body = {};
   Role role = Role::method;
