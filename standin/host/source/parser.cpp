@@ -303,7 +303,7 @@ class Parser {
 
   // "a(10)", "b As Integer = 5", "c As New Dictionary"; without a type where a comma follows.
   void variable(Statement& declared) {
-    declared.place = now().place;
+    declared.place = declared.type.place = now().place;
     declared.name = name("the name of a variable");
     const bool array = takeIf("(");
     declared.hasBound = array && !takeIf(")");
