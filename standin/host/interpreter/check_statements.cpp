@@ -213,7 +213,7 @@ class BodyChecker {
         const bool falls = downwards != computed(less, width, 0).boolean();
         if (computed(falls ? less : greater, slot.in(frame), end).boolean()) return Flow{};
         if (const auto after = turns(frame)) return *after;
-        const Value next = computed(changes, converted(slot.in(frame), wide), width);
+        const Value next = computed(changes, slot.in(frame), width);
         slot.in(frame) = converted(next, type);
         // Beyond the last number of the type there is none.
         if (!isReal(type.kind) && next.integer() != slot.in(frame).integer()) return Flow{};
