@@ -145,6 +145,47 @@ TEST_F(Program, ThatHoldsThePlugInsObjectsInCirclesBlamesNobody) {
   EXPECT_EQ(result.errors, "");
 }
 
+// The plug-in leaves the arrays that it makes before it finds out that it has no reference.
+TEST_F(Program, ThatCatchesWhatMembersWithArraysRaiseBlamesNobody) {
+  const Result result = runs(R"(Class Item Inherits MDItemZNK
+Sub Constructor()
+End Sub
+End Class
+Class Query Inherits MDQueryZNK
+Sub Constructor()
+End Sub
+End Class
+Dim q As New Query
+Dim none() As String
+For i As Integer = 1 To 6
+Dim it As New Item
+it.Tag = none
+Try
+Select Case i
+Case 1
+Print it.AttributeNames.Ubound
+Case 2
+Print it.AttributeStringArray("kMDItemAuthors").Ubound
+Case 3
+Print q.Results.Ubound
+Case 4
+Print q.ValuesOfAttribute("kMDItemKind").Ubound
+Case 5
+Print q.ValueListAttributes.Ubound
+Case 6
+Print q.SortingAttributes.Ubound
+End Select
+Catch e As NilObjectException
+Print e.Message
+End Try
+Next
+)");
+  const std::string item = "MDItem Reference is nil\n", query = "MDQuery Reference is nil\n";
+  EXPECT_EQ(result.output, item + item + query + query + query + query);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.status, 0);
+}
+
 class InterruptedProgram : public Program {
  protected:
   void expectEnd(const std::string& text) {

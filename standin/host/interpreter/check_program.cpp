@@ -4,11 +4,44 @@
 
 #include "standin/host/host.h"
 #include "standin/host/interpreter/checker.h"
-#include "standin/host/source/parser.h"
 #include "standin/host/things/objects.h"
 
 namespace standin::host {
 namespace {
+
+using Role = MethodText::Role;
+
+HostObject& instanceOf(const Call& call) {
+  return *asKind<HostObject>(thingOf(call.self.reference()));
+}
+
+Value invokeMethod(Call& call) {
+  return call.machine.invoke(*call.callable.function, call.self, std::move(call.arguments));
+}
+
+// The method of the object's own class, or the nearest that it inherits.
+Value dispatch(Call& call) {
+  for (const ProgramClass* cls = instanceOf(call).cls.program;; cls = cls->base) {
+    for (const Callable& each : cls->members) {
+      if (each.run == dispatch && sameSignature(each.declaration, call.callable.declaration))
+        return call.machine.invoke(*each.function, call.self, std::move(call.arguments));
+    }
+  }
+}
+
+Value constantOf(Call& call) {
+  Frame frame{call.machine, {}};
+  return call.callable.constant(frame);
+}
+
+Value field(Call& call) {
+  return instanceOf(call).fields[call.callable.number];
+}
+
+Value setField(Call& call) {
+  std::swap(instanceOf(call).fields[call.callable.number], call.arguments.back());
+  return {};
+}
 
 // Declares everything, then checks the bodies.
 class ProgramChecker {
@@ -16,132 +49,101 @@ class ProgramChecker {
   explicit ProgramChecker(ProgramParts& parts) : parts_(parts) {}
 
   void check() {
-    for (const Callable& each : pluginFunctions()) parts_.methods.push_back(each);
-    globals_.push_back(global("args", {TypeKind::string, "", true}));
+    addGlobal("args", {TypeKind::string, "", true});
     declareClasses();
     declareGlobals();
     for (const MethodText& method : parts_.text.methods) declareMethod(method);
-    for (ProgramClass& cls : parts_.programClasses) declareMembers(cls);
-    for (const Later& each : bodies_) checkBody(each);
-    Checker(parts_, globals_, nullptr, false).checkBody(parts_.text.statements, parts_.main, &globals_);
+    for (ProgramClass* const cls : parts_.programClasses) declareMembers(*cls);
+    for (ProgramClass* const cls : parts_.programClasses) checkInitialValues(*cls);
+    for (const auto& [function, text, cls] : bodies_)
+      checkBody({parts_, globals_, cls}, text->body, *function);
+    checkBody({parts_, globals_, nullptr}, parts_.text.statements, parts_.main, true);
   }
 
  private:
   // A body that is checked when all declarations are known.
-  struct Later {
+  struct Body {
     Function* function;
-    const Block* statements;
+    const MethodText* text;
     const ProgramClass* cls;
-    bool hasObject;
   };
-
-  Named global(const std::string& name, const Type& type) {
-    parts_.globals.push_back(type);
-    return {name, type, parts_.globals.size() - 1, true};
-  }
-
-  void checkBody(const Later& later) {
-    Checker checker(parts_, globals_, later.cls, later.hasObject);
-    checker.declareParameters(later.function->declaration);
-    checker.checkBody(*later.statements, *later.function);
-  }
 
   // --- Outside of classes ---
 
-  void requireNew(const std::string& name, Place place) const {
-    if (findName(globals_, name)) fail(place, name + " is declared already");
+  void addGlobal(const std::string& name, const Type& type) {
+    globals_.push_back({name, type, {parts_.globals.size(), true}});
+    parts_.globals.push_back(type);
+  }
+
+  Checked constantIn(const ProgramClass* cls, const Statement& declared) {
+    Scope scope{parts_, globals_, cls};
+    return checkConstant(scope, declared);
   }
 
   void declareGlobals() {
     for (const Statement& each : parts_.text.statements) {
-      if (each.kind == Statement::Kind::dim) {
-        requireNew(each.name, each.place);
-        if (each.type.name.empty()) fail(each.place, "expected As and the type of " + each.name);
-        globals_.push_back(global(each.name, resolveType(parts_, each.type)));
-      } else if (each.kind == Statement::Kind::constant) {
-        requireNew(each.name, each.place);
-        Type type = {};
-        Code code = Checker(parts_, globals_, nullptr, false).checkConstant(*each.expressions[0], type);
-        globals_.push_back({each.name, type, 0, false, std::move(code)});
+      const bool isConstant = each.kind == Statement::Kind::constant;
+      if (!isConstant && each.kind != Statement::Kind::dim) continue;
+      if (findName(globals_, each.name)) fail(each.place, each.name + " is declared already");
+      if (isConstant) {
+        Checked value = constantIn(nullptr, each);
+        globals_.push_back({each.name, value.type, {}, std::move(value.code)});
+      } else {
+        addGlobal(each.name, resolved(parts_, each.type));
       }
     }
   }
 
-  Declaration declarationOf(const MethodText& method, const ProgramClass* cls) const {
+  Declaration declarationOf(const MethodText& method) {
     Declaration declaration{method.name, {}, {}};
     bool preset = false;
-    for (const MethodText::Parameter& each : method.parameters) {
-      Parameter parameter{each.name, resolveType(parts_, each.type), each.assigns, {}};
-      if (each.preset) {
-        Type type = {};
-        if (each.preset->kind != Expression::Kind::literal)
-          fail(each.preset->place, "expected a literal as the default value");
-        parameter.preset = each.preset->literal;
-        Checker(parts_, globals_, cls, false).checkedAs(*each.preset, parameter.type);
-      } else if (preset && !each.assigns) {
+    Scope outside{parts_, globals_, nullptr};
+    for (const Statement& each : method.parameters) {
+      Parameter parameter{each.name, resolved(parts_, each.type), false, {}};
+      if (!each.expressions.empty()) {
+        checkedAs(outside, each.expressions[0], parameter.type);
+        parameter.preset = each.expressions[0].literal;
+      } else if (preset) {
         fail(each.place, each.name + " lacks a default value, but one before it has one");
       }
-      preset = preset || parameter.preset;
+      preset = parameter.preset.has_value();
       for (const Parameter& other : declaration.parameters) {
         if (sameName(other.name, each.name)) fail(each.place, each.name + " is declared already");
       }
       declaration.parameters.push_back(std::move(parameter));
     }
-    if (!method.result.name.empty()) declaration.result = resolveType(parts_, method.result);
+    if (method.result.type.kind != TypeKind::none) declaration.result = resolved(parts_, method.result);
     return declaration;
   }
 
-  static std::string textOf(const Declaration& declaration) {
-    std::string text;
-    for (const Parameter& each : declaration.parameters) {
-      text += (text.empty() ? "" : ", ") + std::string(each.assigns ? "Assigns " : "") + each.name + " As " +
-              shown(each.type);
-    }
-    text = declaration.name + "(" + text + ")";
-    return isNone(declaration.result) ? text : text + " As " + shown(declaration.result);
-  }
-
-  Function& newFunction(const std::string& name, Declaration declaration, const Block* body,
-                        const ProgramClass* cls, bool hasObject) {
-    Function& function = parts_.functions.emplace_back(Function{name, std::move(declaration)});
-    if (body) bodies_.push_back({&function, body, cls, hasObject});
+  Function& newFunction(const MethodText& text, const ProgramClass* cls) {
+    const std::string name = cls ? cls->name + "." + text.name : text.name;
+    Function& function = parts_.bodies.emplace_back(Function{name, declarationOf(text)});
+    bodies_.push_back({&function, &text, cls});
     return function;
   }
 
   void declareMethod(const MethodText& text) {
-    Declaration declaration = declarationOf(text, nullptr);
-    for (const Callable& other : parts_.methods) {
-      if (sameSignature(other.declaration, declaration))
-        fail(text.place, text.name + " is declared already, with these parameters");
-    }
-    parts_.methods.push_back(
-        callableOf(newFunction(text.name, std::move(declaration), &text.body, nullptr, false)));
-    parts_.methods.back().isMember = false;
+    const Function& function = newFunction(text, nullptr);
+    add(parts_.methods, {function.declaration, shown(function.declaration), invokeMethod}, text.place);
+    parts_.methods.back().isShared = true;
+    parts_.methods.back().function = &function;
   }
 
-  // With Assigns at its last parameter a method is what `NAME(...) = value` calls.
-  static Callable callableOf(const Function& function) {
-    Callable callable{function.declaration, textOf(function.declaration), {}};
-    callable.function = &function;
-    const auto run = [&function](Call& call) {
-      return call.machine.invoke(function, call.self, std::move(call.arguments));
-    };
-    std::vector<Parameter>& parameters = callable.declaration.parameters;
-    if (parameters.empty() || !parameters.back().assigns) {
-      callable.run = run;
-    } else {
-      callable.assigned = parameters.back().type;
-      parameters.pop_back();
-      callable.set = run;
+  static Callable& add(std::deque<Callable>& all, Callable callable, Place place) {
+    for (const Callable& other : all) {
+      const bool isSame =
+          sameSignature(other.declaration, callable.declaration) && !other.run == !callable.run;
+      if (isSame) fail(place, callable.declaration.name + " is declared already, with these parameters");
     }
-    return callable;
+    return all.emplace_back(std::move(callable));
   }
 
   // --- Classes ---
 
   void declareClasses() {
-    std::vector<ClassText*> waiting;
-    for (ClassText& text : parts_.text.classes) {
+    std::vector<const ClassText*> waiting;
+    for (const ClassText& text : parts_.text.classes) {
       if (parts_.classes.find(text.name) || parseType(text.name).kind != TypeKind::object)
         fail(text.place, "there is a class or type " + text.name + " already");
       parts_.classes.add(text.name);
@@ -150,8 +152,9 @@ class ProgramChecker {
     // Each after the one that it inherits.
     while (!waiting.empty()) {
       const auto ready = std::find_if(waiting.begin(), waiting.end(), [&](const ClassText* text) {
-        return std::none_of(waiting.begin(), waiting.end(),
-                            [&](const ClassText* other) { return sameName(other->name, text->base.name); });
+        return std::none_of(waiting.begin(), waiting.end(), [&](const ClassText* other) {
+          return sameName(other->name, text->base.type.className);
+        });
       });
       if (ready == waiting.end()) fail(waiting.front()->place, waiting.front()->name + " inherits itself");
       declareClass(**ready);
@@ -159,166 +162,90 @@ class ProgramChecker {
     }
   }
 
-  void declareClass(ClassText& text) {
-    ProgramClass cls;
+  void declareClass(const ClassText& text) {
+    ProgramClass& cls = *parts_.classes.find(text.name);
     cls.text = &text;
-    cls.info = parts_.classes.find(text.name);
-    if (!text.base.name.empty()) {
-      const Type base = resolveType(parts_, text.base);
-      const bool inherits = isObject(base) && !sameName(base.className, "Object");
-      if (!inherits) fail(text.base.place, text.base.name + " is no class that can be inherited");
-      cls.info->base = parts_.classes.find(base.className);
-    }
-    for (const ProgramClass& each : parts_.programClasses) {
-      if (each.info == cls.info->base) cls.base = &each;
-    }
-    parts_.programClasses.push_back(std::move(cls));
+    parts_.programClasses.push_back(&cls);
+    if (text.base.type.kind == TypeKind::none) return;
+    const Type base = resolved(parts_, text.base);
+    if (!is(TypeKind::object, base) || sameName(base.className, "Object"))
+      fail(text.base.place, shown(base) + " is no class that can be inherited");
+    cls.base = parts_.classes.find(base.className);
   }
 
   void declareMembers(ProgramClass& cls) {
     if (cls.base) {
       cls.fields = cls.base->fields;
-      cls.methods = cls.base->methods;
+      cls.handlers = cls.base->handlers;
     }
-    for (const ConstantText& each : cls.text->constants) addConstant(cls, each);
-    for (const PropertyText& each : cls.text->properties) addProperty(cls, each);
+    for (const Statement& each : cls.text->constants) {
+      Checked value = constantIn(&cls, each);
+      Callable& added = addMember(cls, {each.name, {}, value.type}, constantOf, each.place);
+      added.isShared = true;
+      added.constant = std::move(value.code);
+    }
+    for (const Statement& each : cls.text->properties) {
+      const Type type = resolved(parts_, each.type);
+      Callable& added = addMember(cls, {each.name, {}, type}, field, each.place);
+      added.set = setField;
+      added.number = cls.fields.size();
+      cls.fields.push_back({type, {}});
+    }
     for (const MethodText& each : cls.text->methods) addMethod(cls, each);
-    for (const MethodText& each : cls.text->events) addEvent(cls, each);
-    addInitialValues(cls);
   }
 
-  Callable& addMember(ProgramClass& cls, Callable member, bool isShared, bool isPrivate, Place place) {
-    for (const Callable& other : cls.info->members) {
-      const bool isSame = sameSignature(other.declaration, member.declaration) &&
-                          static_cast<bool>(other.run) == static_cast<bool>(member.run);
-      if (isSame)
-        fail(place, cls.info->name + " has a member " + member.declaration.name + " like this already");
-    }
-    member.isShared = isShared;
-    if (isPrivate) member.onlyIn = cls.info;
-    return cls.info->members.emplace_back(std::move(member));
-  }
-
-  void addConstant(ProgramClass& cls, const ConstantText& text) {
-    Type type = {};
-    Code code = Checker(parts_, globals_, &cls, false).checkConstant(*text.value, type);
-    Callable callable{{text.name, {}, type}, text.name + " As " + shown(type), [code](Call& call) {
-                        Frame frame{call.machine, {}, {}};
-                        return code(frame);
-                      }};
-    addMember(cls, std::move(callable), true, false, text.place);
-  }
-
-  void addProperty(ProgramClass& cls, const PropertyText& text) {
-    const Type type = resolveType(parts_, text.type);
-    Callable callable{{text.name, {}, type}, text.name + " As " + shown(type), {}};
-    callable.assigned = type;
-    if (text.getter || text.setter) {
-      addAccessors(cls, text, callable);
-    } else if (text.isShared) {
-      const size_t slot = global("", type).slot;
-      callable.run = [slot](Call& call) { return call.machine.globals[slot]; };
-      callable.set = [slot](Call& call) { std::swap(call.machine.globals[slot], call.arguments.back()); };
-    } else {
-      const size_t slot = cls.fields.size();
-      cls.fields.push_back(type);
-      const auto field = [slot](Call& call) -> Value& {
-        return asKind<HostObject>(thingOf(call.self.reference()))->fields[slot];
-      };
-      callable.run = [field](Call& call) { return field(call); };
-      callable.set = [field](Call& call) { std::swap(field(call), call.arguments.back()); };
-    }
-    addMember(cls, std::move(callable), text.isShared, text.isPrivate, text.place);
-  }
-
-  void addAccessors(ProgramClass& cls, const PropertyText& text, Callable& callable) {
-    const std::string name = cls.info->name + "." + text.name;
-    if (text.getter) {
-      callable.run = callableOf(newFunction(name, declarationOf(*text.getter, &cls), &text.getter->body, &cls,
-                                            !text.isShared))
-                         .run;
-    }
-    if (text.setter) {
-      callable.set = callableOf(newFunction(name, declarationOf(*text.setter, &cls), &text.setter->body, &cls,
-                                            !text.isShared))
-                         .set;
-    }
+  Callable& addMember(ProgramClass& cls, Declaration declaration, Native run, Place place) {
+    std::string text = shown(declaration);
+    return add(cls.members, {std::move(declaration), std::move(text), run}, place);
   }
 
   void addMethod(ProgramClass& cls, const MethodText& text) {
-    const Function& function = newFunction(cls.info->name + "." + text.name, declarationOf(text, &cls),
-                                           &text.body, &cls, !text.isShared);
-    const bool isDestructor = sameName(text.name, "Destructor");
-    if (isDestructor &&
-        (!function.declaration.parameters.empty() || text.isShared || !text.result.name.empty()))
-      fail(text.place, "a Destructor is a Sub without parameters");
-    if (isDestructor) {
+    const Function& function = newFunction(text, &cls);
+    const Declaration& declared = function.declaration;
+    if (text.role == Role::event) {
+      const Declaration& event = eventNamed(cls, text.name, text.place);
+      if (!sameSignature(declared, event)) fail(text.place, "expected Event " + shown(event));
+      cls.handlers.push_back(&function);
+    } else if (sameName(text.name, "Destructor")) {
+      if (!declared.parameters.empty() || declared.result.kind != TypeKind::none)
+        fail(text.place, "a Destructor is a Sub without parameters");
       cls.destructor = &function;
-      return;
+    } else if (text.role == Role::setter) {
+      Callable& added = addMember(cls, {text.name, {}, declared.parameters[0].type}, nullptr, text.place);
+      added.set = invokeMethod;
+      added.function = &function;
+    } else {
+      const bool isReplaceable = text.role == Role::method && !sameName(text.name, "Constructor");
+      Callable& added = addMember(cls, declared, isReplaceable ? dispatch : invokeMethod, text.place);
+      added.function = &function;
     }
-    Callable callable = callableOf(function);
-    if (!text.isShared && !text.isPrivate && !sameName(text.name, "Constructor")) {
-      const auto dispatch = [number = numberOf(cls, function)](Call& call) {
-        const Function* const actual = programClassOf(call.self)->methods[number];
-        return call.machine.invoke(*actual, call.self, std::move(call.arguments));
-      };
-      if (callable.run) callable.run = dispatch;
-      if (callable.set) callable.set = dispatch;
-    }
-    addMember(cls, std::move(callable), text.isShared, text.isPrivate, text.place);
   }
 
-  // Of the method that it replaces, or a new one.
-  static size_t numberOf(ProgramClass& cls, const Function& function) {
-    for (size_t i = 0; i < cls.methods.size(); ++i) {
-      if (!sameSignature(cls.methods[i]->declaration, function.declaration)) continue;
-      cls.methods[i] = &function;
-      return i;
+  // What is inherited has been checked before.
+  void checkInitialValues(ProgramClass& cls) {
+    if (cls.base) std::copy(cls.base->fields.begin(), cls.base->fields.end(), cls.fields.begin());
+    Scope scope{parts_, globals_, &cls};
+    size_t number = cls.fields.size() - cls.text->properties.size();
+    for (const Statement& each : cls.text->properties) {
+      auto& [type, first] = cls.fields[number++];
+      if (!each.expressions.empty()) first = checkedAs(scope, each.expressions[0], type);
     }
-    cls.methods.push_back(&function);
-    return cls.methods.size() - 1;
-  }
-
-  void addEvent(ProgramClass& cls, const MethodText& text) {
-    std::vector<std::string> known;
-    for (const ClassInfo* each = cls.info; each; each = each->base) {
-      for (const Declaration& event : each->events) {
-        known.push_back(event.name);
-        if (!sameName(event.name, text.name)) continue;
-        const Declaration declaration = declarationOf(text, &cls);
-        if (!sameSignature(declaration, event)) fail(text.place, "expected Event " + textOf(event));
-        cls.events.push_back(
-            &newFunction(cls.info->name + "." + text.name, declaration, &text.body, &cls, true));
-        return;
-      }
-    }
-    fail(text.place, cls.info->name + " inherits no event " + text.name + suggestion(text.name, known));
-  }
-
-  // One method that assigns them all.
-  void addInitialValues(ProgramClass& cls) {
-    Block& statements = parts_.initialValues.emplace_back();
-    for (PropertyText& each : cls.text->properties) {
-      if (!each.initial) continue;
-      if (each.isShared)
-        fail(each.place, "a shared property has no initial value; assign it where the program begins");
-      Statement assigned{Statement::Kind::assign, each.place};
-      auto object = std::make_unique<Expression>(Expression{Expression::Kind::me, each.place});
-      Expression member{Expression::Kind::member, each.place, each.name};
-      member.operands.push_back(std::move(object));
-      assigned.expressions.push_back(std::make_unique<Expression>(std::move(member)));
-      assigned.expressions.push_back(std::move(each.initial));
-      statements.push_back(std::move(assigned));
-    }
-    if (!statements.empty()) cls.initial = &newFunction(cls.info->name, {}, &statements, &cls, true);
   }
 
   ProgramParts& parts_;
   Names globals_;
-  std::vector<Later> bodies_;
+  std::vector<Body> bodies_;
 };
 
 }  // namespace
+
+std::string shown(const Declaration& declaration) {
+  std::string text;
+  for (const Parameter& each : declaration.parameters)
+    text += (text.empty() ? "" : ", ") + each.name + " As " + shown(each.type);
+  text = declaration.name + "(" + text + ")";
+  return declaration.result.kind == TypeKind::none ? text : text + " As " + shown(declaration.result);
+}
 
 void check(ProgramParts& parts) {
   ProgramChecker(parts).check();

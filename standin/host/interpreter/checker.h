@@ -2,38 +2,49 @@
 // of its expressions and statements. Everything throws SourceError, whose text names what would fit.
 #pragma once
 
-#include <optional>
+#include <deque>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "standin/host/interpreter/classes.h"
-#include "standin/host/interpreter/parts.h"
-#include "standin/host/interpreter/types.h"
+#include "standin/host/interpreter/values.h"
 
 namespace standin::host {
 
-[[noreturn]] inline void fail(Place place, const std::string& what) {
-  throw SourceError(place, what);
-}
+// What a program is made into before it runs. Everything stays where it is: what was checked refers to it.
+struct ProgramParts {
+  ProgramText text = {};
+  Classes classes = {};
+  std::vector<ProgramClass*> programClasses = {};  // its own, each after the one that it inherits
+  std::deque<Callable> methods = {};               // outside of classes
+  std::deque<Callable> functions = allFunctions();
+  std::deque<Function> bodies = {};
+  std::vector<Type> globals = {};
+  Function main{"the program"};
+};
+
+// Fills in what is made of the text.
+void check(ProgramParts& parts);
 
 struct Checked {
   Type type;
-  Code code;
   Place place;
+  Code code;
 };
 
-// Where a value can be stored.
-struct Target {
-  Type type;
-  Store store;
+// Where a variable is.
+struct Slot {
+  size_t number = 0;
+  bool isGlobal = false;
+  Value& in(Frame& frame) const { return (isGlobal ? frame.machine.globals : frame.slots)[number]; }
 };
 
 // A name that a program gave to a value.
 struct Named {
   std::string name;
   Type type;
-  size_t slot = 0;
-  bool isGlobal = false;
+  Slot slot = {};
   Code constant = {};  // of a constant
 };
 
@@ -41,103 +52,34 @@ struct Named {
 using Names = std::vector<Named>;
 const Named* findName(const Names& names, std::string_view name);
 
-Type resolveType(ProgramParts& parts, const TypeName& name);
-
-// The name among those given that is probably meant: "; did you mean NAME?", or nothing.
-std::string suggestion(std::string_view name, const std::vector<std::string>& names);
-
-// The checker of one method's body, or of the statements outside of methods.
-class Checker {
- public:
-  // `self` is null outside of classes; in shared methods of a class there is no object.
-  Checker(ProgramParts& parts, const Names& globals, const ProgramClass* self, bool hasObject)
-      : parts_(parts), globals_(globals), self_(self), hasObject_(hasObject) {}
-
-  // Fills in its body, of the statements. `globals` takes the variables and constants declared outermost.
-  void checkBody(const Block& statements, Function& function, Names* globals = nullptr);
-  Checked checkExpression(const Expression& expression);
-  Code checkedAs(const Expression& expression, const Type& type);
-  Code checkConstant(const Expression& expression, Type& type);
-  void declareParameters(const Declaration& declaration);
-
- private:
-  using Written = std::vector<const Expression*>;  // arguments as they are written
-  using Arguments = std::vector<Checked>;
-  using Candidates = std::vector<const Callable*>;
-
-  // What may be called by a name, and on which object; of functions and shared members on none.
-  struct Members {
-    Candidates candidates;
-    std::optional<Checked> object = {};
-    bool isSuper = false;           // not what a class that inherits has instead
-    bool objectIsArgument = false;  // the first one
-  };
-
-  Checked literal(const Expression& expression) const;
-  Checked variable(const Named& named, Place place) const;
-  Checked nameOf(const Expression& expression, const Written& written);
-  std::optional<Checked> special(const Expression& expression, const Written& written);
-  Checked argumentsOf(const Expression& expression);
-  Checked unary(const Expression& expression);
-  Checked binary(const Expression& expression);
-  Checked isA(const Expression& expression);
-  Checked newObject(const Expression& expression);
-  Checked cast(const Expression& value, const Type& type, Place place);
-  Checked arrayOf(const Written& elements, Place place);
-  Checked indexed(Checked array, Checked index) const;
-  Checked self(Place place) const;
-
-  const Named* variableNamed(std::string_view name) const;
-  void leaveOutPrivate(Candidates& candidates) const;
-  std::optional<Members> callables(std::string_view name, Place place) const;
-  Members membersOf(const Expression& member);
-  Members membersOfClass(const ClassInfo& cls, const Expression& member, std::optional<Checked> object) const;
-  Members membersOfValue(Checked object, const Expression& member);
-  Checked callOrIndex(Members members, const std::string& name, const Written& written, Place place);
-  const Callable* choose(const Members& members, const Arguments& arguments, bool sets) const;
-  [[noreturn]] void failNoFit(const Members& members, const std::string& name, const Arguments& arguments,
-                              Place place) const;
-  Checked called(const Callable& callable, Members members, Arguments arguments, Place place);
-  std::vector<Code> argumentCodes(const Callable& callable, Arguments arguments) const;
-  Code objectCode(const Callable& callable, const Members& members, Place place) const;
-  Target target(const Expression& expression, const Checked& value);
-
-  Code coerced(Checked value, const Type& type) const;
-  std::optional<int> distance(const Type& from, const Type& to) const;
-  Type resolve(const TypeName& name) const { return resolveType(parts_, name); }
-  [[noreturn]] void failUnknown(const std::string& name, Place place) const;
-
-  // Statements.
-  Action block(const Block& statements);
-  Action statement(const Statement& statement);
-  Action dim(const Statement& statement);
-  Action assign(const Statement& statement);
-  Action call(const Statement& statement);
-  Action ifElse(const std::vector<Branch>& branches);
-  Action select(const Statement& statement);
-  Action forTo(const Statement& statement);
-  Action forEach(const Statement& statement);
-  Action loop(const Statement& statement);
-  Action leave(const Statement& statement);
-  Action giveBack(const Statement& statement);
-  Action tryCatch(const Statement& statement);
-  Action raise(const Statement& statement);
-  Action handler(const Statement& statement);
-  Action redim(const Statement& statement);
-  const Named& declare(const std::string& name, const Type& type, Place place);
-  const Named& loopVariable(const Statement& statement, const Type& type);
-
-  ProgramParts& parts_;
-  const Names& globals_;
-  const ProgramClass* const self_;
-  const bool hasObject_;
-  const Function* function_ = nullptr;
-  Names* outermost_ = nullptr;  // where global declarations go; null in methods
-  int blockDepth_ = 0;
-  Names locals_;
-  size_t slots_ = 0;
-  std::vector<Named> subjects_;
-  std::vector<std::string> loops_;  // the kinds of those around the statement
+// What is known where an expression stands: in a method's body, or outside of methods.
+struct Scope {
+  ProgramParts& parts;
+  const Names& globals;
+  const ProgramClass* self;  // null outside of classes
+  Names locals = {};
+  Names subjects = {};  // of Select Case
 };
+
+// Null also where a member of the class has the name.
+const Named* variableNamed(const Scope& scope, std::string_view name);
+Type resolved(ProgramParts& parts, const TypeName& name);
+// Nothing where a value of the first type is none of the other; otherwise how far it is from it.
+std::optional<int> distance(ProgramParts& parts, const Type& from, const Type& to);
+// The event of that name, of the class or one that it inherits.
+const Declaration& eventNamed(const ProgramClass& cls, const std::string& name, Place place);
+std::string shown(const Declaration& declaration);  // for messages
+[[noreturn]] void fail(Place place, const std::string& what);
+
+Checked checkExpression(Scope& scope, const Expression& expression);
+// As a value of the type.
+Code checkedAs(Scope& scope, const Expression& expression, const Type& type);
+Code coerced(Scope& scope, Checked value, const Type& type);
+Checked checkConstant(Scope& scope, const Statement& declared);
+// Of assign, addHandler and removeHandler.
+Action checkAssignment(Scope& scope, const Statement& statement);
+Action checkHandler(Scope& scope, const Statement& statement);
+// Fills in the function's body.
+void checkBody(const Scope& scope, const Block& statements, Function& function, bool isOutermost = false);
 
 }  // namespace standin::host

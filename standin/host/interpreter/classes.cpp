@@ -3,14 +3,18 @@
 #include <algorithm>
 #include <utility>
 
-#include "standin/host/host.h"
-#include "standin/host/interpreter/types.h"
+#include "standin/host/interpreter/values.h"
 #include "standin/host/state/runtime.h"
 #include "standin/host/things/objects.h"
-#include "standin/host/things/plain_values.h"
 
 namespace standin::host {
 namespace {
+
+HostObject& hostObject(const Value& object) {
+  return *asKind<HostObject>(thingOf(object.reference()));
+}
+
+// --- The plug-in's members ---
 
 // A mistake that only the host finds is an exception of the program.
 template <class Use>
@@ -24,70 +28,93 @@ Value used(Use use) {
   }
 }
 
-Callable ofMethod(const Method& method) {
-  const std::string name = method.declaration.name;
-  Callable callable{method.declaration, method.text, [name](Call& call) {
-                      return used([&] { return callWith(call.self, name, call.arguments); });
-                    }};
-  return callable;
+const std::string& nameOf(const Call& call) {
+  return call.callable.declaration.name;
 }
 
-void makeAssignable(Callable& callable) {
-  callable.assigned = callable.declaration.result;
-  callable.set = [name = callable.declaration.name](Call& call) {
-    used([&] { return set(call.self, name, call.arguments.back()), Value(); });
-  };
-}
-
-Callable ofProperty(const Property& property) {
-  Callable callable{
-      {property.name, {}, property.type},
-      property.name + " As " + describe(property.type),
-      [name = property.name](Call& call) { return used([&] { return get(call.self, name); }); }};
-  // What is written there is released with the object, whatever it is: the host's own code may do that.
-  const bool isReference = sameName(property.name, "Handle");
-  if (!property.readOnly && !isReference) makeAssignable(callable);
-  return callable;
-}
-
-void addMembers(ClassInfo& info, const Class& cls) {
-  for (const Property& property : cls.properties) {
-    if (membersNamed(info, property.name).empty()) info.members.push_back(ofProperty(property));
-  }
-  for (const Method& method : cls.methods) {
-    info.members.push_back(ofMethod(method));
-    if (method.setter) makeAssignable(info.members.back());
-  }
-  const auto addShared = [&info](const Declaration& declaration, const std::string& text, auto run) {
-    info.members.push_back({declaration, text, run});
-    info.members.back().isShared = true;
-  };
-  for (const Method& method : cls.sharedMethods) {
-    addShared(method.declaration, method.text,
-              [owner = cls.name, name = method.declaration.name](Call& call) {
-                return used([&] { return callSharedWith(owner, name, call.arguments); });
-              });
-  }
-  for (const Constant& each : cls.constants) {
-    const ConstantDeclaration& declared = each.declaration;
-    addShared({declared.name, {}, declared.type}, each.text,
-              [owner = cls.name, name = declared.name](Call&) { return constant(owner, name); });
-  }
-  for (const Event& event : cls.events) info.events.push_back(event.declaration);
-}
-
-Value run(Machine& machine, const Function& function, const Value& self, std::vector<Value> arguments) {
+Value callMethod(Call& call) {
   try {
-    return machine.invoke(function, self, std::move(arguments));
-  } catch (Thrown& thrown) {
-    thrown.stack.push_back({"an event", 0});
-    throw Uncaught{std::move(thrown)};
+    return used([&] { return callWith(call.self, nameOf(call), call.arguments); });
+  } catch (const Thrown&) {
+    call.machine.raisedForArrays += call.callable.declaration.result.array;
+    throw;
+  }
+}
+Value callShared(Call& call) {
+  return used([&] { return callSharedWith(call.callable.owner, nameOf(call), call.arguments); });
+}
+Value callGlobal(Call& call) {
+  return used([&] { return callGlobalWith(nameOf(call), call.arguments); });
+}
+Value getConstant(Call& call) {
+  return constant(call.callable.owner, nameOf(call));
+}
+Value getProperty(Call& call) {
+  return used([&] { return get(call.self, nameOf(call)); });
+}
+Value setProperty(Call& call) {
+  return used([&] { return set(call.self, nameOf(call), call.arguments.back()), Value(); });
+}
+
+void addMembers(ProgramClass& known, const Class& cls) {
+  for (const Property& property : cls.properties) {
+    if (!membersNamed(known, property.name).empty()) continue;
+    // What is written to a Handle is released with the object, whatever it is: the host's own code may do
+    // that.
+    const bool isFixed = property.readOnly || sameName(property.name, "Handle");
+    known.members.push_back({{property.name, {}, property.type},
+                             property.name + " As " + describe(property.type),
+                             getProperty,
+                             isFixed ? nullptr : setProperty});
+  }
+  for (const Method& method : cls.methods)
+    known.members.push_back(
+        {method.declaration, method.text, callMethod, method.setter ? setProperty : nullptr});
+  for (const Method& method : cls.sharedMethods)
+    known.members.push_back({method.declaration, method.text, callShared, nullptr, true, false, cls.name});
+  for (const Constant& each : cls.constants)
+    known.members.push_back({{each.declaration.name, {}, each.declaration.type},
+                             each.text,
+                             getConstant,
+                             nullptr,
+                             true,
+                             false,
+                             cls.name});
+  for (const Event& event : cls.events) known.events.push_back(event.declaration);
+}
+
+// --- The language's members ---
+
+Callable callableOf(const NativeMember& row) {
+  return {parseMethod(row.declaration), row.declaration, row.run, row.set, row.isShared};
+}
+
+// A function whose first parameter is called "text" is also a member of texts: Left(name, 3) and
+// name.Left(3).
+void addFunctions(ProgramClass& text) {
+  for (const NativeMember& row : nativeFunctions()) {
+    Callable callable = callableOf(row);
+    std::vector<Parameter>& parameters = callable.declaration.parameters;
+    if (parameters.empty() || parameters[0].name != "text") continue;
+    parameters.erase(parameters.begin());
+    callable.takesSelf = true;
+    text.members.push_back(std::move(callable));
   }
 }
 
-HostObject& hostObject(const Value& object) {
-  return *asKind<HostObject>(thingOf(object.reference()));
+void addNatives(ProgramClass& cls, std::string_view className, const Type& element) {
+  for (const NativeMember& row : nativeMembers()) {
+    if (!sameName(row.className, className)) continue;
+    Callable& added = cls.members.emplace_back(callableOf(row));
+    const auto fill = [&element](Type& type) {
+      if (type.className == "Element") type = element;
+    };
+    fill(added.declaration.result);
+    for (Parameter& parameter : added.declaration.parameters) fill(parameter.type);
+  }
 }
+
+// --- Instances of the program's classes ---
 
 // Before an instance ends: the destructors of the program's classes, the innermost class's last.
 void destroy(HostObject& object) {
@@ -99,42 +126,28 @@ void destroy(HostObject& object) {
 
 }  // namespace
 
-bool ClassInfo::isOrDerivesFrom(const ClassInfo& other) const {
-  for (const ClassInfo* each = this; each; each = each->base) {
-    if (each == &other) return true;
-  }
-  return false;
-}
-
-ClassInfo* Classes::find(std::string_view name) {
+ProgramClass* Classes::find(std::string_view name) {
   if (const auto found = classes_.find(lower(name)); found != classes_.end()) return found->second.get();
+  const bool isArray = name.ends_with("()");
+  const Type type = parseType(name);
   const Class* const cls = runtime().classes.find(name);
-  std::vector<Callable> natives = nativeMembersOf(name);
-  if (!cls && natives.empty() && !sameName(name, "Object")) return nullptr;
-  ClassInfo& info = add(cls ? cls->name : std::string(name));
-  info.members.assign(std::make_move_iterator(natives.begin()), std::make_move_iterator(natives.end()));
-  if (!cls) return &info;
-  if (cls->base) info.base = find(cls->base->name);
-  addMembers(info, *cls);
-  return &info;
+  ProgramClass& made = add(cls ? cls->name : std::string(name));
+  addNatives(made, isArray ? "()" : name, {type.kind, type.className, false});
+  if (is(TypeKind::string, type)) addFunctions(made);
+  if (cls && cls->base) made.base = find(cls->base->name);
+  if (cls) addMembers(made, *cls);
+  if (cls || !made.members.empty() || sameName(name, "Object")) return &made;
+  classes_.erase(lower(name));
+  return nullptr;
 }
 
-ClassInfo& Classes::add(const std::string& name) {
-  auto& place = classes_[lower(name)];
-  place = std::make_unique<ClassInfo>();
-  place->name = name;
-  return *place;
+ProgramClass& Classes::add(const std::string& name) {
+  return *(classes_[lower(name)] = std::make_unique<ProgramClass>(ProgramClass{name}));
 }
 
-const std::vector<Callable>& Classes::arrayMembersOf(const Type& element) {
-  auto& members = arrayMembers_[lower(describe(element))];
-  if (members.empty()) members = arrayMembers(element);
-  return members;
-}
-
-std::vector<const Callable*> membersNamed(const ClassInfo& cls, std::string_view name) {
+std::vector<const Callable*> membersNamed(const ProgramClass& cls, std::string_view name) {
   std::vector<const Callable*> found;
-  for (const ClassInfo* each = &cls; each; each = each->base) {
+  for (const ProgramClass* each = &cls; each; each = each->base) {
     for (const Callable& member : each->members) {
       if (sameName(member.declaration.name, name)) found.push_back(&member);
     }
@@ -144,41 +157,37 @@ std::vector<const Callable*> membersNamed(const ClassInfo& cls, std::string_view
   return found;
 }
 
-std::vector<Callable> pluginFunctions() {
-  std::vector<Callable> all;
-  for (const Method& method : runtime().globals) {
-    all.push_back({method.declaration, method.text, [name = method.declaration.name](Call& call) {
-                     return used([&] { return callGlobalWith(name, call.arguments); });
-                   }});
-    all.back().isMember = false;
+std::deque<Callable> allFunctions() {
+  std::deque<Callable> all;
+  for (const Method& method : runtime().globals)
+    all.push_back({method.declaration, method.text, callGlobal, nullptr, true});
+  for (const NativeMember& row : nativeFunctions()) {
+    all.push_back(callableOf(row));
+    all.back().isShared = true;
   }
   return all;
 }
 
-Value bareInstance(const std::string& name, const ProgramClass* program) {
-  Value object = used([&] { return newInstance(name); });
-  if (!program) return object;
+Value bareInstance(const ProgramClass& cls, Machine& machine) {
+  machine.requireStack();
+  Value object = used([&] { return newInstance(cls.name); });
+  if (!cls.text) return object;
   std::vector<Value>& fields = hostObject(object).fields;
-  for (const Type& type : program->fields) fields.push_back(firstValue(type));
-  std::vector<const ProgramClass*> classes;
-  for (const ProgramClass* each = program; each; each = each->base) classes.insert(classes.begin(), each);
-  for (const ProgramClass* const each : classes) {
-    for (const Function* const event : each->events)
-      setEventHandler(object, event->declaration.name, handlerOf(*each->machine, *event, object));
-    if (each->initial) each->machine->invoke(*each->initial, object, {});
+  for (const auto& field : cls.fields) fields.push_back(firstValue(field.type));
+  for (const Function* const handler : cls.handlers)
+    setEventHandler(object, handler->declaration.name, handlerOf(machine, *handler, object, {}));
+  Frame frame{machine, object};
+  for (size_t i = 0; i < fields.size(); ++i) {
+    if (cls.fields[i].first) fields[i] = cls.fields[i].first(frame);
   }
   return object;
-}
-
-const ProgramClass* programClassOf(const Value& object) {
-  return hostObject(object).cls.program;
 }
 
 void openClasses(const std::vector<ProgramClass*>& classes, Machine& machine) {
   for (ProgramClass* const each : classes) {
     auto cls = std::make_unique<Class>();
-    if (each->info->base) {
-      const Class* const base = runtime().classes.find(each->info->base->name);
+    if (each->base) {
+      const Class* const base = runtime().classes.find(each->base->name);
       cls->base = base;
       cls->make = base->make;
       cls->wraps = base->wraps;
@@ -188,7 +197,7 @@ void openClasses(const std::vector<ProgramClass*>& classes, Machine& machine) {
       cls->constructor = base->constructor;
       cls->destructor = base->destructor;
     }
-    cls->name = each->info->name;
+    cls->name = each->name;
     cls->program = each;
     cls->beforeEnd = destroy;
     each->machine = &machine;
@@ -199,22 +208,22 @@ void openClasses(const std::vector<ProgramClass*>& classes, Machine& machine) {
 void closeClasses(const std::vector<ProgramClass*>& classes) {
   for (ProgramClass* const each : classes) {
     each->machine = nullptr;
-    runtime().classes.retire(each->info->name);
+    runtime().classes.retire(each->name);
   }
 }
 
-// The object is not held, or it would never end.
-Handler handlerOf(Machine& machine, const Function& function, const Value& object) {
-  return [&machine, &function, handle = object.handle()](const std::vector<Value>& arguments) {
-    run(machine, function, Value::object(Ref::share(handle)), arguments);
-  };
-}
-
-Handler handlerOf(Machine& machine, const Function& function, const Value& self, const Value& object) {
-  return [&machine, &function, self, handle = object.handle()](const std::vector<Value>& given) {
-    std::vector<Value> arguments = {Value::object(Ref::share(handle))};
-    arguments.insert(arguments.end(), given.begin(), given.end());
-    run(machine, function, self, std::move(arguments));
+Handler handlerOf(Machine& machine, const Function& function, const Value& object,
+                  std::optional<Value> added) {
+  return [&machine, &function, added, handle = object.handle()](std::vector<Value> arguments) {
+    const Value sender = Value::object(Ref::share(handle));
+    if (added) arguments.insert(arguments.begin(), sender);
+    try {
+      machine.invoke(function, added.value_or(sender), std::move(arguments));
+    } catch (Thrown& thrown) {
+      thrown.isFinal = true;
+      thrown.stack.push_back({"an event", 0});
+      throw;
+    }
   };
 }
 

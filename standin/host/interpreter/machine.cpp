@@ -3,8 +3,6 @@
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <exception>
-#include <utility>
 
 #include "standin/host/host.h"
 #include "standin/host/things/plain_values.h"
@@ -23,20 +21,18 @@ const char* lowestFrame() {
 
 }  // namespace
 
-void raise(const char* className, const std::string& message) {
+void raise(const char* className, const std::string& message, int errorNumber) {
   const Value exception = newInstance(className);
   set(exception, "Message", message);
-  set(exception, "ErrorNumber", 0);
+  set(exception, "ErrorNumber", errorNumber);
   throw Thrown{exception};
 }
 
 void passOnExceptions() {
   const std::vector<Exception> raised = takeExceptions();
   if (raised.empty()) return;
-  const Value exception = newInstance(raised.front().className);
-  set(exception, "Message", raised.front().message);
-  set(exception, "ErrorNumber", raised.front().errorNumber);
-  throw Thrown{exception};
+  const Exception& first = raised.front();
+  raise(first.className.c_str(), first.message, first.errorNumber);
 }
 
 Machine::Machine(const Surroundings& around) : surroundings(around), stackLimit_(lowestFrame()) {}
@@ -45,9 +41,13 @@ void Machine::askWhetherToGoOn() {
   if (!surroundings.mayGoOn()) throw Interruption{};
 }
 
-Value Machine::invoke(const Function& function, const Value& self, std::vector<Value> arguments) {
+void Machine::requireStack() const {
   if (static_cast<const char*>(__builtin_frame_address(0)) < stackLimit_)
     raise("StackOverflowException", "methods call each other too deep");
+}
+
+Value Machine::invoke(const Function& function, const Value& self, std::vector<Value> arguments) {
+  requireStack();
   Frame frame{*this, self, std::move(arguments)};
   frame.slots.resize(function.slots);
   frame.result = emptyValue(function.declaration.result);
@@ -55,9 +55,6 @@ Value Machine::invoke(const Function& function, const Value& self, std::vector<V
     function.body(frame);
   } catch (Thrown& thrown) {
     thrown.stack.push_back({function.name, frame.line});
-    throw;
-  } catch (Uncaught& uncaught) {
-    uncaught.thrown.stack.push_back({function.name, frame.line});
     throw;
   }
   return frame.result;

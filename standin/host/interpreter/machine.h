@@ -2,8 +2,8 @@
 // they run. They reach the plug-in through host.h alone. May include source/, program/ and what that may
 // include, and standin/system/paths.h.
 //
-// What a running program consists of. A checked expression is a function that computes its value, a checked
-// statement one that does it: what could be decided before the program runs is decided then.
+// What runs a program. A checked expression is a function that computes its value, a checked statement one
+// that does it: what could be decided before the program runs is decided then.
 #pragma once
 
 #include <cstddef>
@@ -24,28 +24,27 @@ class Machine;
 // The variables of a call of a method.
 struct Frame {
   Machine& machine;
-  Value self;  // nil outside of classes, and in shared methods
-  std::vector<Value> slots;
+  Value self;  // nil outside of classes
+  std::vector<Value> slots = {};
   Value result = {};
   int line = 0;
 };
 
-// What comes after a statement: the next one, or what is behind or at the end of a loop of that kind, or the
-// end of the method.
-enum class Flow { next, exitFor, exitDo, exitWhile, continueFor, continueDo, continueWhile, giveBack };
+// What comes after a statement: the next one, the end of the method, or what is behind or at the end of a
+// loop: that of the number, counted from the outermost one of the method.
+struct Flow {
+  enum Kind { next, giveBack, exit, proceed } kind = next;
+  size_t loop = 0;
+};
 
 using Code = std::function<Value(Frame&)>;
-using Store = std::function<void(Frame&, const Value&)>;
 using Action = std::function<Flow(Frame&)>;
 
 // What C++ throws for an exception of the program.
 struct Thrown {
   Value exception;
   std::vector<StackLine> stack = {};  // as far as it has come
-};
-// What an event handler didn't catch; nobody else may.
-struct Uncaught {
-  Thrown thrown;
+  bool isFinal = false;               // an event handler didn't catch it: nobody else may
 };
 struct Quit {
   int status;
@@ -53,7 +52,7 @@ struct Quit {
 struct Interruption {};  // the surroundings want an end
 
 // Raises an exception of the host language.
-[[noreturn]] void raise(const char* className, const std::string& message = "");
+[[noreturn]] void raise(const char* className, const std::string& message = "", int errorNumber = 0);
 // Raises the first exception that the plug-in raised since the last time.
 void passOnExceptions();
 
@@ -78,6 +77,8 @@ class Machine {
     if (pending_) std::rethrow_exception(std::exchange(pending_, nullptr));
   }
   void askWhetherToGoOn();
+  // Raises a StackOverflowException where calls have used up the program's part of the stack.
+  void requireStack() const;
   // Calls it with the values of its parameters, of their types.
   Value invoke(const Function& function, const Value& self, std::vector<Value> arguments);
   // For calls that come from the host: what they throw comes out at the program's next step.
@@ -87,6 +88,7 @@ class Machine {
 
   const Surroundings& surroundings;
   std::vector<Value> globals;
+  size_t raisedForArrays = 0;  // how often the plug-in raised an exception instead of giving an array
 
  private:
   static constexpr size_t kStepsBetweenQuestions = 1000;

@@ -1,24 +1,11 @@
 #include "standin/host/interpreter/program.h"
 
-#include <utility>
-
 #include "standin/host/host.h"
 #include "standin/host/interpreter/checker.h"
-#include "standin/host/interpreter/parts.h"
 #include "standin/host/source/parser.h"
 
 namespace standin::host {
 namespace {
-
-Outcome failed(const Thrown& thrown) {
-  const Value& exception = thrown.exception;
-  Outcome outcome{Outcome::Kind::failed};
-  outcome.className = classNameOf(exception);
-  outcome.message = utf8Of(get(exception, "Message"));
-  outcome.errorNumber = static_cast<int>(get(exception, "ErrorNumber").integer());
-  outcome.stack = thrown.stack;
-  return outcome;
-}
 
 int statusOf(Machine& machine, const Function& main) {
   try {
@@ -38,14 +25,26 @@ Outcome finished(Machine& machine, const ProgramParts& parts) {
     return {Outcome::Kind::ended, status};
   } catch (const Thrown& thrown) {
     machine.close();
-    return failed(thrown);
-  } catch (const Uncaught& uncaught) {
-    machine.close();
-    return failed(uncaught.thrown);
+    const Value& exception = thrown.exception;
+    const auto number = static_cast<int>(get(exception, "ErrorNumber").integer());
+    return {Outcome::Kind::failed, 0, classNameOf(exception), utf8Of(get(exception, "Message")), number,
+            thrown.stack};
   } catch (const Quit& quit) {
     return {Outcome::Kind::ended, quit.status};
   } catch (const Interruption&) {
     return {Outcome::Kind::interrupted};
+  }
+}
+
+// A member of the plug-in that gives an array makes it before it looks whether it can: when it raises, the
+// empty array stays in its hands, and nobody could give it back.
+void takeBackArrays(size_t most) {
+  for (const Ref& each : everythingAlive()) {
+    const auto* const array = asKind<HostArray>(*each.thing());
+    const bool isForgotten = array && array->count() == 0 && array->hostReferences == 1;  // that of `each`
+    if (!isForgotten || array->pluginReferences != 1 || most == 0) continue;
+    --most;
+    release(*each.thing(), Side::plugin);
   }
 }
 
@@ -60,8 +59,7 @@ Program::~Program() = default;
 
 Outcome Program::run(const Surroundings& surroundings) {
   Machine machine(surroundings);
-  const std::vector<ProgramClass*> classes = parts_->classList();
-  openClasses(classes, machine);
+  openClasses(parts_->programClasses, machine);
   for (const Type& type : parts_->globals) machine.globals.push_back(firstValue(type));
   machine.globals.front() = stringArray(surroundings.arguments);
   Outcome outcome = finished(machine, *parts_);
@@ -70,7 +68,8 @@ Outcome Program::run(const Surroundings& surroundings) {
   machine.close();
   machine.globals.assign(machine.globals.size(), Value());
   releaseEverything();
-  closeClasses(classes);
+  takeBackArrays(machine.raisedForArrays);
+  closeClasses(parts_->programClasses);
   return outcome;
 }
 

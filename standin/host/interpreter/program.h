@@ -3,12 +3,11 @@
 
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "standin/host/source/source_error.h"
+#include "standin/host/source/tree.h"
 
 namespace standin::host {
 

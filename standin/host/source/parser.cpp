@@ -1,7 +1,9 @@
 #include "standin/host/source/parser.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
+#include <span>
 #include <utility>
 
 #include "standin/host/source/tokens.h"
@@ -11,21 +13,26 @@ namespace {
 
 using ExpressionKind = Expression::Kind;
 using StatementKind = Statement::Kind;
+using Branch = Statement::Branch;
+using Role = MethodText::Role;
 
 constexpr int kMostNesting = 200;
 
+// From the one that binds loosest.
 struct BinaryOperator {
   const char* text;
   int precedence;
 };
 constexpr BinaryOperator kBinaryOperators[] = {
-    {"Or", 1}, {"Xor", 1}, {"And", 2}, {"=", 3}, {"<>", 3}, {"<", 3}, {">", 3},  {"<=", 3},
-    {">=", 3}, {"Is", 3},  {"+", 4},   {"-", 4}, {"*", 5},  {"/", 5}, {"\\", 5}, {"Mod", 5}};
-constexpr int kLowestPrecedence = 1;
+    {"Or", 1}, {"Xor", 1}, {"And", 2}, {"=", 3}, {"<>", 3}, {"<", 3},  {">", 3},   {"<=", 3}, {">=", 3},
+    {"Is", 3}, {"+", 4},   {"-", 4},   {"*", 5}, {"/", 5},  {"\\", 5}, {"Mod", 5}, {"^", 7}};
+constexpr int kSignPrecedence = 6;  // of Not, - and + in front of a value
 
 // Words that end a block of statements: whoever began it sees whether it is the right one.
 const char* const kBlockEnds[] = {"End",     "Else", "ElseIf", "Case", "Catch",
                                   "Finally", "Next", "Wend",   "Loop"};
+// Words that begin a declaration which isn't part of a block.
+const char* const kDeclarations[] = {"Class", "Sub", "Function", "Event"};
 
 class Parser {
  public:
@@ -41,7 +48,7 @@ class Parser {
       } else {
         const size_t before = at_;
         block(parsed.statements, true);
-        if (at_ == before) fail("expected a statement, not " + now().describe());
+        if (at_ == before) failExpecting("a statement");
       }
     }
     return parsed;
@@ -50,8 +57,7 @@ class Parser {
  private:
   struct Nesting {
     explicit Nesting(Parser& parser) : depth(parser.nesting_) {
-      if (++depth > kMostNesting)
-        parser.fail("this nests more than " + std::to_string(kMostNesting) + " deep");
+      if (++depth > kMostNesting) failTooDeep(parser.now().place);
     }
     ~Nesting() { --depth; }
     int& depth;
@@ -62,10 +68,16 @@ class Parser {
   const Token& now() const { return tokens_[at_]; }
   const Token& following() const { return tokens_[std::min(at_ + 1, tokens_.size() - 1)]; }
   const Token& take() { return tokens_[now().kind == TokenKind::end ? at_ : at_++]; }
+  bool atLineEnd() const { return now().kind == TokenKind::lineEnd; }
+  bool atOneOf(std::span<const char* const> words) const {
+    return std::any_of(words.begin(), words.end(), [this](const char* each) { return now().is(each); });
+  }
 
-  [[noreturn]] void fail(const std::string& what) const { throw SourceError(now().place, what); }
+  [[noreturn]] static void failTooDeep(Place place) {
+    throw SourceError(place, "this nests more than " + std::to_string(kMostNesting) + " deep");
+  }
   [[noreturn]] void failExpecting(const std::string& wanted) const {
-    fail("expected " + wanted + ", not " + now().describe());
+    throw SourceError(now().place, "expected " + wanted + ", not " + now().describe());
   }
 
   bool takeIf(std::string_view wordOrSign) {
@@ -82,120 +94,102 @@ class Parser {
     return now().kind == TokenKind::name && sameName(now().text, name);
   }
 
-  bool takeName(std::string_view name) {
-    if (!atName(name)) return false;
-    take();
-    return true;
-  }
-
-  std::string name(const char* wanted) {
-    if (now().kind != TokenKind::name)
-      failExpecting(std::string(wanted) +
-                    (now().kind == TokenKind::word ? " that is no word of the language" : ""));
-    return take().text;
+  std::string name(const std::string& wanted) {
+    if (now().kind == TokenKind::name) return take().text;
+    failExpecting(wanted + (now().kind == TokenKind::word ? " that is no word of the language" : ""));
   }
 
   void endLine() {
-    if (now().kind != TokenKind::lineEnd) failExpecting("the end of the line");
+    if (!atLineEnd()) failExpecting("the end of the line");
     take();
   }
 
-  bool atLineEnd() const { return now().kind == TokenKind::lineEnd; }
+  static std::string endFor(const std::string& end, const std::string& what, Place begun) {
+    return end + " for the " + what + " of line " + std::to_string(begun.line);
+  }
 
   // "End If", for what was begun there.
   void endOf(const std::string& what, Place begun) {
-    const std::string wanted = "End " + what + " for the " + what + " of line " + std::to_string(begun.line);
-    if (!now().is("End")) failExpecting(wanted);
-    const Token& second = following();
-    if (!second.is(what) && !(second.kind == TokenKind::name && sameName(second.text, what)))
-      fail("expected " + wanted + ", not 'End " + second.text + "'");
+    const bool isIt = following().is(what) || sameName(following().text, what);
+    if (!now().is("End") || !isIt) failExpecting(endFor("End " + what, what, begun));
     take();
     take();
-    endLine();
   }
 
   // --- Expressions ---
 
-  ExpressionPtr made(Expression expression) const {
-    for (const ExpressionPtr& each : expression.operands) {
-      if (each) expression.depth = std::max(expression.depth, each->depth + 1);
-    }
-    if (expression.depth > kMostNesting)
-      throw SourceError(expression.place,
-                        "this expression nests more than " + std::to_string(kMostNesting) + " deep");
-    return std::make_unique<Expression>(std::move(expression));
+  static Expression made(Expression expression) {
+    for (const Expression& each : expression.operands)
+      expression.depth = std::max(expression.depth, each.depth + 1);
+    if (expression.depth > kMostNesting) failTooDeep(expression.place);
+    return expression;
   }
 
   template <class... Operands>
-  ExpressionPtr made(ExpressionKind kind, Place place, std::string text, Operands... operands) const {
+  static Expression made(ExpressionKind kind, Place place, std::string text, Operands... operands) {
     Expression expression{kind, place, std::move(text)};
     (expression.operands.push_back(std::move(operands)), ...);
     return made(std::move(expression));
   }
 
-  ExpressionPtr expression() { return binary(kLowestPrecedence); }
+  static Expression literal(Place place, Literal value) {
+    Expression parsed{ExpressionKind::literal, place};
+    parsed.literal = std::move(value);
+    return parsed;
+  }
 
-  ExpressionPtr binary(int least) {
+  Expression expression() { return binary(1); }
+
+  Expression binary(int leastPrecedence) {
     const Nesting nesting(*this);
-    ExpressionPtr left = unary();
+    Expression left = operand();
     for (;;) {
       const auto* const found = std::find_if(std::begin(kBinaryOperators), std::end(kBinaryOperators),
                                              [this](const auto& each) { return now().is(each.text); });
-      if (found == std::end(kBinaryOperators) || found->precedence < least) return left;
+      if (found == std::end(kBinaryOperators) || found->precedence < leastPrecedence) return left;
       const Place place = take().place;
-      ExpressionPtr right = binary(found->precedence + 1);
+      Expression right = binary(found->precedence + 1);
       left = made(ExpressionKind::binary, place, found->text, std::move(left), std::move(right));
     }
   }
 
-  ExpressionPtr unary() {
-    for (const char* const sign : {"Not", "-", "+"}) {
-      if (!now().is(sign)) continue;
-      const Nesting nesting(*this);
-      const Place place = take().place;
-      return made(ExpressionKind::unary, place, sign, unary());
-    }
-    return power();
+  // A sign in front of a number adds it to 0, or takes it away.
+  Expression operand() {
+    if (!atOneOf(std::array{"Not", "-", "+"})) return postfix();
+    const Token& sign = take();
+    Expression value = binary(kSignPrecedence);
+    if (sign.text == "Not") return made(ExpressionKind::negation, sign.place, sign.text, std::move(value));
+    Expression zero = literal(sign.place, int64_t{0});
+    return made(ExpressionKind::binary, sign.place, sign.text, std::move(zero), std::move(value));
   }
 
-  ExpressionPtr power() {
-    ExpressionPtr left = postfix();
-    while (now().is("^")) {
-      const Place place = take().place;
-      const bool negative = takeIf("-");
-      ExpressionPtr right = postfix();
-      if (negative) right = made(ExpressionKind::unary, place, "-", std::move(right));
-      left = made(ExpressionKind::binary, place, "^", std::move(left), std::move(right));
-    }
-    return left;
-  }
-
-  ExpressionPtr postfix() {
-    ExpressionPtr parsed = primary();
+  Expression postfix() {
+    Expression parsed = primary();
     for (;;) {
       const Place place = now().place;
-      if (takeIf(".")) {
-        const Place memberPlace = now().place;
-        parsed = made(ExpressionKind::member, memberPlace, name("the name of a member"), std::move(parsed));
+      if (now().is(".")) {
+        parsed = member(std::move(parsed));
       } else if (now().is("(")) {
-        parsed = arguments(std::move(parsed));
+        Expression call{ExpressionKind::arguments, parsed.place};
+        call.operands.push_back(std::move(parsed));
+        arguments(call.operands);
+        parsed = made(std::move(call));
       } else if (takeIf("IsA")) {
         parsed = made(ExpressionKind::isA, place, "IsA", std::move(parsed));
-        parsed->type = typeName();
+        parsed.type = typeName();
       } else {
         return parsed;
       }
     }
   }
 
-  ExpressionPtr arguments(ExpressionPtr callee) {
-    Expression call{ExpressionKind::arguments, callee->place};
-    call.operands.push_back(std::move(callee));
-    bracketedArguments(call.operands);
-    return made(std::move(call));
+  Expression member(Expression object) {
+    take();
+    const Place place = now().place;
+    return made(ExpressionKind::member, place, name("the name of a member"), std::move(object));
   }
 
-  void bracketedArguments(std::vector<ExpressionPtr>& list) {
+  void arguments(std::vector<Expression>& list) {
     expect("(");
     if (takeIf(")")) return;
     do list.push_back(expression());
@@ -203,325 +197,257 @@ class Parser {
     expect(")", " after the arguments");
   }
 
-  ExpressionPtr literal(Literal value) {
-    Expression parsed{ExpressionKind::literal, now().place};
-    parsed.literal = std::move(value);
-    take();
-    return made(std::move(parsed));
-  }
-
-  ExpressionPtr primary() {
-    const Place place = now().place;
-    switch (now().kind) {
-      case TokenKind::whole:
-        return literal(now().whole);
-      case TokenKind::real:
-        return literal(now().real);
-      case TokenKind::text:
-        return literal(now().text);
-      case TokenKind::color: {
-        ExpressionPtr color = literal(now().whole);
-        color->kind = ExpressionKind::color;
-        return color;
-      }
-      case TokenKind::name:
-        return made(ExpressionKind::name, place, take().text);
-      default:
-        break;
+  Expression primary() {
+    const Token& token = now();
+    if (token.kind == TokenKind::name) return made(ExpressionKind::name, token.place, take().text);
+    if (token.kind == TokenKind::literal) return literal(token.place, take().literal);
+    if (token.kind == TokenKind::color) {
+      Expression color = literal(token.place, take().literal);
+      color.kind = ExpressionKind::color;
+      return color;
     }
-    if (now().is("True")) return literal(true);
-    if (now().is("False")) return literal(false);
-    if (now().is("Nil")) return literal(std::monostate{});
-    if (takeIf("Me") || takeIf("Self")) return made(ExpressionKind::me, place, "Me");
-    if (takeIf("Super")) return made(ExpressionKind::super, place, "Super");
-    if (takeIf("New")) return newObject(place);
-    if (takeIf("AddressOf")) return addressOf(place);
-    if (takeIf("(")) {
-      ExpressionPtr inner = expression();
-      expect(")", " after the expression");
-      return inner;
+    if (takeIf("True")) return literal(token.place, true);
+    if (takeIf("False")) return literal(token.place, false);
+    if (takeIf("Nil")) return literal(token.place, {});
+    if (takeIf("Me") || takeIf("Self")) return made(ExpressionKind::me, token.place, "Me");
+    if (takeIf("Super")) return made(ExpressionKind::super, token.place, "Super");
+    if (takeIf("New")) {
+      Expression parsed{ExpressionKind::newObject, token.place};
+      parsed.type = typeName();
+      if (now().is("(")) arguments(parsed.operands);
+      return made(std::move(parsed));
     }
-    failExpecting("a value");
-  }
-
-  ExpressionPtr newObject(Place place) {
-    Expression parsed{ExpressionKind::newObject, place};
-    parsed.type.place = now().place;
-    parsed.type.name = name("the name of a class");
-    if (now().is("(")) bracketedArguments(parsed.operands);
-    return made(std::move(parsed));
-  }
-
-  ExpressionPtr addressOf(Place place) {
-    ExpressionPtr target = postfix();
-    const bool named = target->kind == ExpressionKind::name || target->kind == ExpressionKind::member;
-    if (!named) throw SourceError(target->place, "expected the name of a method after AddressOf");
-    return made(ExpressionKind::addressOf, place, "AddressOf", std::move(target));
+    if (!takeIf("(")) failExpecting("a value");
+    Expression inner = expression();
+    expect(")", " after the expression");
+    return inner;
   }
 
   TypeName typeName() {
-    TypeName type;
-    type.place = now().place;
-    type.name = name("the name of a type");
+    const Place place = now().place;
+    TypeName parsed{parseType(name("the name of a type or class")), place};
     if (now().is("(") && following().is(")")) {
       take();
       take();
-      type.array = true;
+      parsed.type.array = true;
     }
-    return type;
+    return parsed;
   }
 
   // --- Statements ---
 
   void block(Block& statements, bool outermost = false) {
-    for (;;) {
-      if (now().kind == TokenKind::end) return;
-      const bool ends = std::any_of(std::begin(kBlockEnds), std::end(kBlockEnds),
-                                    [this](const char* each) { return now().is(each); });
-      if (ends) return;
-      if (now().is("Class") || now().is("Sub") || now().is("Function")) {
+    while (now().kind != TokenKind::end && !atOneOf(kBlockEnds)) {
+      if (atOneOf(kDeclarations)) {
         if (outermost) return;
-        fail(now().describe() + " can't stand inside of another statement, Sub, Function or Class");
+        throw SourceError(
+            now().place,
+            now().describe() + " can't stand inside of another statement, Sub, Function or Class");
       }
       statement(statements);
       endLine();
     }
   }
 
-  Statement made(StatementKind kind) const { return {kind, now().place}; }
+  // What follows the statement's first word. The end of its last line is left.
+  struct Row {
+    const char* word;
+    StatementKind kind;
+    void (Parser::*parse)(Statement&);
+  };
 
-  // The last token of the statement is left when it is the end of its line.
   void statement(Block& statements) {
-    const Nesting nesting(*this);
-    struct Row {
-      const char* word;
-      Statement (Parser::*parse)();
-    };
     static constexpr Row kRows[] = {
-        {"If", &Parser::ifElse},
-        {"Select", &Parser::select},
-        {"For", &Parser::forLoop},
-        {"While", &Parser::whileLoop},
-        {"Do", &Parser::doLoop},
-        {"Exit", &Parser::exit},
-        {"Continue", &Parser::next},
-        {"Return", &Parser::giveBack},
-        {"Try", &Parser::tryCatch},
-        {"Raise", &Parser::raise},
-        {"Const", &Parser::constant},
-        {"Redim", &Parser::redim},
-        {"Call", &Parser::explicitCall},
-        {"AddHandler", &Parser::addHandler},
-        {"RemoveHandler", &Parser::addHandler},
+        {"Dim", StatementKind::dim, &Parser::variable},
+        {"Const", StatementKind::constant, &Parser::constant},
+        {"Redim", StatementKind::call, &Parser::redim},
+        {"Call", StatementKind::call, &Parser::call},
+        {"If", StatementKind::ifElse, &Parser::ifElse},
+        {"Select", StatementKind::select, &Parser::select},
+        {"For", StatementKind::forTo, &Parser::forLoop},
+        {"While", StatementKind::loop, &Parser::whileLoop},
+        {"Do", StatementKind::loop, &Parser::doLoop},
+        {"Exit", StatementKind::exit, &Parser::leave},
+        {"Continue", StatementKind::next, &Parser::leave},
+        {"Return", StatementKind::giveBack, &Parser::giveBack},
+        {"Try", StatementKind::tryCatch, &Parser::tryCatch},
+        {"Raise", StatementKind::call, &Parser::raise},
+        {"AddHandler", StatementKind::addHandler, &Parser::handler},
+        {"RemoveHandler", StatementKind::removeHandler, &Parser::handler},
     };
-    if (now().is("Dim")) return dim(statements);
-    for (const Row& row : kRows) {
-      if (now().is(row.word)) return statements.push_back((this->*row.parse)());
+    const Nesting nesting(*this);
+    const auto* const row = std::find_if(std::begin(kRows), std::end(kRows),
+                                         [this](const Row& each) { return now().is(each.word); });
+    if (row == std::end(kRows)) {
+      statements.push_back(assignmentOrCall());
+      return;
     }
-    statements.push_back(assignmentOrCall());
+    statements.push_back({row->kind, take().place});
+    (this->*row->parse)(statements.back());
+    while (row->kind == StatementKind::dim && takeIf(",")) anotherVariable(statements);
   }
 
-  void dim(Block& statements) {
-    take();
-    do {
-      statements.push_back(made(StatementKind::dim));
-      variable(statements.back());
-      // "a, b As Integer": the type is that of the next variable which has one.
-      for (auto each = statements.rbegin() + 1;
-           !statements.back().type.name.empty() && each != statements.rend() &&
-           each->kind == StatementKind::dim && each->type.name.empty();
-           ++each) {
-        each->type.name = statements.back().type.name;
-        each->type.place = statements.back().type.place;
-      }
-    } while (takeIf(","));
+  // "a, b As Integer": the type is that of the next variable which has one.
+  void anotherVariable(Block& statements) {
+    statements.push_back({StatementKind::dim, now().place});
+    variable(statements.back());
+    const TypeName& type = statements.back().type;
+    for (auto each = statements.rbegin() + 1; each != statements.rend() && each->kind == StatementKind::dim;
+         ++each) {
+      if (type.type.kind == TypeKind::none || each->type.type.kind != TypeKind::none) return;
+      const bool array = each->type.type.array;
+      each->type = type;
+      each->type.type.array = array;
+    }
   }
 
   // "a(10)", "b As Integer = 5", "c As New Dictionary"; without a type where a comma follows.
   void variable(Statement& declared) {
+    declared.place = declared.type.place = now().place;
     declared.name = name("the name of a variable");
-    bool array = false;
-    if (takeIf("(")) {
-      array = true;
-      if (!now().is(")")) {
-        declared.hasBound = true;
-        declared.expressions.push_back(expression());
+    const bool array = takeIf("(");
+    declared.hasBound = array && !takeIf(")");
+    if (declared.hasBound) {
+      declared.expressions.push_back(expression());
+      expect(")", " after the upper bound");
+    }
+    if (!now().is(",")) {
+      expect("As", " and the type of " + declared.name);
+      if (now().is("New")) {
+        declared.expressions.push_back(primary());
+        declared.type = declared.expressions.back().type;
+      } else {
+        declared.type = typeName();
+        if (!declared.hasBound && takeIf("=")) declared.expressions.push_back(expression());
       }
-      expect(")", "; arrays have one dimension");
     }
-    if (now().is(",")) {
-      declared.type.array = array;
-      return;
-    }
-    expect("As", " and the type of " + declared.name);
-    if (now().is("New")) {
-      const Place place = take().place;
-      declared.expressions.push_back(newObject(place));
-      declared.type = declared.expressions.back()->type;
-    } else {
-      declared.type = typeName();
-      if (!declared.hasBound && takeIf("=")) declared.expressions.push_back(expression());
-    }
-    declared.type.array = declared.type.array || array;
+    declared.type.type.array |= array;
   }
 
-  Statement constant() {
-    Statement parsed = made(StatementKind::constant);
-    take();
+  void constant(Statement& parsed) {
     parsed.name = name("the name of a constant");
     if (takeIf("As")) parsed.type = typeName();
     expect("=", " and the value of " + parsed.name);
     parsed.expressions.push_back(expression());
-    return parsed;
   }
 
-  Statement redim() {
-    Statement parsed = made(StatementKind::redim);
-    take();
-    ExpressionPtr array = postfix();
-    if (array->kind != ExpressionKind::arguments || array->operands.size() != 2)
-      throw SourceError(array->place, "expected an array and its upper bound in brackets");
-    parsed.expressions = std::move(array->operands);
-    return parsed;
+  // As if they were written as calls: "Redim a(9)" as a.Redim(9), "Raise e" as Raise(e).
+  void redim(Statement& parsed) {
+    Expression array = postfix();
+    if (array.kind != ExpressionKind::arguments || array.operands.size() != 2)
+      throw SourceError(array.place, "expected an array and its upper bound in brackets");
+    array.operands[0] = made(ExpressionKind::member, array.place, "Redim", std::move(array.operands[0]));
+    parsed.expressions.push_back(made(std::move(array)));
   }
 
-  Statement explicitCall() {
-    take();
-    Statement parsed = made(StatementKind::call);
-    parsed.expressions.push_back(postfix());
-    return parsed;
+  void raise(Statement& parsed) {
+    const Expression function = made(ExpressionKind::name, parsed.place, "Raise");
+    parsed.expressions.push_back(made(ExpressionKind::arguments, parsed.place, "", function, expression()));
   }
+
+  void call(Statement& parsed) { parsed.expressions.push_back(postfix()); }
 
   // A call may have its arguments without brackets: then what stands in brackets first is but a part of the
   // first one.
   Statement assignmentOrCall() {
-    Statement parsed = made(StatementKind::call);
+    Statement parsed{StatementKind::call, now().place};
     const size_t start = at_;
-    if (now().kind == TokenKind::word && !now().is("Me") && !now().is("Self") && !now().is("Super"))
+    if (now().kind != TokenKind::name && !atOneOf(std::array{"Me", "Self", "Super"}))
       failExpecting("a statement");
-    if (now().kind != TokenKind::name && now().kind != TokenKind::word) failExpecting("a statement");
-    ExpressionPtr target = postfix();
+    parsed.expressions.push_back(postfix());
     if (takeIf("=")) {
       parsed.kind = StatementKind::assign;
-      parsed.expressions.push_back(std::move(target));
       parsed.expressions.push_back(expression());
-      return parsed;
-    }
-    if (!atLineEnd() && !now().is("Else")) {
+    } else if (!atLineEnd() && !now().is("Else")) {
       at_ = start;
-      target = calleeAlone();
-      Expression call{ExpressionKind::arguments, target->place};
-      call.operands.push_back(std::move(target));
+      Expression call{ExpressionKind::arguments, now().place};
+      call.operands.push_back(primary());
+      while (now().is(".")) call.operands[0] = member(std::move(call.operands[0]));
       do call.operands.push_back(expression());
       while (takeIf(","));
-      target = made(std::move(call));
+      parsed.expressions[0] = made(std::move(call));
     }
-    parsed.expressions.push_back(std::move(target));
     return parsed;
   }
 
-  // A name and members of it, up to where arguments begin.
-  ExpressionPtr calleeAlone() {
-    ExpressionPtr callee = primary();
-    while (takeIf(".")) {
-      const Place place = now().place;
-      callee = made(ExpressionKind::member, place, name("the name of a member"), std::move(callee));
-    }
-    return callee;
+  // One that is always taken.
+  Branch& added(Statement& parsed, Place place) {
+    parsed.branches.push_back({place, literal(place, true)});
+    return parsed.branches.back();
   }
 
-  Statement ifElse() {
-    Statement parsed = made(StatementKind::ifElse);
-    const Place begun = take().place;
-    parsed.branches.push_back(conditional(begun));
-    if (!atLineEnd()) {
-      statement(parsed.branches.back().body);
-      if (now().is("Else")) {
-        parsed.branches.push_back({take().place, {}, {}, {}, {}});
-        statement(parsed.branches.back().body);
-      }
-      return parsed;
-    }
-    endLine();
-    block(parsed.branches.back().body);
-    while (now().is("ElseIf")) {
-      const Place place = take().place;
-      parsed.branches.push_back(conditional(place));
-      endLine();
-      block(parsed.branches.back().body);
-    }
-    if (now().is("Else")) {
-      parsed.branches.push_back({take().place, {}, {}, {}, {}});
-      endLine();
-      block(parsed.branches.back().body);
-    }
-    endOfStatement("If", begun);
-    return parsed;
-  }
-
-  Branch conditional(Place place) {
-    Branch branch{place, expression(), {}, {}, {}};
+  Branch& conditional(Statement& parsed, Place place) {
+    Branch& branch = added(parsed, place);
+    branch.condition = expression();
     expect("Then", " after the condition");
     return branch;
   }
 
-  // As endOf, but the line's end is left, as of every statement.
-  void endOfStatement(const std::string& what, Place begun) {
-    endOf(what, begun);
-    --at_;
+  void body(Block& statements) {
+    endLine();
+    block(statements);
   }
 
-  Statement select() {
-    Statement parsed = made(StatementKind::select);
-    const Place begun = take().place;
+  void ifElse(Statement& parsed) {
+    Branch& first = conditional(parsed, parsed.place);
+    if (!atLineEnd()) {
+      statement(first.body);
+      if (takeIf("Else")) statement(added(parsed, now().place).body);
+      return;
+    }
+    body(first.body);
+    while (takeIf("ElseIf")) body(conditional(parsed, now().place).body);
+    if (takeIf("Else")) body(added(parsed, now().place).body);
+    endOf("If", parsed.place);
+  }
+
+  void select(Statement& parsed) {
     expect("Case", " after Select");
     parsed.expressions.push_back(expression());
     endLine();
-    while (now().is("Case")) {
-      Branch branch{take().place, {}, {}, {}, {}};
-      if (!takeIf("Else")) branch.condition = caseTests();
-      endLine();
-      block(branch.body);
-      parsed.branches.push_back(std::move(branch));
-      if (!parsed.branches.back().condition) break;
+    for (bool isElse = false; !isElse && takeIf("Case");) {
+      Branch& branch = added(parsed, now().place);
+      isElse = takeIf("Else");
+      if (!isElse) branch.condition = caseTests();
+      body(branch.body);
     }
-    endOfStatement("Select", begun);
-    return parsed;
+    endOf("Select", parsed.place);
   }
 
-  ExpressionPtr caseTests() {
-    ExpressionPtr tests;
-    do {
+  Expression caseTests() {
+    Expression tests = caseTest();
+    while (takeIf(",")) {
       const Place place = now().place;
-      ExpressionPtr one = caseTest(place);
-      tests = tests ? made(ExpressionKind::binary, place, "Or", std::move(tests), std::move(one))
-                    : std::move(one);
-    } while (takeIf(","));
+      tests = made(ExpressionKind::binary, place, "Or", std::move(tests), caseTest());
+    }
     return tests;
   }
 
-  ExpressionPtr subject(Place place, const char* sign, ExpressionPtr other) const {
-    return made(ExpressionKind::binary, place, sign, made(ExpressionKind::subject, place, ""),
+  static Expression subject(Place place, const std::string& sign, Expression other) {
+    return made(ExpressionKind::binary, place, sign, Expression{ExpressionKind::subject, place},
                 std::move(other));
   }
 
-  ExpressionPtr caseTest(Place place) {
+  Expression caseTest() {
+    const Place place = now().place;
     if (takeIf("Is")) {
-      for (const char* const sign : {"=", "<>", "<", ">", "<=", ">="}) {
-        if (takeIf(sign)) return subject(place, sign, expression());
-      }
-      failExpecting("a comparison, such as >=, after Case Is");
+      if (!atOneOf(std::array{"=", "<>", "<", ">", "<=", ">="}))
+        failExpecting("a comparison, such as >=, after Case Is");
+      const std::string& sign = take().text;
+      return subject(place, sign, expression());
     }
-    ExpressionPtr first = expression();
+    Expression first = expression();
     if (!takeIf("To")) return subject(place, "=", std::move(first));
-    ExpressionPtr last = expression();
     return made(ExpressionKind::binary, place, "And", subject(place, ">=", std::move(first)),
-                subject(place, "<=", std::move(last)));
+                subject(place, "<=", expression()));
   }
 
-  Statement forLoop() {
-    Statement parsed = made(StatementKind::forTo);
-    const Place begun = take().place;
+  void loopBody(Statement& parsed, const std::string& end, const std::string& word) {
+    body(added(parsed, parsed.place).body);
+    if (!takeIf(end)) failExpecting(endFor(end, word, parsed.place));
+  }
+
+  void forLoop(Statement& parsed) {
     if (takeIf("Each")) parsed.kind = StatementKind::forEach;
     parsed.name = name("the name of a variable");
     if (takeIf("As")) parsed.type = typeName();
@@ -529,243 +455,172 @@ class Parser {
       expect("In", " after the variable of For Each");
       parsed.expressions.push_back(expression());
     } else {
-      range(parsed);
+      expect("=", " and the first value of " + parsed.name);
+      parsed.expressions.push_back(expression());
+      parsed.downwards = takeIf("DownTo");
+      if (!parsed.downwards) expect("To", " or DownTo");
+      parsed.expressions.push_back(expression());
+      parsed.expressions.push_back(takeIf("Step") ? expression() : literal(parsed.place, int64_t{1}));
     }
-    endLine();
-    parsed.branches.push_back({begun, {}, {}, {}, {}});
-    block(parsed.branches.back().body);
-    const std::string wanted = "Next for the For of line " + std::to_string(begun.line);
-    if (!takeIf("Next")) failExpecting(wanted);
-    if (now().kind == TokenKind::name && !atName(parsed.name)) failExpecting("Next " + parsed.name);
-    if (!atLineEnd()) name("the loop's variable");
-    return parsed;
+    loopBody(parsed, "Next", "For");
+    if (atName(parsed.name)) take();
   }
 
-  void range(Statement& loop) {
-    expect("=", " and the first value of " + loop.name);
-    loop.expressions.push_back(expression());
-    loop.downwards = now().is("DownTo");
-    if (!takeIf("DownTo")) expect("To", " or DownTo");
-    loop.expressions.push_back(expression());
-    if (takeIf("Step")) loop.expressions.push_back(expression());
-  }
-
-  // The condition of going on, or null.
-  ExpressionPtr goesOn() {
+  // The condition of going on.
+  Expression goesOn() {
+    const Place place = now().place;
     if (takeIf("While")) return expression();
-    if (!now().is("Until")) return {};
-    const Place place = take().place;
-    return made(ExpressionKind::unary, place, "Not", expression());
+    if (takeIf("Until")) return made(ExpressionKind::negation, place, "Not", expression());
+    return literal(place, true);
   }
 
-  Statement whileLoop() {
-    Statement parsed = made(StatementKind::loop);
-    parsed.isWhile = true;
-    const Place begun = take().place;
+  void whileLoop(Statement& parsed) {
+    parsed.name = "While";
     parsed.expressions.push_back(expression());
-    parsed.expressions.emplace_back();
-    endLine();
-    parsed.branches.push_back({begun, {}, {}, {}, {}});
-    block(parsed.branches.back().body);
-    if (!takeIf("Wend")) failExpecting("Wend for the While of line " + std::to_string(begun.line));
-    return parsed;
+    parsed.expressions.push_back(literal(parsed.place, true));
+    loopBody(parsed, "Wend", parsed.name);
   }
 
-  Statement doLoop() {
-    Statement parsed = made(StatementKind::loop);
-    const Place begun = take().place;
+  void doLoop(Statement& parsed) {
+    parsed.name = "Do";
     parsed.expressions.push_back(goesOn());
-    endLine();
-    parsed.branches.push_back({begun, {}, {}, {}, {}});
-    block(parsed.branches.back().body);
-    if (!takeIf("Loop")) failExpecting("Loop for the Do of line " + std::to_string(begun.line));
+    loopBody(parsed, "Loop", parsed.name);
     parsed.expressions.push_back(goesOn());
-    return parsed;
   }
 
-  Statement exit() { return leaving(StatementKind::exit, {"For", "Do", "While", "Sub", "Function"}); }
-  Statement next() { return leaving(StatementKind::next, {"For", "Do", "While"}); }
-
-  Statement leaving(StatementKind kind, std::initializer_list<const char*> words) {
-    Statement parsed = made(kind);
-    take();
-    for (const char* const word : words) {
-      if (takeIf(word)) parsed.name = word;
-    }
-    return parsed;
+  void leave(Statement& parsed) {
+    const bool isMethod = parsed.kind == StatementKind::exit && atOneOf(std::array{"Sub", "Function"});
+    if (isMethod || atOneOf(std::array{"For", "Do", "While"})) parsed.name = take().text;
   }
 
-  Statement giveBack() { return withExpression(StatementKind::giveBack, !following().is("Else")); }
-  Statement raise() { return withExpression(StatementKind::raise, true); }
-
-  Statement withExpression(StatementKind kind, bool mayFollow) {
-    Statement parsed = made(kind);
-    take();
-    if (mayFollow && !atLineEnd()) parsed.expressions.push_back(expression());
-    if (kind == StatementKind::raise && parsed.expressions.empty()) failExpecting("an exception");
-    return parsed;
+  void giveBack(Statement& parsed) {
+    if (!atLineEnd() && !now().is("Else")) parsed.expressions.push_back(expression());
   }
 
-  Statement tryCatch() {
-    Statement parsed = made(StatementKind::tryCatch);
-    const Place begun = take().place;
-    endLine();
-    parsed.branches.push_back({begun, {}, {}, {}, {}});
-    block(parsed.branches.back().body);
+  void tryCatch(Statement& parsed) {
+    body(added(parsed, parsed.place).body);
     while (now().is("Catch")) {
-      Branch branch{take().place, {}, {}, {}, {}};
+      Branch& branch = added(parsed, take().place);
       if (!atLineEnd()) branch.name = name("the name of a variable");
-      if (!branch.name.empty() && takeIf("As")) branch.type = typeName();
-      endLine();
-      block(branch.body);
-      parsed.branches.push_back(std::move(branch));
+      if (takeIf("As")) branch.type = typeName();
+      body(branch.body);
     }
+    const bool catches = parsed.branches.size() > 1;
+    Branch& last = added(parsed, now().place);
     if (takeIf("Finally")) {
-      endLine();
-      block(parsed.last);
-    } else if (parsed.branches.size() == 1) {
+      body(last.body);
+    } else if (!catches) {
       failExpecting("Catch or Finally");
     }
-    endOfStatement("Try", begun);
-    return parsed;
+    endOf("Try", parsed.place);
   }
 
-  Statement addHandler() {
-    Statement parsed =
-        made(now().is("AddHandler") ? StatementKind::addHandler : StatementKind::removeHandler);
-    take();
+  void handler(Statement& parsed) {
     parsed.expressions.push_back(postfix());
-    if (parsed.expressions[0]->kind != ExpressionKind::member)
-      throw SourceError(parsed.expressions[0]->place, "expected an event of an object, such as query.Finish");
+    if (parsed.expressions[0].kind != ExpressionKind::member)
+      throw SourceError(parsed.expressions[0].place, "expected an event of an object, such as query.Finish");
     expect(",", " and AddressOf");
-    if (!now().is("AddressOf")) failExpecting("AddressOf and the name of a method");
-    parsed.expressions.push_back(expression());
-    return parsed;
+    expect("AddressOf", " and the name of a method");
+    parsed.expressions.push_back(postfix());
+    const Expression& method = parsed.expressions[1];
+    if (method.kind != ExpressionKind::name && method.kind != ExpressionKind::member)
+      throw SourceError(method.place, "expected the name of a method after AddressOf");
   }
 
   // --- Methods and classes ---
 
   MethodText method() {
-    MethodText parsed;
-    parsed.place = now().place;
-    const bool isFunction = now().is("Function");
+    MethodText parsed{now().place};
     const std::string what = take().text;
+    if (what == "Event") parsed.role = Role::event;
     parsed.name = name("the name of a method");
-    parameters(parsed);
-    if (isFunction) {
+    if (takeIf("(") && !takeIf(")")) {
+      do parsed.parameters.push_back(parameter());
+      while (takeIf(","));
+      expect(")", " after the parameters");
+    }
+    if (what == "Function" || (what == "Event" && now().is("As"))) {
       expect("As", " and the type of the result of " + parsed.name);
       parsed.result = typeName();
     }
-    endLine();
-    block(parsed.body);
-    endOf(what, parsed.place);
+    bodyOf(parsed, what);
     return parsed;
   }
 
-  void parameters(MethodText& method) {
-    if (!takeIf("(") || takeIf(")")) return;
-    do {
-      if (atName("Optional") || atName("ByVal")) take();
-      if (atName("ByRef") || atName("ParamArray") || atName("Extends"))
-        fail("'" + now().text + "' is not taken");
-      MethodText::Parameter parameter;
-      parameter.assigns = takeName("Assigns");
-      parameter.place = now().place;
-      parameter.name = name("the name of a parameter");
-      const bool array = takeIf("(");
-      if (array) expect(")");
-      expect("As", " and the type of " + parameter.name);
-      parameter.type = typeName();
-      parameter.type.array = parameter.type.array || array;
-      if (takeIf("=")) parameter.preset = expression();
-      method.parameters.push_back(std::move(parameter));
-    } while (takeIf(","));
-    expect(")", " after the parameters");
+  void bodyOf(MethodText& parsed, const std::string& what) {
+    body(parsed.body);
+    endOf(what, parsed.place);
+    endLine();
+  }
+
+  Statement parameter() {
+    for (const char* const each : {"ByRef", "ParamArray", "Extends", "Assigns"}) {
+      if (atName(each)) throw SourceError(now().place, "'" + now().text + "' is not taken");
+    }
+    if (atName("Optional") || atName("ByVal")) take();
+    Statement declared{StatementKind::dim, now().place};
+    variable(declared);
+    const bool isPreset = !declared.hasBound && !declared.expressions.empty();
+    if (declared.hasBound || (isPreset && declared.expressions[0].kind != ExpressionKind::literal))
+      throw SourceError(declared.expressions[0].place, "expected a literal as the default value");
+    return declared;
   }
 
   ClassText classText() {
-    ClassText parsed;
-    parsed.place = take().place;
+    ClassText parsed{take().place};
     parsed.name = name("the name of a class");
     if (atLineEnd() && following().is("Inherits")) take();  // on a line of its own
-    if (takeIf("Inherits")) {
-      parsed.base.place = now().place;
-      parsed.base.name = name("the name of a class");
-    }
+    if (takeIf("Inherits")) parsed.base = typeName();
     endLine();
-    while (!now().is("End")) member(parsed);
+    while (!now().is("End")) memberOf(parsed);
     endOf("Class", parsed.place);
+    endLine();
     return parsed;
   }
 
-  void member(ClassText& cls) {
-    const bool isPrivate = takeName("Private");
-    if (!isPrivate) takeName("Public");
-    const bool isShared = takeIf("Shared");
-    if (now().is("Sub") || now().is("Function")) {
+  void memberOf(ClassText& cls) {
+    if (atOneOf(std::array{"Sub", "Function", "Event"})) {
       cls.methods.push_back(method());
-      cls.methods.back().isPrivate = isPrivate;
-      cls.methods.back().isShared = isShared;
-    } else if (now().is("Event") && !isPrivate && !isShared) {
-      cls.events.push_back(event());
-    } else if (now().is("Const") && !isPrivate && !isShared) {
-      Statement parsed = constant();
-      cls.constants.push_back({parsed.place, parsed.name, std::move(parsed.expressions[0])});
+    } else if (now().is("Const")) {
+      cls.constants.push_back({StatementKind::constant, take().place});
+      constant(cls.constants.back());
       endLine();
-    } else if (now().is("Dim") || now().is("Property") || now().kind == TokenKind::name) {
-      cls.properties.push_back(property());
-      cls.properties.back().isPrivate = isPrivate;
-      cls.properties.back().isShared = isShared;
+    } else if (now().kind == TokenKind::name || atOneOf(std::array{"Dim", "Property"})) {
+      property(cls);
     } else {
       failExpecting("a property, Sub, Function, Event, Const or End Class");
     }
   }
 
-  MethodText event() {
-    MethodText parsed;
-    parsed.place = take().place;
-    parsed.name = name("the name of an event");
-    parameters(parsed);
-    if (takeIf("As")) parsed.result = typeName();
-    endLine();
-    block(parsed.body);
-    endOf("Event", parsed.place);
-    return parsed;
-  }
-
-  PropertyText property() {
-    PropertyText parsed;
+  void property(ClassText& cls) {
+    Statement declared{StatementKind::dim, now().place};
     const bool mayBeComputed = takeIf("Property");
     if (!mayBeComputed) takeIf("Dim");
-    Statement declared = made(StatementKind::dim);
-    parsed.place = now().place;
     variable(declared);
-    if (now().is(",") || declared.hasBound) failExpecting("one property, without bounds, in a line");
-    parsed.name = declared.name;
-    parsed.type = declared.type;
-    if (!declared.expressions.empty()) parsed.initial = std::move(declared.expressions[0]);
+    if (declared.hasBound || declared.type.type.kind == TypeKind::none)
+      throw SourceError(declared.place, "expected one property, without bounds, in a line");
     endLine();
-    if (mayBeComputed && !parsed.initial && (atName("Get") || atName("Set"))) accessors(parsed);
-    return parsed;
+    const auto atAccessor = [this] { return atName("Get") || atName("Set"); };
+    if (!mayBeComputed || !atAccessor()) {
+      cls.properties.push_back(std::move(declared));
+      return;
+    }
+    while (atAccessor()) cls.methods.push_back(accessor(declared));
+    endOf("Property", declared.place);
+    endLine();
   }
 
-  void accessors(PropertyText& property) {
-    while (atName("Get") || atName("Set")) {
-      const bool isGetter = atName("Get");
-      MethodText accessor;
-      accessor.place = take().place;
-      accessor.name = property.name;
-      if (isGetter) {
-        accessor.result = property.type;
-      } else {
-        accessor.parameters.push_back({"value", property.type, {}, true, accessor.place});
-      }
-      endLine();
-      block(accessor.body);
-      endOf(isGetter ? "Get" : "Set", accessor.place);
-      (isGetter ? property.getter : property.setter) = std::move(accessor);
+  MethodText accessor(const Statement& property) {
+    MethodText parsed{now().place, property.name};
+    const std::string what = take().text;
+    parsed.role = sameName(what, "Get") ? Role::getter : Role::setter;
+    if (parsed.role == Role::getter) {
+      parsed.result = property.type;
+    } else {
+      parsed.parameters.push_back({StatementKind::dim, property.place, "value", property.type});
     }
-    endOf("Property", property.place);
+    bodyOf(parsed, what);
+    return parsed;
   }
 
   const std::vector<Token> tokens_;

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cstdlib>
 #include <iterator>
 
-#include "standin/host/language/declarations.h"
 #include "standin/host/language/encodings.h"
 
 namespace standin::host {
@@ -14,27 +12,18 @@ namespace {
 
 // None of them can be a name, but for that of a member.
 const char* const kWords[] = {
-    "AddHandler", "AddressOf", "And",  "As",     "Call",     "Case",  "Catch",    "Class",
-    "Const",      "Continue",  "Dim",  "Do",     "DownTo",   "Each",  "Else",     "ElseIf",
-    "End",        "Event",     "Exit", "False",  "Finally",  "For",   "Function", "If",
-    "In",         "Inherits",  "Is",   "IsA",    "Loop",     "Me",    "Mod",      "New",
-    "Next",       "Nil",       "Not",  "Or",     "Property", "Raise", "Redim",    "RemoveHandler",
-    "Return",     "Select",    "Self", "Shared", "Step",     "Sub",   "Super",    "Then",
-    "To",         "True",      "Try",  "Until",  "Wend",     "While", "Xor"};
+    "AddHandler", "AddressOf",     "And",    "As",     "Call",    "Case",     "Catch",    "Class",
+    "Const",      "Continue",      "Dim",    "Do",     "DownTo",  "Each",     "Else",     "ElseIf",
+    "End",        "Event",         "Exit",   "False",  "Finally", "For",      "Function", "If",
+    "In",         "Inherits",      "Is",     "IsA",    "Loop",    "Me",       "Mod",      "New",
+    "Next",       "Nil",           "Not",    "Or",     "Private", "Property", "Public",   "Raise",
+    "Redim",      "RemoveHandler", "Return", "Select", "Self",    "Shared",   "Step",     "Sub",
+    "Super",      "Then",          "To",     "True",   "Try",     "Until",    "Wend",     "While",
+    "Xor"};
 
 // The longer ones first.
 const char* const kSigns[] = {"<>", "<=", ">=", "=", "<", ">", "+", "-",
                               "*",  "/",  "\\", "^", "(", ")", ",", "."};
-
-struct Radix {
-  char letter;
-  int base;
-  TokenKind kind;
-};
-constexpr Radix kRadixes[] = {{'h', 16, TokenKind::whole},
-                              {'o', 8, TokenKind::whole},
-                              {'b', 2, TokenKind::whole},
-                              {'c', 16, TokenKind::color}};
 
 bool isLetter(char c) {
   return std::isalpha(static_cast<unsigned char>(c)) || c == '_';
@@ -54,7 +43,7 @@ class Reader {
   std::vector<Token> read() {
     while (!rest_.empty()) readOne();
     endLine();
-    add(TokenKind::end, "");
+    add(TokenKind::end, 0);
     return std::move(tokens_);
   }
 
@@ -71,17 +60,18 @@ class Reader {
     place_ = {place_.line + 1, 1};
   }
 
-  Token& add(TokenKind kind, std::string text, size_t bytes = 0) {
-    tokens_.push_back({kind, std::move(text), place_});
+  void add(TokenKind kind, size_t bytes, Literal literal = {}) {
+    tokens_.push_back({kind, std::string(rest_.substr(0, bytes)), place_, std::move(literal)});
     skip(bytes);
-    return tokens_.back();
   }
 
   void endLine() {
-    if (!tokens_.empty() && tokens_.back().kind != TokenKind::lineEnd) add(TokenKind::lineEnd, "");
+    if (!tokens_.empty() && tokens_.back().kind != TokenKind::lineEnd) add(TokenKind::lineEnd, 0);
   }
 
   bool atLineBreak() const { return rest_.front() == '\n' || rest_.front() == '\r'; }
+  bool atBlank() const { return rest_.front() == ' ' || rest_.front() == '\t'; }
+  bool atComment() const { return rest_.front() == '\'' || rest_.starts_with("//"); }
 
   void skipToLineBreak() {
     while (!rest_.empty() && !atLineBreak()) skip(1);
@@ -92,9 +82,9 @@ class Reader {
     if (atLineBreak()) {
       endLine();
       skipLineBreak();
-    } else if (c == ' ' || c == '\t') {
+    } else if (atBlank()) {
       skip(1);
-    } else if (c == '\'' || rest_.starts_with("//")) {
+    } else if (atComment()) {
       skipToLineBreak();
     } else if (c == '"') {
       readText();
@@ -110,39 +100,33 @@ class Reader {
   }
 
   // An underscore alone continues the line, when only a comment follows it.
-  bool readContinuation() {
+  void readContinuation() {
     const Place start = place_;
     skip(1);
-    while (!rest_.empty() && (rest_.front() == ' ' || rest_.front() == '\t')) skip(1);
-    if (rest_.starts_with("//") || rest_.starts_with("'")) skipToLineBreak();
+    while (!rest_.empty() && atBlank()) skip(1);
+    if (!rest_.empty() && atComment()) skipToLineBreak();
     if (rest_.empty() || !atLineBreak())
       throw SourceError(start, "expected the end of the line after _, which continues the line");
     skipLineBreak();
-    return true;
   }
 
   void readName() {
-    const auto length = static_cast<size_t>(
-        std::find_if(rest_.begin(), rest_.end(), [](char c) { return !isLetter(c) && !isDigit(c); }) -
-        rest_.begin());
+    size_t length = 0;
+    while (isNamePart(length)) ++length;
     const std::string_view name = rest_.substr(0, length);
-    if (name == "_" && readContinuation()) return;
+    if (name == "_") return readContinuation();
     if (sameName(name, "Rem")) return skipToLineBreak();
     const bool isMember = !tokens_.empty() && tokens_.back().is(".");
     const auto* const word = std::find_if(std::begin(kWords), std::end(kWords),
                                           [name](const char* each) { return sameName(each, name); });
-    if (isMember || word == std::end(kWords)) {
-      add(TokenKind::name, std::string(name), length);
-    } else {
-      add(TokenKind::word, *word, length);
-    }
+    const bool isName = isMember || word == std::end(kWords);
+    add(isName ? TokenKind::name : TokenKind::word, length);
+    if (!isName) tokens_.back().text = *word;
   }
 
   void readSign() {
     for (const std::string_view sign : kSigns) {
-      if (!rest_.starts_with(sign)) continue;
-      add(TokenKind::sign, std::string(sign), sign.size());
-      return;
+      if (rest_.starts_with(sign)) return add(TokenKind::sign, sign.size());
     }
     if (rest_.front() == '#') fail("expected a statement; directives for the compiler are not taken");
     if (rest_.front() == ':') fail("expected the end of the line; each statement has its own line");
@@ -153,7 +137,6 @@ class Reader {
 
   // A doubled quote stands for one.
   void readText() {
-    const Place start = place_;
     std::string content;
     for (size_t i = 1; i < rest_.size() && rest_[i] != '\n' && rest_[i] != '\r'; ++i) {
       if (rest_[i] != '"') {
@@ -162,61 +145,46 @@ class Reader {
         content += rest_[++i];
       } else {
         if (!convert(content, kEncodingUtf8, kEncodingUtf16)) fail("a text that is not in UTF-8");
-        add(TokenKind::text, std::move(content), i + 1);
-        return;
+        return add(TokenKind::literal, i + 1, std::move(content));
       }
     }
-    throw SourceError(start, "expected a quote at the end of the text, in the same line");
+    fail("expected a quote at the end of the text, in the same line");
   }
 
   void readRadix() {
     const char letter = rest_.size() > 1 ? static_cast<char>(rest_[1] | 0x20) : ' ';
-    const auto* const radix = std::find_if(std::begin(kRadixes), std::end(kRadixes),
-                                           [letter](const Radix& each) { return each.letter == letter; });
-    if (radix == std::end(kRadixes)) fail("expected &h, &o or &b and a number, or &c and a colour");
+    const bool isColor = letter == 'c';
+    const int base = isColor || letter == 'h' ? 16 : letter == 'o' ? 8 : letter == 'b' ? 2 : 0;
+    if (base == 0) fail("expected &h, &o or &b and a number, or &c and a colour");
     uint64_t number = 0;
-    const auto [end, error] =
-        std::from_chars(rest_.data() + 2, rest_.data() + rest_.size(), number, radix->base);
-    const size_t length = static_cast<size_t>(end - rest_.data());
-    const bool isColor = radix->kind == TokenKind::color;
+    const auto [end, error] = std::from_chars(rest_.data() + 2, rest_.data() + rest_.size(), number, base);
+    const auto length = static_cast<size_t>(end - rest_.data());
     if (error == std::errc::result_out_of_range) fail("a number of more than 64 bits");
-    if (error != std::errc() || (isColor && length != 2 + 6) || followsLetter(length))
+    if (error != std::errc() || (isColor && length != 2 + 6) || isNamePart(length))
       fail(isColor ? "expected six hexadecimal digits after &c" : "expected digits after the letter");
     // All 32 bits of an Integer may be written.
-    const bool isNegative = !isColor && number > INT32_MAX && number <= UINT32_MAX;
-    const auto whole = isNegative ? int64_t{static_cast<int32_t>(number)} : static_cast<int64_t>(number);
-    add(radix->kind, std::string(rest_.substr(0, length)), length).whole = whole;
+    const bool isNegative = number > INT32_MAX && number <= UINT32_MAX;
+    add(isColor ? TokenKind::color : TokenKind::literal, length,
+        isNegative ? int64_t{static_cast<int32_t>(number)} : static_cast<int64_t>(number));
   }
 
-  bool followsLetter(size_t length) const {
-    return length < rest_.size() && (isLetter(rest_[length]) || isDigit(rest_[length]));
-  }
-
-  size_t digitsFrom(size_t start) const {
-    size_t end = start;
-    while (end < rest_.size() && isDigit(rest_[end])) ++end;
-    return end;
+  bool isNamePart(size_t at) const {
+    return at < rest_.size() && (isLetter(rest_[at]) || isDigit(rest_[at]));
   }
 
   void readNumber() {
-    size_t end = digitsFrom(0);
-    const size_t wholeEnd = end;
-    if (end < rest_.size() && rest_[end] == '.' && digitsFrom(end + 1) > end + 1) end = digitsFrom(end + 1);
-    if (end < rest_.size() && (rest_[end] | 0x20) == 'e') {
-      const bool isSigned = end + 1 < rest_.size() && (rest_[end + 1] == '-' || rest_[end + 1] == '+');
-      const size_t first = end + (isSigned ? 2 : 1);
-      if (digitsFrom(first) > first) end = digitsFrom(first);
-    }
-    if (followsLetter(end)) fail("expected a number without letters in it");
-    const std::string number(rest_.substr(0, end));
-    if (end > wholeEnd) {
-      add(TokenKind::real, number, end).real = std::strtod(number.c_str(), nullptr);
-      return;
-    }
+    const char* const first = rest_.data();
+    const char* const last = first + rest_.size();
+    double real = 0;
     int64_t whole = 0;
-    if (std::from_chars(number.data(), number.data() + end, whole).ec != std::errc())
-      fail("a whole number of more than 64 bits");
-    add(TokenKind::whole, number, end).whole = whole;
+    const auto asReal = std::from_chars(first, last, real);
+    const auto asWhole = std::from_chars(first, last, whole);
+    const auto length = static_cast<size_t>(asReal.ptr - first);
+    if (isNamePart(length)) fail("expected a number without letters in it");
+    const bool isWhole = asReal.ptr == asWhole.ptr;
+    if ((isWhole ? asWhole : asReal).ec != std::errc())
+      fail(isWhole ? "a whole number of more than 64 bits" : "a number that no Double can hold");
+    add(TokenKind::literal, length, isWhole ? Literal(whole) : Literal(real));
   }
 
   std::string_view rest_;
@@ -227,16 +195,8 @@ class Reader {
 }  // namespace
 
 std::string Token::describe() const {
-  switch (kind) {
-    case TokenKind::lineEnd:
-      return "the end of the line";
-    case TokenKind::end:
-      return "the end of the program";
-    case TokenKind::text:
-      return "a text";
-    default:
-      return "'" + text + "'";
-  }
+  if (kind == TokenKind::lineEnd) return "the end of the line";
+  return kind == TokenKind::end ? "the end of the program" : "'" + text + "'";
 }
 
 std::vector<Token> tokensOf(std::string_view source) {

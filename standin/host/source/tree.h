@@ -1,24 +1,35 @@
-// A program as its text has it: nothing is known yet of what names stand for, or of the types of values.
+// source/: the text of a program of the host language, as far as it can be understood without knowing what
+// its names stand for. May include language/.
+//
+// A program as its text has it.
 #pragma once
 
-#include <memory>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "standin/host/language/declarations.h"
-#include "standin/host/source/source_error.h"
 
 namespace standin::host {
 
-struct TypeName {
-  std::string name;
-  bool array = false;
-  Place place;
+// Both from 1. A character outside of ASCII is one column.
+struct Place {
+  int line = 0;
+  int column = 0;
 };
 
-struct Expression;
-using ExpressionPtr = std::unique_ptr<Expression>;
+// What is wrong, what was expected, and, where names are meant, which there are; without the place.
+class SourceError : public std::runtime_error {
+ public:
+  SourceError(Place where, const std::string& what) : std::runtime_error(what), place(where) {}
+  const Place place;
+};
+
+// As it is written: whether there is such a class is not known. Of kind none where a type is missing.
+struct TypeName {
+  Type type = {};
+  Place place = {};
+};
 
 struct Expression {
   enum class Kind {
@@ -30,106 +41,77 @@ struct Expression {
     name,       // text
     member,     // text, of operand 0
     arguments,  // operand 0 called with, or at the index of, the others
-    unary,      // text: Not, -, +
+    negation,   // Not of operand 0
     binary,     // text: an operator
     isA,        // operand 0, type
-    newObject,  // type, and the operands for its constructor
-    addressOf   // operand 0, a name or member
+    newObject   // type, and the operands for its constructor
   };
   Kind kind;
   Place place;
   std::string text = {};
+  std::vector<Expression> operands = {};
   Literal literal = {};
   TypeName type = {};
-  std::vector<ExpressionPtr> operands = {};
   int depth = 1;  // of the tree below it, itself included
 };
 
 struct Statement;
 using Block = std::vector<Statement>;
 
-// One of the bodies of a statement, and when it is run.
-struct Branch {
-  Place place;
-  ExpressionPtr condition;  // of If and Select; none of Else
-  std::string name;         // of Catch: the variable, or empty
-  TypeName type;            // of Catch: the class, or without a name
-  Block body;
-};
-
 struct Statement {
+  // One of its bodies.
+  struct Branch {
+    Place place;
+    Expression condition;   // of If and Select; of Else it is True
+    std::string name = {};  // of Catch: the variable, or empty
+    TypeName type = {};     // of Catch: the class, or none
+    Block body = {};
+  };
   enum class Kind {
     dim,         // name, type; maybe expression 0, its value, or (hasBound) the upper bound of an array
-    constant,    // name, expression 0
-    redim,       // expression 0 (the array), 1 (the upper bound)
+    constant,    // name, maybe type, expression 0
     assign,      // expression 0 becomes 1
     call,        // expression 0
     ifElse,      // branches
     select,      // expression 0, branches
-    forTo,       // name, type; expressions: from, to, and step where there is one; downwards; branch 0
+    forTo,       // name, type; expressions: from, to, step; downwards; branch 0
     forEach,     // name, type; expression 0; branch 0
-    loop,        // expressions 0 and 1, either may be null: go on while, before and after branch 0
+    loop,        // name: "While" or "Do"; expressions 0 and 1: go on while, before and after branch 0
     exit,        // name: what is left ("For", "Do", "While", "Sub", or empty: the innermost loop)
     next,        // name: what is continued
     giveBack,    // Return: maybe expression 0
-    tryCatch,    // branch 0, then those of Catch; `last` is Finally
-    raise,       // expression 0
-    addHandler,  // expression 0 (the event), 1 (AddressOf)
+    tryCatch,    // branch 0, those of Catch, and that of Finally
+    addHandler,  // expression 0 (the event), 1 (the method)
     removeHandler
   };
   Kind kind;
   Place place;
   std::string name = {};
   TypeName type = {};
-  std::vector<ExpressionPtr> expressions = {};
+  std::vector<Expression> expressions = {};
   std::vector<Branch> branches = {};
-  Block last = {};
   bool downwards = false;  // of forTo
-  bool isWhile = false;    // of a loop: While and Wend, not Do and Loop
   bool hasBound = false;   // of dim
 };
 
 struct MethodText {
-  struct Parameter {
-    std::string name;
-    TypeName type;
-    ExpressionPtr preset;
-    bool assigns = false;
-    Place place;
-  };
+  // The accessors of a computed property are methods of its name.
+  enum class Role { method, event, getter, setter };
   Place place;
-  std::string name;
-  std::vector<Parameter> parameters;
-  TypeName result;  // without a name where there is none
-  Block body;
-  bool isShared = false;
-  bool isPrivate = false;
-};
-
-struct PropertyText {
-  Place place;
-  std::string name;
-  TypeName type;
-  ExpressionPtr initial;
-  std::optional<MethodText> getter, setter;  // of a computed one, either or both
-  bool isShared = false;
-  bool isPrivate = false;
-};
-
-struct ConstantText {
-  Place place;
-  std::string name;
-  ExpressionPtr value;
+  std::string name = {};
+  Block parameters = {};  // as Dim declares variables; expression 0 is the default value
+  TypeName result = {};
+  Block body = {};
+  Role role = Role::method;
 };
 
 struct ClassText {
   Place place;
-  std::string name;
-  TypeName base;  // without a name where there is none
-  std::vector<MethodText> methods;
-  std::vector<MethodText> events;
-  std::vector<PropertyText> properties;
-  std::vector<ConstantText> constants;
+  std::string name = {};
+  TypeName base = {};
+  std::vector<MethodText> methods = {};
+  std::vector<Statement> properties = {};  // as Dim declares them
+  std::vector<Statement> constants = {};
 };
 
 struct ProgramText {

@@ -104,7 +104,7 @@ const char* const kStatements[] = {
     "v = v + v",
     "Print v = list(0)",
     "list.Insert 0, Nil",
-    "v = list.Pop",
+    "list.Remove list.Ubound",
     "For i As Integer = 0 To 3\n%\nNext",
     "While a < 5\na = a + 1\n%\nWend",
     "If a > 2 Then\n%\nElse\n%\nEnd If",

@@ -26,6 +26,15 @@ TEST_F(WhatIsForgotten, ByThePlugInIsStillTold) {
   fake::unlockObject(forgotten);
 }
 
+// An array is taken back only where the plug-in raised an exception instead of giving one.
+TEST_F(WhatIsForgotten, AnArrayIsToldAfterOtherExceptions) {
+  constexpr int32_t kObjects = 4;
+  const fake::Object array = fake::createArray(kObjects, -1);
+  EXPECT_EQ(outputOf("Dim t As New ThingZNK\nTry\nPrint t.Fail\nCatch\nEnd Try\n"), "");
+  EXPECT_EQ(standin::ledgerLine("host object lock"), 1);
+  fake::unlockObject(array);
+}
+
 TEST_F(WhatIsForgotten, TwoProgramsOneAfterTheOtherMayHaveTheSameClasses) {
   const char* const program = "Class A\nInherits ThingZNK\nEnd Class\nDim a1 As New A\nPrint a1 IsA A\n";
   EXPECT_EQ(outputOf(program), "True\n");
