@@ -17,7 +17,7 @@ usage: shotlight COMMAND ...
   store    what is kept of the contents of files
   window   open the system's search window
 
-Every command takes
+Every command takes (store only --help)
   --plugin FILE   load this plug-in, a Mach-O dylib or an ELF library
                   (default: the dylib that was built with this program)
   --              what follows is no option, whatever it starts with
@@ -36,7 +36,7 @@ examples:
 Results go to standard output; counts, times, progress and errors to standard
 error. The exit status is 0 when something was found, 1 when nothing was, 2
 after an error, 3 when something could not be read, found or not, and 129, 130
-or 143 when find or attrs was interrupted before its end.
+or 143 when find, attrs or program was interrupted before its end.
 )";
 
 const char findHelp[] =
@@ -249,7 +249,7 @@ files it knows something, and how often that saved reading one.
 The database is $XDG_CACHE_HOME/shotlight/content.sqlite; without that variable,
 it is in ~/.cache. Nobody else may read it. What was used longest ago makes room
 when it gets too large, and whatever is wrong with it, results are the same.
-With --no-store, find and attrs leave it alone.
+With --no-store, find, attrs and program leave it alone.
 )";
 
 const char windowHelp[] =

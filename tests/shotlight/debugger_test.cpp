@@ -49,8 +49,8 @@ TEST(Debugger, StopsInAMethodOfTheDylibAtItsSourceLine) {
   const Result result =
       gdb({"-x", files.gdbScript, "-ex", "break " + method, "-ex", "run", "-ex", "backtrace",
            // Once the dylib is gone, nothing of it is known any more.
-           "-ex", "break -qualified exit", "-ex", "continue", "-ex", "info line " + method, "--args", files.program,
-           "find", "kMDItemFSName == \"*\"", "--in", files.library, "--plugin", files.dylib});
+           "-ex", "break -qualified exit", "-ex", "continue", "-ex", "info line " + method, "--args",
+           files.program, "find", "kMDItemFSName == \"*\"", "--in", files.library, "--plugin", files.dylib});
 
   ASSERT_TRUE(
       matches(result.output,

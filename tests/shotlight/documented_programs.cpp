@@ -67,6 +67,21 @@ std::vector<DocumentedProgram> programsOf(const std::string& document) {
   return Reader(document).read();
 }
 
+std::vector<DocumentedProgram> commandsOf(const std::string& document) {
+  const std::string kIndent = "    ", kCommand = kIndent + "$ ", kRun = kCommand + "./run ";
+  std::istringstream stream(document);
+  std::vector<DocumentedProgram> commands;
+  bool isOutput = false;
+  int number = 0;
+  for (std::string line; std::getline(stream, line);) {
+    ++number;
+    if (line.starts_with(kRun)) commands.push_back({number, line.substr(kRun.size()), {}});
+    isOutput = line.starts_with(kRun) || (isOutput && line.starts_with(kIndent));
+    if (isOutput && !line.starts_with(kCommand)) commands.back().output += line.substr(kIndent.size()) + '\n';
+  }
+  return commands;
+}
+
 std::string commandIn(const std::string& program) {
   const std::string mark = "// meanwhile: ";
   const size_t begin = program.find(mark);

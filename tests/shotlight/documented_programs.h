@@ -22,5 +22,8 @@ struct DocumentError : std::runtime_error {
 // indented.
 std::vector<DocumentedProgram> programsOf(const std::string& document);
 
+// Of a document in Markdown: the arguments of each line "    $ ./run ARGUMENTS", and what stands below it.
+std::vector<DocumentedProgram> commandsOf(const std::string& document);
+
 // The command for the shell in a line "// meanwhile: COMMAND" of a program; empty when it has none.
 std::string commandIn(const std::string& program);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 #include "tests/shotlight/documented_programs.h"
 #include "tests/shotlight/run.h"
@@ -88,6 +89,51 @@ TEST_F(Documents, ShowProgramsWithWhatTheyPrint) {
   for (const Surroundings& surroundings : allSurroundings()) expectOutputs(folder / "guide.md", surroundings);
   // Its many examples call each member once, which other tests do on both binaries: one is enough.
   expectOutputs(folder / "reference.md", allSurroundings().front());
+}
+
+// How long it took is otherwise each time, and the project may lie anywhere.
+std::string comparable(const std::string& output, const std::string& root) {
+  const std::string timed = std::regex_replace(output, std::regex(R"(\b\d+\.\d{3} s\b)"), "TIME");
+  std::string text;
+  size_t begin = 0;
+  for (size_t at; (at = timed.find(root, begin)) != std::string::npos; begin = at + root.size())
+    text += timed.substr(begin, at - begin) + "/home/you/SpotlightZNK";
+  return text + timed.substr(begin);
+}
+
+TEST_F(Documents, ShowCommandsOverTheExamplesWithWhatTheyPrint) {
+  const auto root = std::filesystem::path(exampleLibrary()).parent_path().parent_path();
+  const std::string cache = "XDG_CACHE_HOME=" + scratch_.folder("cache");
+  // On a terminal, what a command prints and its errors come in the order in which they are seen.
+  const auto printedBy = [&](const std::string& arguments) {
+    return run({.arguments = {"-c", "exec \"$SHOTLIGHT\" " + arguments + " 2>&1"},
+                .folder = root,
+                .output = Output::terminal,
+                .program = "/bin/sh",
+                .environment = {"SHOTLIGHT=" + files.program, cache},
+                .columns = 200})
+        .output;
+  };
+  for (const char* name : {"README.md", "docs/using.md"}) {
+    int tried = 0;
+    for (const DocumentedProgram& command : commandsOf(contentOf(root / name))) {
+      if (command.text.find(" examples/") == std::string::npos) continue;  // over somebody's own files
+      SCOPED_TRACE(name + (':' + std::to_string(command.line)));
+      EXPECT_EQ(comparable(printedBy(command.text), root), comparable(command.output, root));
+      ++tried;
+    }
+    EXPECT_GT(tried, 1) << name;
+  }
+}
+
+TEST(DocumentsCheck, TakesCommandsAndTheirOutputs) {
+  const auto commands =
+      commandsOf("a\n\n    $ ./run find 'b c'\n    1\n      2\n    $ ./run keys\n\n    $ other\nd\n");
+  ASSERT_EQ(commands.size(), 2U);
+  EXPECT_EQ(commands[0].line, 3);
+  EXPECT_EQ(commands[0].text, "find 'b c'");
+  EXPECT_EQ(commands[0].output, "1\n  2\n");
+  EXPECT_EQ(commands[1].output, "");
 }
 
 TEST(DocumentsCheck, TakesProgramsAndTheirOutputs) {

@@ -95,7 +95,7 @@ TEST_F(Examples, AreListed) {
 
 TEST_F(Examples, PrintWhatIsBesideThem) {
   const std::vector<std::string> plugins =
-      underAddressSanitizer() ? std::vector{files.dylib} : std::vector{files.dylib, files.elf};
+      underAddressSanitizer() ? std::vector{files.elf} : std::vector{files.dylib, files.elf};
   for (const std::string& plugin : plugins) {
     for (const std::string& name : namesWith(".txt")) expectOutput(name, plugin);
   }
