@@ -6,6 +6,11 @@ add_link_options(-m32)
 # std::filesystem's status(), file_size() and copy_file() fail for files dated before 1901 or after 2038. Use stat().
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
+option(RELEASE "Build what ./release publishes: for i386 alone, the same in every folder" OFF)
+if(RELEASE)
+  add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+endif()
+
 option(FUZZ "Build what libFuzzer calls; takes the sanitizers" OFF)
 option(SANITIZE "Build with clang's address and undefined-behaviour sanitizers" OFF)
 if(SANITIZE)

@@ -1,8 +1,11 @@
-# Sourced by ./run and ./test: brings a Debian 12 machine to where the project builds.
+# Sourced by ./run, ./test and ./release: brings a Debian 12 machine to where the project builds.
 
 required_packages="cmake ninja-build g++-multilib clang-14 clang-tidy-14 libclang-rt-14-dev llvm-14 googletest findutils
   libicu-dev libicu72:i386 libsqlite3-dev libsqlite3-0:i386 libarchive-dev libxml2-dev poppler-utils
   nlohmann-json3-dev libimage-exiftool-perl libarchive-zip-perl"
+
+# What ./release needs besides.
+release_packages="git xz-utils file dpkg-dev binutils libxml2:i386 libarchive13:i386 pandoc"
 
 is_installed() {
   dpkg-query -W -f='${db:Status-Abbrev}' "$1" 2>/dev/null | grep -q '^ii'
@@ -17,6 +20,13 @@ as_root() {
     echo "$0: packages must be installed, which takes root: run as root, or install sudo" >&2
     exit 2
   fi
+}
+
+# apt_install [OPTION...]: what is missing. Nothing that is there makes room for it.
+apt_install() {
+  # shellcheck disable=SC2086
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-remove --no-install-recommends \
+    "$@" $missing
 }
 
 # install_packages [PACKAGE...]: what the build needs, and these.
@@ -39,8 +49,9 @@ install_packages() {
   fi
   # A package list that can't be fetched whole (a mirror in the middle of its update) need not matter.
   as_root apt-get update >"$log" 2>&1 || echo "$0: apt-get update reported errors; going on with what it got" >&2
-  # shellcheck disable=SC2086
-  if ! as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing >>"$log" 2>&1; then
+  # Where that concerns the updates of one architecture, the release itself has versions that fit together.
+  if ! apt_install >>"$log" 2>&1 && ! apt_install --target-release "$(. /etc/os-release && echo "$VERSION_CODENAME")" \
+    >>"$log" 2>&1; then
     cat "$log" >&2
     echo "$0: apt-get could not install$missing; the lines above say why" >&2
     exit 2
