@@ -49,7 +49,7 @@ TEST_F(Reference, IsMadeOfWhatIsRegisteredAndTheSentences) {
   if (wanted == made.end()) return;
   ADD_FAILURE() << REFERENCE_PAGE << ':' << found - page.begin() + 1 << ": " << *found
                 << "\nshould be: " << *wanted
-                << "\nbuild make-reference, and run build/default/bin/make-reference --write";
+                << "\nrun ninja -C build/default reference";
 }
 
 TEST_F(Reference, MissesTheTextOfAMember) {
