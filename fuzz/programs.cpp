@@ -26,7 +26,8 @@ namespace {
 
 namespace host = standin::host;
 
-constexpr int kMostQuestions = 3;  // of a thousand steps each, and before events are waited for
+constexpr size_t kFreedBytesKept = 256 * 1024;  // or they would be a leak over so many runs
+constexpr int kMostQuestions = 3;               // of a thousand steps each, and before events are waited for
 
 void writeFile(const std::string& path, const char* content) {
   std::FILE* const file = std::fopen(path.c_str(), "w");
@@ -88,6 +89,7 @@ void run(host::Program& program) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   fillFolder();
+  standin::setFreedBytesKept(kFreedBytesKept);
   host::start();
   REALPluginMain(host::resolve);
   return 0;

@@ -2,7 +2,6 @@
 
 #include "standin/host/host.h"
 #include "standin/host/interpreter/checker.h"
-#include "standin/host/source/parser.h"
 
 namespace standin::host {
 namespace {

@@ -1,5 +1,4 @@
-#include "standin/host/source/parser.h"
-
+// Makes the tree of a text.
 #include <algorithm>
 #include <array>
 #include <iterator>

@@ -6,6 +6,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "standin/host/language/declarations.h"
@@ -119,5 +120,9 @@ struct ProgramText {
   std::vector<MethodText> methods;
   std::vector<ClassText> classes;
 };
+
+// Throws SourceError for the first mistake. Expressions and statements nest 200 deep at the most, so that
+// whoever walks through the tree needs little of the stack.
+ProgramText parseProgram(std::string_view source);
 
 }  // namespace standin::host
