@@ -120,7 +120,11 @@ int run(const CommandLine& line, const std::string& text) {
   Interrupts interrupts;
   host::Surroundings surroundings;
   surroundings.arguments = line.arguments;
-  surroundings.print = [](const std::string& printed) { print(printed + '\n'); };
+  // Line by line: who reads it may wait for one, and it is there when the program is killed.
+  surroundings.print = [](const std::string& printed) {
+    print(printed + '\n');
+    finishOutput();
+  };
   surroundings.mayGoOn = [&interrupts] { return interrupts.signal() == 0; };
   surroundings.waitForEvents = [](double seconds) {
     finishOutput();

@@ -26,8 +26,9 @@ bool isNear(const std::string& one, const std::string& other) {
   return same + atEnd >= (shorter + 1) / 2 && same + atEnd + 2 >= longer;
 }
 
-// A name that is probably meant: "; did you mean NAME?", or nothing.
+// A name that is probably meant: "; did you mean NAME?", or nothing. Many are near to a single letter.
 std::string suggestion(const std::string& name, const std::vector<std::string>& known) {
+  if (name.size() < 2) return "";
   const auto found = std::find_if(known.begin(), known.end(),
                                   [&](const std::string& each) { return isNear(lower(each), lower(name)); });
   return found == known.end() ? "" : "; did you mean " + *found + "?";
@@ -165,6 +166,9 @@ class ExpressionChecker {
       };
     }
     if (!members) check(target);  // names what is unknown
+    if (members && std::none_of(members->candidates.begin(), members->candidates.end(),
+                                [](const Callable* each) { return each->set; }))
+      fail(target.place, callee.text + " can be read and not written");
     fail(target.place, aValueOf(value.type) + " can't be assigned here");
   }
 
@@ -250,6 +254,10 @@ class ExpressionChecker {
     addMembers(known, scope_.self);
     addNames(known, parts_.methods);
     addNames(known, parts_.functions);
+    for (const std::string& each : parts_.classes.names()) {
+      const auto members = membersNamed(*parts_.classes.find(each), name);
+      if (!members.empty() && members[0]->isShared) fail(place, "expected " + each + "." + name);
+    }
     fail(place, "there is no variable, method or class " + name + suggestion(name, known));
   }
 
@@ -355,8 +363,10 @@ class ExpressionChecker {
     const auto type = isIs ? std::nullopt : resultOf(op, left.type, right.type);
     if (!type) {
       const bool joins = adds && (is(TypeKind::string, left.type) || is(TypeKind::string, right.type));
+      const bool texts = is(TypeKind::string, left.type) && is(TypeKind::string, right.type);
       fail(expression.place, "'" + expression.text + "' takes no " + shown(left.type) + " and " +
-                                 shown(right.type) + (joins ? "; Str makes a text of a number" : ""));
+                                 shown(right.type) + (joins ? "; Str makes a text of a number" : "") +
+                                 (texts ? "; a quote within a text is written twice" : ""));
     }
     if (is(TypeKind::boolean, left.type) && is(TypeKind::boolean, right.type) &&
         (decides || expression.text == "And")) {
@@ -389,7 +399,9 @@ class ExpressionChecker {
     if (!is(TypeKind::object, type) || is(TypeKind::variant, value.type))
       return {type, place, coerced(std::move(value), type)};
     if (!distance(parts_, value.type, type) && !distance(parts_, type, value.type))
-      fail(place, aValueOf(value.type) + " is never " + aValueOf(type));
+      fail(place,
+           aValueOf(value.type) + " is never " + aValueOf(type) +
+               (is(TypeKind::object, value.type) ? "" : "; New " + type.className + "(...) makes one"));
     Code code = [code = std::move(value.code), type](Frame& frame) {
       Value object = code(frame);
       if (!object.isNil() && !host::distance(object, type))
@@ -576,7 +588,8 @@ Type resolved(ProgramParts& parts, const TypeName& name) {
   if (kind != TypeKind::object) return type;
   const ProgramClass* const cls = parts.classes.find(type.className);
   if (!cls || sameName(type.className, "App"))
-    fail(name.place, "there is no type or class " + type.className);
+    fail(name.place,
+         "there is no type or class " + type.className + suggestion(type.className, parts.classes.names()));
   type.className = cls->name;
   return type;
 }

@@ -119,7 +119,7 @@ class ProgramChecker {
   Function& newFunction(const MethodText& text, const ProgramClass* cls) {
     const std::string name = cls ? cls->name + "." + text.name : text.name;
     Function& function = parts_.bodies.emplace_back(Function{name, declarationOf(text)});
-    bodies_.push_back({&function, &text, cls});
+    bodies_.push_back({&function, &text, text.isShared ? nullptr : cls});
     return function;
   }
 
@@ -194,6 +194,15 @@ class ProgramChecker {
     for (const MethodText& each : cls.text->methods) addMethod(cls, each);
   }
 
+  static bool hasEvent(const ProgramClass& cls, const std::string& name) {
+    for (const ProgramClass* each = &cls; each; each = each->base) {
+      for (const Declaration& event : each->events) {
+        if (sameName(event.name, name)) return true;
+      }
+    }
+    return false;
+  }
+
   Callable& addMember(ProgramClass& cls, Declaration declaration, Native run, Place place) {
     std::string text = shown(declaration);
     return add(cls.members, {std::move(declaration), std::move(text), run}, place);
@@ -210,13 +219,17 @@ class ProgramChecker {
       if (!declared.parameters.empty() || declared.result.kind != TypeKind::none)
         fail(text.place, "a Destructor is a Sub without parameters");
       cls.destructor = &function;
+    } else if (text.role == Role::method && hasEvent(cls, text.name)) {
+      fail(text.place, text.name + " is an event: write Event " + text.name);
     } else if (text.role == Role::setter) {
       Callable& added = addMember(cls, {text.name, {}, declared.parameters[0].type}, nullptr, text.place);
       added.set = invokeMethod;
       added.function = &function;
     } else {
-      const bool isReplaceable = text.role == Role::method && !sameName(text.name, "Constructor");
+      const bool isReplaceable =
+          text.role == Role::method && !text.isShared && !sameName(text.name, "Constructor");
       Callable& added = addMember(cls, declared, isReplaceable ? dispatch : invokeMethod, text.place);
+      added.isShared = text.isShared;
       added.function = &function;
     }
   }

@@ -145,6 +145,18 @@ ProgramClass& Classes::add(const std::string& name) {
   return *(classes_[lower(name)] = std::make_unique<ProgramClass>(ProgramClass{name}));
 }
 
+std::vector<std::string> Classes::names() const {
+  std::vector<std::string> names = registeredClasses();
+  for (const NativeMember& row : nativeMembers()) {
+    const std::string name = row.className;
+    if ((names.empty() || name != names.back()) && name != "()") names.push_back(name);
+  }
+  for (const auto& [lowerCase, cls] : classes_) {
+    if (cls->text) names.push_back(cls->name);
+  }
+  return names;
+}
+
 std::vector<const Callable*> membersNamed(const ProgramClass& cls, std::string_view name) {
   std::vector<const Callable*> found;
   for (const ProgramClass* each = &cls; each; each = each->base) {

@@ -82,6 +82,8 @@ class Classes {
   ProgramClass* find(std::string_view name);
   // The name must be free.
   ProgramClass& add(const std::string& name);
+  // Of all of them, but for the types of arrays.
+  std::vector<std::string> names() const;
 
  private:
   std::map<std::string, std::unique_ptr<ProgramClass>> classes_;  // by lower-case names

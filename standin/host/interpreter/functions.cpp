@@ -3,8 +3,10 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <system_error>
 
 #include <unicode/uchar.h>
@@ -206,6 +208,10 @@ Value raiseException(Call& call) {
 Value getFolderItem(Call& call) {
   const std::string path = utf8Of(call.arguments[0]);
   if (path.empty() || path.find('\0') != std::string::npos) return {};
+  // Of what is there, without links: the platform's own paths have none.
+  if (const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), std::free);
+      real)
+    return folderItem(real.get());
   std::error_code error;
   std::filesystem::path item = "/";
   // ".." stays: what is before it may be a link.

@@ -197,7 +197,8 @@ Value shownValue(const Value& value) {
   if (value.kind() == Kind::string) return value;
   if (isDate(value)) return sqlDateTime(value);
   if (value.kind() >= Kind::object) mismatch(value, kString);
-  return asText(value);
+  const bool isReal = value.kind() == Kind::number || value.kind() == Kind::single;
+  return isReal && std::isnan(value.number()) ? "nan" : asText(value);
 }
 
 // --- Operators ---

@@ -32,6 +32,26 @@ const char* const kBlockEnds[] = {"End",     "Else", "ElseIf", "Case", "Catch",
                                   "Finally", "Next", "Wend",   "Loop"};
 // Words that begin a declaration which isn't part of a block.
 const char* const kDeclarations[] = {"Class", "Sub", "Function", "Event"};
+// Who may use a member: here everybody may.
+const char* const kScopes[] = {"Private", "Public"};
+
+// What programs from elsewhere begin a statement with, and what is written here, if anything.
+struct NotTaken {
+  const char* word;
+  const char* instead;
+};
+constexpr NotTaken kNotTaken[] = {{"Declare", ""},
+                                  {"Delegate", ""},
+                                  {"EndIf", "; write End If"},
+                                  {"Enum", ""},
+                                  {"GoTo", ""},
+                                  {"Interface", ""},
+                                  {"Module", "; leave its two lines out"},
+                                  {"Namespace", ""},
+                                  {"Structure", ""},
+                                  {"Using", ""},
+                                  {"Var", "; Dim declares variables"},
+                                  {"With", ""}};
 
 class Parser {
  public:
@@ -40,6 +60,7 @@ class Parser {
   ProgramText program() {
     ProgramText parsed;
     while (now().kind != TokenKind::end) {
+      skipScope();
       if (now().is("Class")) {
         parsed.classes.push_back(classText());
       } else if (now().is("Sub") || now().is("Function")) {
@@ -87,6 +108,10 @@ class Parser {
 
   void expect(const std::string& wordOrSign, const std::string& use = "") {
     if (!takeIf(wordOrSign)) failExpecting(wordOrSign + use);
+  }
+
+  void skipScope() {
+    if (atOneOf(kScopes) || atName("Protected")) take();
   }
 
   bool atName(std::string_view name) const {
@@ -147,6 +172,8 @@ class Parser {
                                              [this](const auto& each) { return now().is(each.text); });
       if (found == std::end(kBinaryOperators) || found->precedence < leastPrecedence) return left;
       const Place place = take().place;
+      if (now().is("=") && now().place.column == place.column + 1)
+        throw SourceError(place, "expected =, which compares; == is for query strings");
       Expression right = binary(found->precedence + 1);
       left = made(ExpressionKind::binary, place, found->text, std::move(left), std::move(right));
     }
@@ -351,6 +378,11 @@ class Parser {
   Statement assignmentOrCall() {
     Statement parsed{StatementKind::call, now().place};
     const size_t start = at_;
+    for (const auto& [word, instead] : kNotTaken) {
+      const bool isCall = following().kind == TokenKind::sign;
+      if (atName(word) && !isCall)
+        throw SourceError(parsed.place, "'" + now().text + "' is not taken" + instead);
+    }
     if (now().kind != TokenKind::name && !atOneOf(std::array{"Me", "Self", "Super"}))
       failExpecting("a statement");
     parsed.expressions.push_back(postfix());
@@ -396,7 +428,10 @@ class Parser {
     }
     body(first.body);
     while (takeIf("ElseIf")) body(conditional(parsed, now().place).body);
-    if (takeIf("Else")) body(added(parsed, now().place).body);
+    if (takeIf("Else")) {
+      if (now().is("If")) failExpecting("ElseIf, in one word, or the end of the line");
+      body(added(parsed, now().place).body);
+    }
     endOf("If", parsed.place);
   }
 
@@ -578,8 +613,12 @@ class Parser {
   }
 
   void memberOf(ClassText& cls) {
+    skipScope();
+    const bool isShared = takeIf("Shared");
+    if (isShared && !atOneOf(std::array{"Sub", "Function"})) failExpecting("Sub or Function after Shared");
     if (atOneOf(std::array{"Sub", "Function", "Event"})) {
       cls.methods.push_back(method());
+      cls.methods.back().isShared = isShared;
     } else if (now().is("Const")) {
       cls.constants.push_back({StatementKind::constant, take().place});
       constant(cls.constants.back());

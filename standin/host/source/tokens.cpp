@@ -131,6 +131,10 @@ class Reader {
     if (rest_.front() == '#') fail("expected a statement; directives for the compiler are not taken");
     if (rest_.front() == ':') fail("expected the end of the line; each statement has its own line");
     const auto c = static_cast<unsigned char>(rest_.front());
+    if (c >= 0xFE) fail("the program must be in UTF-8");
+    for (const char* const quote : {"\u2018", "\u2019", "\u201C", "\u201D"}) {
+      if (rest_.starts_with(quote)) fail("expected a straight quote, \" or '");
+    }
     if (c >= 0x80) fail("expected letters of ASCII; others may stand in texts and comments only");
     fail(c > ' ' ? std::string("no '") + rest_.front() + "' has a meaning here" : "a control character");
   }
@@ -155,7 +159,7 @@ class Reader {
     const char letter = rest_.size() > 1 ? static_cast<char>(rest_[1] | 0x20) : ' ';
     const bool isColor = letter == 'c';
     const int base = isColor || letter == 'h' ? 16 : letter == 'o' ? 8 : letter == 'b' ? 2 : 0;
-    if (base == 0) fail("expected &h, &o or &b and a number, or &c and a colour");
+    if (base == 0) fail("expected &h, &o or &b and a number, or &c and a colour; + joins texts");
     uint64_t number = 0;
     const auto [end, error] = std::from_chars(rest_.data() + 2, rest_.data() + rest_.size(), number, base);
     const auto length = static_cast<size_t>(end - rest_.data());

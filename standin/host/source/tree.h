@@ -104,6 +104,7 @@ struct MethodText {
   TypeName result = {};
   Block body = {};
   Role role = Role::method;
+  bool isShared = false;  // of a class, and called without an object
 };
 
 struct ClassText {

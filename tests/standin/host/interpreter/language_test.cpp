@@ -1,4 +1,6 @@
 // What programs do, without a plug-in.
+#include <unistd.h>
+
 #include "standin/host/host.h"
 #include "tests/standin/host/fake_plugin.h"
 #include "tests/standin/host/interpreter/run_program.h"
@@ -60,19 +62,23 @@ True
 )");
 }
 
-TEST_F(FilesOfPrograms, HaveAbsolutePathsWithoutDots) {
+TEST_F(FilesOfPrograms, HaveAbsolutePathsWithoutDotsAndLinks) {
   const ScratchFolder scratch;
+  scratch.file("file", "");
+  ASSERT_EQ(::symlink(scratch.folder("folder").c_str(), scratch.at("link").c_str()), 0);
   standin::host::Surroundings surroundings;
   surroundings.arguments = {scratch.path()};
   EXPECT_EQ(outputOf(R"(Dim current As String = GetFolderItem(".").NativePath
 Print current.Left(1) + current.Right(1) <> "/."
 Print GetFolderItem("./a/.//b/").NativePath = current + "/a/b"
-Print GetFolderItem("..").NativePath = current + "/.."
+Print GetFolderItem("../nothing").NativePath = current + "/../nothing"
 Print GetFolderItem(args(0) + "/.").NativePath = args(0)
+Print GetFolderItem(args(0) + "/link/../file").NativePath = args(0) + "/file"
+Print GetFolderItem(args(0) + "/link").NativePath = args(0) + "/folder"
 Print GetFolderItem("//").NativePath + GetFolderItem("/./").NativePath
 )",
                      surroundings),
-            "True\nTrue\nTrue\nTrue\n//\n");
+            "True\nTrue\nTrue\nTrue\nTrue\nTrue\n//\n");
 }
 
 }  // namespace
