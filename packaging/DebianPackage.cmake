@@ -4,12 +4,11 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME shotlight)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "The SpotlightZNK authors")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "searches files by their metadata")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "shotlight finds files by what the file system says of them, by what photos, songs,
-films and documents say of themselves, and by the text of documents, once or
-live. Queries are those of Spotlight. It asks through the plug-in SpotlightZNK,
-for macOS, over stand-ins for macOS and for the plug-in's host; it also runs
-programs of the host's language.")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "file search by metadata")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "shotlight finds files by what the file system, photos, songs, films and
+documents say about themselves, and by the text of documents, once or live.
+Queries use the Spotlight query language. It also runs programs written in
+the language of the plug-in's host.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME shotlight_${PROJECT_VERSION}_i386.deb)
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)

@@ -87,9 +87,9 @@ what to print
   --count         only how many results there are
   --values KEY    the values of this attribute, each with how many results
                   have it
-  --live          + and the path of each result, and then, as files change,
-                  + path of a new one, ~ path of a changed one, - path of one
-                  that is gone, until Ctrl-C
+  --live          go on as files change: + and the path of each result, then
+                  + path of a new one, ~ of a changed one, - of one that is
+                  gone, until Ctrl-C
   --for SECONDS   end --live after that time
   --explain       the query, also the one that is made of words, and where it
                   would be looked; nothing is searched

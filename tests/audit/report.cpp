@@ -193,14 +193,14 @@ class Report {
     Words counted;
     for (const auto& [segment, count] : changes) counted.push_back(std::to_string(count) + " in " + segment);
     if (counted.empty()) counted.push_back("none");
-    page_.paragraph(0, after("Addresses that loading writes:", listed(counted)));
+    page_.paragraph(0, after("Addresses that the loader writes:", listed(counted)));
     page_.blank();
   }
 
   void writeImports() {
     page_.line("Imports: " + std::to_string(image_.imports.size()) +
-               ", each behind the macOS that first has it. What is weak may be absent. Each library with");
-    page_.line("its version, and the oldest that will do.");
+               ", grouped by the macOS version that introduced them. Weak ones may be absent.");
+    page_.line("Each library is followed by its version and, in brackets, the oldest compatible one.");
     std::map<std::string, std::vector<Import>> byLibrary;
     for (const Import& import : image_.imports) byLibrary[import.library].push_back(import);
     for (const Library& library : image_.libraries) {

@@ -115,7 +115,14 @@ class Pages(unittest.TestCase):
         text = (self.folder / "reference.html").read_text("utf-8")
         self.assertIn('<a href="#mdqueryznkresultcount">ResultCount</a>', text)
         self.assertIn('<h3 id="mdqueryznkresultcount">', text)
-        self.assertNotIn("<details>", (self.folder / "keys.html").read_text("utf-8"))  # it has one heading
+        self.assertIn('href="#all-keys"', (self.folder / "keys.html").read_text("utf-8"))
+
+    def test_fit_phones_and_dark_rooms(self):
+        self.make(self.folder)
+        for page in PAGES:
+            text = (self.folder / f"{page}.html").read_text("utf-8")
+            self.assertIn('name="viewport"', text)
+            self.assertIn("prefers-color-scheme: dark", text)
 
     def test_pictures_lie_beside_the_page(self):
         self.make(self.folder, "index", "guide")

@@ -56,14 +56,22 @@ files() {
   (cd "$debian" && find . -xdev \( -path ./proc -o -path ./dev -o -path ./tmp -o -path ./var/cache -o -path ./var/lib/apt \
     -o -path ./var/lib/dpkg -o -path ./var/log -o -path ./etc/ld.so.cache \) -prune -o -print | LC_ALL=C sort)
 }
-# expect WHAT TEXT COMMAND...: the text is in what it prints.
+# expect WHAT TEXT COMMAND...: it succeeds, and the text is in what it prints.
 expect() {
   what=$1 text=$2
   shift 2
-  status=0
-  in_debian "$@" >"$scratch/output" 2>&1 </dev/null || status=$?
-  grep -qF -- "$text" "$scratch/output" || {
-    cat "$scratch/output" >&2
+  in_debian "$@" >"$scratch/output" 2>"$scratch/errors" </dev/null && grep -qF -- "$text" "$scratch/output" || {
+    cat "$scratch/output" "$scratch/errors" >&2
+    fail "$what: it failed, or did not print '$text'"
+  }
+}
+# complains WHAT TEXT COMMAND...: it ends with status 3, and the text is in its errors.
+complains() {
+  what=$1 text=$2 status=0
+  shift 2
+  in_debian "$@" >"$scratch/output" 2>"$scratch/errors" </dev/null || status=$?
+  [ "$status" -eq 3 ] && grep -qF -- "$text" "$scratch/errors" || {
+    cat "$scratch/output" "$scratch/errors" >&2
     fail "$what: status $status, without '$text'"
   }
 }
@@ -85,10 +93,11 @@ expect "the schema" "kMDItemTitle	String" shotlight schema kMDItemTitle
 in_debian shotlight program $examples/programs/first-query.txt $library >"$scratch/output"
 cmp "$scratch/output" "$debian$examples/programs/first-query.expected"
 for document in "Summer regatta.docx" "Club rules.odt" "Minutes of May.rtf" "Opening hours.html"; do
-  expect "the text of $document" "$document" shotlight find 'kMDItemTextContent == "*"' --in "$library/Documents/$document"
+  expect "the text of $document" "$document" shotlight find --in "$library/Documents" --show kMDItemFSName \
+    "kMDItemTextContent == \"*\" && kMDItemFSName == \"$document\""
 done
-expect "a PDF without pdftotext" "poppler-utils" shotlight find 'kMDItemTextContent == "*"' --in "$library/Documents"
-expect "a photo without exiftool" "libimage-exiftool-perl" shotlight find 'kMDItemISOSpeed > 0' --in "$library/Photos"
+complains "a PDF without pdftotext" "poppler-utils" shotlight find 'kMDItemTextContent == "*"' --in "$library/Documents"
+complains "a photo without exiftool" "libimage-exiftool-perl" shotlight find 'kMDItemISOSpeed > 0' --in "$library/Photos"
 in_debian apt-get purge -y shotlight >"$scratch/log" 2>&1
 in_debian apt-get autoremove --purge -y >"$scratch/log" 2>&1
 files >"$scratch/after"

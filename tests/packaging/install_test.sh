@@ -4,7 +4,9 @@
 set -eu
 root=$1 cmake=$2 build=$3
 scratch=$(readlink -f "$(mktemp -d)")
-trap 'rm -rf "$scratch"' EXIT
+# The list of what somebody installed from there, maybe as root, stays as it is.
+manifest=$build/install_manifest.txt
+trap '[ ! -e "$scratch/manifest" ] || mv -f "$scratch/manifest" "$manifest"; rm -rf "$scratch"' EXIT
 export XDG_CACHE_HOME="$scratch/cache"
 
 fail() {
@@ -12,15 +14,12 @@ fail() {
   exit 1
 }
 
-# The list of what somebody installed from there stays as it is.
-manifest=$build/install_manifest.txt
-[ ! -e "$manifest" ] || cp -p "$manifest" "$scratch/manifest"
+[ ! -e "$manifest" ] || mv "$manifest" "$scratch/manifest"
 "$cmake" --install "$build" --prefix "$scratch/prefix" >"$scratch/log" 2>&1 || {
   cat "$scratch/log" >&2
   exit 1
 }
 rm "$manifest"
-[ ! -e "$scratch/manifest" ] || mv "$scratch/manifest" "$manifest"
 [ "$(cd "$scratch/prefix" && echo * bin/* lib/*)" = "bin lib share bin/shotlight lib/shotlight" ] ||
   fail "installed elsewhere: $(cd "$scratch/prefix" && echo * bin/* lib/*)"
 foreign=$(find "$scratch/prefix" -iname '*test*' -o -name '*.a' -o -name '*.h')
@@ -32,6 +31,12 @@ mv "$scratch/prefix" "$moved"
 ln -s "somewhere else/moved/bin/shotlight" "$scratch/linked"
 documents=$moved/share/doc/shotlight
 library=$documents/examples/library
+for document in "$documents"/docs/*.md; do
+  grep -oE '\]\([^)#:]+' "$document" | cut -c 3- >"$scratch/targets" || true
+  while IFS= read -r target; do
+    [ -e "$documents/docs/$target" ] || fail "$document leads to $target, which isn't installed"
+  done <"$scratch/targets"
+done
 
 # both WHAT ARGUMENT...: the installed program, through a link and by the search path, says what the built one says.
 both() {

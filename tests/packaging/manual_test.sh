@@ -13,7 +13,7 @@ fail() {
 
 # The words of a page, without what only formats them.
 words_of() {
-  sed -E '/^\.(\\"|TH)/d; s/^\.(SH|SS|BR|PP|TP|nf|fi|nh|ad l) ?//; s/\\f[BIR]//g; s/\\-/-/g; s/\\&//g; s/\\\(aq/'"'"'/g
+  sed -E '/^\.(\\"|TH)/d; s/^\.(SH|SS|BR|PP|TP|nf|fi|nh|ad l|ss 12 0) ?//; s/\\f[BIR]//g; s/\\-/-/g; s/\\&//g; s/\\\(aq/'"'"'/g
     s/\\\(ti/~/g; s/\\\(ha/^/g; s/\\\(ga/`/g; s/\\e/\\/g' "$1" | tr -s ' \n' '\n\n'
 }
 

@@ -28,15 +28,15 @@ refuses() {
   fi
 }
 
-refuses "an argument" "there are no arguments, such as '2.0'" 2.0
-refuses "no repository" "is no checkout of git's with a commit"
+refuses "an argument" "takes no arguments; '2.0' was given" 2.0
+refuses "no repository" "is not a git checkout with a commit"
 git init -q
-refuses "no commit" "is no checkout of git's with a commit"
+refuses "no commit" "is not a git checkout with a commit"
 git add .
 git commit -qm first
 mkdir within
 cp -R release cmake CHANGELOG.md CMakeLists.txt within
-(cd within && refuses "a folder within another repository" "is no checkout of git's with a commit")
+(cd within && refuses "a folder within another repository" "is not a git checkout with a commit")
 refuses "files that git doesn't know" "?? within/"
 rm -r within
 echo >tests/new_test.cpp

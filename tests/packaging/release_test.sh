@@ -89,7 +89,7 @@ for entry in zipfile.ZipFile(sys.argv[1]).infolist(): assert entry.flag_bits & 0
 cd "$scratch/zip/$name"
 sha256sum --check --strict --quiet SHA256SUMS
 [ "$(find . -type f | wc -l)" -eq $(($(wc -l <SHA256SUMS) + 1)) ] || fail "the zip has files without a sum"
-for file in LICENSE CHANGELOG.md README.txt documents/guide.html documents/reference.html documents/keys.html \
+for file in LICENSE CHANGELOG.md README.txt documents/guide.html documents/reference.html documents/keys.html documents/host-programs.html \
   examples/programs/first-query.txt examples/programs/first-query.expected; do
   [ -s "$file" ] || fail "the zip lacks $file"
 done
