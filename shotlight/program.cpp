@@ -5,7 +5,6 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "shotlight/commands.h"
 #include "shotlight/errors.h"
@@ -38,13 +37,18 @@ std::string textOf(const std::string& file) {
   return text;
 }
 
-std::string lineOf(const std::string& text, int number) {
-  std::istringstream stream(text);
-  std::string line;
-  for (int i = 0; i < number && std::getline(stream, line); ++i) {
+// They end with any of CR LF, LF and CR.
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines(1);
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    if (text[i] == '\r' || text[i] == '\n') {
+      lines.emplace_back();
+    } else {
+      lines.back() += text[i];
+    }
   }
-  if (line.ends_with('\r')) line.pop_back();
-  return line;
+  return lines;
 }
 
 // The first bytes of the line, of so many characters.
@@ -57,7 +61,7 @@ std::string beginningOf(const std::string& line, int characters) {
 // FILE:LINE:COLUMN, what is wrong, and the line with a mark under the place.
 [[noreturn]] void reportMistake(const std::string& file, const std::string& text,
                                 const host::SourceError& error) {
-  const std::string line = lineOf(text, error.place.line);
+  const std::string line = linesOf(text).at(static_cast<size_t>(error.place.line) - 1);
   const std::string before = standin::shownText(beginningOf(line, error.place.column - 1));
   throw CommandError(file + ':' + std::to_string(error.place.line) + ':' +
                          std::to_string(error.place.column) + ": " + error.what(),
@@ -72,13 +76,22 @@ std::unique_ptr<host::Program> read(const std::string& file, const std::string& 
   }
 }
 
-// The exception that nobody caught, and the lines that led to it, the innermost first.
+// The exception that nobody caught, and the lines that led to it, the innermost first; of a deep recursion
+// its ends.
 [[noreturn]] void reportFailure(const std::string& file, const std::string& text,
                                 const host::Outcome& outcome) {
+  constexpr size_t kMost = 50;
+  const std::vector<std::string> lines = linesOf(text);
   std::vector<std::string> stack;
-  for (const host::StackLine& each : outcome.stack) {
+  for (size_t i = 0; i < outcome.stack.size(); ++i) {
+    const size_t behind = outcome.stack.size() - i;
+    if (i >= kMost && behind > 1) {
+      if (behind == 2) stack.push_back("  ... " + std::to_string(outcome.stack.size() - kMost - 1) + " more");
+      continue;
+    }
+    const host::StackLine& each = outcome.stack[i];
     const std::string place = each.line > 0 ? ", " + file + ':' + std::to_string(each.line) + ": " : "";
-    const std::string line = each.line > 0 ? lineOf(text, each.line) : "";
+    const std::string line = each.line > 0 ? lines.at(static_cast<size_t>(each.line) - 1) : "";
     stack.push_back("  in " + each.method + place +
                     line.substr(std::min(line.find_first_not_of(" \t"), line.size())));
   }

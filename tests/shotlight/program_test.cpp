@@ -87,6 +87,24 @@ TEST_F(Program, MarksThePlaceAlsoBehindWideCharacters) {
                                std::string(2 + 13, ' ') + "^\n");
 }
 
+TEST_F(Program, ShowsTheLineWhateverLinesEndWith) {
+  for (const char* const end : {"\n", "\r", "\r\n"}) {
+    const std::string text = std::string("Print 1") + end + end + "Prnt 2" + end + "Print 3";
+    EXPECT_EQ(runs(text).errors,
+              "shotlight: " + file() +
+                  ":3:1: there is no variable, method or class Prnt; did you mean Print?\n  Prnt 2\n  ^\n");
+  }
+}
+
+TEST_F(Program, ShowsTheEndsOfADeepStack) {
+  const std::vector<std::string> told = lines(runs("Sub Deeper()\n  Deeper\nEnd Sub\nDeeper\n").errors);
+  ASSERT_EQ(told.size(), 1U + 50 + 1 + 1);
+  EXPECT_TRUE(told[0].find("StackOverflowException") != std::string::npos) << told[0];
+  EXPECT_EQ(told[50], "  in Deeper, " + file() + ":2: Deeper");
+  EXPECT_TRUE(matches(told[51], "  \\.\\.\\. [0-9]+ more"));
+  EXPECT_EQ(told[52], "  in the program, " + file() + ":4: Deeper");
+}
+
 TEST_F(Program, TellsTheExceptionThatNobodyCatches) {
   const Result result =
       runs("Sub Use(q As MDQueryZNK)\n  Print q.ResultCount\nEnd Sub\nPrint 1\nUse New MDQueryZNK(\"==\")\n");

@@ -44,14 +44,18 @@ class BodyChecker {
     --blockDepth_;
     scope_.locals.resize(names);
     return [steps = std::move(steps), firstSlot, lastSlot = slots_](Frame& frame) {
-      const BlockVariables variables{frame, firstSlot, lastSlot};
-      for (const Step& step : steps) {
-        frame.line = step.line;
-        frame.machine.step();
-        if (const Flow flow = step.action(frame); flow.kind != Flow::next) return flow;
-      }
-      frame.machine.throwPending();
-      return Flow{};
+      const auto run = [&] {
+        const BlockVariables variables{frame, firstSlot, lastSlot};
+        for (const Step& step : steps) {
+          frame.line = step.line;
+          frame.machine.step();
+          if (const Flow flow = step.action(frame); flow.kind != Flow::next) return flow;
+        }
+        return Flow{};
+      };
+      const Flow flow = run();
+      frame.machine.throwPending();  // of the destructors, too
+      return flow;
     };
   }
 
@@ -204,19 +208,21 @@ class BodyChecker {
          step = checkedAs(scope_, each.expressions[2], wide);
     Turns turns = turnsOf(each, "For");
     scope_.locals.resize(names);
-    const Operator &less = operatorNamed("<"), &greater = operatorNamed(">");
+    const Operator &less = operatorNamed("<"), &atMost = operatorNamed("<="), &atLeast = operatorNamed(">=");
     const Operator& changes = operatorNamed(each.downwards ? "-" : "+");
-    return [=, &less, &greater, &changes, slot = variable.slot, from = std::move(from), to = std::move(to),
-            step = std::move(step), turns = std::move(turns), downwards = each.downwards](Frame& frame) {
+    return [=, &less, &atMost, &atLeast, &changes, slot = variable.slot, from = std::move(from),
+            to = std::move(to), step = std::move(step), turns = std::move(turns),
+            downwards = each.downwards](Frame& frame) {
       for (slot.in(frame) = from(frame);;) {
         const Value width = step(frame), end = to(frame);
         const bool falls = downwards != computed(less, width, 0).boolean();
-        if (computed(falls ? less : greater, slot.in(frame), end).boolean()) return Flow{};
+        if (!computed(falls ? atLeast : atMost, slot.in(frame), end).boolean()) return Flow{};
         if (const auto after = turns(frame)) return *after;
-        const Value next = computed(changes, slot.in(frame), width);
-        slot.in(frame) = converted(next, type);
+        const Value before = slot.in(frame);
+        slot.in(frame) = converted(computed(changes, before, width), type);
         // Beyond the last number of the type there is none.
-        if (!isReal(type.kind) && next.integer() != slot.in(frame).integer()) return Flow{};
+        const Value &lower = falls ? before : slot.in(frame), &higher = falls ? slot.in(frame) : before;
+        if (computed(less, lower, higher).boolean()) return Flow{};
       }
     };
   }
@@ -306,15 +312,23 @@ class BodyChecker {
     }
     return [body = std::move(body), catchers = std::move(catchers), last = std::move(last)](Frame& frame) {
       std::optional<Thrown> thrown;
+      int line = 0;  // of what threw it
       Flow flow;
-      const auto attempt = [&](const Action& action) {
-        thrown.reset();
+      // The first exception counts, not those of destructors on its way.
+      const auto keep = [&](const auto& use) {
         try {
-          flow = action(frame);
+          use();
         } catch (Thrown& exception) {
           if (exception.isFinal) throw;
+          if (thrown) return;
           thrown = std::move(exception);
+          line = frame.line;
         }
+      };
+      const auto attempt = [&](const Action& action) {
+        thrown.reset();
+        keep([&] { flow = action(frame); });
+        keep([&] { frame.machine.throwPending(); });
       };
       attempt(body);
       const Value exception = thrown ? thrown->exception : Value();
@@ -327,8 +341,9 @@ class BodyChecker {
         attempt(found->body);
       }
       if (const Flow after = last(frame); after.kind != Flow::next) return after;
-      if (thrown) throw std::move(*thrown);
-      return flow;
+      if (!thrown) return flow;
+      frame.line = line;
+      throw std::move(*thrown);
     };
   }
 

@@ -158,7 +158,8 @@ std::string digitsOf(double number, const std::string& pattern) {
   while (decimal.size() > leastDecimals && (decimal.back() == '0' || decimal.back() == '.'))
     decimal.pop_back();
   if (digits == "0" && zeros == 0) digits.clear();
-  if (digits.size() < zeros) digits.insert(0, std::min(zeros, kMostDigits) - digits.size(), '0');
+  const size_t least = std::min(zeros, kMostDigits);
+  if (digits.size() < least) digits.insert(0, least - digits.size(), '0');
   const bool groups = whole.find(',') != std::string::npos;
   for (size_t i = digits.size(); groups && i > 3; i -= 3) digits.insert(i - 3, ",");
   return digits + decimal;
@@ -218,7 +219,7 @@ Value getFolderItem(Call& call) {
   for (const auto& part : std::filesystem::absolute(path, error)) {
     if (part != "." && !part.empty()) item /= part;
   }
-  return folderItem(item);
+  return error ? Value() : folderItem(item);
 }
 
 constexpr NativeMember kFunctions[] = {

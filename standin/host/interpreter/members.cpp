@@ -264,7 +264,11 @@ constexpr NativeMember kMembers[] = {
     {"Dictionary", "HasKey(key As Variant) As Boolean",
      [](Call& c) -> Value { return entriesOf(c).find(c.arguments[0]).has_value(); }},
     {"Dictionary", "Key(index As Integer) As Variant",
-     [](Call& c) { return elementAt(entryParts<&Entry::first>(c), c.whole(0), kVariant); }},
+     [](Call& c) {
+       const auto& entries = entriesOf(c).entries();
+       return entries[static_cast<size_t>(checkedIndex(c.whole(0), static_cast<int64_t>(entries.size())))]
+           .first;
+     }},
     {"Dictionary", "Keys As Variant()", entryParts<&Entry::first>},
     {"Dictionary", "Values As Variant()", entryParts<&Entry::second>},
     {"Dictionary", "Remove(key As Variant)", removeKey},
@@ -277,7 +281,11 @@ constexpr NativeMember kMembers[] = {
     {"FolderItem", "Length As Int64",
      [](Call& c) -> Value { return int64_t{S_ISREG(recordOf(c).st_mode) ? recordOf(c).st_size : 0}; }},
     {"FolderItem", "Child(name As String) As FolderItem",
-     [](Call& c) { return folderItem((pathOf(c) == "/" ? "" : pathOf(c)) + '/' + utf8Of(c.arguments[0])); }},
+     [](Call& c) {
+       const std::string name = utf8Of(c.arguments[0]);
+       if (name.find('\0') != std::string::npos) return Value();
+       return folderItem((pathOf(c) == "/" ? "" : pathOf(c)) + '/' + name);
+     }},
     {"FolderItem", "Parent As FolderItem",
      [](Call& c) { return pathOf(c).size() <= 1 ? Value() : folderItem(parentPath(pathOf(c))); }},
     {"MemoryBlock", "Constructor(size As Integer)", setBlockSize},

@@ -86,14 +86,6 @@ std::partial_ordering order(TypeKind kind, const Value& one, const Value& other)
                                         : std::partial_ordering::unordered;
 }
 
-int32_t checkedIndex(int64_t index, int64_t end) {
-  if (index < 0 || index >= end) {
-    const std::string range = end == 0 ? "the array is empty" : "the last one is " + std::to_string(end - 1);
-    raise("OutOfBoundsException", "no element " + std::to_string(index) + "; " + range);
-  }
-  return static_cast<int32_t>(index);
-}
-
 }  // namespace
 
 // What it makes of whole numbers, of other numbers, or for which order of its operands it is True.
@@ -270,6 +262,14 @@ void insertElement(const Value& value, int64_t index, const Value& element) {
     raise("OutOfMemoryException", "an array of more than 10 million elements");
   array.insertEmpty(checkedIndex(index, int64_t{array.count()} + 1));
   setElement(value, index, element);
+}
+
+int32_t checkedIndex(int64_t index, int64_t end) {
+  if (index < 0 || index >= end) {
+    const std::string range = end == 0 ? "the array is empty" : "the last one is " + std::to_string(end - 1);
+    raise("OutOfBoundsException", "no element " + std::to_string(index) + "; " + range);
+  }
+  return static_cast<int32_t>(index);
 }
 
 void resize(const Value& value, int64_t upperBound) {

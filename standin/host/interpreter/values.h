@@ -69,6 +69,8 @@ HostArray& arrayIn(const Value& array);
 Value elementAt(const Value& array, int64_t index, const Type& element);
 void setElement(const Value& array, int64_t index, const Value& value);
 void insertElement(const Value& array, int64_t index, const Value& value);
+// The index, or an OutOfBoundsException unless it is from 0 to below the end.
+int32_t checkedIndex(int64_t index, int64_t end);
 void resize(const Value& array, int64_t upperBound);
 
 // --- Texts: their characters, whatever the encoding ---

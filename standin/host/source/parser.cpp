@@ -185,6 +185,11 @@ class Parser {
     const Token& sign = take();
     Expression value = binary(kSignPrecedence);
     if (sign.text == "Not") return made(ExpressionKind::negation, sign.place, sign.text, std::move(value));
+    if (value.kind == ExpressionKind::literal && sign.text == "-") {
+      auto* const whole = std::get_if<int64_t>(&value.literal);
+      if (whole && *whole != INT64_MIN) return literal(sign.place, -*whole);
+      if (auto* const real = std::get_if<double>(&value.literal)) return literal(sign.place, -*real);
+    }
     Expression zero = literal(sign.place, int64_t{0});
     return made(ExpressionKind::binary, sign.place, sign.text, std::move(zero), std::move(value));
   }

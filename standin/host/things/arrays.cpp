@@ -126,11 +126,12 @@ void HostArray::insertEmpty(int32_t index) {
 }
 
 void HostArray::remove(int32_t index) {
-  if (holdsHandles()) setHandle(index, nullptr);
+  void* const removed = holdsHandles() ? handleAt(index) : nullptr;
   const size_t size = elementSize();
   std::memmove(slot(index), slot(index) + size, static_cast<size_t>(count_ - index - 1) * size);
   owned_.erase(owned_.begin() + index);
   --count_;
+  release(removed, Side::host);  // at last: it may end an object whose destructor changes this array
 }
 
 template <class T>
