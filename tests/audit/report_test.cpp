@@ -104,7 +104,8 @@ TEST_F(Report, TellsWhatAMacLoads) {
     EXPECT_NE(std::string::npos, report.find(part)) << part << "\n" << report;
   }
   EXPECT_TRUE(std::regex_search(report, std::regex("__text 0x[0-9a-f]+ [0-9]+ 2\\^4")));
-  EXPECT_TRUE(std::regex_search(report, std::regex("\nAddresses that the loader writes: [0-9]+ in __DATA\n")));
+  EXPECT_TRUE(
+      std::regex_search(report, std::regex("\nAddresses that the loader writes: [0-9]+ in __DATA\n")));
 }
 
 // Each import stands behind its version.
