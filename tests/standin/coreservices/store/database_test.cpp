@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <algorithm>
 
 #include <filesystem>
 #include <string>
