@@ -10,8 +10,7 @@ add_library(SpotlightObjects OBJECT ${PLUGIN_SOURCES})
 target_include_directories(SpotlightObjects PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform)
 target_compile_options(SpotlightObjects PRIVATE ${PLUGIN_FLAGS})
 if(SANITIZE)
-  # The seconds of a date that is infinite are whatever the processor makes of them.
-  target_compile_options(SpotlightObjects PRIVATE -fno-sanitize=float-cast-overflow)
+  target_compile_options(SpotlightObjects PRIVATE ${PLUGIN_UNCHECKED})
 endif()
 set_target_properties(SpotlightObjects PROPERTIES CXX_STANDARD 17)
 

@@ -140,7 +140,6 @@ int run(const CommandLine& line, const std::string& text) {
   };
   surroundings.mayGoOn = [&interrupts] { return interrupts.signal() == 0; };
   surroundings.waitForEvents = [](double seconds) {
-    finishOutput();
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, false);
   };
   const host::Outcome outcome = read(line.file, text)->run(surroundings);
