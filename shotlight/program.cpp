@@ -142,6 +142,7 @@ int run(const CommandLine& line, const std::string& text) {
   surroundings.waitForEvents = [](double seconds) {
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, false);
   };
+  surroundings.endWait = [] { CFRunLoopStop(CFRunLoopGetCurrent()); };
   const host::Outcome outcome = read(line.file, text)->run(surroundings);
   finishOutput();
   tellUnseen();

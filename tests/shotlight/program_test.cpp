@@ -132,6 +132,26 @@ TEST_F(Program, TellsTheExceptionOfAnEventHandler) {
                 file() + ":12: App.DoEvents 100\n");
 }
 
+TEST_F(Program, EndsAtOnceWhenAHandlerQuits) {
+  const Result result = runs(
+      "Class Search\nInherits MDQueryZNK\nEvent Finish()\nQuit 4\nEnd Event\nEnd Class\n"
+      "Dim s As New Search(\"kMDItemFSName == '*'\")\ns.SetSearchScope Array(GetFolderItem(\"/dev/null\")), "
+      "Nil\n"
+      "Call s.Execute(0)\nApp.DoEvents 1000000\n");
+  EXPECT_EQ(result.status, 4) << result;
+}
+
+TEST_F(Program, EndsAtOnceWhenAHandlerFails) {
+  const Result result = runs(
+      "Class Search\nInherits MDQueryZNK\nEvent Finish()\nRaise New RuntimeException(\"here\")\nEnd "
+      "Event\nEnd "
+      "Class\n"
+      "Dim s As New Search(\"kMDItemFSName == '*'\")\ns.SetSearchScope Array(GetFolderItem(\"/dev/null\")), "
+      "Nil\n"
+      "Call s.Execute(0)\nApp.DoEvents 1000000\n");
+  EXPECT_EQ(result.status, 2) << result;
+}
+
 TEST_F(Program, FollowsAQueryLive) {
   scratch_.file("folder/a.txt");
   const std::string text =

@@ -199,13 +199,14 @@ class ExpressionChecker {
     return [adds = statement.kind == Statement::Kind::addHandler, object = std::move(object.code),
             name = event.name, function = found->function,
             self = objectOf(*found, *members, method.place)](Frame& frame) {
-      const Value sender = object(frame);
-      if (sender.isNil()) raise("NilObjectException", "AddHandler for an object that is Nil");
+      const Value sender = object(frame), added = self(frame);
+      if (sender.isNil()) raise("NilObjectException", "an event of an object that is Nil");
       const Event* const known = findEvent(asKind<HostObject>(thingOf(sender.reference()))->cls, name);
-      if (adds && findHandler(sender.reference().object(), *known))
-        raise("RuntimeException", name + " of this object has a handler already");
-      setEventHandler(sender, name,
-                      adds ? handlerOf(frame.machine, *function, sender, self(frame)) : nullptr);
+      const Handler* const attached = findHandler(sender.reference().object(), *known);
+      if (attached && (adds || !isHandlerOf(*attached, *function, added)))
+        raise("RuntimeException",
+              name + " of this object has " + (adds ? "a handler already" : "another handler"));
+      setEventHandler(sender, name, adds ? handlerOf(frame.machine, *function, sender, added) : nullptr);
       return Flow{};
     };
   }

@@ -59,6 +59,14 @@ class BodyChecker {
     };
   }
 
+  // What a block computes between its statements: exceptions are of the line where it stands.
+  Code between(const Expression& expression, const Type& type) {
+    return [line = expression.place.line, code = checkedAs(scope_, expression, type)](Frame& frame) {
+      frame.line = line;
+      return code(frame);
+    };
+  }
+
   Action statement(const Statement& each) {
     using Check = Action (BodyChecker::*)(const Statement&);
     // By the statements' kinds.
@@ -134,7 +142,7 @@ class BodyChecker {
     };
     std::vector<Way> ways;
     for (const auto& branch : each.branches) {
-      Code condition = checkedAs(scope_, branch.condition, kBoolean);
+      Code condition = between(branch.condition, kBoolean);
       ways.push_back({std::move(condition), block(branch.body)});
     }
     return [ways = std::move(ways)](Frame& frame) {
@@ -204,8 +212,7 @@ class BodyChecker {
     const Type type = variable.type, wide = isReal(type.kind) ? kDouble : kInt64;
     if (!isNumber(type)) fail(each.place, "a For loop counts with numbers, not with " + aValueOf(type));
     Code from = coerced(scope_, std::move(first), type);
-    Code to = checkedAs(scope_, each.expressions[1], wide),
-         step = checkedAs(scope_, each.expressions[2], wide);
+    Code to = between(each.expressions[1], wide), step = between(each.expressions[2], wide);
     Turns turns = turnsOf(each, "For");
     scope_.locals.resize(names);
     const Operator &less = operatorNamed("<"), &atMost = operatorNamed("<="), &atLeast = operatorNamed(">=");
@@ -252,8 +259,7 @@ class BodyChecker {
   }
 
   Action loop(const Statement& each) {
-    Code before = checkedAs(scope_, each.expressions[0], kBoolean),
-         after = checkedAs(scope_, each.expressions[1], kBoolean);
+    Code before = between(each.expressions[0], kBoolean), after = between(each.expressions[1], kBoolean);
     return [before = std::move(before), after = std::move(after),
             turns = turnsOf(each, each.name)](Frame& frame) {
       while (before(frame).boolean()) {

@@ -14,6 +14,29 @@ HostObject& hostObject(const Value& object) {
   return *asKind<HostObject>(thingOf(object.reference()));
 }
 
+struct ProgramHandler {
+  void operator()(std::vector<Value> arguments) const {
+    const Value sender = Value::object(Ref::share(object));
+    if (added) arguments.insert(arguments.begin(), sender);
+    try {
+      machine.invoke(function, added.value_or(sender), std::move(arguments));
+    } catch (Thrown& thrown) {
+      thrown.isFinal = true;
+      thrown.stack.push_back({"an event", 0});
+      machine.surroundings.endWait();
+      throw;
+    } catch (...) {
+      machine.surroundings.endWait();
+      throw;
+    }
+  }
+
+  Machine& machine;
+  const Function& function;
+  std::optional<Value> added;
+  void* object;
+};
+
 // --- The plug-in's members ---
 
 // A mistake that only the host finds is an exception of the program.
@@ -226,17 +249,12 @@ void closeClasses(const std::vector<ProgramClass*>& classes) {
 
 Handler handlerOf(Machine& machine, const Function& function, const Value& object,
                   std::optional<Value> added) {
-  return [&machine, &function, added, handle = object.handle()](std::vector<Value> arguments) {
-    const Value sender = Value::object(Ref::share(handle));
-    if (added) arguments.insert(arguments.begin(), sender);
-    try {
-      machine.invoke(function, added.value_or(sender), std::move(arguments));
-    } catch (Thrown& thrown) {
-      thrown.isFinal = true;
-      thrown.stack.push_back({"an event", 0});
-      throw;
-    }
-  };
+  return ProgramHandler{machine, function, std::move(added), object.handle()};
+}
+
+bool isHandlerOf(const Handler& handler, const Function& function, const Value& added) {
+  const auto* const own = handler.target<ProgramHandler>();
+  return own && &own->function == &function && own->added && own->added->handle() == added.handle();
 }
 
 }  // namespace standin::host

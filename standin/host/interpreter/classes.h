@@ -105,5 +105,7 @@ void closeClasses(const std::vector<ProgramClass*>& classes);
 // was added, which gets the object first and is called on `added`.
 Handler handlerOf(Machine& machine, const Function& function, const Value& object,
                   std::optional<Value> added);
+// Whether it is the one that was added with that method and object.
+bool isHandlerOf(const Handler& handler, const Function& function, const Value& added);
 
 }  // namespace standin::host

@@ -189,6 +189,14 @@ Value format(Call& call) {
   return textOfBytes(before + (digits.empty() ? "" : digitsOf(number, digits)) + after);
 }
 
+// Of decimal digits alone; what reads the number also knows hexadecimal ones, infinity and NaN.
+Value val(Call& call) {
+  const std::string text = utf8Of(call.arguments[0]);
+  const size_t first = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+  const size_t end = text.find_first_not_of("0123456789.eE+-", first);
+  return std::strtod(text.substr(first, end - first).c_str(), nullptr);
+}
+
 template <double (*function)(double)>
 Value real(Call& call) {
   return function(call.number(0));
@@ -199,6 +207,12 @@ Value real(Call& call) {
 Value print(Call& call) {
   call.machine.surroundings.print(utf8Of(shownValue(call.arguments[0])));
   return {};
+}
+
+Value quit(Call& call) {
+  const int64_t status = call.whole(0);
+  if (status < 0 || status > 255) raise("OutOfBoundsException", "an exit status is from 0 to 255");
+  throw Quit{static_cast<int>(status)};
 }
 
 Value raiseException(Call& call) {
@@ -224,7 +238,7 @@ Value getFolderItem(Call& call) {
 
 constexpr NativeMember kFunctions[] = {
     {"", "Print(value As Variant)", print},
-    {"", "Quit(status As Integer = 0)", [](Call& c) -> Value { throw Quit{static_cast<int>(c.whole(0))}; }},
+    {"", "Quit(status As Integer = 0)", quit},
     {"", "Raise(exception As RuntimeException)", raiseException},
     {"", "GetFolderItem(path As String) As FolderItem", getFolderItem},
     {"", "Len(text As String) As Integer",
@@ -250,7 +264,7 @@ constexpr NativeMember kFunctions[] = {
     {"", "EndOfLine As String", [](Call&) -> Value { return "\n"; }},
     {"", "Str(value As Variant) As String", [](Call& c) { return shownValue(c.arguments[0]); }},
     {"", "Format(number As Double, format As String) As String", format},
-    {"", "Val(text As String) As Double", [](Call& c) { return converted(c.arguments[0], kDouble); }},
+    {"", "Val(text As String) As Double", val},
     {"", "Abs(number As Double) As Double", real<std::fabs>},
     {"", "Ceil(number As Double) As Double", real<std::ceil>},
     {"", "Floor(number As Double) As Double", real<std::floor>},

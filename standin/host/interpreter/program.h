@@ -18,6 +18,8 @@ struct Surroundings {
   std::function<void(const std::string& line)> print = [](const std::string&) {};
   // Runs the run loop for so long at the most, in seconds; 0: what is due alone.
   std::function<void(double seconds)> waitForEvents = [](double) {};
+  // Called by a handler that ends the program, also when nobody waits.
+  std::function<void()> endWait = [] {};
   // Asked every thousand steps, and before events are waited for. False ends the program.
   std::function<bool()> mayGoOn = [] { return true; };
 };
