@@ -49,8 +49,7 @@ void takeBackArrays(size_t most) {
 
 }  // namespace
 
-Program::Program(std::string_view source) : parts_(std::make_unique<ProgramParts>()) {
-  parts_->text = parseProgram(source);
+Program::Program(std::string_view source) : parts_(new ProgramParts{.text = parseProgram(source)}) {
   check(*parts_);
 }
 
