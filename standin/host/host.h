@@ -52,7 +52,9 @@ struct Settings {
   // An exception is thrown through the plug-in's frames as soon as it is raised; otherwise it waits for the
   // plug-in to return.
   bool raiseByUnwinding = false;
-  bool wholeBooleans = false;  // a boolean result of the plug-in is a whole register, not its lowest byte
+  // A boolean result of the plug-in is a whole register, 0 or 1 (anything else: CallError), not its lowest
+  // byte.
+  bool wholeBooleans = false;
   // Answers of memory blocks.
   bool nullMemoryBlockPointers = false;
   std::optional<int32_t> memoryBlockSize;  // reported instead of the true one

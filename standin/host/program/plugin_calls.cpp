@@ -67,7 +67,8 @@ Value takenResult(uint32_t word, const Type& type, const char* method) {
 
 Value callPlugin(void* function, const Words& words, const Type& result, const char* method) {
   uint64_t raw = rawResult(function, words, result);
-  if (result.kind == TypeKind::boolean && settings().wholeBooleans) raw = raw != 0;
+  if (result.kind == TypeKind::boolean && settings().wholeBooleans && raw > 1)
+    throw CallError(method + std::string(" gave a boolean that is neither 0 nor 1: ") + std::to_string(raw));
   Value value = result.isHandle() ? takenResult(static_cast<uint32_t>(raw), result, method)
                                   : plainValue(result.kind, &raw);
   rethrowHandlerError();

@@ -1,5 +1,6 @@
 // Where the service may answer what it likes, the plug-in passes the question on unchecked, and takes any
-// answer. All other tests run in a service that ends the process there.
+// answer. The other tests run in a service that ends the process there; the sweeps with failing calls and
+// missing services in one that answers null.
 #include <CoreServices/CoreServices.h>
 
 #include <functional>
