@@ -36,6 +36,15 @@ over(corefoundation.foreign corefoundation-tests)
 over(system.foreign system-tests)
 over(filemanager.foreign filemanager-tests)
 over(metadata.foreign metadata-tests LONG all)
+over(content.foreign content-tests LONG all)
 over(applicationservices.foreign applicationservices-tests)
 over(standin-host.foreign standin-host-tests)
+get_filename_component(project ${CMAKE_CURRENT_LIST_DIR}/../.. ABSOLUTE)
+over(shotlight.foreign shotlight-tests --program=${BUILD}/bin/shotlight --dylib=${BUILD}/lib/SpotlightZNK.dylib
+  --elf=${BUILD}/lib/libSpotlightZNK.so --empty-plugin=${BUILD}/lib/libshotlight-empty-plugin.so
+  --other-library=${BUILD}/lib/libshotlight-other-library.so --library=${project}/examples/library
+  --gdb-script=${project}/macho/debugger/images.py LONG all)
+list(TRANSFORM environment REPLACE "(.+)" "[==[\\1]==]" OUTPUT_VARIABLE quoted)
+string(APPEND all "add_test(corefoundation.foreign.vectors /usr/bin/env ${quoted}"
+  " [==[${BUILD}/bin/cf-vectors]==] [==[${project}/tests/vectors]==])\n")
 file(WRITE ${OUTPUT} "${all}")

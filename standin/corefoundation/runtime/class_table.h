@@ -1,10 +1,11 @@
-// The table of classes, and the header by which every object names its place in it.
+// The table of classes.
 #pragma once
 
 #include <array>
 #include <cstdint>
 
 #include "standin/corefoundation/CFRuntime.h"
+#include "standin/corefoundation/runtime/header.h"
 
 namespace cf {
 
@@ -47,11 +48,5 @@ inline const ClassEntry* findEntry(uintptr_t word) {
   const ClassEntry* const entry = &classTable[offset / sizeof(ClassEntry)];
   return entry->cls ? entry : nullptr;
 }
-
-struct Header {
-  ClassEntry* isa;
-  uint32_t count;
-};
-static_assert(sizeof(Header) == sizeof(CFRuntimeBase), "Header");
 
 }  // namespace cf

@@ -26,7 +26,7 @@ void destroy(Header* object, ClassEntry* entry, const char* call) {
 Header* allocateObject(CFTypeID type, size_t size) {
   Header* const object = static_cast<Header*>(takeObjectMemory(size));
   if (object == nullptr) return nullptr;
-  std::memset(static_cast<void*>(object + 1), 0, size - sizeof(Header));
+  std::memset(static_cast<void*>(object), 0, size);
   ClassEntry* const entry = &classTable[type];
   if (entry->live == nullptr) entry->live = &standin::ledgerLine(entry->cls->className);
   ++*entry->live;

@@ -19,7 +19,7 @@ void* takeObjectMemory(size_t size) {
 
 void quarantine(Header* object) {
   // The next owner of the block must not look like this one.
-  std::memset(static_cast<void*>(object), 0, sizeof(Header));
+  std::memset(static_cast<void*>(object), 0, sizeof(CFRuntimeBase));
   std::free(reinterpret_cast<char*>(object) - kInFront);
 }
 

@@ -153,6 +153,7 @@ TEST_F(MoreTypes, AnErrorHasItsDomainItsCodeAndItsInfo) {
 
 class MoreTypesStrictness : public LedgerTest {};
 
+// Elsewhere one of each may be kept for ever.
 TEST_F(MoreTypesStrictness, TimeZonesAreCountedToo) {
   const Owned<CFTimeZoneRef> zone(CFTimeZoneCreateWithTimeIntervalFromGMT(nullptr, 3600));
   EXPECT_EQ(standin::ledgerLine("CFTimeZone"), 1);
