@@ -60,6 +60,81 @@ TEST_F(Strings, EveryEncodingComesBackAsItWent) {
   }
 }
 
+// Letters that tell each encoding from the others, as iconv and Python read them.
+TEST_F(Strings, EachEncodingHasItsOwnLetters) {
+  constexpr struct {
+    CFStringEncoding encoding;
+    const char* bytes;
+    const char* text;
+  } kRows[] = {
+      {0x0006, "\x81\x80", "\u00b9\u00c4"},
+      {0x0007, "\xA2\x80", "\u0490\u0410"},
+      {0x001D, "\x81\x80", "\u0100\u00c4"},
+      {0x0023, "\x81\x80", "\u00c5\u00c4"},
+      {0x0202, "\xA5\xA1", "\u013d\u0104"},
+      {0x0203, "\xA1\xA2", "\u0126\u02d8"},
+      {0x0204, "\xA2\xA1", "\u0138\u0104"},
+      {0x0205, "\xA1\xA2", "\u0401\u0402"},
+      {0x0206, "\xD7\xA4", "\u0637\u00a4"},
+      {0x0207, "\xA1\xA2", "\u2018\u2019"},
+      {0x0208, "\xDF\xA2", "\u2017\u00a2"},
+      {0x0209, "\xD0\xA1", "\u011e\u00a1"},
+      {0x020A, "\xA2\xA1", "\u0112\u0104"},
+      {0x020B, "\xA1\xA2", "\u0e01\u0e02"},
+      {0x020D, "\xA1\xA2", "\u201d\u00a2"},
+      {0x020E, "\xA1\xA2", "\u1e02\u1e03"},
+      {0x020F, "\xA6\xA1", "\u0160\u00a1"},
+      {0x0400, "\x9D\x80", "\u00a5\u00c7"},
+      {0x0405, "\x80\x81", "\u0391\u0392"},
+      {0x0406, "\x80\x81", "\u0106\u00fc"},
+      {0x0410, "\xD0\x80", "\u00f0\u00c7"},
+      {0x0412, "\x85\x80", "\u016f\u00c7"},
+      {0x0413, "\x80\x81", "\u0452\u0402"},
+      {0x0414, "\x8D\x80", "\u0131\u00c7"},
+      {0x0415, "\x84\x80", "\u00e3\u00c7"},
+      {0x0416, "\x8B\x80", "\u00d0\u00c7"},
+      {0x0417, "\x80\x81", "\u05d0\u05d1"},
+      {0x0418, "\x84\x80", "\u00c2\u00c7"},
+      {0x0419, "\x80\x81", "\u00b0\u00b7"},
+      {0x041A, "\xAF\x80", "\u00a4\u00c7"},
+      {0x041B, "\xA1\x80", "\u0431\u0410"},
+      {0x041C, "\x86\xD6", "\u0386\u03b1"},
+      {0x041D, "\xA1\x80", "\u0e01\u20ac"},
+      {0x0420, "\x93\xFA\x96\x7B", "\u65e5\u672c"},
+      {0x0421, "\xD6\xD0\x81\x40", "\u4e2d\u4e02"},
+      {0x0422, "\xB0\xA1\x81\x41", "\uac00\uac02"},
+      {0x0423, "\xA4\xA4\xA4\xE5", "\u4e2d\u6587"},
+      {0x0501, "\x8C\x80", "\u015a\u20ac"},
+      {0x0502, "\x80\x81", "\u0402\u0403"},
+      {0x0503, "\xA1\x80", "\u0385\u20ac"},
+      {0x0504, "\x8A\x83", "\u0160\u0192"},
+      {0x0505, "\xA4\x80", "\u20aa\u20ac"},
+      {0x0506, "\x81\x80", "\u067e\u20ac"},
+      {0x0507, "\x8D\x80", "\u00a8\u20ac"},
+      {0x0508, "\xFE\x80", "\u20ab\u20ac"},
+      {0x0631, "\xD6\xD0\x81\x40", "\u4e2d\u4e02"},
+      {0x0632, "\xD6\xD0\x81\x30\x84\x36", "\u4e2d\u00a5"},
+      {0x0920, "\xC6\xFC\xCB\xDC", "\u65e5\u672c"},
+      {0x0930, "\xD6\xD0", "\u4e2d"},
+      {0x0931, "\xC4\xE3\xC5\xC6", "\u4e2d\u6587"},
+      {0x0940, "\xB0\xA1", "\uac00"},
+      {0x0A01, "\x93\xFA\x96\x7B", "\u65e5\u672c"},
+      {0x0A02, "\xA4\x80", "\u2553\u2500"},
+      {0x0A03, "\xA4\xA4\xA4\xE5", "\u4e2d\u6587"},
+      {0x0A06, "\x87\x40\xA4\xA4", "\u43f0\u4e2d"},
+      {0x0A08, "\xA4\x80", "\u0454\u2500"},
+  };
+  for (const auto& row : kRows) {
+    const auto* const bytes = reinterpret_cast<const UInt8*>(row.bytes);
+    const auto length = static_cast<CFIndex>(std::strlen(row.bytes));
+    const Owned<CFStringRef> string(CFStringCreateWithBytes(nullptr, bytes, length, row.encoding, false));
+    ASSERT_TRUE(string) << row.encoding;
+    EXPECT_EQ(textOf(string.get()), row.text) << row.encoding;
+    EXPECT_EQ(bytesIn(string.get(), row.encoding, 0, false), std::vector<UInt8>(bytes, bytes + length))
+        << row.encoding;
+  }
+}
+
 TEST_F(Strings, TheGreatestSizeForAnEncodingCountsNoMark) {
   const std::pair<CFStringEncoding, CFIndex> rows[] = {{kCFStringEncodingUTF8, 9},
                                                        {kCFStringEncodingUTF16, 6},
