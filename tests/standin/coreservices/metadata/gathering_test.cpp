@@ -69,7 +69,7 @@ TEST_F(Gathering, TellsProgressAfterEachBatchAndOnceThatItFinished) {
   const Listener listener(query.get());
   gather(query);
   run();
-  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress", "Progress", "DidFinish"}));
+  ASSERT_EQ(listener.names(), (Texts{"Progress", "Progress", "Progress", "DidFinish"}));
   EXPECT_EQ(listener.notices[0].count, 4);
   EXPECT_EQ(listener.notices[1].count, 8);
   EXPECT_EQ(listener.notices[2].count, 10);
@@ -408,7 +408,7 @@ TEST_F(Gathering, ChangesNoResultsWhileUpdatesAreDisabled) {
     MDQueryEnableUpdates(query.get());
     EXPECT_EQ(results(query), before);
     run();
-    EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress", "DidFinish"}));
+    ASSERT_EQ(listener.names(), (Texts{"Progress", "Progress", "DidFinish"}));
     EXPECT_EQ(listener.notices[1].count, 20);
     EXPECT_EQ(MDQueryGetResultCount(query.get()), 20);
   }
@@ -472,7 +472,7 @@ TEST_F(Gathering, TellsInsideOfStopWhatHasComeInAndWasNotTold) {
   stops = true;
   MDQueryStop(query.get());
   EXPECT_EQ(insideOfStop, (std::vector<bool>{false, true}));
-  EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress"}));
+  ASSERT_EQ(listener.names(), (Texts{"Progress", "Progress"}));
   EXPECT_EQ(listener.notices.back().count, 20);
   run();
   EXPECT_EQ(listener.names(), (Texts{"Progress", "Progress"})) << "no finish";

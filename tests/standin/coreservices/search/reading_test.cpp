@@ -292,7 +292,34 @@ TEST_F(SearchThatReads, TellsEveryResultWithItsAttributes) {
   });
 }
 
-// The query above it.
+// The query above it, from here on.
+TEST_F(SearchThatReads, IsStoppedWithTheResultsThatWaitForAFileBeforeThem) {
+  file("0.jpg", "hang");
+  for (const char* name : {"1.txt", "2.jpg", "3.txt", "4.txt"}) file(name, "");
+  tagsProgram(scratch);
+  EXPECT_TRUE(succeedsForked([&] {
+    ::setenv("PATH", (scratch.at("programs") + ':' + std::getenv("PATH")).c_str(), 1);
+    setIndexedFolders({scratch.at("tree")});
+    const auto text = makeString("kMDItemTitle == \"none\" || kMDItemFSName == \"*.txt\"");
+    const Owned<MDQueryRef> query(MDQueryCreate(kCFAllocatorDefault, text.get(), nullptr, nullptr));
+    CFIndex told = 0;
+    CFNotificationCenterAddObserver(
+        CFNotificationCenterGetLocalCenter(), &told,
+        [](CFNotificationCenterRef, void* count, CFStringRef name, const void*, CFDictionaryRef) {
+          EXPECT_EQ(textOf(name), "kMDQueryProgressNotification");
+          ++*static_cast<CFIndex*>(count);
+        },
+        nullptr, query.get(), CFNotificationSuspensionBehaviorDeliverImmediately);
+    ASSERT_TRUE(MDQueryExecute(query.get(), 0));
+    while (!currentSearch().walked) CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.1, true);
+    EXPECT_EQ(told, 0);
+    MDQueryStop(query.get());
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(MDQueryGetResultCount(query.get()), 3);
+    EXPECT_FALSE(MDQueryIsGatheringComplete(query.get()));
+  }));
+}
+
 TEST_F(SearchThatReads, SortsAndListsWhatIsReadSlowly) {
   std::mt19937 random(9);
   for (int i = 0; i < 30; ++i) {
