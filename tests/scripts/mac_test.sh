@@ -1,7 +1,7 @@
 #!/bin/sh
 # mac_test.sh ROOT CMAKE CLANG OBJDUMP DYLIB: what the `mac` preset has a Mac do, as far as that can be told without one.
 # Its link makes a dylib of the same name, versions, libraries and export as DYLIB, which was built here; its flags
-# compile sources whose system calls everything deprecated.
+# compile every source with a system that calls everything deprecated.
 set -eu
 root=$1 cmake=$2 clang=$3 objdump=$4 dylib=$5
 scratch=$(mktemp -d)
@@ -56,13 +56,12 @@ cp -R "$root/platform" "$scratch/platform"
 grep -rlE '#define C[A-Z]*_EXPORT extern' "$scratch/platform" >"$scratch/marked"
 [ -s "$scratch/marked" ]
 xargs sed -i -E 's/(#define C[A-Z]*_EXPORT extern "C")/\1 __attribute__((deprecated))/' <"$scratch/marked"
-compiled=0
-for source in bridge/folder_items.cpp bridge/cf_to_variant.cpp item/attribute_keys.cpp; do
-  grep -e "-c .*/$source\$" "$scratch/commands" | sed "s/ -arch i386 / -target i386-apple-macosx10.6 -std=c++17 /;s/ -MD .*//
-    s/ -isysroot [^ ]*//" >"$scratch/command"
-  eval "$(cat "$scratch/command")" -Qunused-arguments -ffreestanding -nostdinc++ -nostdlibinc \
-    -isystem '"$scratch/platform/freestanding"' -I'"$scratch/platform"' -fsyntax-only '"$root/$source"'
-  compiled=$((compiled + 1))
-done
-[ "$compiled" -eq 3 ]
+sed -n "s/ -arch i386 / -target i386-apple-macosx10.6 -std=c++17 /;s/ -isysroot [^ ]*//;s/ -MD .* -c / -c /
+  / -c .*\.cpp\$/p" "$scratch/commands" >"$scratch/compilations"
+sources=$(find "$root/host" "$root/bridge" "$root/query" "$root/item" -name '*.cpp' | wc -l)
+[ "$(wc -l <"$scratch/compilations")" -eq "$sources" ]
+while read -r command; do
+  eval "$command" -Qunused-arguments -ffreestanding -nostdinc++ -nostdlibinc \
+    -isystem '"$scratch/platform/freestanding"' -I'"$scratch/platform"' -fsyntax-only
+done <"$scratch/compilations"
 echo "all is as expected"
