@@ -31,7 +31,8 @@ CFTypeRef _CFRuntimeCreateInstance(CFAllocatorRef allocator, CFTypeID typeID, CF
   }
   if (extraBytes < 0) cf::misuse(__func__, "a size below 0");
   if (gate.fails() || !cf::canAllocate(allocator, __func__)) return nullptr;
-  cf::Header* const object = cf::allocateObject(typeID, sizeof(CFRuntimeBase) + static_cast<size_t>(extraBytes));
+  cf::Header* const object =
+      cf::allocateObject(typeID, sizeof(CFRuntimeBase) + static_cast<size_t>(extraBytes));
   if (object && object->isa->cls->init) object->isa->cls->init(object);
   return object;
 }
