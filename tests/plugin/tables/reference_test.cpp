@@ -48,8 +48,7 @@ TEST_F(Reference, IsMadeOfWhatIsRegisteredAndTheSentences) {
   const auto [wanted, found] = std::mismatch(made.begin(), made.end(), page.begin());
   if (wanted == made.end()) return;
   ADD_FAILURE() << REFERENCE_PAGE << ':' << found - page.begin() + 1 << ": " << *found
-                << "\nshould be: " << *wanted
-                << "\nrun ninja -C build/default reference";
+                << "\nshould be: " << *wanted << "\nrun ninja -C build/default reference";
 }
 
 TEST_F(Reference, MissesTheTextOfAMember) {
