@@ -60,7 +60,8 @@ TEST_F(Strings, EveryEncodingComesBackAsItWent) {
   }
 }
 
-// Letters that tell each encoding from the others, as iconv and Python read them.
+// Letters that tell each encoding from the others, but for those that extend it, as iconv and Python read
+// them.
 TEST_F(Strings, EachEncodingHasItsOwnLetters) {
   constexpr struct {
     CFStringEncoding encoding;
